@@ -23,4 +23,4 @@ endif()
 # Link to this for the project's own sources; generated ones do without.
 add_library( orbis_warnings INTERFACE )
 target_compile_options( orbis_warnings INTERFACE
-   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Werror )
+   -Wall -Wextra -Wpedantic -Wshadow -Woverloaded-virtual -Wcast-qual -Werror )

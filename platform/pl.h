@@ -218,6 +218,8 @@ struct pl_system {
 
 /* ---- what a plug-in exports ------------------------------------------------------------------ */
 
+#pragma GCC visibility push( default )
+
 pl_status pl_slot_init( const char *topology );
 pl_status pl_led_init( const char *topology );
 pl_status pl_temp_sensor_init( const char *topology );
@@ -239,6 +241,8 @@ pl_gpio *pl_gpio_add( const char *json );
 /* A device-argument document, or the label of a topology device. */
 pl_smbus *pl_smbus_add( const char *text, uint8_t address );
 pl_system *pl_system_add( const char *json );
+
+#pragma GCC visibility pop
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,13 @@
+// A device that makes nothing but register GPIOs.
+#pragma once
+
+#include "OrbisGeneric/Components/Device.h"
+
+namespace Drivers {
+
+class Dummy : public Component::HardwareDevice {
+ public:
+   static Component::HardwareDevice *create( const DriverArgs &, Ham::Ham * ) { return new Dummy; }
+};
+
+} // namespace Drivers

@@ -1,0 +1,27 @@
+// The board's drivers and access methods by the names that topology and device documents use. The
+// only place where the set of them is fixed.
+#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/Dummy.h"
+#include "OrbisGeneric/Drivers/GenericSmbusMux.h"
+#include "OrbisGeneric/Drivers/LM75.h"
+#include "OrbisGeneric/Drivers/SmbusProxyDriver.h"
+#include "OrbisGeneric/Ham/OrbisSmbusHam.h"
+
+namespace Drivers {
+
+std::map<std::string, DriverFactory> drivers = {
+   { "Dummy", Dummy::create },
+   { "SmbusProxyDriver", SmbusProxyDriver::create },
+   { "PCA9548", GenericSmbusMux::create },
+   { "LM75", LM75::create },
+};
+
+} // namespace Drivers
+
+namespace Ham {
+
+std::map<std::string, HamFactory> hams = {
+   { "OrbisSmbus", OrbisSmbusHam::create },
+};
+
+} // namespace Ham

@@ -1,0 +1,71 @@
+// The access method over the SMBus server: a batch is one transaction, with the mux selections that
+// the device's path needs at its head and their releases at its end.
+#pragma once
+
+#include "OrbisGeneric/AhamAddress.h"
+#include "OrbisGeneric/Ham/Ham.h"
+#include "OrbisUtil/Smbus.pb.h"
+
+#include <vector>
+
+namespace Component::LogicalDevice {
+class Mux;
+}
+
+namespace Ham {
+
+constexpr Ham::ResponseId INVALID_RESPONSE_ID = 0xFFFFFFFF;
+
+class OrbisSmbusHam : public Ham {
+ public:
+   // The factory of "OrbisSmbus": the path of the component or device of args; null when it is not
+   // in the topology.
+   static Ham *create( Topology::Topology const &topology, Drivers::DriverArgs const &args );
+
+   void init() override;
+   void prepare() override;
+   // 4: the server can't be reached or was too late. 6: its answer is a failure or incomplete.
+   // Always prepare() first: a second run of one batch would carry its mux releases twice.
+   pl_status execute() override;
+
+   ResponseId addRecvByte() override;
+   ResponseId addRead8( unsigned reg ) override;
+   ResponseId addRead16( unsigned reg ) override;
+   ResponseId addRead( unsigned reg, unsigned len ) override;
+   ResponseId addReadBlock( unsigned reg ) override;
+   // Writes take an id but return INVALID_RESPONSE_ID: there is nothing to fetch.
+   ResponseId addSendByte( uint8_t value, bool pec ) override;
+   ResponseId addWrite8( unsigned reg, uint8_t value, bool pec ) override;
+   ResponseId addWrite16( unsigned reg, uint16_t value, bool pec ) override;
+   ResponseId addWrite( unsigned reg, void const *data, unsigned len, bool pec ) override;
+   ResponseId addWriteBlock( unsigned reg, void const *data, unsigned len, bool pec ) override;
+   ResponseId addProcessCall( unsigned reg, uint16_t value ) override;
+
+   uint8_t get8( ResponseId idx ) override;
+   uint16_t get16( ResponseId idx ) override;
+   std::string getBlock( ResponseId idx, unsigned len ) override;
+
+   // The 7-bit device address alone; aims requests at the mux chips of the path.
+   virtual void setAddress( uint8_t deviceAddress );
+   virtual uint8_t getAddress() const;
+
+   uint32_t prepareRequestCount_ =
+      0; // mux selections at the head of request_, kept between batches
+   uint32_t lastResponseId = 0;
+   AhamAddress address{};
+   uint32_t pci = 0;
+   Smbus::TransactionRequest request_;
+   Smbus::TransactionResponse response_;
+   Smbus::MasterType masterType = Smbus::MASTER_SIMULATED;
+   std::vector<Component::LogicalDevice::Mux *> muxes_; // outermost first; not owned
+
+ private:
+   Smbus::Request *queue( unsigned reg, Smbus::RequestType type, unsigned length, bool pec );
+   ResponseId queueRead( unsigned reg, Smbus::RequestType type, unsigned length );
+   ResponseId queueWrite( unsigned reg, Smbus::RequestType type, void const *data, unsigned length,
+                          bool pec );
+   void aimAt( Component::LogicalDevice::Mux const &mux );
+   const std::string &dataOf( ResponseId idx ) const;
+};
+
+} // namespace Ham

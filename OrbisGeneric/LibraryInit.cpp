@@ -1,0 +1,43 @@
+#include "OrbisGeneric/LibraryInit.h"
+
+#include "OrbisGeneric/Topology.h"
+#include "PlatformLibrary/PLSocket.h"
+
+#include <unistd.h>
+
+PlatformLibrary::PLSocket *_plSock = nullptr;
+
+namespace {
+
+// The socket's destructor leaves descriptor and watcher to us; close() is called even on -1.
+void tearDownSocket() {
+   if ( _plSock->watcher && pl_fd_watcher_delete )
+      pl_fd_watcher_delete( _plSock->watcher );
+   close( _plSock->fd );
+   delete _plSock;
+   _plSock = nullptr;
+}
+
+} // namespace
+
+int orbisLibraryInit( const char *caller, const char *topologyJson, int retries ) {
+   PL_TRACE( 0, "%s", caller );
+   PL_TRACE( 5, "%s: json = %s", caller, topologyJson );
+   if ( int status = plSockInit( caller, retries ) )
+      return status;
+   return Topology::loadTopology( topologyJson );
+}
+
+int plSockInit( const char *caller, int retries ) {
+   if ( _plSock )
+      return PL_STATUS_OK;
+   _plSock = new PlatformLibrary::PLSocket;
+   for ( int attempt = 0; attempt < retries; ++attempt ) {
+      if ( _plSock->setup() == 0 )
+         return PL_STATUS_OK;
+      sleep( 1 ); // after the last attempt too
+   }
+   PL_TRACE( 0, "%s: socket Setup failed!", caller );
+   tearDownSocket();
+   return PL_STATUS_SOCKET;
+}

@@ -1,0 +1,234 @@
+// Loading the topology. Every assertion here is about the text that the platform was built with.
+#include "OrbisGeneric/Topology.h"
+
+#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Host.h"
+
+#include <cassert>
+#include <cstring>
+#include <rapidjson/document.h>
+#include <rapidjson/error/en.h>
+
+namespace Topology {
+
+std::unique_ptr<Topology> _topology;
+std::map<std::string, std::shared_ptr<Device>> _topology_index;
+std::string _topology_json;
+
+std::shared_ptr<Component> Component::fromJSON( Value const &json ) {
+   assert( json.IsObject() );
+   assert( json.HasMember( "uid" ) );
+   auto component = std::make_shared<Component>();
+   component->uid = json["uid"].GetUint();
+   return component;
+}
+
+std::shared_ptr<Device> Device::fromJSON( Value const &json ) {
+   assert( json.IsObject() );
+   assert( json.HasMember( "did" ) );
+   auto device = std::make_shared<Device>();
+   device->did = json["did"].GetUint();
+   if ( json.HasMember( "driver" ) ) // the device object is itself a device-argument document
+      device->args = Drivers::DriverArgs::fromJSON( json );
+   if ( json.HasMember( "components" ) ) {
+      const Value &components = json["components"];
+      for ( auto it = components.Begin(); it != components.End(); ++it ) {
+         assert( it->IsObject() );
+         device->components.push_back( Component::fromJSON( *it ) );
+      }
+   }
+   if ( json.HasMember( "label" ) )
+      _topology_index[json["label"].GetString()] = device;
+   return device;
+}
+
+std::shared_ptr<Mux> Mux::fromJSON( Value const &json ) {
+   assert( json.IsObject() );
+   assert( json.HasMember( "did" ) );
+   auto mux = std::make_shared<Mux>();
+   mux->did = json["did"].GetUint();
+   if ( json.HasMember( "busses" ) ) {
+      const Value &busses = json["busses"];
+      for ( auto it = busses.Begin(); it != busses.End(); ++it ) {
+         assert( it->IsObject() );
+         auto bus = Bus::fromJSON( *it );
+         mux->busses[bus->id] = bus; // a later bus of the same id replaces the earlier one
+      }
+   }
+   return mux;
+}
+
+std::shared_ptr<Bus> Bus::fromJSON( Value const &json ) {
+   assert( json.IsObject() );
+   assert( json.HasMember( "id" ) );
+   auto bus = std::make_shared<Bus>();
+   bus->id = static_cast<uint32_t>( json["id"].GetInt() );
+   if ( json.HasMember( "devices" ) ) {
+      const Value &devices = json["devices"];
+      for ( auto it = devices.Begin(); it != devices.End(); ++it ) {
+         assert( it->IsObject() );
+         bus->devices.push_back( Device::fromJSON( *it ) );
+      }
+   }
+   if ( json.HasMember( "muxes" ) ) {
+      const Value &muxes = json["muxes"];
+      for ( auto it = muxes.Begin(); it != muxes.End(); ++it ) {
+         assert( it->IsObject() );
+         bus->muxes.push_back( Mux::fromJSON( *it ) );
+      }
+   }
+   return bus;
+}
+
+std::shared_ptr<Accelerator> Accelerator::fromJSON( Value const &json ) {
+   assert( json.IsObject() );
+   assert( json.HasMember( "id" ) );
+   auto accel = std::make_shared<Accelerator>();
+   accel->id = json["id"].GetUint();
+   if ( json.HasMember( "busses" ) ) {
+      const Value &busses = json["busses"];
+      assert( busses.IsArray() );
+      for ( auto it = busses.Begin(); it != busses.End(); ++it ) {
+         auto bus = Bus::fromJSON( *it );
+         assert( accel->busses.find( bus->id ) == accel->busses.end() );
+         accel->busses[bus->id] = bus;
+      }
+   }
+   return accel;
+}
+
+std::shared_ptr<SCD> SCD::fromJSON( Value const &json ) {
+   assert( json.IsObject() );
+   assert( json.HasMember( "pci" ) );
+   auto scd = std::make_shared<SCD>();
+   scd->pci = json["pci"].GetUint();
+   if ( json.HasMember( "accelerators" ) ) {
+      const Value &accels = json["accelerators"];
+      assert( accels.IsArray() );
+      for ( auto it = accels.Begin(); it != accels.End(); ++it ) {
+         auto accel = Accelerator::fromJSON( *it );
+         assert( scd->accelerators.find( accel->id ) == scd->accelerators.end() );
+         scd->accelerators[accel->id] = accel;
+      }
+   }
+   return scd;
+}
+
+std::shared_ptr<Celestica> Celestica::fromJSON( Value const &json ) {
+   auto cel = std::make_shared<Celestica>();
+   if ( json.HasMember( "accelerators" ) ) {
+      const Value &accels = json["accelerators"];
+      assert( accels.IsArray() );
+      for ( auto it = accels.Begin(); it != accels.End(); ++it ) {
+         auto accel = Accelerator::fromJSON( *it );
+         assert( cel->accelerators.find( accel->id ) == cel->accelerators.end() );
+         cel->accelerators[accel->id] = accel;
+      }
+   }
+   return cel;
+}
+
+std::shared_ptr<I2C> I2C::fromJSON( Value const &json ) {
+   assert( json.HasMember( "bus" ) );
+   auto i2c = std::make_shared<I2C>();
+   i2c->bus = Bus::fromJSON( json["bus"] );
+   if ( json.HasMember( "simulated" ) )
+      i2c->simulated = json["simulated"].GetBool();
+   return i2c;
+}
+
+std::shared_ptr<IOPort> IOPort::fromJSON( Value const &json ) {
+   assert( json.HasMember( "bus" ) );
+   auto ioPort = std::make_shared<IOPort>();
+   ioPort->bus = Bus::fromJSON( json["bus"] );
+   return ioPort;
+}
+
+namespace {
+
+std::shared_ptr<MediumNode> mediumFromJSON( std::string const &type, Value const &json ) {
+   if ( type == "SCD" )
+      return SCD::fromJSON( json );
+   if ( type == "I2C" )
+      return I2C::fromJSON( json );
+   if ( type == "IOPort" )
+      return IOPort::fromJSON( json );
+   if ( type == "Celestica" )
+      return Celestica::fromJSON( json );
+   assert( false && "Unknown type" );
+   return nullptr;
+}
+
+} // namespace
+
+Topology *Topology::fromJSON( Document const &json ) {
+   assert( json.IsArray() );
+   auto topology = std::make_unique<Topology>();
+   for ( auto it = json.Begin(); it != json.End(); ++it ) {
+      assert( it->IsObject() );
+      assert( it->HasMember( "type" ) );
+      assert( it->HasMember( "ham" ) );
+      auto medium = mediumFromJSON( ( *it )["type"].GetString(), *it );
+      medium->ham = ( *it )["ham"].GetString();
+      topology->media.push_back( medium );
+   }
+   return topology.release();
+}
+
+int loadTopology( char const *json ) {
+   if ( json == _topology_json && _topology ) {
+      PL_TRACE( 2, "topology is the same as the previously loaded one (using it)" );
+      return 0;
+   }
+   PL_TRACE( 2, "loading topology json" );
+   Document document;
+   document.Parse( json );
+   if ( document.HasParseError() ) {
+      PL_TRACE( 2, "failed to load topology from json: %s offset %d",
+                rapidjson::GetParseError_En( document.GetParseError() ),
+                static_cast<int>( document.GetErrorOffset() ) );
+      return 3;
+   }
+   if ( _topology ) {
+      _topology.reset();
+      _topology_index.clear();
+   }
+   _topology.reset( Topology::fromJSON( document ) );
+   if ( !_topology ) {
+      PL_TRACE( 2, "failed to create topology tree" );
+      return 6;
+   }
+   _topology_json = json;
+   return 0;
+}
+
+void fillAddressFromJSON( Value const &value, AhamAddress &addr ) {
+   assert( value.IsObject() );
+   assert( value.HasMember( "address" ) );
+   addr = AhamAddress{};
+   addr.addrSize = 1;
+   addr.address = value["address"].GetUint() & 0x7F;
+   if ( value.HasMember( "writeDelay" ) )
+      addr.writeDelay = value["writeDelay"].GetUint() & 3;
+   if ( value.HasMember( "readDelay" ) )
+      addr.readDelay = value["readDelay"].GetUint() & 3;
+   if ( value.HasMember( "busTimeout" ) )
+      addr.busTimeout = value["busTimeout"].GetUint() & 7;
+   if ( value.HasMember( "extraDelay" ) )
+      addr.extraDelay = value["extraDelay"].GetUint() & 1;
+   if ( value.HasMember( "addrSize" ) ) {
+      addr.addrSize = value["addrSize"].GetUint() & 3;
+      // Two bits hold no 4: a "addrSize" of 4 is stored as 0 and stops here, as 0 and 3 do.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wtype-limits"
+#ifdef __clang__
+#pragma GCC diagnostic ignored "-Wtautological-constant-out-of-range-compare"
+#endif
+      assert( addr.addrSize == 1 || addr.addrSize == 2 || addr.addrSize == 4 );
+#pragma GCC diagnostic pop
+   }
+   if ( value.HasMember( "accel" ) )
+      addr.accel = value["accel"].GetUint() & 0x7F;
+}
+
+} // namespace Topology
