@@ -144,23 +144,6 @@ std::shared_ptr<IOPort> IOPort::fromJSON( Value const &json ) {
    return ioPort;
 }
 
-namespace {
-
-std::shared_ptr<MediumNode> mediumFromJSON( std::string const &type, Value const &json ) {
-   if ( type == "SCD" )
-      return SCD::fromJSON( json );
-   if ( type == "I2C" )
-      return I2C::fromJSON( json );
-   if ( type == "IOPort" )
-      return IOPort::fromJSON( json );
-   if ( type == "Celestica" )
-      return Celestica::fromJSON( json );
-   assert( false && "Unknown type" );
-   return nullptr;
-}
-
-} // namespace
-
 Topology *Topology::fromJSON( Document const &json ) {
    assert( json.IsArray() );
    auto topology = std::make_unique<Topology>();
@@ -168,7 +151,18 @@ Topology *Topology::fromJSON( Document const &json ) {
       assert( it->IsObject() );
       assert( it->HasMember( "type" ) );
       assert( it->HasMember( "ham" ) );
-      auto medium = mediumFromJSON( ( *it )["type"].GetString(), *it );
+      const std::string type = ( *it )[ "type" ].GetString();
+      std::shared_ptr<MediumNode> medium;
+      if ( type == "SCD" )
+         medium = SCD::fromJSON( *it );
+      else if ( type == "I2C" )
+         medium = I2C::fromJSON( *it );
+      else if ( type == "IOPort" )
+         medium = IOPort::fromJSON( *it );
+      else if ( type == "Celestica" )
+         medium = Celestica::fromJSON( *it );
+      else
+         assert( false && "Unknown type" );
       medium->ham = ( *it )["ham"].GetString();
       topology->media.push_back( medium );
    }

@@ -115,7 +115,10 @@ Ham::ResponseId OrbisSmbusHam::queueRead( unsigned reg, Smbus::RequestType type,
 
 Ham::ResponseId OrbisSmbusHam::queueWrite( unsigned reg, Smbus::RequestType type, void const *data,
                                            unsigned length, bool pec ) {
-   queue( reg, type, length, pec )->set_data( data, length );
+   // Into the element's own string: set_data would make another one on the way.
+   queue( reg, type, length, pec )
+      ->mutable_data()
+      ->assign( static_cast<char const *>( data ), length );
    return INVALID_RESPONSE_ID;
 }
 

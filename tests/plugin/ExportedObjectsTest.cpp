@@ -1,0 +1,321 @@
+// The records that a host holds: each operation through the table lands in the right place.
+#include "OrbisGeneric/Components/Fan.h"
+#include "OrbisGeneric/Components/Gpio.h"
+#include "OrbisGeneric/Components/Led.h"
+#include "OrbisGeneric/Components/Psu.h"
+#include "OrbisGeneric/Components/Slot.h"
+#include "OrbisGeneric/Components/TempSensor.h"
+#include "OrbisGeneric/Components/Xcvr.h"
+#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Topology.h"
+#include "support/PluginTest.h"
+
+#include <fmt/format.h>
+
+namespace {
+
+namespace Logical = Component::LogicalDevice;
+
+// Writes the last call down.
+std::string called;
+pl_status note( const std::string &call ) {
+   called = call;
+   return PL_STATUS_DEVICE_FAULT; // so that a callback that drops the result is seen
+}
+
+struct TestSlot : Logical::Slot {
+   pl_status getPresence( char ** ) override { return note( "getPresence" ); }
+};
+struct TestLed : Logical::Led {
+   bool handleBlinkTimer( bool ) override { return true; }
+   pl_status setLightSetting( pl_led_status s ) override {
+      return note( fmt::format( "led {}", int( s ) ) );
+   }
+};
+struct TestTemp : Logical::TempSensor {
+   pl_status getTemperature( float *out ) override {
+      *out = 1.5f;
+      return note( "getTemperature" );
+   }
+};
+struct TestFan : Logical::Fan {
+   pl_status getRpm( int * ) override { return note( "getRpm" ); }
+   pl_status setRpm( int rpm ) override { return note( fmt::format( "setRpm {}", rpm ) ); }
+};
+struct TestPsu : Logical::Psu {
+   pl_status get_power_ok( int * ) override { return note( "power_ok" ); }
+   pl_status get_input_current( float * ) override { return note( "input_current" ); }
+   pl_status get_output_current( float * ) override { return note( "output_current" ); }
+   pl_status get_input_voltage( float * ) override { return note( "input_voltage" ); }
+   pl_status get_output_voltage( float * ) override { return note( "output_voltage" ); }
+   pl_status get_input_power( float * ) override { return note( "input_power" ); }
+   pl_status get_output_power( float * ) override { return note( "output_power" ); }
+};
+struct TestSfp : Logical::SfpXcvr {
+   int getPresence() override { return note( "sfp getPresence" ), 1; }
+   pl_status getTxFault( int * ) override { return note( "getTxFault" ); }
+   pl_status getRxLos( int * ) override { return note( "getRxLos" ); }
+   pl_status getTxDisable( int * ) override { return note( "getTxDisable" ); }
+   pl_status setTxDisable( int v ) override { return note( fmt::format( "setTxDisable {}", v ) ); }
+};
+struct TestQsfp : Logical::QsfpXcvr {
+   int getPresence() override { return note( "qsfp getPresence" ), 1; }
+   pl_status getModSel( int * ) override { return note( "getModSel" ); }
+   pl_status setModSel( int v ) override { return note( fmt::format( "setModSel {}", v ) ); }
+   pl_status getLpMode( int * ) override { return note( "getLpMode" ); }
+   pl_status setLpMode( int v ) override { return note( fmt::format( "setLpMode {}", v ) ); }
+   pl_status getReset( int * ) override { return note( "getReset" ); }
+   pl_status setReset( int v ) override { return note( fmt::format( "setReset {}", v ) ); }
+   pl_status getInterrupt( int * ) override { return note( "getInterrupt" ); }
+};
+
+// A driver that makes one of everything, or nothing.
+struct TestDriver : Component::HardwareDevice {
+   using Args = Drivers::DriverArgs;
+   Logical::Slot *newSlot( const Args & ) override { return give( slot ); }
+   Logical::Led *newLed( const Args & ) override { return makes ? &leds[nextLed++] : nullptr; }
+   Logical::TempSensor *newTempSensor( const Args & ) override { return give( temp ); }
+   Logical::Fan *newFan( const Args & ) override { return give( fan ); }
+   Logical::Psu *newPsu( const Args & ) override { return give( psu ); }
+   Logical::SfpXcvr *newSfpXcvr( unsigned id, const Args & ) override {
+      sfp.xcvrId_ = id;
+      return give( sfp );
+   }
+   Logical::QsfpXcvr *newQsfpXcvr( unsigned id, const Args & ) override {
+      qsfp.xcvrId_ = id;
+      return give( qsfp );
+   }
+   Logical::SmbusProxy *newSmbusProxy( const Args & ) override { return nullptr; }
+   template <typename Object>
+   Object *give( Object &object ) {
+      return makes ? &object : nullptr;
+   }
+
+   bool makes = true;
+   TestSlot slot;
+   TestLed leds[2];
+   int nextLed = 0;
+   TestTemp temp;
+   TestFan fan;
+   TestPsu psu;
+   TestSfp sfp;
+   TestQsfp qsfp;
+};
+
+class ExportedObjectsTest : public PluginTest {
+ protected:
+   ExportedObjectsTest() {
+      connect( i2cTopology( "{'did':1},{'did':2,'label':'Bare'},"
+                            "{'did':3,'label':'Named','driver':'LM75','address':{'address':9}}" ) );
+      Drivers::drivers["test"] = [this]( auto &, auto * ) { return &driver; };
+      called.clear();
+   }
+   ~ExportedObjectsTest() override { Drivers::drivers.erase( "test" ); }
+
+   static const char *document( const std::string &driverArgs = "" ) {
+      return json( "{'did':1,'driver':'test','address':{'address':72},'driverArgs':{" + driverArgs +
+                   "}}" );
+   }
+   // The call wrote this down, handed its status up, and was traced like this.
+   static void expectCall( pl_status status, const std::string &what, const std::string &trace ) {
+      EXPECT_EQ( status, PL_STATUS_DEVICE_FAULT ) << what;
+      EXPECT_EQ( called, what );
+      EXPECT_EQ( TestHost::traces.back(), ( TestHost::Trace{ 4, trace } ) );
+   }
+   template <typename Record>
+   static void expectRecord( const Record *record, const void *object ) {
+      ASSERT_NE( record, nullptr );
+      EXPECT_EQ( record->reserved, nullptr );
+      EXPECT_EQ( record->priv, object );
+      EXPECT_EQ( record->ops->size, sizeof( *record->ops ) );
+      // Right behind the object's virtual-table pointer.
+      EXPECT_EQ( reinterpret_cast<const char *>( record ) - static_cast<const char *>( object ),
+                 static_cast<ptrdiff_t>( sizeof( void * ) ) );
+   }
+   static std::string pointer( const void *record ) { return fmt::format( "({})", record ); }
+
+   TestDriver driver;
+   int integer = 0;
+   float real = 0;
+};
+
+TEST_F( ExportedObjectsTest, Slot ) {
+   pl_slot *slot = pl_slot_add( document() );
+   expectRecord( slot, &driver.slot );
+   char *fdl = nullptr;
+   expectCall( slot->ops->get_presence( slot, &fdl ), "getPresence",
+               "getPresenceCallback" + pointer( slot ) );
+}
+
+TEST_F( ExportedObjectsTest, LedsOfOneDriverShareATableAndNothingElse ) {
+   pl_led *first = pl_led_add( document() ), *second = pl_led_add( document() );
+   expectRecord( first, &driver.leds[0] );
+   expectRecord( second, &driver.leds[1] );
+   EXPECT_NE( first->priv, second->priv );
+   EXPECT_EQ( first->ops, second->ops );
+   expectCall( first->ops->set_light_setting( first, PL_LED_BEACON ), "led 6",
+               fmt::format( "setLightSettingCallback({}, 6)", static_cast<void *>( first ) ) );
+}
+
+TEST_F( ExportedObjectsTest, TempSensorStoresItsThresholds ) {
+   pl_temp_sensor *sensor = pl_temp_sensor_add( document(), 70.0f, 80.0f );
+   expectRecord( sensor, &driver.temp );
+   EXPECT_EQ( driver.temp.alertThreshold, 70.0f );
+   EXPECT_EQ( driver.temp.criticalThreshold, 80.0f );
+   EXPECT_TRUE( TestHost::traced( 0, "setting alert threshold" ) );
+   EXPECT_TRUE( TestHost::traced( 0, "setting critical threshold" ) );
+   EXPECT_EQ( sensor->ops->unused, nullptr );
+   expectCall( sensor->ops->get_temperature( sensor, &real ), "getTemperature",
+               "getTemperatureCallback" + pointer( sensor ) );
+   EXPECT_EQ( real, 1.5f );
+}
+
+TEST_F( ExportedObjectsTest, Fan ) {
+   pl_fan *fan = pl_fan_add( document() );
+   expectRecord( fan, &driver.fan );
+   EXPECT_EQ( fan->ops->unused, nullptr );
+   expectCall( fan->ops->get_rpm( fan, &integer ), "getRpm", "getRpmCallback" + pointer( fan ) );
+   expectCall( fan->ops->set_rpm( fan, -5 ), "setRpm -5",
+               fmt::format( "setRpmCallback({}, -5)", static_cast<void *>( fan ) ) );
+}
+
+TEST_F( ExportedObjectsTest, Psu ) {
+   pl_psu *psu = pl_psu_add( document() );
+   expectRecord( psu, &driver.psu );
+   const pl_psu_ops &ops = *psu->ops;
+   expectCall( ops.get_power_ok( psu, &integer ), "power_ok", "get_power_ok_callback" );
+   expectCall( ops.get_input_current( psu, &real ), "input_current", "get_input_current_callback" );
+   expectCall( ops.get_output_current( psu, &real ), "output_current",
+               "get_output_current_callback" );
+   expectCall( ops.get_input_voltage( psu, &real ), "input_voltage", "get_input_voltage_callback" );
+   expectCall( ops.get_output_voltage( psu, &real ), "output_voltage",
+               "get_output_voltage_callback" );
+   expectCall( ops.get_input_power( psu, &real ), "input_power", "get_input_power_callback" );
+   expectCall( ops.get_output_power( psu, &real ), "output_power", "get_output_power_callback" );
+}
+
+TEST_F( ExportedObjectsTest, SfpTransceiver ) {
+   for ( const char *type : { "sfp", "sfp+" } ) {
+      pl_xcvr *xcvr = pl_xcvr_add( document( std::string( "'id':3,'type':'" ) + type + "'" ) );
+      expectRecord( xcvr, &driver.sfp );
+      EXPECT_EQ( driver.sfp.xcvrId_, 3u );
+      EXPECT_EQ( xcvr->ops->kind, 0u );
+      const pl_sfp_ops &ops = xcvr->ops->sfp;
+      EXPECT_EQ( ops.size, sizeof( pl_sfp_ops ) );
+      EXPECT_EQ( ops.get_presence( xcvr ), 1 );
+      EXPECT_EQ( called, "sfp getPresence" );
+      EXPECT_TRUE( TestHost::traced( 4, "getPresenceCallback(3)" ) );
+      expectCall( ops.get_tx_fault( xcvr, &integer ), "getTxFault", "getTxFaultCallback(3)" );
+      expectCall( ops.get_rx_los( xcvr, &integer ), "getRxLos", "getRxLosCallback(3)" );
+      expectCall( ops.get_tx_disable( xcvr, &integer ), "getTxDisable", "getTxDisableCallback(3)" );
+      expectCall( ops.set_tx_disable( xcvr, 1 ), "setTxDisable 1", "setTxDisableCallback(3, 1)" );
+      EXPECT_EQ( xcvr->ops->qsfp.get_reset, nullptr ); // what SFP lacks is left null
+      EXPECT_EQ( xcvr->ops->qsfp.set_reset, nullptr );
+      EXPECT_EQ( xcvr->ops->qsfp.get_interrupt, nullptr );
+   }
+}
+
+TEST_F( ExportedObjectsTest, QsfpTransceiver ) {
+   for ( const char *type : { "qsfp", "qsfp+" } ) {
+      pl_xcvr *xcvr = pl_xcvr_add( document( std::string( "'id':32,'type':'" ) + type + "'" ) );
+      expectRecord( xcvr, &driver.qsfp );
+      EXPECT_EQ( driver.qsfp.xcvrId_, 32u );
+      EXPECT_EQ( xcvr->ops->kind, 1u );
+      const pl_qsfp_ops &ops = xcvr->ops->qsfp;
+      EXPECT_EQ( ops.size, sizeof( pl_qsfp_ops ) );
+      EXPECT_EQ( ops.get_presence( xcvr ), 1 );
+      EXPECT_EQ( called, "qsfp getPresence" );
+      expectCall( ops.get_mod_sel( xcvr, &integer ), "getModSel", "getModSelCallback(32)" );
+      expectCall( ops.set_mod_sel( xcvr, 1 ), "setModSel 1", "setModSelCallback(32, 1)" );
+      expectCall( ops.get_lp_mode( xcvr, &integer ), "getLpMode", "getLpModeCallback(32)" );
+      expectCall( ops.set_lp_mode( xcvr, 0 ), "setLpMode 0", "setLpModeCallback(32, 0)" );
+      expectCall( ops.get_reset( xcvr, &integer ), "getReset", "getResetCallback(32)" );
+      expectCall( ops.set_reset( xcvr, 1 ), "setReset 1", "setResetCallback(32, 1)" );
+      expectCall( ops.get_interrupt( xcvr, &integer ), "getInterrupt", "getInterruptCallback(32)" );
+   }
+}
+
+TEST_F( ExportedObjectsTest, ATransceiverIdMayStandInQuotes ) {
+   ASSERT_NE( pl_xcvr_add( document( R"('id':'\"12\"','type':'sfp')" ) ), nullptr );
+   EXPECT_EQ( driver.sfp.xcvrId_, 12u );
+}
+
+TEST_F( ExportedObjectsTest, ATransceiverWithoutIdOrTypeOrOfAnotherTypeStopsTheProcess ) {
+   EXPECT_DEATH( pl_xcvr_add( document( "'type':'sfp'" ) ),
+                 "No id argument given for Xcvr(.|\n)*OrbisGeneric/Components/Xcvr.*Assertion" );
+   EXPECT_DEATH( pl_xcvr_add( document( "'id':1" ) ),
+                 "No type argument given for Xcvr(.|\n)*Assertion" );
+   EXPECT_DEATH( pl_xcvr_add( document( "'id':1,'type':'cfp'" ) ),
+                 "Xcvr type cfp not supported(.|\n)*Assertion" );
+}
+
+TEST_F( ExportedObjectsTest, AnObjectThatIsNotMadeIsNullWithItsTrace ) {
+   driver.makes = false;
+   EXPECT_EQ( pl_slot_add( document() ), nullptr );
+   EXPECT_TRUE( TestHost::traced( 0, "newSlot() failed" ) );
+   EXPECT_EQ( pl_led_add( document() ), nullptr );
+   EXPECT_TRUE( TestHost::traced( 0, "newLed() failed" ) );
+   EXPECT_EQ( pl_fan_add( document() ), nullptr );
+   EXPECT_TRUE( TestHost::traced( 0, "newFan() failed" ) );
+   EXPECT_EQ( pl_psu_add( document() ), nullptr );
+   EXPECT_TRUE( TestHost::traced( 0, "newPsu() failed" ) );
+   EXPECT_EQ( pl_xcvr_add( document( "'id':1,'type':'sfp'" ) ), nullptr );
+   EXPECT_TRUE( TestHost::traced( 0, "newSfpXcvr() failed" ) );
+   EXPECT_EQ( pl_xcvr_add( document( "'id':1,'type':'qsfp'" ) ), nullptr );
+   EXPECT_TRUE( TestHost::traced( 0, "newQsfpXcvr() failed" ) );
+   EXPECT_EQ( pl_smbus_add( document(), 0 ), nullptr );
+   EXPECT_TRUE( TestHost::traced( 0, "newSmbusProxy() failed" ) );
+   TestHost::traces.clear();
+   EXPECT_EQ( pl_temp_sensor_add( document(), 1, 2 ), nullptr );
+   EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "using previously instanciated HardwareDevice test" );
+}
+
+TEST_F( ExportedObjectsTest, ADeviceThatIsNotMadeIsNullWithItsTraceButForTempSensors ) {
+   for ( auto add :
+         { +[] { return ( void * )pl_slot_add( "" ); }, +[] { return ( void * )pl_led_add( "" ); },
+           +[] { return ( void * )pl_fan_add( "" ); }, +[] { return ( void * )pl_psu_add( "" ); },
+           +[] { return ( void * )pl_xcvr_add( "" ); }, +[] { return ( void * )pl_gpio_add( "" ); },
+           +[] { return ( void * )pl_smbus_add( "{", 0 ); } } ) {
+      TestHost::traces.clear();
+      EXPECT_EQ( add(), nullptr );
+      EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "DeviceBase::create() failed" );
+   }
+   TestHost::traces.clear();
+   EXPECT_EQ( pl_temp_sensor_add( "", 1, 2 ), nullptr );
+   EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "failed to parse json object as a device" );
+}
+
+TEST_F( ExportedObjectsTest, ALabelRetargetsItsTopologyDeviceToTheProxyDriver ) {
+   pl_smbus *proxy = pl_smbus_add( "Named", 17 );
+   ASSERT_NE( proxy, nullptr );
+   EXPECT_EQ( Topology::getDeviceByLabel( "Named" )->args->driver, "SmbusProxyDriver" );
+   EXPECT_TRUE( TestHost::traced( 7, "pl_smbus_add( 'Named', 17 )" ) );
+   uint8_t byte;
+   FakeServer::answersWith( { "x" } );
+   EXPECT_EQ( proxy->ops->read_byte( proxy, 2, &byte ), PL_STATUS_OK );
+   EXPECT_TRUE( FakeServer::lastInWords()[0].starts_with( "read 0x09 reg 0x2 " ) );
+}
+
+TEST_F( ExportedObjectsTest, TheProxysSecondArgumentChangesNothingButTheTrace ) {
+   pl_smbus *first = pl_smbus_add( "Named", 1 ), *second = pl_smbus_add( "Named", 2 );
+   ASSERT_NE( first, nullptr );
+   ASSERT_NE( second, nullptr );
+   EXPECT_EQ( first->ops, second->ops );
+   EXPECT_EQ( Component::DeviceBase::devices.size(), 1u );
+}
+
+TEST_F( ExportedObjectsTest, ALabelOfADeviceWithoutDriverGetsARecordOfItsOwn ) {
+   pl_smbus *proxy = pl_smbus_add( "Bare", 0 );
+   ASSERT_NE( proxy, nullptr );
+   const auto &record = *Topology::getDeviceByLabel( "Bare" )->args;
+   EXPECT_EQ( record.did, 2u );
+   EXPECT_EQ( record.uid, Drivers::noComponent );
+   EXPECT_EQ( record.address.address, 0u );
+   EXPECT_EQ( Component::DeviceBase::devices.count( 2 ), 1u );
+}
+
+TEST_F( ExportedObjectsTest, AnUnknownLabelStopsTheProcess ) {
+   EXPECT_DEATH( pl_smbus_add( "Nobody", 0 ), "Assertion `device' failed" );
+}
+
+} // namespace

@@ -1,0 +1,152 @@
+#include "OrbisGeneric/Components/NotImplementedException.h"
+#include "OrbisGeneric/Drivers/SmbusProxyDriver.h"
+#include "support/PluginTest.h"
+#include "support/ScriptedHam.h"
+
+namespace {
+
+class SmbusProxyTest : public PluginTest {
+ protected:
+   SmbusProxyTest() { driver.ham_ = &ham; }
+
+   ScriptedHam ham;
+   Drivers::SmbusProxyDriver driver;
+   Drivers::SmbusProxyDriver::SmbusProxy proxy{ &driver };
+   pl_smbus *record = &proxy.record_;
+   const pl_smbus_ops &ops = *record->ops;
+   uint8_t byte = 0x5A;
+   uint16_t word = 0x5A5A;
+   uint8_t buffer[8] = { 9, 9, 9, 9, 9, 9, 9, 9 };
+   unsigned length = 77;
+};
+
+// Each is one batch of one transfer, without packet error checking.
+TEST_F( SmbusProxyTest, ReadsBytesAndWords ) {
+   ham.expectBatch( { recvByte().answers( { 0x11 } ) } );
+   EXPECT_EQ( ops.receive_byte( record, &byte ), PL_STATUS_OK );
+   EXPECT_EQ( byte, 0x11 );
+   ham.expectBatch( { read8( 0x20 ).answers( { 0x22 } ) } );
+   EXPECT_EQ( ops.read_byte( record, 0x20, &byte ), PL_STATUS_OK );
+   EXPECT_EQ( byte, 0x22 );
+   ham.expectBatch( { read16( 0x21 ).answers( { 0x34, 0x12 } ) } );
+   EXPECT_EQ( ops.read_word( record, 0x21, &word ), PL_STATUS_OK );
+   EXPECT_EQ( word, 0x1234 );
+   ham.expectBatch( { processCall( 0x22 ).carries( { 0x02, 0x01 } ).answers( { 0x04, 0x03 } ) } );
+   EXPECT_EQ( ops.process_call( record, 0x22, 0x0102, &word ), PL_STATUS_OK );
+   EXPECT_EQ( word, 0x0304 );
+}
+
+TEST_F( SmbusProxyTest, Writes ) {
+   const uint8_t data[] = { 1, 2, 3 };
+   ham.expectBatch( { sendByte( 0x30 ) } );
+   EXPECT_EQ( ops.send_byte( record, 0x30 ), PL_STATUS_OK );
+   ham.expectBatch( { write8( 0x31, 0x32 ) } );
+   EXPECT_EQ( ops.write_byte( record, 0x31, 0x32 ), PL_STATUS_OK );
+   ham.expectBatch( { write16( 0x33 ).carries( { 0x35, 0x34 } ) } );
+   EXPECT_EQ( ops.write_word( record, 0x33, 0x3435 ), PL_STATUS_OK );
+   ham.expectBatch( { writeBlock( 0x36 ).carries( { 1, 2, 3 } ) } );
+   EXPECT_EQ( ops.block_write( record, 0x36, data, 3 ), PL_STATUS_OK );
+   ham.expectBatch( { write( 0x37 ).carries( { 1, 2 } ) } );
+   EXPECT_EQ( ops.i2c_block_write( record, 0x37, data, 2 ), PL_STATUS_OK );
+}
+
+TEST_F( SmbusProxyTest, ABlockReadCopiesWhateverTheDeviceSends ) {
+   ham.expectBatch( { readBlock( 0x40 ).answers( { 1, 2, 3, 4, 5 } ) } );
+   EXPECT_EQ( ops.block_read( record, 0x40, buffer, &length ), PL_STATUS_OK );
+   EXPECT_EQ( length, 5u );
+   EXPECT_EQ( buffer[4], 5 );
+   EXPECT_EQ( buffer[5], 9 );
+}
+
+TEST_F( SmbusProxyTest, AFailedBlockReadHasNoBytes ) {
+   ham.expectBatch( { readBlock( 0x40 ).fails( 6 ) } );
+   EXPECT_EQ( ops.block_read( record, 0x40, buffer, &length ), 6 );
+   EXPECT_EQ( length, 0u );
+   EXPECT_EQ( buffer[0], 9 );
+}
+
+TEST_F( SmbusProxyTest, AnI2CBlockReadOfExactlyTheBytesAskedForIsCopied ) {
+   ham.expectBatch( { read( 0x50, 4 ).answers( { 1, 2, 3, 4 } ) } );
+   EXPECT_EQ( ops.i2c_block_read( record, 0x50, buffer, 4 ), PL_STATUS_OK );
+   EXPECT_EQ( buffer[3], 4 );
+   EXPECT_EQ( buffer[4], 9 );
+}
+
+TEST_F( SmbusProxyTest, AnI2CBlockReadOfAnotherLengthIs4AndCopiesNothing ) {
+   ham.expectBatch( { read( 0x50, 4 ).answers( { 1, 2, 3 } ) } );
+   EXPECT_EQ( ops.i2c_block_read( record, 0x50, buffer, 4 ), 4 );
+   EXPECT_EQ( buffer[0], 9 );
+   ham.expectBatch( { read( 0x50, 4 ).fails( 6 ) } );
+   EXPECT_EQ( ops.i2c_block_read( record, 0x50, buffer, 4 ), 4 );
+}
+
+TEST_F( SmbusProxyTest, ABusFailureIsHandedUpAndLeavesTheOutputAlone ) {
+   ham.expectBatch( { recvByte().fails( 6 ) } );
+   EXPECT_EQ( ops.receive_byte( record, &byte ), 6 );
+   ham.expectBatch( { read8( 1 ).fails( 4 ) } );
+   EXPECT_EQ( ops.read_byte( record, 1, &byte ), 4 );
+   ham.expectBatch( { read16( 1 ).fails( 6 ) } );
+   EXPECT_EQ( ops.read_word( record, 1, &word ), 6 );
+   ham.expectBatch( { processCall( 1 ).carries( { 0, 0 } ).fails( 6 ) } );
+   EXPECT_EQ( ops.process_call( record, 1, 0, &word ), 6 );
+   ham.expectBatch( { sendByte( 1 ).fails( 6 ) } );
+   EXPECT_EQ( ops.send_byte( record, 1 ), 6 );
+   EXPECT_EQ( byte, 0x5A );
+   EXPECT_EQ( word, 0x5A5A );
+}
+
+TEST_F( SmbusProxyTest, QuickCommandAndBlockProcessCallAreNotProvided ) {
+   try {
+      ops.quick_command( record, 1 );
+      FAIL() << "nothing thrown";
+   } catch ( const NotImplementedException &e ) {
+      EXPECT_STREQ( e.what(), "Not implemented quickCommand" );
+   }
+   try {
+      ops.block_process_call( record, 1, buffer, 1, buffer, &byte );
+      FAIL() << "nothing thrown";
+   } catch ( const NotImplementedException &e ) {
+      EXPECT_STREQ( e.what(), "Not implemented blockProcessCall" );
+   }
+}
+
+TEST_F( SmbusProxyTest, EveryCallbackTracesItsName ) {
+   ham.expectBatch( { sendByte( 1 ) } );
+   ops.send_byte( record, 1 );
+   EXPECT_EQ( TestHost::traces.back(), ( TestHost::Trace{ 4, "sendByteCallback" } ) );
+   ham.expectBatch( { read( 1, 1 ).answers( { 1 } ) } );
+   ops.i2c_block_read( record, 1, buffer, 1 );
+   EXPECT_EQ( TestHost::traces.back(), ( TestHost::Trace{ 4, "i2cBlockReadCallback" } ) );
+}
+
+// Every operation that no driver provides names itself.
+TEST( BareProxyTest, ProvidesNothing ) {
+   Component::LogicalDevice::SmbusProxy proxy;
+   uint8_t byte;
+   uint16_t word;
+   unsigned length;
+   const auto messageOf = []( auto call ) -> std::string {
+      try {
+         call();
+      } catch ( const std::exception &e ) {
+         return std::string( e.what() ).substr( sizeof( "Not implemented" ) );
+      }
+      return "";
+   };
+   EXPECT_EQ( messageOf( [&] { proxy.quickCommand( 1 ); } ), "quickCommand" );
+   EXPECT_EQ( messageOf( [&] { proxy.receiveByte( &byte ); } ), "receiveByte" );
+   EXPECT_EQ( messageOf( [&] { proxy.sendByte( 1 ); } ), "sendByte" );
+   EXPECT_EQ( messageOf( [&] { proxy.readByte( 1, &byte ); } ), "readByte" );
+   EXPECT_EQ( messageOf( [&] { proxy.writeByte( 1, 1 ); } ), "writeByte" );
+   EXPECT_EQ( messageOf( [&] { proxy.readWord( 1, &word ); } ), "readWord" );
+   EXPECT_EQ( messageOf( [&] { proxy.writeWord( 1, 1 ); } ), "writeWord" );
+   EXPECT_EQ( messageOf( [&] { proxy.blockRead( 1, &byte, &length ); } ), "blockRead" );
+   EXPECT_EQ( messageOf( [&] { proxy.blockWrite( 1, &byte, 1 ); } ), "blockWrite" );
+   EXPECT_EQ( messageOf( [&] { proxy.i2cBlockRead( 1, &byte, 1 ); } ), "i2cBlockRead" );
+   EXPECT_EQ( messageOf( [&] { proxy.i2cBlockWrite( 1, &byte, 1 ); } ), "i2cBlockWrite" );
+   EXPECT_EQ( messageOf( [&] { proxy.processCall( 1, 1, &word ); } ), "processCall" );
+   EXPECT_EQ( messageOf( [&] { proxy.blockProcessCall( 1, &byte, 1, &byte, &byte ); } ),
+              "blockProcessCall" );
+}
+
+} // namespace

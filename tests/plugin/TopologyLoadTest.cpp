@@ -1,0 +1,244 @@
+#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Topology.h"
+#include "support/PluginTest.h"
+
+#include <rapidjson/document.h>
+
+namespace {
+
+using namespace std::string_literals;
+using Topology::_topology;
+
+class TopologyLoadTest : public PluginTest {};
+
+// The only bus of the first medium.
+const Topology::Bus &firstBus() {
+   return *std::dynamic_pointer_cast<Topology::I2C>( _topology->media.at( 0 ) )->bus;
+}
+
+TEST_F( TopologyLoadTest, AnEmptyArrayHasNoMedia ) {
+   load( "[]" );
+   ASSERT_NE( _topology, nullptr );
+   EXPECT_TRUE( _topology->media.empty() );
+}
+
+TEST_F( TopologyLoadTest, BuildsEveryKindOfNode ) {
+   load( "[{'type':'SCD','ham':'A','pci':5,'accelerators':[{'id':3,'busses':[{'id':2}]}]},"
+         "{'type':'Celestica','ham':'B','accelerators':[{'id':4}]},"
+         "{'type':'I2C','ham':'C','simulated':true,'bus':{'id':7,'devices':[{'did':9,'components':"
+         "[{'uid':1},{'uid':2}]}],'muxes':[{'did':9,'busses':[{'id':1}]}]}},"
+         "{'type':'IOPort','ham':'D','bus':{'id':0}}]" );
+   ASSERT_EQ( _topology->media.size(), 4u );
+   const auto scd = std::dynamic_pointer_cast<Topology::SCD>( _topology->media[0] );
+   ASSERT_NE( scd, nullptr );
+   EXPECT_EQ( scd->ham, "A" );
+   EXPECT_EQ( scd->unused, 0u );
+   EXPECT_EQ( scd->pci, 5u );
+   EXPECT_EQ( scd->accelerators.at( 3 )->id, 3u );
+   EXPECT_EQ( scd->accelerators.at( 3 )->busses.at( 2 )->id, 2u );
+   const auto celestica = std::dynamic_pointer_cast<Topology::Celestica>( _topology->media[1] );
+   ASSERT_NE( celestica, nullptr );
+   EXPECT_EQ( celestica->accelerators.at( 4 )->id, 4u );
+   const auto i2c = std::dynamic_pointer_cast<Topology::I2C>( _topology->media[2] );
+   ASSERT_NE( i2c, nullptr );
+   EXPECT_TRUE( i2c->simulated );
+   EXPECT_EQ( i2c->bus->id, 7u );
+   EXPECT_EQ( i2c->bus->devices.at( 0 )->did, 9u );
+   EXPECT_EQ( i2c->bus->devices[0]->args, nullptr );
+   EXPECT_EQ( i2c->bus->devices[0]->components.at( 1 )->uid, 2u );
+   EXPECT_EQ( i2c->bus->muxes.at( 0 )->busses.at( 1 )->id, 1u );
+   const auto ioPort = std::dynamic_pointer_cast<Topology::IOPort>( _topology->media[3] );
+   ASSERT_NE( ioPort, nullptr );
+   EXPECT_EQ( ioPort->ham, "D" );
+   EXPECT_EQ( ioPort->bus->id, 0u );
+}
+
+TEST_F( TopologyLoadTest, AnI2CMediumIsRealUnlessItSaysOtherwise ) {
+   load( i2cTopology( "" ) );
+   EXPECT_FALSE( std::dynamic_pointer_cast<Topology::I2C>( _topology->media[0] )->simulated );
+}
+
+TEST_F( TopologyLoadTest, RecognisesTheSameTextAndKeepsItsNodes ) {
+   load( i2cTopology( "{'did':1}" ) );
+   const auto *tree = _topology.get();
+   const auto *device = Topology::findDevice( 1 );
+   TestHost::traces.clear();
+   load( i2cTopology( "{'did':1}" ) );
+   EXPECT_EQ( _topology.get(), tree );
+   EXPECT_TRUE(
+      TestHost::traced( 2, "topology is the same as the previously loaded one (using it)" ) );
+   EXPECT_EQ( Topology::findDevice( 1 ), device );
+}
+
+TEST_F( TopologyLoadTest, AnotherTextReplacesTreeAndLabels ) {
+   load( i2cTopology( "{'did':1,'label':'Old'}" ) );
+   load( i2cTopology( "{'did':2,'label':'New'}" ) );
+   EXPECT_EQ( Topology::getDeviceByLabel( "Old" ), nullptr );
+   EXPECT_EQ( Topology::getDeviceByLabel( "New" )->did, 2u );
+   EXPECT_EQ( Topology::findDevice( 1 ), nullptr );
+   EXPECT_TRUE( TestHost::traced( 2, "loading topology json" ) );
+}
+
+TEST_F( TopologyLoadTest, ASyntaxErrorReturns3AndLeavesTreeAndTextInPlace ) {
+   load( "[]" );
+   const auto *tree = _topology.get();
+   EXPECT_EQ( Topology::loadTopology( "[ 1, " ), 3 );
+   EXPECT_TRUE(
+      TestHost::traced( 2, "failed to load topology from json: Invalid value. offset 5" ) );
+   EXPECT_EQ( _topology.get(), tree );
+   EXPECT_EQ( Topology::_topology_json, "[]" );
+}
+
+TEST_F( TopologyLoadTest, OfTwoDevicesLabelledAlikeTheLabelNamesTheLater ) {
+   load( i2cTopology( "{'did':1,'label':'Same'},{'did':2,'label':'Same'}" ) );
+   EXPECT_EQ( Topology::getDeviceByLabel( "Same" )->did, 2u );
+}
+
+TEST_F( TopologyLoadTest, AMuxKeepsTheLaterOfTwoBussesWithOneId ) {
+   load( "[{'type':'I2C','ham':'A','bus':{'id':0,'muxes':[{'did':1,'busses':["
+         "{'id':4,'devices':[{'did':10}]},{'id':4,'devices':[{'did':11}]}]}]}}]" );
+   const auto &mux = *firstBus().muxes.at( 0 );
+   ASSERT_EQ( mux.busses.size(), 1u );
+   EXPECT_EQ( mux.busses.at( 4 )->devices.at( 0 )->did, 11u );
+}
+
+TEST_F( TopologyLoadTest, ADeviceThatNamesADriverCarriesItsArguments ) {
+   load( i2cTopology( "{'did':1,'driver':'LM75','address':{'address':72}}" ) );
+   ASSERT_NE( firstBus().devices[0]->args, nullptr );
+   EXPECT_EQ( firstBus().devices[0]->args->driver, "LM75" );
+   EXPECT_EQ( firstBus().devices[0]->args->address.address, 72u );
+   EXPECT_EQ( firstBus().devices[0]->args->jsonText, nullptr );
+}
+
+TEST_F( TopologyLoadTest, UnknownKeysAreIgnored ) {
+   load( "[{'type':'IOPort','ham':'A','x':1,'bus':{'id':0,'y':[],'devices':[{'did':1,'z':{}}]}}]" );
+   EXPECT_NE( Topology::findDevice( 1 ), nullptr );
+}
+
+struct BadTopology {
+   std::string text;
+   std::string assertion; // what the failed condition says; special characters stand for themselves
+};
+
+std::ostream &operator<<( std::ostream &out, const BadTopology &bad ) { return out << bad.text; }
+
+class BadTopologyTest : public PluginTest, public ::testing::WithParamInterface<BadTopology> {};
+
+TEST_P( BadTopologyTest, StopsTheProcessNamingTheCondition ) {
+   EXPECT_DEATH(
+      Topology::loadTopology( json( GetParam().text ) ),
+      ::testing::ContainsRegex( "OrbisGeneric/Topology\\.cpp:[0-9]+: .*fromJSON.*Assertion" ) );
+   EXPECT_DEATH( Topology::loadTopology( json( GetParam().text ) ),
+                 ::testing::HasSubstr( "Assertion `" + GetParam().assertion + "' failed" ) );
+}
+
+std::string scd( const std::string &accelerators ) {
+   return "[{'type':'SCD','ham':'A','pci':1,'accelerators':" + accelerators + "}]";
+}
+
+std::string celestica( const std::string &accelerators ) {
+   return "[{'type':'Celestica','ham':'A','accelerators':" + accelerators + "}]";
+}
+
+std::string bus( const std::string &members ) {
+   return "[{'type':'IOPort','ham':'A','bus':{" + members + "}}]";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+   Structure, BadTopologyTest,
+   ::testing::Values(
+      BadTopology{ "{}", "json.IsArray()" }, BadTopology{ "[1]", "it->IsObject()" },
+      BadTopology{ "[{'ham':'A'}]", R"(it->HasMember( "type" ))" },
+      BadTopology{ "[{'type':'SCD'}]", R"(it->HasMember( "ham" ))" },
+      BadTopology{ "[{'type':'scd','ham':'A'}]", R"(false && "Unknown type")" },
+      BadTopology{ "[{'type':'SCD','ham':'A'}]", R"(json.HasMember( "pci" ))" },
+      BadTopology{ scd( "{}" ), "accels.IsArray()" },
+      BadTopology{ scd( "[{'id':1},{'id':1}]" ),
+                   "scd->accelerators.find( accel->id ) == scd->accelerators.end()" },
+      BadTopology{ celestica( "1" ), "accels.IsArray()" },
+      BadTopology{ celestica( "[{'id':1},{'id':1}]" ),
+                   "cel->accelerators.find( accel->id ) == cel->accelerators.end()" },
+      BadTopology{ scd( "[1]" ), "json.IsObject()" },
+      BadTopology{ scd( "[{}]" ), R"(json.HasMember( "id" ))" },
+      BadTopology{ scd( "[{'id':1,'busses':{}}]" ), "busses.IsArray()" },
+      BadTopology{ scd( "[{'id':1,'busses':[{'id':2},{'id':2}]}]" ),
+                   "accel->busses.find( bus->id ) == accel->busses.end()" },
+      BadTopology{ "[{'type':'I2C','ham':'A'}]", R"(json.HasMember( "bus" ))" },
+      BadTopology{ "[{'type':'IOPort','ham':'A'}]", R"(json.HasMember( "bus" ))" },
+      BadTopology{ "[{'type':'IOPort','ham':'A','bus':1}]", "json.IsObject()" },
+      BadTopology{ bus( "" ), R"(json.HasMember( "id" ))" },
+      BadTopology{ bus( "'id':0,'devices':[1]" ), "it->IsObject()" },
+      BadTopology{ bus( "'id':0,'devices':[{}]" ), R"(json.HasMember( "did" ))" },
+      BadTopology{ bus( "'id':0,'devices':[{'did':1,'components':[1]}]" ), "it->IsObject()" },
+      BadTopology{ bus( "'id':0,'devices':[{'did':1,'components':[{}]}]" ),
+                   R"(json.HasMember( "uid" ))" },
+      BadTopology{ bus( "'id':0,'muxes':[1]" ), "it->IsObject()" },
+      BadTopology{ bus( "'id':0,'muxes':[{}]" ), R"(json.HasMember( "did" ))" },
+      BadTopology{ bus( "'id':0,'muxes':[{'did':1,'busses':[1]}]" ), "it->IsObject()" } ) );
+
+TEST_F( TopologyLoadTest, AWrongTypeIsTheJsonLibrarysOwnAssertion ) {
+   EXPECT_DEATH( Topology::loadTopology( json( bus( "'id':'0'" ) ) ), "rapidjson.*Assertion" );
+   EXPECT_DEATH( Topology::loadTopology( json( bus( "'id':0,'devices':[{'did':-1}]" ) ) ),
+                 "rapidjson.*Assertion" );
+   EXPECT_DEATH(
+      Topology::loadTopology( json( "[{'type':'I2C','ham':'A','bus':{'id':0},'simulated':1}]" ) ),
+      "rapidjson.*GetBool.*Assertion" );
+}
+
+class AddressTest : public PluginTest {
+ protected:
+   static AhamAddress fill( const std::string &object ) {
+      rapidjson::Document document;
+      document.Parse( json( object ) );
+      AhamAddress address;
+      memset( &address, 0xFF, sizeof( address ) );
+      Topology::fillAddressFromJSON( document, address );
+      return address;
+   }
+};
+
+TEST_F( AddressTest, DefaultsToAnAddressSizeOfOneAndNothingElse ) {
+   const AhamAddress address = fill( "{'address':72}" );
+   EXPECT_EQ( address.offset, 0u );
+   EXPECT_EQ( address.address, 72u );
+   EXPECT_EQ( address.addrSize, 1u );
+   EXPECT_EQ( address.bus + address.accel + address.spare + address.busTimeout +
+                 address.extraDelay + address.writeDelay + address.readDelay,
+              0u );
+}
+
+TEST_F( AddressTest, CutsEachValueToTheWidthOfItsField ) {
+   EXPECT_EQ( fill( "{'address':427}" ).address, 0x2Bu ); // 0x1AB
+   EXPECT_EQ( fill( "{'address':1,'busTimeout':9}" ).busTimeout, 1u );
+   EXPECT_EQ( fill( "{'address':1,'writeDelay':6}" ).writeDelay, 2u );
+   EXPECT_EQ( fill( "{'address':1,'readDelay':7}" ).readDelay, 3u );
+   EXPECT_EQ( fill( "{'address':1,'extraDelay':3}" ).extraDelay, 1u );
+   EXPECT_EQ( fill( "{'address':1,'accel':130}" ).accel, 2u );
+}
+
+TEST_F( AddressTest, PacksItsFieldsFromTheLowestBitUpward ) {
+   const AhamAddress address = fill( "{'address':1,'accel':1,'busTimeout':1,'addrSize':2,"
+                                     "'extraDelay':1,'writeDelay':1,'readDelay':1}" );
+   uint32_t words[2];
+   memcpy( words, &address, sizeof( words ) );
+   EXPECT_EQ( words[0], 0u );
+   EXPECT_EQ( words[1], 1u | 1u << 14 | 1u << 22 | 2u << 25 | 1u << 27 | 1u << 28 | 1u << 30 );
+}
+
+TEST_F( AddressTest, AnAddressSizeIsOneOrTwo ) {
+   EXPECT_EQ( fill( "{'address':1,'addrSize':2}" ).addrSize, 2u );
+   EXPECT_EQ( fill( "{'address':1,'addrSize':5}" ).addrSize, 1u );
+   const auto complaint = ::testing::HasSubstr(
+      "Assertion `addr.addrSize == 1 || addr.addrSize == 2 || addr.addrSize == 4' failed" );
+   EXPECT_DEATH( fill( "{'address':1,'addrSize':4}" ), complaint );
+   EXPECT_DEATH( fill( "{'address':1,'addrSize':0}" ), complaint );
+   EXPECT_DEATH( fill( "{'address':1,'addrSize':3}" ), complaint );
+}
+
+TEST_F( AddressTest, IsAnObjectWithAnAddress ) {
+   EXPECT_DEATH( fill( "1" ), ::testing::HasSubstr( "Assertion `value.IsObject()'" ) );
+   EXPECT_DEATH( fill( "{}" ),
+                 ::testing::HasSubstr( R"(Assertion `value.HasMember( "address" )')" ) );
+}
+
+} // namespace

@@ -1,0 +1,58 @@
+#include "support/PluginTest.h"
+
+#include "OrbisGeneric/Components/Led.h"
+#include "OrbisGeneric/LibraryInit.h"
+#include "OrbisGeneric/Topology.h"
+
+#include <algorithm>
+#include <list>
+
+// What lives to the end of a process by design, and is out of reach in a test that starts afresh.
+extern "C" const char *__lsan_default_suppressions() {
+   return "leak:Component::HardwareDevice::create\n"
+          "leak:Component::MultiDevice::create\n"
+          "leak:Component::addObject\n"
+          "leak:newTempSensor\n"
+          "leak:newSmbusProxy\n"
+          "leak:newGpio\n"
+          "leak:newMux\n"
+          "leak:pl_xcvr_add\n"
+          "leak:Ham::OrbisSmbusVisitor::visit\n"
+          "leak:Drivers::insertDriverArg\n";
+}
+
+PluginTest::PluginTest() {
+   TestHost::reset();
+   delete _plSock;
+   FakeServer::reset();
+   _plSock = nullptr;
+   Topology::_topology.reset();
+   Topology::_topology_index.clear();
+   Topology::_topology_json.clear();
+   Component::DeviceBase::devices.clear();
+   using Component::LogicalDevice::Led;
+   Led::blinkTimer_ = nullptr;
+   Led::blinkStatus_ = false;
+   Led::notifyList_.clear();
+}
+
+PluginTest::~PluginTest() = default;
+
+const char *PluginTest::json( std::string text ) {
+   static std::list<std::string> kept;
+   std::replace( text.begin(), text.end(), '\'', '"' );
+   return kept.emplace_back( std::move( text ) ).c_str();
+}
+
+void PluginTest::load( std::string topology ) {
+   ASSERT_EQ( Topology::loadTopology( json( std::move( topology ) ) ), 0 );
+}
+
+void PluginTest::connect( std::string topology ) {
+   ASSERT_EQ( orbisLibraryInit( "test", json( std::move( topology ) ), 1 ), 0 );
+   TestHost::traces.clear();
+}
+
+std::string i2cTopology( const std::string &devices ) {
+   return "[{'type':'I2C','ham':'OrbisSmbus','bus':{'id':0,'devices':[" + devices + "]}}]";
+}

@@ -1,0 +1,41 @@
+// The host daemon as a test sees it: what the plug-in traced, and timers turned by hand.
+#pragma once
+
+#include "pl.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+struct pl_timer {
+   void ( *callback )( void * ) = nullptr;
+   void *context = nullptr;
+   bool armed = false;
+   unsigned milliseconds = 0;
+   int timesSet = 0;
+
+   // The time is up: disarms and calls back, as a host does.
+   void expire();
+};
+
+namespace TestHost {
+
+struct Trace {
+   int level;
+   std::string text;
+   bool operator==( const Trace & ) const = default;
+};
+
+extern std::vector<Trace> traces;
+extern bool keepsTraces;
+extern std::vector<std::unique_ptr<pl_timer>> timers;
+extern bool makesTimers;
+extern std::vector<pl_fd_watcher_handle> deletedWatchers;
+
+void reset();
+
+// The texts traced at this level, in order.
+std::vector<std::string> tracedAt( int level );
+bool traced( int level, const std::string &text );
+
+} // namespace TestHost
