@@ -1,0 +1,17 @@
+// A process that a benchmark talks to; ended with the object.
+#pragma once
+
+#include <functional>
+#include <sys/types.h>
+
+class ChildProcess {
+ public:
+   // Runs body in a child of this process, which ends when body returns.
+   explicit ChildProcess( const std::function<void()> &body );
+   ~ChildProcess();
+   ChildProcess( const ChildProcess & ) = delete;
+   ChildProcess &operator=( const ChildProcess & ) = delete;
+
+ private:
+   pid_t pid_;
+};

@@ -1,0 +1,4 @@
+// Every allocation of the process, counted.
+#pragma once
+
+extern long allocations;
