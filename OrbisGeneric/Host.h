@@ -28,4 +28,13 @@ inline int timerSet( pl_timer_handle timer, unsigned milliseconds ) {
    return pl_timer_set ? pl_timer_set( timer, milliseconds ) : -1;
 }
 
+inline int timerCancel( pl_timer_handle timer ) {
+   return pl_timer_cancel ? pl_timer_cancel( timer ) : -1;
+}
+
+inline void timerDelete( pl_timer_handle timer ) {
+   if ( pl_timer_delete )
+      pl_timer_delete( timer );
+}
+
 } // namespace Host

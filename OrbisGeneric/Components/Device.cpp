@@ -112,12 +112,12 @@ MultiDevice *MultiDevice::create( Drivers::DriverArgs &args ) {
 }
 
 void MultiDevice::deviceDriverArgsIs( std::map<std::string, std::string> args ) {
-   deviceDriverArgs_ = std::move( args );
+   deviceDriverArgs = std::move( args );
 }
 
 const char *MultiDevice::getDeviceDriverArg( std::string key ) {
-   auto entry = deviceDriverArgs_.find( key );
-   if ( entry == deviceDriverArgs_.end() ) {
+   auto entry = deviceDriverArgs.find( key );
+   if ( entry == deviceDriverArgs.end() ) {
       PL_TRACE( 0, "Failed to find driverArgs for driver key '%s'", key.c_str() );
       return nullptr;
    }

@@ -96,7 +96,7 @@ class MultiDevice : public DeviceBase {
    std::vector<pl_led *> leds_;
    std::vector<pl_psu *> psus_;
    std::vector<pl_fan *> fans_;
-   std::map<std::string, std::string> deviceDriverArgs_;
+   std::map<std::string, std::string> deviceDriverArgs;
 };
 
 } // namespace Component

@@ -3,18 +3,32 @@
 
 #include "OrbisGeneric/Components/Record.h"
 
+#include <map>
+#include <string>
+
 namespace Component::LogicalDevice {
 
 class Slot {
  public:
+   using DriverSpecificArgs = std::map<std::string, std::string>;
+
    pl_slot record_{ nullptr, &ops_, this };
 
+   Slot() = default;
+   // index from 0; the slot's driver arguments; its device-argument document, borrowed.
+   Slot( uint8_t index, DriverSpecificArgs slotArgs, const char *text )
+      : index_( index ), slotArgs_( std::move( slotArgs ) ), jsonText_( text ) {}
    virtual ~Slot() = default;
    // Hands out the module's description line, malloc'd, with PL_STATUS_OK.
    virtual pl_status getPresence( char **fdl ) = 0;
 
    static pl_status getPresenceCallback( pl_slot *slot, char **fdl );
    static const pl_slot_ops ops_;
+
+ protected:
+   uint8_t index_ = 0;
+   DriverSpecificArgs slotArgs_;
+   const char *jsonText_ = nullptr;
 };
 
 static_assert( isTableSize<pl_slot_ops>( 8 ) );

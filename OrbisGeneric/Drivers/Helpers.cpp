@@ -1,8 +1,19 @@
 #include "OrbisGeneric/Drivers/Helpers.h"
 
+#include "OrbisGeneric/Components/Device.h"
 #include "OrbisGeneric/Topology.h"
 
+#include <cassert>
+
 namespace Drivers {
+
+std::string trim( std::string s ) {
+   const char *const blanks = " \t";
+   const size_t first = s.find_first_not_of( blanks );
+   if ( first == std::string::npos )
+      return "";
+   return s.substr( first, s.find_last_not_of( blanks ) - first + 1 );
+}
 
 DriverArgs &argumentsOf( Topology::Device &device ) {
    if ( !device.args ) {
@@ -11,6 +22,32 @@ DriverArgs &argumentsOf( Topology::Device &device ) {
       device.args->uid = noComponent;
    }
    return *device.args;
+}
+
+Component::HardwareDevice *getHardwareDeviceByLabel( const char *label, std::string driver ) {
+   Topology::Device *topoDev = Topology::getDeviceByLabel( label );
+   assert( topoDev );
+   DriverArgs &args = argumentsOf( *topoDev );
+   if ( args.driver.empty() )
+      args.driver = std::move( driver );
+   auto *device = Component::HardwareDevice::create( args, nullptr );
+   assert( device );
+   return device;
+}
+
+Component::LogicalDevice::Gpio *getRegGpioForDevice( Component::HardwareDevice *device,
+                                                     unsigned int reg, unsigned int bitpos ) {
+   DriverArgs args;
+   args.driverArgs["register"] = std::to_string( reg );
+   args.driverArgs["bitpos"] = std::to_string( bitpos );
+   auto *gpio = device->newGpio( args );
+   assert( gpio );
+   return gpio;
+}
+
+Component::LogicalDevice::Gpio *getRegGpioForDevice( const char *label, unsigned int reg,
+                                                     unsigned int bitpos ) {
+   return getRegGpioForDevice( getHardwareDeviceByLabel( label, "Dummy" ), reg, bitpos );
 }
 
 } // namespace Drivers

@@ -8,8 +8,9 @@ TEST( KeltTablesTest, HoldTheBoardsDrivers ) {
    std::vector<std::string> names;
    for ( const auto &[name, factory] : Drivers::drivers )
       names.push_back( name );
-   EXPECT_EQ( names,
-              ( std::vector<std::string>{ "Dummy", "LM75", "PCA9548", "SmbusProxyDriver" } ) );
+   EXPECT_EQ( names, ( std::vector<std::string>{ "DualFan", "Dummy", "EMC2305", "KeltPCA9506",
+                                                 "KeltQCPLD", "KeltSCPLD", "LM75", "PCA9548",
+                                                 "Pmbus", "PsuSlot", "SmbusProxyDriver" } ) );
 }
 
 TEST( KeltTablesTest, HoldOneAccessMethod ) {
@@ -17,12 +18,16 @@ TEST( KeltTablesTest, HoldOneAccessMethod ) {
    EXPECT_EQ( Ham::hams.count( "OrbisSmbus" ), 1u );
 }
 
-TEST( KeltTablesTest, EveryDriverOfTheseIsASingleDevice ) {
+TEST_F( PluginTest, EveryDriverButDualFanIsASingleDevice ) {
    Drivers::DriverArgs args;
    for ( const auto &[name, factory] : Drivers::drivers ) {
-      std::unique_ptr<Component::HardwareDevice> device(
-         dynamic_cast<Component::HardwareDevice *>( factory( args, nullptr ) ) );
-      EXPECT_NE( device, nullptr ) << name;
+      auto *device = factory( args, nullptr );
+      auto *single = dynamic_cast<Component::HardwareDevice *>( device );
+      auto *composite = dynamic_cast<Component::MultiDevice *>( device );
+      EXPECT_EQ( composite != nullptr, name == "DualFan" );
+      EXPECT_EQ( single != nullptr, name != "DualFan" );
+      delete single;
+      delete composite;
    }
 }
 

@@ -110,7 +110,8 @@ INSTANTIATE_TEST_SUITE_P( All, EntryPointTest,
                                              EntryPoint{ "pl_xcvr_init", pl_xcvr_init },
                                              EntryPoint{ "pl_psu_init", pl_psu_init },
                                              EntryPoint{ "pl_gpio_init", pl_gpio_init },
-                                             EntryPoint{ "pl_smbus_init", pl_smbus_init } ),
+                                             EntryPoint{ "pl_smbus_init", pl_smbus_init },
+                                             EntryPoint{ "pl_system_init", pl_system_init } ),
                           []( const auto &entry ) { return entry.param.name; } );
 
 TEST_F( LibraryInitTest, TheProxysEntryPointSaysItsNameOnceMore ) {

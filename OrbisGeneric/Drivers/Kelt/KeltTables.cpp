@@ -1,9 +1,15 @@
 // The board's drivers and access methods by the names that topology and device documents use. The
 // only place where the set of them is fixed.
 #include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DualFan.h"
 #include "OrbisGeneric/Drivers/Dummy.h"
+#include "OrbisGeneric/Drivers/EMC2305.h"
 #include "OrbisGeneric/Drivers/GenericSmbusMux.h"
+#include "OrbisGeneric/Drivers/Kelt/CelesticaCPLD.h"
+#include "OrbisGeneric/Drivers/Kelt/KeltPCA9506.h"
 #include "OrbisGeneric/Drivers/LM75.h"
+#include "OrbisGeneric/Drivers/Pmbus.h"
+#include "OrbisGeneric/Drivers/PsuSlot.h"
 #include "OrbisGeneric/Drivers/SmbusProxyDriver.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 
@@ -14,6 +20,13 @@ std::map<std::string, DriverFactory> drivers = {
    { "SmbusProxyDriver", SmbusProxyDriver::create },
    { "PCA9548", GenericSmbusMux::create },
    { "LM75", LM75::create },
+   { "Pmbus", Pmbus::create },
+   { "KeltQCPLD", KeltQCPLD::create },
+   { "KeltSCPLD", KeltSCPLD::create },
+   { "PsuSlot", PsuSlot::create },
+   { "KeltPCA9506", KeltPCA9506::create },
+   { "EMC2305", EMC2305::create },
+   { "DualFan", DualFan::create },
 };
 
 } // namespace Drivers

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <ctime>
 
 namespace TestHost {
 
@@ -10,13 +11,16 @@ std::vector<Trace> traces;
 bool keepsTraces = true;
 std::vector<std::unique_ptr<pl_timer>> timers;
 bool makesTimers = true;
+bool armsTimers = true, cancelsTimers = true;
+long now;
 std::vector<pl_fd_watcher_handle> deletedWatchers;
 
 void reset() {
    traces.clear();
    keepsTraces = true;
    timers.clear();
-   makesTimers = true;
+   makesTimers = armsTimers = cancelsTimers = true;
+   now = 1'000'000;
    deletedWatchers.clear();
 }
 
@@ -61,19 +65,27 @@ pl_timer_handle pl_timer_add( void ( *callback )( void * ), void *context ) {
 }
 
 int pl_timer_set( pl_timer_handle timer, unsigned int milliseconds ) {
+   ++timer->timesSet;
+   if ( !TestHost::armsTimers )
+      return -1;
    timer->armed = true;
    timer->milliseconds = milliseconds;
-   ++timer->timesSet;
    return 0;
 }
 
 int pl_timer_cancel( pl_timer_handle timer ) {
+   ++timer->timesCancelled;
+   if ( !TestHost::cancelsTimers )
+      return -1;
    timer->armed = false;
    return 0;
 }
 
-void pl_timer_delete( pl_timer_handle ) {}
+void pl_timer_delete( pl_timer_handle timer ) { timer->deleted = true; }
 
 void pl_fd_watcher_delete( pl_fd_watcher_handle watcher ) {
    TestHost::deletedWatchers.push_back( watcher );
 }
+
+// The linker is told to send the plug-in's calls of time here.
+extern "C" time_t __wrap_time( time_t * ) { return TestHost::now; }

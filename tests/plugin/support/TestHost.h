@@ -13,6 +13,8 @@ struct pl_timer {
    bool armed = false;
    unsigned milliseconds = 0;
    int timesSet = 0;
+   int timesCancelled = 0;
+   bool deleted = false;
 
    // The time is up: disarms and calls back, as a host does.
    void expire();
@@ -30,6 +32,8 @@ extern std::vector<Trace> traces;
 extern bool keepsTraces;
 extern std::vector<std::unique_ptr<pl_timer>> timers;
 extern bool makesTimers;
+extern bool armsTimers, cancelsTimers;
+extern long now; // what time() says, in seconds
 extern std::vector<pl_fd_watcher_handle> deletedWatchers;
 
 void reset();

@@ -1,0 +1,172 @@
+// The board's transceiver cages and front LEDs, wired to two CPLDs: 32 QSFP ports on one, 48 SFP
+// and 6 QSFP ports on the other. Port registers are cached and polled once a second.
+#pragma once
+
+#include "OrbisGeneric/Components/Led.h"
+#include "OrbisGeneric/Components/PollDevice.h"
+#include "OrbisGeneric/Components/Xcvr.h"
+#include "OrbisGeneric/Drivers/Kelt/CelesticaCPLDMap.h"
+
+namespace Drivers {
+
+class CelXcvrCPLD : public Component::PollHardwareDevice {
+ public:
+   using XcvrId = unsigned int; // from 1
+   using Registers = CelesticaCPLDMap::Registers;
+   using Limits = CelesticaCPLDMap::Limits;
+   class CelXcvr;
+   class SfpXcvr;
+   class QsfpXcvr;
+   class Led;
+   class SystemLed;
+   class PsuLed;
+
+   explicit CelXcvrCPLD( bool poll ) : poll_( poll ) {}
+
+   // Fills the cache and starts polling, when this CPLD is polled.
+   void init() override;
+   void pollCallback() override;
+   // "id" (1 or 2), "type" ("status": the system LED, "psu": a PSU LED; null for any other).
+   Component::LogicalDevice::Led *newLed( const DriverArgs &args ) override;
+
+   int getQsfpPresence( QsfpXcvr *xcvr );
+   pl_status getQsfpModSel( QsfpXcvr *xcvr, int *value ); // no such line: traces only
+   pl_status setQsfpModSel( QsfpXcvr *xcvr, int value );  // no such line: traces only
+   pl_status getQsfpLpMode( QsfpXcvr *xcvr, int *value );
+   pl_status setQsfpLpMode( QsfpXcvr *xcvr, int value );
+   pl_status getQsfpReset( QsfpXcvr *xcvr, int *value );
+   pl_status setQsfpReset( QsfpXcvr *xcvr, int value );
+   pl_status getQsfpInterrupt( QsfpXcvr *xcvr, int *value );
+   int getSfpPresence( SfpXcvr *xcvr );
+   pl_status getSfpRxLos( SfpXcvr *xcvr, int *value );
+   pl_status getSfpTxDisable( SfpXcvr *xcvr, int *value );
+   pl_status setSfpTxDisable( SfpXcvr *xcvr, int value );
+   pl_status getSfpTxFault( SfpXcvr *xcvr, int *value );
+
+   // Register index and bit of a port, from 0. Leaves them alone without limits, and the bit for a
+   // port behind the last limit.
+   static void computeOffsetAndBitpos( const Limits &limits, uint32_t port, uint8_t &registerIndex,
+                                       uint8_t &bitpos );
+   // A bit from the cache, read from the bus before when refresh is set. A register that was never
+   // read is 0.
+   pl_status getRegisterBit( uint16_t reg, uint8_t bit, int *value, bool refresh );
+   // Writes the register with one bit changed, from the bus or the cache; a failed write leaves the
+   // cache as it was.
+   pl_status setRegisterBit( uint16_t reg, uint8_t bit, int value, bool readFirst );
+   // Turns the value of a line that is active low.
+   static pl_status activeLow( pl_status status, int *value );
+   // Reads every register of the maps in one batch; false, and the cache as it was, on a failure.
+   bool updateRegisterCache();
+   // Switches every port error LED off.
+   void setQsfpLedsRegister();
+
+ protected:
+   std::map<uint16_t, uint8_t> registerCache_;
+   std::vector<const Registers *> registerMaps_; // 0: QSFP, 1: SFP
+   bool poll_;
+   const Registers *portLeds_ = nullptr;
+
+ private:
+   enum MapIndex { QsfpMap, SfpMap };
+   uint16_t registerOf( MapIndex map, unsigned signal, const CelXcvr &xcvr ) const;
+   pl_status getSignal( MapIndex map, unsigned signal, const CelXcvr &xcvr, int *value );
+   pl_status setSignal( MapIndex map, unsigned signal, const CelXcvr &xcvr, int value );
+};
+
+// The QSFP CPLD, ports 1 to 32.
+class KeltQCPLD : public CelXcvrCPLD {
+ public:
+   using CelXcvrCPLD::CelXcvrCPLD;
+   // "xcvrPoll" (present: polled), "type" ("gpio": a plain device for register GPIOs).
+   static Component::HardwareDevice *create( const DriverArgs &args, Ham::Ham *ham );
+   void init() override;
+   Component::LogicalDevice::QsfpXcvr *newQsfpXcvr( XcvrId id, const DriverArgs &args ) override;
+
+   static const Limits qsfpRegisterLimits;
+   static const Registers qsfpRegisterMap;
+   static const Registers qsfpPortLedsRegMap;
+};
+
+// The SFP CPLD, SFP ports 1 to 48 and QSFP ports 1 to 6.
+class KeltSCPLD : public CelXcvrCPLD {
+ public:
+   using CelXcvrCPLD::CelXcvrCPLD;
+   // As for KeltQCPLD.
+   static Component::HardwareDevice *create( const DriverArgs &args, Ham::Ham *ham );
+   void init() override;
+   Component::LogicalDevice::SfpXcvr *newSfpXcvr( XcvrId id, const DriverArgs &args ) override;
+   Component::LogicalDevice::QsfpXcvr *newQsfpXcvr( XcvrId id, const DriverArgs &args ) override;
+
+   static const Limits sfpRegisterLimits;
+   static const Registers sfpRegisterMap;
+   static const Registers qsfpRegisterMap;
+   static const Registers qsfpPortLedsRegMap;
+};
+
+// Where a port's bits are.
+class CelXcvrCPLD::CelXcvr {
+ public:
+   CelXcvr( uint8_t port, uint8_t registerIndex, uint8_t bitpos, CelXcvrCPLD *cpld )
+      : port_( port ), registerIndex_( registerIndex ), bitpos_( bitpos ), cpld_( cpld ) {}
+
+   uint8_t port_; // from 0
+   uint8_t registerIndex_;
+   uint8_t bitpos_;
+   CelXcvrCPLD *cpld_;
+};
+
+class CelXcvrCPLD::SfpXcvr : public CelXcvr, public Component::LogicalDevice::SfpXcvr {
+ public:
+   explicit SfpXcvr( const CelXcvr &port );
+
+   int getPresence() override { return cpld_->getSfpPresence( this ); }
+   pl_status getTxFault( int *value ) override { return cpld_->getSfpTxFault( this, value ); }
+   pl_status getRxLos( int *value ) override { return cpld_->getSfpRxLos( this, value ); }
+   pl_status getTxDisable( int *value ) override { return cpld_->getSfpTxDisable( this, value ); }
+   pl_status setTxDisable( int value ) override { return cpld_->setSfpTxDisable( this, value ); }
+};
+
+class CelXcvrCPLD::QsfpXcvr : public CelXcvr, public Component::LogicalDevice::QsfpXcvr {
+ public:
+   explicit QsfpXcvr( const CelXcvr &port );
+
+   int getPresence() override { return cpld_->getQsfpPresence( this ); }
+   pl_status getModSel( int *value ) override { return cpld_->getQsfpModSel( this, value ); }
+   pl_status setModSel( int value ) override { return cpld_->setQsfpModSel( this, value ); }
+   pl_status getLpMode( int *value ) override { return cpld_->getQsfpLpMode( this, value ); }
+   pl_status setLpMode( int value ) override { return cpld_->setQsfpLpMode( this, value ); }
+   pl_status getReset( int *value ) override { return cpld_->getQsfpReset( this, value ); }
+   pl_status setReset( int value ) override { return cpld_->setQsfpReset( this, value ); }
+   pl_status getInterrupt( int *value ) override { return cpld_->getQsfpInterrupt( this, value ); }
+};
+
+// An LED of the CPLD's LED register; on the blink list while it blinks in software.
+class CelXcvrCPLD::Led : public Component::LogicalDevice::Led {
+ public:
+   Led( CelXcvrCPLD *cpld, uint8_t id ) : cpld_( cpld ), id_( id ) {}
+   bool handleBlinkTimer( bool on ) override;
+
+ protected:
+   pl_status readLeds( uint8_t *leds );
+
+   CelXcvrCPLD *cpld_;
+   uint8_t id_; // from 0
+   bool blinking_ = false;
+};
+
+// Both ids drive the same two bits; the id tells them apart in messages only. The CPLD itself
+// blinks it.
+class CelXcvrCPLD::SystemLed : public Led {
+ public:
+   using Led::Led;
+   pl_status setLightSetting( pl_led_status status ) override;
+};
+
+// A supply's LED, lit by a 0; it blinks in software.
+class CelXcvrCPLD::PsuLed : public Led {
+ public:
+   PsuLed( CelXcvrCPLD *cpld, uint8_t id ) : Led( cpld, id ) { usesBlinkTimer = true; }
+   pl_status setLightSetting( pl_led_status status ) override;
+};
+
+} // namespace Drivers

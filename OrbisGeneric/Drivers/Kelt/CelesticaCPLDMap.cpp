@@ -1,0 +1,40 @@
+#include "OrbisGeneric/Drivers/Kelt/CelesticaCPLD.h"
+
+namespace Drivers {
+
+const CelXcvrCPLD::Limits KeltQCPLD::qsfpRegisterLimits = { 8, 16, 24, 32 };
+
+const CelXcvrCPLD::Registers KeltQCPLD::qsfpRegisterMap = {
+   // reset, LP mode, presence, interrupt
+   0x250, 0x252, 0x254, 0x256, // ports 1-8
+   0x251, 0x253, 0x255, 0x257, // ports 9-16
+   0x2D0, 0x2D2, 0x2D4, 0x2D6, // ports 17-24
+   0x2D1, 0x2D3, 0x2D5, 0x2D7, // ports 25-32
+};
+
+const CelXcvrCPLD::Registers KeltQCPLD::qsfpPortLedsRegMap = {
+   0x203, 0x204, 0x283, 0x284, 0x285, 0x286, 0x394, 0x395, 0x396, 0x397, 0x398,
+   0x399, 0x39A, 0x39B, 0x39C, 0x39D, 0x39E, 0x39F, 0x3A0, 0x3A1, 0x3A2,
+};
+
+const CelXcvrCPLD::Limits KeltSCPLD::sfpRegisterLimits = { 8, 16, 18, 26, 34, 36, 44, 48 };
+
+const CelXcvrCPLD::Registers KeltSCPLD::sfpRegisterMap = {
+   // RX loss, TX disable, TX fault, presence
+   0x240, 0x250, 0x256, 0x259, // ports 1-8
+   0x241, 0x251, 0x257, 0x25A, // ports 9-16
+   0x242, 0x252, 0x258, 0x25B, // ports 17-18
+   0x2C0, 0x2D0, 0x2D6, 0x2D9, // ports 19-26
+   0x2C1, 0x2D1, 0x2D7, 0x2DA, // ports 27-34
+   0x2C2, 0x2D2, 0x2D8, 0x2DB, // ports 35-36
+   0x3C0, 0x3D0, 0x3D4, 0x3D6, // ports 37-44
+   0x3C1, 0x3D1, 0x3D5, 0x3D7, // ports 45-48
+};
+
+const CelXcvrCPLD::Registers KeltSCPLD::qsfpRegisterMap = {
+   0x360, 0x361, 0x362, 0x363, // reset, LP mode, presence, interrupt of ports 1-6
+};
+
+const CelXcvrCPLD::Registers KeltSCPLD::qsfpPortLedsRegMap = { 0x383, 0x384, 0x385 };
+
+} // namespace Drivers

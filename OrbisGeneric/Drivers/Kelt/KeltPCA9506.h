@@ -1,0 +1,71 @@
+// The fan board's PCA9506: presence and airflow of five fan modules, a bi-colour LED for each, and
+// two power-control lines.
+#pragma once
+
+#include "OrbisGeneric/Components/Led.h"
+#include "OrbisGeneric/Components/Slot.h"
+#include "OrbisGeneric/Drivers/FormatFdl.h"
+#include "OrbisGeneric/Drivers/GPIOExpander.h"
+
+namespace Drivers {
+
+class KeltPCA9506 : public GPIOExpander {
+ public:
+   class FanLed;
+   class FanSlot;
+
+   static Component::HardwareDevice *create( const DriverArgs &args, Ham::Ham *ham );
+   void init() override;
+   using GPIOExpander::init;
+   // "id" (1 to 5).
+   Component::LogicalDevice::Led *newLed( const DriverArgs &args ) override;
+   // "fanId" (1 to 5), "presenceBitOffset", "fanFdl", "rpmF2B", "rpmB2F", "modelName".
+   Component::LogicalDevice::Slot *newSlot( const DriverArgs &args ) override;
+
+   // Drives both power-control lines high in one transaction.
+   pl_status poweroff();
+};
+
+// Active low: a pin written 0 lights its colour. Blinks in software, red.
+class KeltPCA9506::FanLed : public Component::LogicalDevice::Led {
+ public:
+   FanLed( KeltPCA9506 *expander, uint8_t fan );
+
+   bool handleBlinkTimer( bool on ) override;
+   pl_status setLightSetting( pl_led_status status ) override;
+   // Pending until the expander's save().
+   void setLedOff() { setPins( true, true ); }
+   void setLedGreen() { setPins( true, false ); }
+   void setLedRed() { setPins( false, true ); }
+   void setLedAmber() { setPins( false, false ); }
+
+ private:
+   void setPins( bool a, bool b );
+
+   KeltPCA9506 *expander_;
+   uint8_t fan_; // from 0
+   bool blinking_ = false;
+   int pinA;
+   int pinB;
+};
+
+class KeltPCA9506::FanSlot : public Component::LogicalDevice::Slot {
+ public:
+   FanSlot( KeltPCA9506 *expander, int fanId, DriverSpecificArgs slotArgs, const char *text );
+   ~FanSlot() override;
+
+   // PL_STATUS_OK with the module's description line, made anew when a module of the other airflow
+   // sits there; 1 when none does.
+   pl_status getPresence( char **fdl ) override;
+
+ private:
+   KeltPCA9506 *expander_;
+   int fanId_;
+   FormatFdl fdl_;
+   int presencePin;
+   int airflowPin;
+   char *cachedFdl_ = nullptr; // malloc'd
+   bool cachedAirflow_ = false;
+};
+
+} // namespace Drivers

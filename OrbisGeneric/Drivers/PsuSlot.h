@@ -1,0 +1,48 @@
+// A power-supply bay: what supply sits there, and its description line.
+#pragma once
+
+#include "OrbisGeneric/Components/Device.h"
+#include "OrbisGeneric/Components/Slot.h"
+#include "OrbisGeneric/Drivers/FormatFdl.h"
+
+namespace Drivers {
+
+class PsuSlot : public Component::HardwareDevice {
+ public:
+   class Slot;
+
+   static Component::HardwareDevice *create( const DriverArgs &args, Ham::Ham *ham );
+   // "psuId" (1 or 2; null without), "identificationType" ("pmbus" or "ipmi"), and for n = 1, 2,
+   // ... without a gap "model_n" with its template "psuFdl_n".
+   Component::LogicalDevice::Slot *newSlot( const DriverArgs &args ) override;
+};
+
+class PsuSlot::Slot : public Component::LogicalDevice::Slot {
+ public:
+   // index from 0; text is the device-argument document, borrowed.
+   Slot( PsuSlot *parent, uint8_t index, DriverSpecificArgs slotArgs, const char *text );
+   ~Slot() override;
+
+   // PL_STATUS_OK with the description line of a known supply, 1 otherwise. A line is kept as long
+   // as the same supply stays; any failure forgets it.
+   pl_status getPresence( char **fdl ) override;
+
+   // From the manufacturer's commands of PMBus. The serial keeps its blanks.
+   pl_status readSerialAndModelPmbus( std::string &serial, std::string &model );
+   // From the product info area of an IPMI FRU EEPROM. Positions are modulo 256: an area behind the
+   // first 256 bytes wraps.
+   pl_status readSerialAndModelIpmi( std::string &serial, std::string &model );
+
+ private:
+   void forget();
+
+   PsuSlot *parent_;
+   FormatFdl fdl_;
+   std::string cachedSerial_;
+   std::string cachedModel_;
+   char *cachedFdl_ = nullptr; // malloc'd
+   enum IdentificationType { Pmbus = 0, Ipmi = 1 } identificationType_ = Pmbus;
+   std::map<std::string, std::string> templates_; // by model
+};
+
+} // namespace Drivers
