@@ -50,7 +50,7 @@ void Dispatcher::carryOut( const Smbus::TransactionRequest &message,
                                return;
                             Smbus::TransactionResponse response = worker.runner.run( transaction );
                             if ( response.failed() )
-                               spdlog::info( "failed: {}", response.error() );
+                               spdlog::debug( "failed: {}", response.error() );
                             answer( std::move( response ) );
                          } );
    } catch ( const Refused &reason ) {
