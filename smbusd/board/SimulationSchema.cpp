@@ -27,15 +27,6 @@ std::string asText( const rapidjson::Pointer &pointer ) {
    return { buffer.GetString(), buffer.GetSize() };
 }
 
-// The first of an object's keys that the rule's properties don't have.
-std::string unknownKey( const Value &rule, const Value &object ) {
-   for ( const auto &member : object.GetObject() ) {
-      if ( !rule["properties"].HasMember( member.name ) )
-         return member.name.GetString();
-   }
-   return {};
-}
-
 std::string missingKey( const Value &rule, const Value &object ) {
    for ( const Value &key : rule["required"].GetArray() ) {
       if ( !object.HasMember( key ) )
@@ -47,7 +38,7 @@ std::string missingKey( const Value &rule, const Value &object ) {
 // What the rule's keyword has against the value, in words.
 std::string explain( const Value &rule, const std::string &keyword, const Value &value ) {
    if ( keyword == "additionalProperties" )
-      return fmt::format( "unknown key \"{}\"", unknownKey( rule, value ) );
+      return "unknown key"; // the place is the key's own
    if ( keyword == "required" )
       return fmt::format( "has no \"{}\"", missingKey( rule, value ) );
    if ( keyword == "type" )

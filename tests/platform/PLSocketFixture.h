@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PlatformLibrary/PLSocket.h"
+#include "PrivateFolder.h"
 #include "ScriptedServer.h"
 
 #include <gtest/gtest.h>
@@ -41,7 +42,7 @@ class PLSocketFixture : public ::testing::Test {
       return owned->response_size() == 1 ? owned->response( 0 ).data() : "empty";
    }
 
-   PrivateFolder folder;
+   TestSupport::PrivateFolder folder;
    const std::string path = folder.file( "smbus.sock" );
    PlatformLibrary::PLSocket client;
    Smbus::TransactionRequest request;

@@ -7,21 +7,12 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <stdexcept>
 
 namespace PlatformTest {
 
 using google::protobuf::io::FileInputStream;
 using namespace google::protobuf::util;
-
-PrivateFolder::PrivateFolder() : path_( "/tmp/orbis-test-XXXXXX" ) {
-   if ( !mkdtemp( path_.data() ) )
-      throw std::runtime_error( "mkdtemp" );
-}
-
-PrivateFolder::~PrivateFolder() { std::filesystem::remove_all( path_ ); }
 
 bool Connection::readRequest( Smbus::TransactionRequest &request ) const {
    FileInputStream stream( fd_ );

@@ -11,19 +11,6 @@
 
 namespace PlatformTest {
 
-// A folder of its own for one test, gone with everything in it afterwards.
-class PrivateFolder {
- public:
-   PrivateFolder();
-   ~PrivateFolder();
-   PrivateFolder( const PrivateFolder & ) = delete;
-   PrivateFolder &operator=( const PrivateFolder & ) = delete;
-   std::string file( const std::string &name ) const { return path_ + "/" + name; }
-
- private:
-   std::string path_;
-};
-
 // One accepted connection, as a script sees it.
 class Connection {
  public:
