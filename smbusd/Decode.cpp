@@ -1,6 +1,8 @@
 #include "Decode.h"
 
 #include <fmt/format.h>
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/wire_format_lite.h>
 
 #include <algorithm>
 
@@ -123,20 +125,41 @@ void append( const Smbus::Request &request, Transaction &transaction ) {
    transaction.transfers.push_back( decodeTransfer( request ) );
 }
 
+// How many there are before the first byte that makes no sense.
+unsigned countRequests( std::string_view bytes ) {
+   using google::protobuf::internal::WireFormatLite;
+   google::protobuf::io::CodedInputStream stream( reinterpret_cast<const uint8_t *>( bytes.data() ),
+                                                  static_cast<int>( bytes.size() ) );
+   unsigned count = 0;
+   while ( const uint32_t tag = stream.ReadTag() ) {
+      count +=
+         WireFormatLite::GetTagFieldNumber( tag ) == Smbus::TransactionRequest::kRequestFieldNumber;
+      if ( !WireFormatLite::SkipField( &stream, tag ) )
+         break;
+   }
+   return count;
+}
+
 uint32_t answerBytes( const Transfer &transfer ) {
    return transfer.kind == Transfer::Kind::BlockRead ? 255 : transfer.length;
 }
 
 } // namespace
 
+Smbus::TransactionRequest parse( std::string_view bytes ) {
+   if ( countRequests( bytes ) > maxRequests )
+      throw Refused( fmt::format( "over {} requests in a transaction", maxRequests ) );
+   Smbus::TransactionRequest message;
+   if ( !message.ParseFromArray( bytes.data(), static_cast<int>( bytes.size() ) ) )
+      throw Refused( fmt::format( "a frame of {} bytes that is no transaction", bytes.size() ) );
+   return message;
+}
+
 Transaction decode( const Smbus::TransactionRequest &message, std::chrono::milliseconds bound ) {
-   if ( message.request_size() > maxRequests )
-      throw Refused( fmt::format( "{} requests, where at most {} are allowed",
-                                  message.request_size(), maxRequests ) );
    Transaction transaction;
    transaction.retries = message.retries();
    transaction.limit = bound;
-   if ( message.has_timeout_ms() )
+   if ( message.timeout_ms() > 0 )
       transaction.limit = std::min( bound, std::chrono::milliseconds( message.timeout_ms() ) );
 
    uint32_t answered = 0;

@@ -53,9 +53,12 @@ void Session::takeMessage( std::string_view message ) {
    if ( refused() )
       return answer( failure( refusal_ ), true );
    Smbus::TransactionRequest request;
-   if ( !request.ParseFromArray( message.data(), static_cast<int>( message.size() ) ) )
-      return answer(
-         failure( fmt::format( "a frame of {} bytes that is no transaction", message.size() ) ) );
+   try {
+      request = parse( message );
+   } catch ( const Refused &reason ) {
+      spdlog::warn( "refused: {}", reason.what() );
+      return answer( failure( reason.what() ) );
+   }
    waiting_ = true;
    watchForEnd();
    const auto executor = socket_.get_executor();

@@ -90,7 +90,7 @@ TEST_F( ProgramsTest, TellWrongUsageByTheirExitCode ) {
 }
 
 TEST_F( ProgramsTest, TellTheirVersionAndHelp ) {
-   EXPECT_EQ( run( { "--version" } ), "0\norbis-smbus 0.1.0\n" );
+   EXPECT_EQ( run( { "--version" } ), "0\norbis-smbus " ORBIS_VERSION "\n" );
    EXPECT_THAT( run( { "--help" } ), HasSubstr( "Exit codes" ) );
    for ( const char *option : { "--version", "--help" } )
       EXPECT_EQ( StartedProgram( { ORBIS_SMBUSD, option } ).wait(), 0 );
