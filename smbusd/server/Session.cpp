@@ -16,6 +16,11 @@ Session::Session( Socket socket, Dispatcher &dispatcher, std::string refusal, En
    : socket_( std::move( socket ) ), dispatcher_( dispatcher ), refusal_( std::move( refusal ) ),
      ended_( std::move( ended ) ) {}
 
+void Session::start() {
+   socket_.non_blocking( true ); // for the look ahead in watchForEnd
+   readMore();
+}
+
 void Session::end() {
    if ( client_->gone.exchange( true ) )
       return;
@@ -79,7 +84,7 @@ void Session::watchForEnd() {
       char byte;
       error_code peeked;
       socket_.receive( asio::buffer( &byte, 1 ), Socket::message_peek, peeked );
-      if ( peeked )
+      if ( peeked && peeked != asio::error::would_block )
          end();
    } );
 }

@@ -22,7 +22,7 @@ class Session : public std::enable_shared_from_this<Session> {
    // With a refusal, its first frame gets that for an answer, and the connection ends.
    Session( Socket socket, Dispatcher &dispatcher, std::string refusal, Ended ended );
 
-   void start() { readMore(); }
+   void start();
    // Ends the connection; the transaction in hand is carried out all the same.
    void end();
    bool refused() const { return !refusal_.empty(); }

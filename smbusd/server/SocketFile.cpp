@@ -35,11 +35,11 @@ sockaddr_un addressOf( const std::string &path ) {
    return address;
 }
 
-int newSocket() { return socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0 ); }
+int newSocket( int flags = 0 ) { return socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0 ); }
 
-// What connecting gives: 0 or an errno value.
+// What connecting gives: 0 or an errno value, EAGAIN when the server has too many waiting already.
 int tryToConnect( const sockaddr_un &address ) {
-   const int fd = newSocket();
+   const int fd = newSocket( SOCK_NONBLOCK );
    const int result = connect( fd, reinterpret_cast<const sockaddr *>( &address ), sizeof address );
    const int error = result == 0 ? 0 : errno;
    close( fd );
@@ -73,7 +73,7 @@ void SocketFile::clearTheWay() const {
    if ( !S_ISSOCK( status.st_mode ) )
       throw std::runtime_error( path_ + ": there is something that is no socket" );
    const int error = tryToConnect( addressOf( path_ ) );
-   if ( error == 0 )
+   if ( error == 0 || error == EAGAIN )
       throw std::runtime_error( path_ + ": a server is living there" );
    if ( error == ECONNREFUSED )
       unlink( path_.c_str() );

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <semaphore>
 #include <vector>
 
 namespace PlatformTest {
@@ -84,11 +85,11 @@ TEST_F( PLSocketFailureTest, GivesAServerUpThatTricklesItsAnswer ) {
 
 TEST_F( PLSocketFailureTest, GivesAServerUpThatDoesNotTakeTheRequest ) {
    limitIs( 50 );
-   ScriptedServer server( path, []( const Connection &, unsigned ) {
-      std::this_thread::sleep_for( milliseconds( 100 ) );
-   } );
+   std::binary_semaphore givenUp( 0 );
+   ScriptedServer server( path, [&]( const Connection &, unsigned ) { givenUp.acquire(); } );
    request.mutable_request( 0 )->set_data( std::string( 8u << 20, 'y' ) ); // over any socket buffer
    EXPECT_EQ( ask(), "ETIMEDOUT" );
+   givenUp.release();
 }
 
 TEST_F( PLSocketFailureTest, GivesAServerUpThatAcceptsNobody ) {

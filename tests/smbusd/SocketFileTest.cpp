@@ -1,9 +1,11 @@
 #include "server/SocketFile.h"
 #include "PrivateFolder.h"
+#include "RunningServer.h"
 
 #include <gtest/gtest.h>
 
 #include <grp.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -87,6 +89,15 @@ TEST_F( SocketFileTest, RefusesThatOfALivingServerAndLeavesItAlone ) {
    const SocketFile living( path, "" );
    EXPECT_EQ( refusal( path ), path + ": a server is living there" );
    EXPECT_TRUE( S_ISSOCK( status().st_mode ) );
+}
+
+TEST_F( SocketFileTest, RefusesThatOfALivingServerThatIsTooBusyToAnswer ) {
+   SocketFile busy( path, "" );
+   const int listener = busy.release();
+   listen( listener, 0 ); // room for one
+   const RawClient waiting( path );
+   EXPECT_EQ( refusal( path ), path + ": a server is living there" );
+   close( listener );
 }
 
 TEST_F( SocketFileTest, RefusesAFileThatIsNoSocketAndLeavesItAlone ) {
