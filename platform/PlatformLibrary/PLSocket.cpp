@@ -1,9 +1,134 @@
 #include "PlatformLibrary/PLSocket.h"
+
+#include "PlatformLibrary/Frames.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <utility>
+
 namespace PlatformLibrary {
-PLSocket::PLSocket() = default;
-PLSocket::~PLSocket() = default;
-int PLSocket::setup() { return -1; }
-int PLSocket::sendRequestWait( Smbus::TransactionRequest *, Smbus::TransactionResponse ** ) {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+std::string_view serverPath() {
+   const char *path = std::getenv( "ORBIS_SMBUS_SOCKET" );
+   return path && *path ? path : "/run/orbis/smbus.sock";
+}
+
+milliseconds timeLimit() {
+   constexpr milliseconds usual( 10'000 );
+   const char *text = std::getenv( "ORBIS_SMBUS_TIMEOUT_MS" );
+   if ( !text )
+      return usual;
+   const char *end = text + std::strlen( text );
+   uint32_t count = 0;
+   const auto [rest, error] = std::from_chars( text, end, count );
+   return error == std::errc() && rest == end && count > 0 ? milliseconds( count ) : usual;
+}
+
+int fail( int error ) {
+   errno = error;
    return -1;
 }
+
+bool makeNonBlocking( int fd ) {
+   const int flags = fcntl( fd, F_GETFL );
+   return flags >= 0 && fcntl( fd, F_SETFL, flags | O_NONBLOCK ) == 0;
+}
+
+// A non-blocking connect to a Unix socket whose backlog is full fails at once and can't be waited
+// for; a blocking one waits as long as the send time limit says, and then fails with EAGAIN.
+int connectWithin( int fd, const sockaddr_un &address, const Deadline &deadline ) {
+   for ( ;; ) {
+      const auto left = deadline.left().count();
+      if ( left == 0 )
+         return ETIMEDOUT;
+      const timeval limit{ left / 1000, left % 1000 * 1000 };
+      setsockopt( fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit );
+      if ( connect( fd, reinterpret_cast<const sockaddr *>( &address ), sizeof address ) == 0 )
+         return 0;
+      if ( errno != EINTR && errno != EAGAIN )
+         return errno;
+   }
+}
+
+// The connected descriptor, or -1 with errno set.
+int connectToServer( const Deadline &deadline ) {
+   const std::string_view path = serverPath();
+   sockaddr_un address{};
+   address.sun_family = AF_UNIX;
+   if ( path.size() >= sizeof address.sun_path )
+      return fail( ENAMETOOLONG );
+   path.copy( address.sun_path, path.size() );
+
+   const int fd = socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0 );
+   if ( fd < 0 )
+      return -1;
+   int error = connectWithin( fd, address, deadline );
+   if ( error == 0 && !makeNonBlocking( fd ) )
+      error = errno;
+   if ( error == 0 )
+      return fd;
+   close( fd );
+   return fail( error );
+}
+
+// Between transactions nothing may come: what is readable then is the end of the connection or
+// an answer that nobody waits for any more.
+bool isStale( int fd ) {
+   pollfd watched{ fd, POLLIN, 0 };
+   return poll( &watched, 1, 0 ) != 0;
+}
+
+void drop( int &fd ) {
+   if ( fd >= 0 )
+      close( std::exchange( fd, -1 ) );
+}
+
+} // namespace
+
+PLSocket::PLSocket() = default;
+PLSocket::~PLSocket() = default;
+
+int PLSocket::setup() {
+   drop( fd );
+   fd = connectToServer( Deadline( timeLimit() ) );
+   return fd < 0 ? -1 : 0;
+}
+
+int PLSocket::sendRequestWait( Smbus::TransactionRequest *request,
+                               Smbus::TransactionResponse **response ) {
+   const Deadline deadline( timeLimit() );
+   if ( fd >= 0 && isStale( fd ) )
+      drop( fd );
+   if ( fd < 0 )
+      fd = connectToServer( deadline );
+   if ( fd < 0 )
+      return -1;
+
+   auto answer = std::make_unique<Smbus::TransactionResponse>();
+   int error = sendFrame( fd, *request, deadline );
+   if ( error == 0 )
+      error = receiveFrame( fd, *answer, deadline );
+   if ( error != 0 ) {
+      drop( fd );
+      return fail( error );
+   }
+   *response = answer.release();
+   return 0;
+}
+
 } // namespace PlatformLibrary

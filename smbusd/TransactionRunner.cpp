@@ -1,0 +1,87 @@
+#include "TransactionRunner.h"
+
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+#include <set>
+
+namespace Smbusd {
+
+namespace {
+
+std::string explain( const Transaction &transaction, size_t index, const std::string &error ) {
+   return fmt::format( "request {} of {}: {} on {}: {}", index + 1, transaction.transfers.size(),
+                       describe( transaction.transfers[index] ), toString( transaction.bus ),
+                       error );
+}
+
+std::string timeIsUp( const Transaction &transaction ) {
+   return fmt::format( "the transaction's {} ms are over", transaction.limit.count() );
+}
+
+void addError( Smbus::TransactionResponse &response, const std::string &error ) {
+   response.set_failed( true );
+   std::string &text = *response.mutable_error();
+   text += text.empty() ? error : "; " + error;
+}
+
+} // namespace
+
+Smbus::TransactionResponse TransactionRunner::run( const Transaction &transaction ) {
+   settleOwed();
+   const Clock::Time end = clock_.now() + transaction.limit;
+   Smbus::TransactionResponse response;
+   std::set<uint8_t> sentTo;
+   for ( size_t i = 0; i < transaction.transfers.size(); ++i ) {
+      const Transfer &transfer = transaction.transfers[i];
+      const bool closes = transfer.isSendByte() && sentTo.contains( transfer.address );
+      if ( response.failed() && !closes )
+         continue;
+      if ( !closes && clock_.now() >= end ) {
+         addError( response, explain( transaction, i, "not begun, " + timeIsUp( transaction ) ) );
+         continue;
+      }
+      Outcome outcome = attempt( transfer, transaction, end );
+      if ( transfer.isSendByte() ) {
+         sentTo.insert( transfer.address );
+         if ( outcome.ok() )
+            owed_.erase( transfer.address );
+         else if ( closes )
+            owed_.insert_or_assign( transfer.address, transfer );
+      }
+      if ( !outcome.ok() )
+         addError( response, explain( transaction, i, outcome.error ) );
+      else if ( !response.failed() )
+         response.add_response()->set_data( std::move( outcome.data ) );
+   }
+   return response;
+}
+
+Outcome TransactionRunner::attempt( const Transfer &transfer, const Transaction &transaction,
+                                    Clock::Time end ) {
+   for ( uint64_t tries = 1;; ++tries ) {
+      Outcome outcome = bus_.transfer( transfer );
+      if ( outcome.ok() )
+         return outcome;
+      const bool late = clock_.now() >= end;
+      if ( tries <= transaction.retries && !late )
+         continue;
+      if ( tries > 1 )
+         outcome.error += fmt::format( ", {} tries", tries );
+      if ( tries <= transaction.retries )
+         outcome.error += ", " + timeIsUp( transaction );
+      return outcome;
+   }
+}
+
+void TransactionRunner::settleOwed() {
+   for ( auto owed = owed_.begin(); owed != owed_.end(); ) {
+      const Outcome outcome = bus_.transfer( owed->second );
+      if ( !outcome.ok() )
+         spdlog::warn( "{}, owed since a failed transaction: {}", describe( owed->second ),
+                       outcome.error );
+      owed = outcome.ok() ? owed_.erase( owed ) : std::next( owed );
+   }
+}
+
+} // namespace Smbusd

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "board/JsonFile.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Smbusd {
+
+// One chip of a simulated board, its kind's own keys still in the file's value.
+struct SimulatedChipEntry {
+   uint32_t did = 0;
+   std::string name;
+   std::string kind;
+   bool present = true;
+   JsonPlace place;
+};
+
+// What the chips of a board hold, checked against boards/simulation.schema.json.
+struct SimulationFile {
+   JsonFile file;
+   uint64_t seed = 0;
+   std::vector<SimulatedChipEntry> chips; // their places are in the file above
+};
+
+// Throws BoardError: besides what the schema finds, a did or a name that is used twice.
+std::unique_ptr<const SimulationFile> loadSimulation( const std::string &path );
+
+} // namespace Smbusd

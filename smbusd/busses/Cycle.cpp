@@ -1,0 +1,71 @@
+#include "busses/Cycle.h"
+
+#include "busses/Pec.h"
+#include "busses/RootBus.h"
+
+#include <fmt/format.h>
+
+namespace Smbusd {
+
+Cycle::Cycle( const Wire &wire, uint8_t address ) : address_( address ) {
+   wire.findHearing( address, hearing_ );
+}
+
+Cycle::~Cycle() {
+   for ( Chip *chip : hearing_ )
+      chip->stopped();
+}
+
+void Cycle::count( uint8_t byte ) { pec_ = pecStep( pec_, byte ); }
+
+void Cycle::start( Direction direction ) {
+   answering_.clear();
+   for ( Chip *chip : hearing_ ) {
+      if ( chip->addressed( direction ) )
+         answering_.push_back( chip );
+   }
+   if ( answering_.empty() )
+      throw BusFault( std::string( noAddressAcknowledge ) );
+   count( static_cast<uint8_t>( address_ << 1 | static_cast<uint8_t>( direction ) ) );
+}
+
+void Cycle::command( uint32_t command ) {
+   const unsigned width = answering_.front()->commandBytes();
+   if ( width < sizeof command && command >> 8 * width != 0 )
+      throw BusFault( fmt::format( "{:#x} does not fit the chip's command of {} byte{}", command,
+                                   width, width == 1 ? "" : "s" ) );
+   bool acknowledged = false;
+   for ( Chip *chip : answering_ )
+      acknowledged |= chip->command( command );
+   if ( !acknowledged )
+      throw BusFault( "no acknowledge of the command" );
+   for ( unsigned left = width; left-- > 0; )
+      count( static_cast<uint8_t>( command >> 8 * left ) );
+}
+
+bool Cycle::write( uint8_t byte ) {
+   bool acknowledged = false;
+   for ( Chip *chip : answering_ )
+      acknowledged |= chip->write( byte );
+   count( byte );
+   return acknowledged;
+}
+
+uint8_t Cycle::read() {
+   uint8_t byte = 0xFF;
+   for ( Chip *chip : answering_ )
+      byte &= chip->read();
+   count( byte );
+   return byte;
+}
+
+std::string Cycle::collision() const {
+   if ( answering_.size() < 2 )
+      return {};
+   std::string text = "collision of " + answering_[0]->name();
+   for ( size_t i = 1; i < answering_.size(); ++i )
+      text += " and " + answering_[i]->name();
+   return text;
+}
+
+} // namespace Smbusd

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "client/Size.h"
+#include "client/Target.h"
+
+#include <CLI/App.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace SmbusClient {
+
+// What the user asks for.
+struct Options {
+   std::string socket; // empty: the usual one
+   bool json = false;
+   unsigned retries = 0;
+   Target target; // of a scan, the bus and the way there only
+   std::optional<uint32_t> offset;
+   std::optional<Size> size;
+   std::vector<uint32_t> values; // to write
+   uint32_t first = 0;           // to dump
+   uint32_t last = 0xFF;
+};
+
+// Parsing fills the options, which outlive the app, and runs nothing.
+void describe( CLI::App &, Options & );
+
+} // namespace SmbusClient

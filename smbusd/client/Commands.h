@@ -1,0 +1,18 @@
+// The client's sub-commands. They print what they find, and throw Failed, Unreachable, or CLI11's
+// ValidationError for values that make no sense together.
+#pragma once
+
+#include "client/CommandLine.h"
+
+namespace SmbusClient {
+
+// Without a register it receives a byte.
+void read( const Options & );
+// Without values it sends the register as a byte.
+void write( const Options & );
+// Fails only when not one register can be read.
+void dump( const Options & );
+// Asks every address for a byte: the one question that leaves most chips as they are.
+void scan( const Options & );
+
+} // namespace SmbusClient

@@ -1,0 +1,68 @@
+#include "server/Server.h"
+
+#include <boost/asio.hpp>
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+#include <algorithm>
+
+namespace Smbusd {
+
+namespace asio = boost::asio;
+using boost::system::error_code;
+
+Server::Server( asio::io_context &context, std::unique_ptr<SocketFile> file,
+                Dispatcher &dispatcher )
+   : file_( std::move( file ) ), dispatcher_( dispatcher ),
+     acceptor_( context, Protocol(), file_->release() ), pause_( context ) {
+   accept();
+}
+
+void Server::accept() {
+   acceptor_.async_accept( [this]( error_code error, Protocol::socket socket ) {
+      if ( error == asio::error::operation_aborted )
+         return;
+      if ( !error ) {
+         admit( std::move( socket ) );
+         return accept();
+      }
+      // Out of descriptors, most likely: the next try would fail at once, again and again.
+      spdlog::error( "a client could not be taken: {}", error.message() );
+      pause_.expires_after( std::chrono::milliseconds( 100 ) );
+      pause_.async_wait( [this]( error_code stopped ) {
+         if ( !stopped )
+            accept();
+      } );
+   } );
+}
+
+void Server::admit( Protocol::socket socket ) {
+   // As many again may wait to be told; whoever comes then is turned away without a word.
+   if ( sessions_.size() >= 2 * maxClients )
+      return;
+   const auto served = std::count_if( sessions_.begin(), sessions_.end(),
+                                      []( const auto &session ) { return !session->refused(); } );
+   std::string refusal;
+   if ( static_cast<size_t>( served ) >= maxClients ) {
+      refusal =
+         fmt::format( "{} clients are connected already, and no more are allowed", maxClients );
+      spdlog::warn( "a client is refused: {}", refusal );
+   }
+   const auto ended = [this]( const std::shared_ptr<Session> &session ) {
+      sessions_.erase( session );
+   };
+   const auto session =
+      std::make_shared<Session>( std::move( socket ), dispatcher_, std::move( refusal ), ended );
+   sessions_.insert( session );
+   session->start();
+}
+
+void Server::stop() {
+   acceptor_.close();
+   pause_.cancel();
+   while ( !sessions_.empty() )
+      std::shared_ptr( *sessions_.begin() )->end();
+   file_.reset();
+}
+
+} // namespace Smbusd

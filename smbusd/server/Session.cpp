@@ -1,0 +1,107 @@
+#include "server/Session.h"
+
+#include "Decode.h"
+#include "server/Frames.h"
+
+#include <boost/asio.hpp>
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+namespace Smbusd {
+
+namespace asio = boost::asio;
+using boost::system::error_code;
+
+Session::Session( Socket socket, Dispatcher &dispatcher, std::string refusal, Ended ended )
+   : socket_( std::move( socket ) ), dispatcher_( dispatcher ), refusal_( std::move( refusal ) ),
+     ended_( std::move( ended ) ) {}
+
+void Session::start() {
+   socket_.non_blocking( true ); // for the look ahead in watchForEnd
+   readMore();
+}
+
+void Session::end() {
+   if ( client_->gone.exchange( true ) )
+      return;
+   error_code ignored;
+   socket_.close( ignored );
+   ended_( shared_from_this() );
+}
+
+void Session::readMore() {
+   socket_.async_read_some( asio::buffer( chunk_ ),
+                            [this, self = shared_from_this()]( error_code error, size_t count ) {
+                               if ( error )
+                                  return end();
+                               received_.append( chunk_.data(), count );
+                               takeFrame();
+                            } );
+}
+
+void Session::takeFrame() {
+   const Frame frame = firstFrame( received_ );
+   switch ( frame.state ) {
+   case Frame::State::Incomplete:
+      return readMore();
+   case Frame::State::TooLong:
+      return answer( failure( fmt::format( "a frame of over {} bytes", maxFrameBytes ) ), true );
+   case Frame::State::NoLength:
+      return answer( failure( "a frame whose length is no varint" ), true );
+   case Frame::State::Whole:
+      takeMessage( frame.message );
+      received_.erase( 0, frame.size );
+   }
+}
+
+void Session::takeMessage( std::string_view message ) {
+   if ( refused() )
+      return answer( failure( refusal_ ), true );
+   Smbus::TransactionRequest request;
+   try {
+      request = parse( message );
+   } catch ( const Refused &reason ) {
+      spdlog::warn( "refused: {}", reason.what() );
+      return answer( failure( reason.what() ) );
+   }
+   waiting_ = true;
+   watchForEnd();
+   const auto executor = socket_.get_executor();
+   dispatcher_.carryOut(
+      request, client_,
+      [self = shared_from_this(), executor]( Smbus::TransactionResponse response ) {
+         asio::post( executor,
+                     [self, response = std::move( response )] { self->answer( response ); } );
+      } );
+}
+
+// Bytes that come while a transaction is in hand are the next frame's, and can wait; the end of the
+// connection can't, or a queue of transactions that nobody waits for would be carried out.
+void Session::watchForEnd() {
+   socket_.async_wait( Socket::wait_read, [this, self = shared_from_this()]( error_code error ) {
+      if ( error || !waiting_ )
+         return;
+      char byte;
+      error_code peeked;
+      socket_.receive( asio::buffer( &byte, 1 ), Socket::message_peek, peeked );
+      if ( peeked && peeked != asio::error::would_block )
+         end();
+   } );
+}
+
+void Session::answer( const Smbus::TransactionResponse &response, bool last ) {
+   if ( client_->gone )
+      return;
+   waiting_ = false;
+   error_code ignored;
+   socket_.cancel( ignored );
+   sending_ = framed( response );
+   asio::async_write( socket_, asio::buffer( sending_ ),
+                      [this, last, self = shared_from_this()]( error_code error, size_t ) {
+                         if ( error || last )
+                            return end();
+                         takeFrame();
+                      } );
+}
+
+} // namespace Smbusd

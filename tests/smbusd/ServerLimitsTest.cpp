@@ -1,0 +1,101 @@
+#include "PlatformLibrary/PLSocket.h"
+#include "Requests.h"
+#include "RunningServer.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace SmbusdTest {
+
+namespace {
+
+class ServerLimitsTest : public ::testing::Test {
+ protected:
+   RunningServer server;
+   const std::string tooMany = "64 clients are connected already, and no more are allowed";
+};
+
+TEST_F( ServerLimitsTest, AnswersAFrameOfSixteenMebibytes ) {
+   RawClient client( server.path() );
+   Smbus::Request large = read( 0x48, 0, 1 );
+   // The request's length takes three bytes more then, and the data come with a tag and four of
+   // length.
+   const size_t rest = transaction( large ).ByteSizeLong() + 8;
+   large.set_data( std::string( ( 16u << 20 ) - rest, 'x' ) );
+   ASSERT_EQ( transaction( large ).ByteSizeLong(), 16u << 20 );
+   EXPECT_TRUE( client.ask( transaction( large ) ).error().starts_with( "request 1 of 1: 1677" ) );
+}
+
+TEST_F( ServerLimitsTest, EndsTheConnectionAfterAnOversizedFrame ) {
+   RawClient client( server.path() );
+   client.send( "\x81\x80\x80\x08" ); // 16 MiB and a byte
+   const auto response = client.receive();
+   EXPECT_TRUE( response->failed() );
+   EXPECT_EQ( response->error(), "a frame of over 16777216 bytes" );
+   EXPECT_FALSE( client.receive() );
+}
+
+TEST_F( ServerLimitsTest, EndsTheConnectionAfterAFrameWithoutALength ) {
+   RawClient client( server.path() );
+   client.send( std::string( 10, '\xff' ) );
+   EXPECT_EQ( client.receive()->error(), "a frame whose length is no varint" );
+   EXPECT_FALSE( client.receive() );
+}
+
+TEST_F( ServerLimitsTest, RefusesMoreThan4096RequestsAndKeepsTheConnection ) {
+   RawClient client( server.path() );
+   Smbus::TransactionRequest many;
+   for ( int i = 0; i < 4096; ++i )
+      *many.add_request() = read( 0x48, 0, 1 );
+   EXPECT_EQ( client.ask( many ).response_size(), 4096 );
+   *many.add_request() = read( 0x48, 0, 1 );
+   EXPECT_EQ( client.ask( many ).error(), "over 4096 requests in a transaction" );
+   EXPECT_FALSE( client.ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
+}
+
+TEST_F( ServerLimitsTest, ServesSixtyFourClientsAndRefusesTheNext ) {
+   std::vector<std::unique_ptr<RawClient>> clients;
+   for ( int i = 0; i < 64; ++i ) {
+      clients.push_back( std::make_unique<RawClient>( server.path() ) );
+      ASSERT_FALSE( clients.back()->ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
+   }
+   RawClient next( server.path() );
+   const auto response = next.ask( transaction( read( 0x48, 0, 1 ) ) );
+   EXPECT_TRUE( response.failed() );
+   EXPECT_EQ( response.error(), tooMany );
+   EXPECT_FALSE( next.receive() );
+   EXPECT_FALSE( clients[0]->ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
+
+   clients.pop_back();
+   clients[0]->ask( {} );
+   // The place is free once the end of that connection has been seen.
+   for ( int i = 0; i < 1000; ++i ) {
+      if ( !RawClient( server.path() ).ask( transaction( read( 0x48, 0, 1 ) ) ).failed() )
+         return;
+   }
+   FAIL() << "the place was never free again";
+}
+
+TEST_F( ServerLimitsTest, TellsTheClientLibraryThatThereAreTooManyClients ) {
+   std::vector<std::unique_ptr<RawClient>> clients;
+   for ( int i = 0; i < 64; ++i ) {
+      clients.push_back( std::make_unique<RawClient>( server.path() ) );
+      clients.back()->ask( {} );
+   }
+   setenv( "ORBIS_SMBUS_SOCKET", server.path().c_str(), 1 );
+   PlatformLibrary::PLSocket socket;
+   ASSERT_EQ( socket.setup(), 0 );
+   Smbus::TransactionRequest request = transaction( read( 0x48, 0, 1 ) );
+   Smbus::TransactionResponse *response = nullptr;
+   ASSERT_GE( socket.sendRequestWait( &request, &response ), 0 );
+   EXPECT_EQ( response->error(), tooMany );
+   delete response;
+   close( socket.fd );
+}
+
+} // namespace
+
+} // namespace SmbusdTest

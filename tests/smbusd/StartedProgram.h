@@ -1,0 +1,36 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace SmbusdTest {
+
+// A program that runs beside the test, and not longer than it.
+class StartedProgram {
+ public:
+   // The program's path first.
+   explicit StartedProgram( const std::vector<std::string> &command );
+   ~StartedProgram();
+   StartedProgram( const StartedProgram & ) = delete;
+   StartedProgram &operator=( const StartedProgram & ) = delete;
+
+   // Reads standard error until these words have come; false when it ends without them.
+   bool waitForError( const std::string &words );
+   void signal( int number );
+   // Waits for its end. The exit code; minus the number of the signal that ended it.
+   int wait();
+   // Both complete after wait().
+   const std::string &output() const { return output_; }
+   const std::string &errors() const { return errors_; }
+
+ private:
+   pid_t pid_ = -1;
+   int outputPipe_ = -1;
+   int errorPipe_ = -1;
+   std::string output_;
+   std::string errors_;
+};
+
+} // namespace SmbusdTest
