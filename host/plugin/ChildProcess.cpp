@@ -90,7 +90,10 @@ void ChildProcess::send( const Command &command ) {
    boost::asio::write( socket_, boost::asio::buffer( encode( command ) ), ignored );
 }
 
-void ChildProcess::kill() const { ::kill( process_, SIGKILL ); }
+void ChildProcess::kill() const {
+   if ( process_ > 0 ) // anything else would mean other processes than this one
+      ::kill( process_, SIGKILL );
+}
 
 void ChildProcess::receive() {
    boost::asio::async_read_until(

@@ -186,6 +186,7 @@ void Supervisor::failKind( Kind kind, const Fault &fault, Time now ) {
       if ( board_.objects[i].kind == kind ) {
          objects_[i].record.isUnreadable( fault, now );
          objects_[i].tried = true;
+         objects_[i].due = false;
       }
 }
 

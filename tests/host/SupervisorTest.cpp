@@ -276,6 +276,16 @@ TEST_F( SupervisorTest, DoesNotBringUpAgainWhatWasReadAlreadyWhenReadingOnce ) {
    EXPECT_TRUE( supervisor->roundDone() );
 }
 
+TEST_F( SupervisorTest, EndsReadingOnceWhenTheServerIsGoneAfterADeath ) {
+   restart( { .once = true } );
+   runTo( "read 0" );
+   die();
+   runTo( "init temp_sensor" );
+   hear( Done{ Fault{ .status = 4 } } );
+   EXPECT_TRUE( supervisor->roundDone() );
+   EXPECT_EQ( object( 1 ).state, State::Unreadable );
+}
+
 TEST_F( SupervisorTest, EndsAtAPluginThatCanNotBeLoaded ) {
    EXPECT_EQ( next(), "load" );
    begin( "load" );

@@ -67,7 +67,10 @@ int Program::exitCode() {
    return WIFEXITED( status ) ? WEXITSTATUS( status ) : 128 + WTERMSIG( status );
 }
 
-void Program::signal( int number ) const { ::kill( process_, number ); }
+void Program::signal( int number ) const {
+   ASSERT_GT( process_, 0 ); // anything else would mean other processes than this one
+   ::kill( process_, number );
+}
 
 void Program::type( const std::string &keys ) const {
    EXPECT_EQ( ::write( terminal_, keys.data(), keys.size() ), std::ssize( keys ) );
