@@ -1,0 +1,40 @@
+#ifndef ORBIS_HOST_BOARD_H
+#define ORBIS_HOST_BOARD_H
+
+#include "check/Finding.h"
+#include "plugin/Kind.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Host {
+
+/// One object of a board, as the plug-in will be asked for it.
+struct ObjectDescription {
+   Kind kind{};
+   std::string name{};
+   std::string text{}; ///< the device document, or a topology label; empty for the system
+   float alert = 0;    ///< degrees Celsius, of temperature sensors
+   float critical = 0;
+   std::uint8_t value = 0; ///< of SMBus objects given by a label
+};
+
+/// A board whose files are known to be good.
+struct Board {
+   std::string folder{};
+   std::string topology{}; ///< the text of topology.json
+   std::vector<ObjectDescription> objects{};
+   std::vector<std::string> faultTraces{}; ///< of its plug-in, see DriverTable
+};
+
+/// Checks topology.json and objects.json in `folder`, and the plug-in's data file `drivers`, and
+/// reports all that is wrong with them. Nothing when anything is.
+std::optional<Board> loadBoard( const std::filesystem::path &folder,
+                                const std::filesystem::path &drivers, Findings &findings );
+
+} // namespace Host
+
+#endif

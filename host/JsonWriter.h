@@ -1,0 +1,55 @@
+#ifndef ORBIS_HOST_JSONWRITER_H
+#define ORBIS_HOST_JSONWRITER_H
+
+#include "State.h"
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+#include <string_view>
+
+namespace Host {
+
+/// Writes one JSON text, member by member.
+class JsonWriter {
+ public:
+   JsonWriter &beginObject() { return writer_.StartObject(), *this; }
+   JsonWriter &endObject() { return writer_.EndObject(), *this; }
+   JsonWriter &beginList() { return writer_.StartArray(), *this; }
+   JsonWriter &endList() { return writer_.EndArray(), *this; }
+   JsonWriter &key( std::string_view name ) {
+      writer_.Key( name.data(), static_cast<rapidjson::SizeType>( name.size() ) );
+      return *this;
+   }
+
+   JsonWriter &value( std::string_view text ) {
+      writer_.String( text.data(), static_cast<rapidjson::SizeType>( text.size() ) );
+      return *this;
+   }
+   JsonWriter &value( const char *text ) { return value( std::string_view( text ) ); }
+   JsonWriter &value( double number ) { return writer_.Double( number ), *this; }
+   JsonWriter &value( std::int64_t number ) { return writer_.Int64( number ), *this; }
+   JsonWriter &value( bool flag ) { return writer_.Bool( flag ), *this; }
+   JsonWriter &value( std::monostate ) { return writer_.Null(), *this; }
+
+   template <class T>
+   JsonWriter &member( std::string_view name, const T &what ) {
+      return key( name ).value( what );
+   }
+   /// The members "status" and "fault", where there is something to say.
+   JsonWriter &fault( const Fault &fault );
+   /// The members of a reading but for its fault: "name", "unit", "state", "value".
+   JsonWriter &reading( const Reading &reading );
+
+   std::string text() const { return { buffer_.GetString(), buffer_.GetSize() }; }
+
+ private:
+   rapidjson::StringBuffer buffer_{};
+   rapidjson::Writer<rapidjson::StringBuffer> writer_{ buffer_ };
+};
+
+/// The one JSON text that tells of a board; its schema is boards/state.schema.json.
+std::string toJson( std::string_view board, const BoardReport &report );
+
+} // namespace Host
+
+#endif

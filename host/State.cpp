@@ -1,0 +1,36 @@
+#include "State.h"
+
+#include "EnumNames.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace Host {
+namespace {
+
+constexpr EnumNames<State, 5> names{ { "ok", "stale", "unreadable", "absent", "unsupported" } };
+
+bool isBad( State state ) { return state == State::Unreadable || state == State::Stale; }
+
+} // namespace
+
+std::string_view nameOf( State state ) { return names[state]; }
+
+std::optional<State> stateOf( std::string_view name ) { return names.find( name ); }
+
+std::string toText( const Fault &fault ) {
+   if ( !fault.status )
+      return fault.words;
+   return fmt::format( "status {}{}{}", *fault.status, fault.words.empty() ? "" : ": ",
+                       fault.words );
+}
+
+bool hasUnreadable( const BoardReport &board ) {
+   return std::any_of( board.begin(), board.end(), []( const ObjectReport &object ) {
+      return isBad( object.state ) ||
+             std::any_of( object.values.begin(), object.values.end(),
+                          []( const ValueReport &value ) { return isBad( value.reading.state ); } );
+   } );
+}
+
+} // namespace Host

@@ -1,0 +1,49 @@
+#ifndef ORBIS_HOST_CHECK_DEVICECHECK_H
+#define ORBIS_HOST_CHECK_DEVICECHECK_H
+
+#include "check/DriverTable.h"
+#include "check/Finding.h"
+#include "check/TopologyIndex.h"
+
+#include <map>
+#include <rapidjson/document.h>
+#include <string>
+#include <string_view>
+
+namespace Host {
+
+/// Checks device documents against the topology and against what the drivers want. One of it goes
+/// over a whole board, because the plug-in keeps one driver object for each did.
+class DeviceCheck {
+ public:
+   DeviceCheck( const DriverTable &drivers, const TopologyIndex &topology, Findings &findings );
+
+   /// The document of an object of a kind.
+   void check( const rapidjson::Value &document, std::string_view kind, const Place &place );
+
+   /// An SMBus object given by the label of a topology device, which `driver` will serve.
+   void checkLabel( std::string_view label, std::string_view kind, const Place &place );
+
+ private:
+   struct Owner {
+      std::string driver;
+      Place place;
+   };
+
+   void checkInline( std::uint32_t did, const TopologyIndex::Device &device );
+   const DriverRule *checkDriver( const rapidjson::Value &document, const Place &place );
+   void checkWhereItStands( const rapidjson::Value &document, bool isComposite,
+                            const Place &place );
+   void checkParts( const rapidjson::Value &document, const KindRule &kind, const Place &place );
+   void checkPart( const std::string &text, const std::string &kind, const Place &place );
+   void claim( std::uint32_t did, std::string_view driver, const Place &place );
+
+   const DriverTable &drivers_;
+   const TopologyIndex &topology_;
+   Findings &findings_;
+   std::map<std::uint32_t, Owner> owners_;
+};
+
+} // namespace Host
+
+#endif

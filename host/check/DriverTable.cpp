@@ -1,0 +1,74 @@
+#include "check/DriverTable.h"
+
+#include "check/Json.h"
+#include "check/Schema.h"
+
+namespace Host {
+namespace {
+
+using rapidjson::Value;
+
+std::vector<std::string> textsOf( const Value *list ) {
+   std::vector<std::string> texts;
+   for ( const Value &text : Json::elements( list ) )
+      texts.emplace_back( text.GetString(), text.GetStringLength() );
+   return texts;
+}
+
+std::optional<double> numberOf( const Value *value ) {
+   return value ? std::optional( value->GetDouble() ) : std::nullopt;
+}
+
+ArgumentRules argumentsOf( const Value *json ) {
+   ArgumentRules rules;
+   for ( const auto &[name, rule] : Json::members( json ) )
+      rules[name.GetString()] = { .type = Json::find( &rule, "type" )->GetString(),
+                                  .required = Json::isTrue( Json::find( &rule, "required" ) ),
+                                  .minimum = numberOf( Json::find( &rule, "minimum" ) ),
+                                  .maximum = numberOf( Json::find( &rule, "maximum" ) ),
+                                  .choices = textsOf( Json::find( &rule, "enum" ) ) };
+   return rules;
+}
+
+KindRule kindOf( const Value &json ) {
+   KindRule rule{ .args = argumentsOf( Json::find( &json, "args" ) ) };
+   for ( const Value &names : Json::elements( Json::find( &json, "numbered" ) ) )
+      rule.numbered.push_back( textsOf( &names ) );
+   rule.by = Json::toText( Json::find( &json, "by" ) ).value_or( "" );
+   for ( const auto &[name, args] : Json::members( Json::find( &json, "cases" ) ) )
+      rule.cases[name.GetString()] = argumentsOf( &args );
+   for ( const auto &[key, kind] : Json::members( Json::find( &json, "nested" ) ) )
+      rule.nested[key.GetString()] = kind.GetString();
+   return rule;
+}
+
+DriverRule driverOf( const Value &json, const Value *everySingleDevice ) {
+   DriverRule rule{ .isMultiDevice = Json::isTrue( Json::find( &json, "isMultiDevice" ) ),
+                    .args = argumentsOf( Json::find( &json, "args" ) ) };
+   for ( const auto &[kind, wants] : Json::members( Json::find( &json, "makes" ) ) )
+      rule.makes[kind.GetString()] = kindOf( wants );
+   if ( !rule.isMultiDevice )
+      for ( const auto &[kind, wants] : Json::members( everySingleDevice ) )
+         rule.makes.emplace( kind.GetString(), kindOf( wants ) );
+   return rule;
+}
+
+} // namespace
+
+std::optional<DriverTable> loadDriverTable( const std::filesystem::path &path,
+                                            Findings &findings ) {
+   const std::size_t before = findings.size();
+   const auto file = Json::load( path, findings );
+   if ( file )
+      Schema( driversSchemaText, "plugin" ).check( file->document, file->root, findings );
+   if ( findings.size() != before )
+      return {};
+   DriverTable table{ .hams = textsOf( Json::find( &file->document, "hams" ) ),
+                      .faultTraces = textsOf( Json::find( &file->document, "faultTraces" ) ) };
+   for ( const auto &[name, driver] : Json::members( Json::find( &file->document, "drivers" ) ) )
+      table.drivers[name.GetString()] =
+         driverOf( driver, Json::find( &file->document, "everySingleDevice" ) );
+   return table;
+}
+
+} // namespace Host

@@ -1,0 +1,50 @@
+#include "Board.h"
+#include "plugin/Child.h"
+#include "view/Commands.h"
+#include "view/Log.h"
+
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+namespace {
+
+using Host::Options;
+
+int run( const Options &options ) {
+   Host::setUpLog( options );
+   Host::Findings findings;
+   const auto board = Host::loadBoard( options.board, options.drivers, findings );
+   for ( const Host::Finding &finding : findings )
+      fmt::print( stderr, "{}\n", Host::toText( finding ) );
+   if ( !board )
+      return Host::exitBadBoard;
+   switch ( options.command ) {
+   case Options::Command::Show:
+      return Host::show( *board, options );
+   case Options::Command::Watch:
+      return Host::watch( *board, options );
+   case Options::Command::Serve:
+      return Host::serve( *board, options );
+   default:
+      fmt::print( "{}: {} objects, nothing wrong\n", options.board.string(),
+                  board->objects.size() );
+      return Host::exitOk;
+   }
+}
+
+} // namespace
+
+int main( int argc, char **argv ) {
+   int exitCode = Host::exitOk;
+   const Options options = Host::parseCommandLine( argc, argv, exitCode );
+   if ( options.command == Options::Command::Nothing )
+      return exitCode;
+   if ( options.command == Options::Command::Child )
+      return Host::runChild( Host::childSocket );
+   try {
+      return run( options );
+   } catch ( const std::exception &exception ) {
+      spdlog::error( "{}", exception.what() );
+      return Host::exitNoChild;
+   }
+}

@@ -1,0 +1,129 @@
+#include "plugin/Child.h"
+
+#include "plugin/Messages.h"
+#include "plugin/Plugin.h"
+#include "plugin/Readings.h"
+#include "plugin/Services.h"
+
+#include <boost/asio.hpp>
+#include <csignal>
+#include <fmt/format.h>
+#include <map>
+#include <optional>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <vector>
+
+namespace Host {
+namespace {
+
+using boost::asio::local::stream_protocol;
+
+class Child {
+ public:
+   explicit Child( int socket )
+      : socket_( loop_, stream_protocol(), socket ),
+        services_( loop_, [this]( int level, std::string text ) {
+           send( Trace{ level, std::move( text ) } );
+        } ) {}
+
+   void run() {
+      receive();
+      loop_.run();
+   }
+
+ private:
+   void receive() {
+      boost::asio::async_read_until(
+         socket_, boost::asio::dynamic_buffer( input_ ), '\n',
+         [this]( const boost::system::error_code &failure, std::size_t length ) {
+            if ( failure ) { // the parent is gone, or wants this to end
+               loop_.stop();
+               return;
+            }
+            const auto command = decodeCommand( input_.substr( 0, length ) );
+            input_.erase( 0, length );
+            if ( command )
+               send(
+                  std::visit( [this]( const auto &what ) { return carryOut( what ); }, *command ) );
+            receive();
+         } );
+   }
+
+   // At once, whatever comes next: the plug-in may end this process in the call that follows.
+   void send( const Event &event ) {
+      boost::system::error_code ignored; // that the parent is gone shows when reading
+      boost::asio::write( socket_, boost::asio::buffer( encode( event ) ), ignored );
+   }
+
+   Done carryOut( const LoadCommand &load ) {
+      send( Begun{ "load" } );
+      topology_ = load.topology;
+      return guard( [&] {
+         plugin_.emplace( load.plugin );
+         return Done{};
+      } );
+   }
+
+   Done carryOut( const InitCommand &init ) {
+      send( Begun{ fmt::format( "pl_{}_init", nameOf( init.kind ) ) } );
+      return guard( [&] {
+         const int status = plugin_.value().init( init.kind, topology_.c_str() );
+         return status == PL_STATUS_OK ? Done{} : Done{ Fault{ .status = status } };
+      } );
+   }
+
+   Done carryOut( const AddCommand &add ) {
+      const std::string operation = fmt::format( "pl_{}_add", nameOf( add.description.kind ) );
+      send( Begun{ operation } );
+      return guard( [&] {
+         // The plug-in keeps pointers to the texts; a later try for the object gets the same ones.
+         const auto &kept = descriptions_.emplace( add.object, add.description ).first->second;
+         const Record record = plugin_.value().add( kept );
+         if ( isNull( record ) )
+            return Done{ Fault{ .words = operation + " made no object" } };
+         records_.insert_or_assign( add.object, record );
+         return Done{};
+      } );
+   }
+
+   Done carryOut( const ReadCommand &command ) {
+      return guard( [&] {
+         read( records_.at( command.object ),
+               { .begun = [this]( const std::string &name ) { send( Begun{ name } ); },
+                 .done = [this]( const Reading &reading ) { send( reading ); } } );
+         return Done{};
+      } );
+   }
+
+   // An exception that the plug-in lets out is the fault of the command, and this process goes on.
+   template <class Call>
+   static Done guard( const Call &call ) {
+      try {
+         return call();
+      } catch ( const std::exception &exception ) {
+         return Done{ Fault{ .words = exception.what() } };
+      }
+   }
+
+   boost::asio::io_context loop_{ 1 };
+   stream_protocol::socket socket_;
+   Services services_;
+   std::string input_{};
+   std::string topology_{};
+   std::optional<Plugin> plugin_{};
+   std::map<std::size_t, ObjectDescription> descriptions_{};
+   std::map<std::size_t, Record> records_{};
+};
+
+} // namespace
+
+int runChild( int socket ) {
+   ::prctl( PR_SET_PDEATHSIG, SIGKILL ); // also from inside a call that doesn't come back
+   const rlimit noCores{ 0, 0 };         // ending by an assertion is daily business here
+   ::setrlimit( RLIMIT_CORE, &noCores );
+   Child( socket ).run();
+   return 0;
+}
+
+} // namespace Host

@@ -1,0 +1,169 @@
+#include "plugin/ChildProcess.h"
+
+#include "plugin/Child.h"
+
+#include <array>
+#include <boost/asio.hpp>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace Host {
+namespace {
+
+constexpr int politeWaitMs = 300; // how long a child may take to end when asked to
+
+void check( int result, const char *what ) {
+   if ( result < 0 )
+      throw std::system_error( errno, std::generic_category(), what );
+}
+
+// An assertion's text tells more than any line around it, and what() more than the rest.
+int worth( const std::string &line ) {
+   if ( line.find( "Assertion `" ) != std::string::npos )
+      return 3;
+   if ( line.find( "what():" ) != std::string::npos )
+      return 2;
+   return line.empty() ? 0 : 1;
+}
+
+} // namespace
+
+ChildProcess::ChildProcess( boost::asio::io_context &loop, Handlers handlers )
+   : handlers_( std::move( handlers ) ), socket_( loop ), errors_( loop ) {
+   std::array<int, 2> sockets{}, pipe{};
+   check( ::socketpair( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data() ), "socketpair" );
+   socket_.assign( boost::asio::local::stream_protocol(), sockets[0] );
+   check( ::pipe2( pipe.data(), O_CLOEXEC ), "pipe2" );
+   errors_.assign( pipe[0] );
+   errors_.non_blocking( true );
+   spawn( sockets[1], pipe[1] );
+   ::close( sockets[1] );
+   ::close( pipe[1] );
+   receive();
+   receiveErrors();
+}
+
+void ChildProcess::spawn( int socket, int errors ) {
+   posix_spawn_file_actions_t files;
+   ::posix_spawn_file_actions_init( &files );
+   ::posix_spawn_file_actions_addopen( &files, 0, "/dev/null", O_RDONLY, 0 );
+   ::posix_spawn_file_actions_adddup2( &files, errors, 1 );
+   ::posix_spawn_file_actions_adddup2( &files, errors, 2 );
+   ::posix_spawn_file_actions_adddup2( &files, socket, childSocket );
+   posix_spawnattr_t attributes;
+   ::posix_spawnattr_init( &attributes );
+   // Ctrl-C on the terminal is the parent's to answer.
+   ::posix_spawnattr_setflags( &attributes, POSIX_SPAWN_SETPGROUP );
+   std::string name = "orbis-host", command = "child";
+   std::array<char *, 3> arguments{ name.data(), command.data(), nullptr };
+   const int failure =
+      ::posix_spawn( &process_, "/proc/self/exe", &files, &attributes, arguments.data(), environ );
+   ::posix_spawn_file_actions_destroy( &files );
+   ::posix_spawnattr_destroy( &attributes );
+   if ( failure )
+      throw std::system_error( failure, std::generic_category(), "posix_spawn" );
+}
+
+ChildProcess::~ChildProcess() {
+   *alive_ = false;
+   if ( process_ < 0 )
+      return;
+   boost::system::error_code ignored;
+   socket_.shutdown( boost::asio::socket_base::shutdown_both, ignored );
+   // The pipe's other end closes when the child ends.
+   pollfd pipe{ errors_.native_handle(), 0, 0 };
+   if ( ::poll( &pipe, 1, politeWaitMs ) != 1 )
+      kill();
+   ::waitpid( process_, nullptr, 0 );
+}
+
+void ChildProcess::send( const Command &command ) {
+   boost::system::error_code ignored; // the death shows when reading
+   boost::asio::write( socket_, boost::asio::buffer( encode( command ) ), ignored );
+}
+
+void ChildProcess::kill() const {
+   if ( process_ > 0 ) // anything else would mean other processes than this one
+      ::kill( process_, SIGKILL );
+}
+
+void ChildProcess::receive() {
+   boost::asio::async_read_until(
+      socket_, boost::asio::dynamic_buffer( input_ ), '\n',
+      [this, alive = alive_]( const boost::system::error_code &failure, std::size_t length ) {
+         if ( !*alive )
+            return;
+         if ( failure ) {
+            ended();
+            return;
+         }
+         const auto event = decodeEvent( input_.substr( 0, length ) );
+         input_.erase( 0, length );
+         if ( event )
+            handlers_.event( *event );
+         if ( *alive )
+            receive();
+      } );
+}
+
+void ChildProcess::receiveErrors() {
+   errors_.async_wait( errors_.wait_read,
+                       [this, alive = alive_]( const boost::system::error_code &failure ) {
+                          if ( *alive && !failure && drainErrors() )
+                             receiveErrors();
+                       } );
+}
+
+// Takes what is there of the child's standard error; false at its end.
+bool ChildProcess::drainErrors() {
+   boost::system::error_code failure;
+   std::array<char, 4096> chunk{};
+   while ( const std::size_t length = errors_.read_some( boost::asio::buffer( chunk ), failure ) )
+      errorInput_.append( chunk.data(), length );
+   for ( std::size_t end; ( end = errorInput_.find( '\n' ) ) != std::string::npos; ) {
+      takeErrorLine( errorInput_.substr( 0, end ) );
+      errorInput_.erase( 0, end + 1 );
+   }
+   return failure == boost::asio::error::would_block;
+}
+
+void ChildProcess::takeErrorLine( std::string line ) {
+   if ( line.starts_with(
+           "orbis-host: " ) ) // the program's name, which assert puts before its text
+      line.erase( 0, std::strlen( "orbis-host: " ) );
+   handlers_.errorLine( line );
+   if ( worth( line ) >= worth( lastWords_ ) )
+      lastWords_ = std::move( line );
+}
+
+void ChildProcess::ended() {
+   kill(); // a child without its socket is of no use; a dead one doesn't mind
+   int waitStatus = 0;
+   ::waitpid( process_, &waitStatus, 0 );
+   process_ = -1;
+   drainErrors();
+   if ( !errorInput_.empty() )
+      takeErrorLine( errorInput_ );
+   const auto died = std::move( handlers_.died ); // who hears it may delete this
+   died( causeOfDeath( waitStatus ) );
+}
+
+std::string ChildProcess::causeOfDeath( int waitStatus ) const {
+   const std::string how = WIFSIGNALED( waitStatus )
+                              ? fmt::format( "ended by signal {} ({})", WTERMSIG( waitStatus ),
+                                             ::strsignal( WTERMSIG( waitStatus ) ) )
+                              : fmt::format( "ended with exit code {}", WEXITSTATUS( waitStatus ) );
+   if ( worth( lastWords_ ) > 1 )
+      return lastWords_;
+   return lastWords_.empty() ? how : fmt::format( "{}: {}", how, lastWords_ );
+}
+
+} // namespace Host

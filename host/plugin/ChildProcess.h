@@ -1,0 +1,58 @@
+#ifndef ORBIS_HOST_PLUGIN_CHILDPROCESS_H
+#define ORBIS_HOST_PLUGIN_CHILDPROCESS_H
+
+#include "plugin/Messages.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/local/stream_protocol.hpp>
+#include <boost/asio/posix/stream_descriptor.hpp>
+#include <functional>
+#include <memory>
+#include <string>
+#include <sys/types.h>
+
+namespace Host {
+
+/// The parent's end of the child process that holds the plug-in.
+class ChildProcess {
+ public:
+   struct Handlers {
+      std::function<void( Event )> event{};
+      std::function<void( const std::string & )> errorLine{}; ///< of its standard error
+      /// The child is dead, and why: an assertion's text where there is one. Comes last.
+      std::function<void( std::string )> died{};
+   };
+
+   /// Starts this program anew as `PROGRAM child`. Throws std::system_error.
+   ChildProcess( boost::asio::io_context &loop, Handlers handlers );
+   /// Ends the child, by force when it doesn't end by itself. No handler is called any more.
+   ~ChildProcess();
+   ChildProcess( const ChildProcess & ) = delete;
+   ChildProcess &operator=( const ChildProcess & ) = delete;
+
+   void send( const Command &command );
+   /// Ends the child at once; `died` follows.
+   void kill() const;
+
+ private:
+   void spawn( int socket, int errors );
+   void receive();
+   void receiveErrors();
+   bool drainErrors();
+   void takeErrorLine( std::string line );
+   void ended();
+   std::string causeOfDeath( int waitStatus ) const;
+
+   Handlers handlers_;
+   boost::asio::local::stream_protocol::socket socket_;
+   boost::asio::posix::stream_descriptor errors_;
+   pid_t process_ = -1;
+   std::string input_{};
+   std::string errorInput_{};
+   std::string lastWords_{}; // the line of its standard error that tells most
+   std::shared_ptr<bool> alive_ = std::make_shared<bool>( true );
+};
+
+} // namespace Host
+
+#endif

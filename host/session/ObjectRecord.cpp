@@ -1,0 +1,53 @@
+#include "session/ObjectRecord.h"
+
+#include <algorithm>
+
+namespace Host {
+
+void ObjectRecord::isFine( Time now ) {
+   state_ = State::Ok;
+   fault_ = {};
+   at_ = now;
+}
+
+void ObjectRecord::isUnreadable( const Fault &fault, Time now ) {
+   state_ = State::Unreadable;
+   fault_ = fault;
+   at_ = now;
+   for ( Value &value : values_ ) {
+      value.reading.state = State::Unreadable;
+      value.reading.value = {};
+      value.reading.fault = fault;
+      value.at = now;
+   }
+}
+
+void ObjectRecord::take( const Reading &reading, Time now ) {
+   const auto known = std::find_if( values_.begin(), values_.end(), [&]( const Value &value ) {
+      return value.reading.name == reading.name;
+   } );
+   if ( known == values_.end() )
+      values_.push_back( { reading, now } );
+   else
+      *known = { reading, now };
+}
+
+ObjectReport ObjectRecord::report( const ObjectDescription &description, Clock::duration staleAfter,
+                                   Time now ) const {
+   const auto age = [now]( Time at ) { return std::chrono::duration<double>( now - at ).count(); };
+   const auto stateAt = [&]( State state, Time at ) {
+      return state == State::Ok && now - at > staleAfter ? State::Stale : state;
+   };
+   ObjectReport report{ .name = description.name,
+                        .type = std::string( nameOf( description.kind ) ),
+                        .state = stateAt( state_, at_ ),
+                        .fault = fault_,
+                        .age = age( at_ ) };
+   for ( const Value &value : values_ ) {
+      report.values.push_back( { value.reading, age( value.at ) } );
+      report.values.back().reading.state = stateAt( value.reading.state, value.at );
+   }
+   return report;
+}
+
+} // namespace Host

@@ -1,0 +1,65 @@
+#include "session/Session.h"
+
+#include <boost/asio/post.hpp>
+
+namespace Host {
+
+Session::Session( boost::asio::io_context &loop, const Board &board, std::string plugin,
+                  Limits limits, Handlers handlers )
+   : loop_( loop ), plugin_( std::move( plugin ) ), handlers_( std::move( handlers ) ),
+     supervisor_( board, limits, Clock::now() ), timer_( loop ) {
+   boost::asio::post( loop_, [this] { pump(); } );
+}
+
+void Session::pump() {
+   const Time now = Clock::now();
+   supervisor_.tick( now );
+   if ( !child_ && supervisor_.wantsChild( now ) )
+      startChild();
+   if ( const auto why = supervisor_.overdue( now ); child_ && why && whyKilled_.empty() ) {
+      whyKilled_ = *why;
+      child_->kill();
+   }
+   if ( child_ )
+      if ( auto command = supervisor_.next( now ) ) {
+         if ( auto *load = std::get_if<LoadCommand>( &*command ) )
+            load->plugin = plugin_;
+         child_->send( *command );
+      }
+   timer_.expires_at( supervisor_.wakeAt( now ) );
+   timer_.async_wait( [this]( const auto &failure ) {
+      if ( !failure )
+         pump();
+   } );
+}
+
+void Session::startChild() {
+   whyKilled_.clear();
+   child_ = std::make_unique<ChildProcess>(
+      loop_, ChildProcess::Handlers{
+                .event = [this]( const Event &event ) { heard( event ); },
+                .errorLine = [this]( const std::string &line ) { handlers_.notice( line ); },
+                .died = [this]( const std::string &cause ) { died( cause ); } } );
+   supervisor_.childStarted();
+}
+
+void Session::heard( const Event &event ) {
+   if ( const auto *trace = std::get_if<Trace>( &event ) )
+      handlers_.trace( *trace );
+   supervisor_.heard( event, Clock::now() );
+   if ( !std::holds_alternative<Done>( event ) )
+      return;
+   pump();
+   handlers_.changed();
+}
+
+void Session::died( const std::string &cause ) {
+   const std::string why = whyKilled_.empty() ? cause : whyKilled_;
+   handlers_.notice( "the child that holds the plug-in is gone: " + why );
+   child_.reset();
+   supervisor_.childDied( why, Clock::now() );
+   pump();
+   handlers_.changed();
+}
+
+} // namespace Host

@@ -1,0 +1,47 @@
+#ifndef ORBIS_HOST_SESSION_SESSION_H
+#define ORBIS_HOST_SESSION_SESSION_H
+
+#include "plugin/ChildProcess.h"
+#include "session/Supervisor.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace Host {
+
+/// A board that is up: keeps a child running on an event loop and a supervisor informed.
+class Session {
+ public:
+   struct Handlers {
+      std::function<void()> changed{}; ///< a command ended, or a child died
+      std::function<void( const Trace & )> trace{};
+      std::function<void( const std::string & )> notice{}; ///< for the log: what befell the child
+   };
+
+   /// The board must outlive the session. Starts when the loop runs.
+   Session( boost::asio::io_context &loop, const Board &board, std::string plugin, Limits limits,
+            Handlers handlers );
+
+   const Supervisor &supervisor() const { return supervisor_; }
+
+ private:
+   void pump();
+   void startChild();
+   void heard( const Event &event );
+   void died( const std::string &cause );
+
+   boost::asio::io_context &loop_;
+   std::string plugin_;
+   Handlers handlers_;
+   Supervisor supervisor_;
+   boost::asio::steady_timer timer_;
+   std::unique_ptr<ChildProcess> child_{};
+   std::string whyKilled_{};
+};
+
+} // namespace Host
+
+#endif

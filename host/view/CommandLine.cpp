@@ -1,0 +1,94 @@
+#include "view/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+
+namespace Host {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto description =
+   "Brings a board up with its driver plug-in, and shows it.\n\n"
+   "show, watch and serve write to the board: bringing it up sets thresholds of temperature\n"
+   "sensors, port LEDs, and pin directions of expanders. check touches nothing.\n";
+
+constexpr auto footer =
+   "\nBOARD is a folder with topology.json and objects.json. What the plug-in's drivers want is\n"
+   "read from PLUGIN.drivers.json beside that folder.\n\n"
+   "What fails is tried again by watch and serve after 1 s, then after twice as long each time, "
+   "up\n"
+   "to 60 s. show tries everything once, and ends after 30 s at the latest.\n\n"
+   "Exit codes: 0 all is well; 1 show: something is unreadable; 2 usage; 3 the files of the board\n"
+   "are bad; 4 the plug-in can't be loaded; 5 the process that holds it can't be run.\n\n"
+   "Environment: ORBIS_PLUGIN, ORBIS_SMBUS_SOCKET, ORBIS_SMBUS_TIMEOUT_MS.\n";
+
+// Beside the program where it stands there; else wherever the loader looks.
+std::string defaultPlugin() {
+   std::error_code failure;
+   const fs::path program = fs::read_symlink( "/proc/self/exe", failure );
+   const fs::path beside =
+      ( program.parent_path() / ".." / "lib" / ORBIS_DEFAULT_PLUGIN ).lexically_normal();
+   return fs::exists( beside, failure ) ? beside.string() : ORBIS_DEFAULT_PLUGIN;
+}
+
+CLI::App *addBoardCommand( CLI::App &app, Options &options, Options::Command command,
+                           const char *name, const char *what ) {
+   CLI::App *sub = app.add_subcommand( name, what );
+   sub->fallthrough();
+   sub->add_option( "BOARD", options.board, "The board's folder" )
+      ->required()
+      ->check( CLI::ExistingDirectory );
+   sub->callback( [&options, command] { options.command = command; } );
+   return sub;
+}
+
+} // namespace
+
+Options parseCommandLine( int argc, char **argv, int &exitCode ) {
+   using Command = Options::Command;
+   Options options;
+   options.plugin = defaultPlugin();
+   CLI::App app( description, "orbis-host" );
+   app.footer( footer );
+   app.set_version_flag( "--version", "orbis-host " ORBIS_VERSION );
+   app.require_subcommand( 1 );
+   app.option_defaults()->take_last();
+   app.add_option( "--plugin", options.plugin, "The driver plug-in" )
+      ->envname( "ORBIS_PLUGIN" )
+      ->capture_default_str();
+   app.add_option( "--drivers", options.drivers, "The plug-in's data file" )
+      ->check( CLI::ExistingFile );
+   app.add_option( "-t,--trace-level", options.traceLevel,
+                   "Print the plug-in's traces up to this level, 0 to 7" )
+      ->check( CLI::Range( 0, 7 ) );
+   app.add_flag( "-v,--verbose", options.verbose, "Tell what happens to the plug-in's process" );
+   app.add_option( "--limit", options.limit,
+                   "Seconds that an operation may take before the plug-in's process is given up" )
+      ->check( CLI::Range( 0.1, 3600.0 ) )
+      ->capture_default_str();
+   addBoardCommand( app, options, Command::Check, "check", "Check the files of a board" );
+   addBoardCommand( app, options, Command::Show, "show", "Show every object once" )
+      ->add_flag( "--json", options.json, "Print JSON, as boards/state.schema.json tells" );
+   CLI::App *watch = addBoardCommand( app, options, Command::Watch, "watch",
+                                      "Show every object again and again, until q or Ctrl-C" );
+   CLI::App *serve = addBoardCommand( app, options, Command::Serve, "serve",
+                                      "Stay with the board until SIGTERM or Ctrl-C" );
+   for ( CLI::App *staying : { watch, serve } )
+      staying->add_option( "--period", options.period, "Seconds between two readings" )
+         ->check( CLI::Range( 0.1, 3600.0 ) )
+         ->capture_default_str();
+   app.add_subcommand( "child" )->group( "" )->callback(
+      [&options] { options.command = Command::Child; } );
+   try {
+      app.parse( argc, argv );
+   } catch ( const CLI::ParseError &end ) {
+      exitCode = app.exit( end ) ? exitUsage : exitOk;
+      return {};
+   }
+   if ( options.drivers.empty() )
+      options.drivers = ( options.board / ".." ).lexically_normal() /
+                        fs::path( options.plugin ).stem().concat( ".drivers.json" );
+   return options;
+}
+
+} // namespace Host

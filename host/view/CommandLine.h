@@ -1,0 +1,39 @@
+#ifndef ORBIS_HOST_VIEW_COMMANDLINE_H
+#define ORBIS_HOST_VIEW_COMMANDLINE_H
+
+#include <filesystem>
+#include <string>
+
+namespace Host {
+
+/// What the program's exit codes mean.
+enum ExitCode {
+   exitOk = 0,
+   exitUnreadable = 1, ///< something of the board could not be read
+   exitUsage = 2,
+   exitBadBoard = 3, ///< the board's files, or the plug-in's data file
+   exitNoPlugin = 4, ///< the plug-in can't be loaded
+   exitNoChild = 5,  ///< the child process can't be run
+};
+
+/// What the user asked for.
+struct Options {
+   enum class Command { Nothing, Check, Show, Watch, Serve, Child };
+   Command command = Command::Nothing;
+   std::filesystem::path board{};
+   std::string plugin{};            ///< as dlopen() takes it
+   std::filesystem::path drivers{}; ///< the plug-in's data file
+   int traceLevel = -1;             ///< traces up to this level are printed
+   bool verbose = false;
+   bool json = false;
+   double period = 1; ///< seconds between two readings
+   double limit = 12; ///< seconds that one operation of an object may take
+};
+
+/// Parses the command line. Prints help, version or an error by itself; `command` is Nothing then,
+/// and `exitCode` says how to end.
+Options parseCommandLine( int argc, char **argv, int &exitCode );
+
+} // namespace Host
+
+#endif

@@ -1,0 +1,60 @@
+#include "JsonWriter.h"
+#include "view/Commands.h"
+#include "view/Log.h"
+#include "view/Progress.h"
+#include "view/Table.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <fmt/format.h>
+#include <optional>
+#include <spdlog/spdlog.h>
+
+namespace Host {
+namespace {
+
+constexpr auto initLimit = std::chrono::seconds( 5 );
+constexpr auto totalLimit = std::chrono::seconds( 30 );
+
+} // namespace
+
+int tellLoadFault( const Fault &fault ) {
+   spdlog::error( "the plug-in can't be loaded: {}", toText( fault ) );
+   return exitNoPlugin;
+}
+
+int show( const Board &board, const Options &options ) {
+   boost::asio::io_context loop{ 1 };
+   std::optional<Session> session;
+   std::optional<Progress> progress( std::in_place );
+   const auto changed = [&] {
+      const Supervisor &known = session->supervisor();
+      progress->update( known.settled(), board.objects.size(), known.inHand() );
+      if ( known.roundDone() || known.loadFault() )
+         loop.stop();
+   };
+   session.emplace( loop, board, options.plugin,
+                    Limits{ .init = initLimit, .step = fromSeconds( options.limit ), .once = true },
+                    logging( options, changed ) );
+   boost::asio::steady_timer giveUp( loop, totalLimit );
+   bool gaveUp = false;
+   giveUp.async_wait( [&]( const auto & ) {
+      gaveUp = true;
+      loop.stop();
+   } );
+   loop.run();
+   progress.reset();
+   if ( session->supervisor().loadFault() )
+      return tellLoadFault( *session->supervisor().loadFault() );
+
+   const BoardReport report = session->supervisor().report( Clock::now() );
+   if ( options.json )
+      fmt::print( "{}\n", toJson( board.folder, report ) );
+   else
+      fmt::print( "{}\n", fmt::join( tableOf( report ), "\n" ) );
+   if ( gaveUp )
+      spdlog::error( "gave up after {} s", totalLimit.count() );
+   return gaveUp || hasUnreadable( report ) ? exitUnreadable : exitOk;
+}
+
+} // namespace Host

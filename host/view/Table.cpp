@@ -1,0 +1,81 @@
+#include "view/Table.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <fmt/format.h>
+
+namespace Host {
+namespace {
+
+using Row = std::array<std::string, 7>;
+
+// Characters, as opposed to bytes: what follows the first byte of one in UTF-8 doesn't count.
+std::size_t widthOf( const std::string &text ) {
+   return static_cast<std::size_t>( std::count_if(
+      text.begin(), text.end(), []( char byte ) { return ( byte & 0xC0 ) != 0x80; } ) );
+}
+
+std::string show( std::monostate ) { return "-"; }
+std::string show( bool flag ) { return flag ? "yes" : "no"; }
+std::string show( std::int64_t number ) { return fmt::format( "{}", number ); }
+std::string show( double number ) {
+   return number == std::trunc( number ) ? fmt::format( "{:.1f}", number )
+                                         : fmt::format( "{}", number );
+}
+std::string show( const std::string &text ) { return text.empty() ? "-" : text; }
+
+std::string withUnit( const Reading &reading ) {
+   const std::string text =
+      std::visit( []( const auto &value ) { return show( value ); }, reading.value );
+   const bool bare =
+      reading.unit.empty() || std::holds_alternative<std::monostate>( reading.value );
+   return bare ? text : text + " " + reading.unit;
+}
+
+std::string ageText( double age ) { return fmt::format( "{:.1f} s", age ); }
+
+std::string orDash( std::string text ) { return text.empty() ? "-" : text; }
+
+std::vector<Row> rowsOf( const BoardReport &board ) {
+   std::vector<Row> rows{ { "NAME", "TYPE", "READING", "VALUE", "STATE", "AGE", "FAULT" } };
+   for ( const ObjectReport &object : board ) {
+      if ( object.values.empty() )
+         rows.push_back( { object.name, object.type, "-", "-",
+                           std::string( nameOf( object.state ) ), ageText( object.age ),
+                           orDash( toText( object.fault ) ) } );
+      for ( const ValueReport &value : object.values )
+         rows.push_back( { object.name, object.type, value.reading.name, withUnit( value.reading ),
+                           std::string( nameOf( value.reading.state ) ), ageText( value.age ),
+                           orDash( toText( value.reading.fault ) ) } );
+   }
+   return rows;
+}
+
+} // namespace
+
+std::vector<std::string> tableOf( const BoardReport &board ) {
+   const std::vector<Row> rows = rowsOf( board );
+   std::array<std::size_t, std::tuple_size_v<Row>> widths{};
+   for ( const Row &row : rows )
+      for ( std::size_t i = 0; i < row.size(); ++i )
+         widths[i] = std::max( widths[i], widthOf( row[i] ) );
+   std::vector<std::string> lines;
+   for ( const Row &row : rows ) {
+      std::string line;
+      for ( std::size_t i = 0; i + 1 < row.size(); ++i )
+         line += row[i] + std::string( widths[i] - widthOf( row[i] ) + 2, ' ' );
+      lines.push_back( line + row.back() );
+   }
+   return lines;
+}
+
+std::string clip( const std::string &line, std::size_t columns ) {
+   std::size_t end = 0;
+   for ( std::size_t width = 0; end < line.size(); ++end )
+      if ( ( line[end] & 0xC0 ) != 0x80 && width++ == columns )
+         break;
+   return line.substr( 0, end );
+}
+
+} // namespace Host

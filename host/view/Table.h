@@ -1,0 +1,20 @@
+#ifndef ORBIS_HOST_VIEW_TABLE_H
+#define ORBIS_HOST_VIEW_TABLE_H
+
+#include "State.h"
+
+#include <string>
+#include <vector>
+
+namespace Host {
+
+/// A board as lines of aligned columns, the first line their titles: one line for each value, and
+/// one for each object that has none.
+std::vector<std::string> tableOf( const BoardReport &board );
+
+/// A line's first `columns` characters.
+std::string clip( const std::string &line, std::size_t columns );
+
+} // namespace Host
+
+#endif

@@ -1,0 +1,154 @@
+#include "support/Program.h"
+#include "support/StateSchema.h"
+
+#include <csignal>
+#include <gmock/gmock.h>
+
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class ProgramTest : public ::testing::Test {
+ protected:
+   /// Runs to the end.
+   int run( const std::vector<std::string> &arguments ) {
+      Program program( folder, arguments );
+      const int code = program.exitCode();
+      out = program.out();
+      err = program.err();
+      return code;
+   }
+
+   const TempFolder folder;
+   std::string out, err;
+};
+
+TEST_F( ProgramTest, CheckEndsWith0ForAGoodBoardAnd3ForABadOne ) {
+   EXPECT_EQ( run( { "check", SCRIPTED_BOARD } ), 0 );
+   EXPECT_THAT( out, HasSubstr( "12 objects, nothing wrong" ) );
+   folder.write( "objects.json", "[ {" );
+   folder.write( "topology.json", "{}" );
+   EXPECT_EQ( run( { "check", folder.path() } ), 3 );
+   EXPECT_THAT( err, HasSubstr( "objects.json:1:4: Missing a name for object member." ) );
+   EXPECT_THAT( err, HasSubstr( "topology.json: must be a list" ) );
+}
+
+TEST_F( ProgramTest, NoCommandLetsABadBoardReachThePlugin ) {
+   folder.write( "objects.json", "[ { \"type\": \"system\" } ]" );
+   folder.write( "topology.json", "[]" );
+   for ( const char *command : { "show", "watch", "serve" } )
+      EXPECT_EQ( run( { command, folder.path() } ), 3 ) << command;
+   EXPECT_EQ( folder.read( "calls" ), "" );
+}
+
+TEST_F( ProgramTest, ShowTellsEveryKindOfObjectInOneTable ) {
+   folder.write( "temp.temperature", "-3.5" );
+   folder.write( "fan.speed", "4200" );
+   folder.write( "slot.presence", "status 1 empty" );
+   folder.write( "qsfp.presence", "0" );
+   EXPECT_EQ( run( { "show", SCRIPTED_BOARD } ), 0 ) << err;
+   for ( const char *line :
+         { "NAME    TYPE         READING         VALUE     STATE        AGE    FAULT",
+           "temp    temp_sensor  temperature     -3.5 °C   ok           0.",
+           "psu     psu          input_current   1.0 A     ok           0.",
+           "psu     psu          output_power    -         unsupported  0.",
+           "fan     fan          speed           4200 rpm  ok           0.",
+           "slot    slot         presence        -         absent       0.",
+           "sfp     xcvr         presence        yes       ok           0.",
+           "sfp     xcvr         tx_fault        1         ok           0.",
+           "qsfp    xcvr         presence        -         absent       0.",
+           "gpio    gpio         bit             1         ok           0.",
+           "led     led          -               -         ok           0.",
+           "raw     smbus        -               -         ok           0.",
+           "system  system       reload_cause    -         unsupported  0." } )
+      EXPECT_THAT( out, HasSubstr( line ) );
+   EXPECT_THAT( err, HasSubstr( "12 of 12 objects\n" ) );
+}
+
+TEST_F( ProgramTest, ShowEndsWith1WhenSomethingIsUnreadableAndShowsTheRest ) {
+   folder.write( "temp.temperature", "status 6 execute: failure in response no acknowledge" );
+   folder.write( "fan.add", "assert" );
+   EXPECT_EQ( run( { "show", SCRIPTED_BOARD } ), 1 );
+   EXPECT_THAT( out, HasSubstr( "unreadable   0.0 s  status 6: no acknowledge" ) );
+   EXPECT_THAT( out, HasSubstr( "Assertion `chipAnswers' failed." ) );
+   EXPECT_THAT( out, HasSubstr( "gpio    gpio" ) );
+}
+
+TEST_F( ProgramTest, ShowPrintsJsonThatFitsTheSchema ) {
+   folder.write( "temp.temperature", "status 6 execute: failure in response \x01 \xff \"quoted\"" );
+   folder.write( "slot.presence", "status 1 x" );
+   EXPECT_EQ( run( { "show", SCRIPTED_BOARD, "--json" } ), 1 );
+   EXPECT_EQ( stateSchemaFault( out ), "" ) << out;
+   EXPECT_THAT( out, HasSubstr( R"("status":6,"fault":"  ? \"quoted\"")" ) );
+}
+
+TEST_F( ProgramTest, ShowTellsPlainlyWhenTheServerIsNotThereAndEnds ) {
+   folder.write( "init", "status 4 pl_slot_init: socket Setup failed!" );
+   EXPECT_EQ( run( { "show", SCRIPTED_BOARD } ), 1 );
+   EXPECT_THAT( out, HasSubstr( "status 4: can't reach the SMBus server yet" ) );
+}
+
+TEST_F( ProgramTest, ShowDrawsABarOnATerminalAndClearsItBeforeTheTable ) {
+   Program program( folder, { "show", SCRIPTED_BOARD }, Program::Output::Terminal );
+   const std::string screen = program.waitForScreen( "reload_cause" );
+   EXPECT_THAT( screen, HasSubstr( "[##############################] 12/12" ) );
+   EXPECT_THAT( screen, HasSubstr( "\r\x1b[KNAME" ) );
+   EXPECT_EQ( program.exitCode(), 0 );
+}
+
+TEST_F( ProgramTest, PrintsTracesUpToTheLevelThatWasAskedFor ) {
+   folder.write( "temp.temperature", "status 6 words of level three" );
+   run( { "show", SCRIPTED_BOARD, "-t", "0" } );
+   EXPECT_THAT( err, HasSubstr( "trace 0: adding temp" ) );
+   EXPECT_THAT( err, Not( HasSubstr( "words of level three" ) ) );
+   run( { "-t", "3", "show", SCRIPTED_BOARD } );
+   EXPECT_THAT( err, HasSubstr( "trace 3: words of level three" ) );
+}
+
+TEST_F( ProgramTest, EndsWith4WhenThePluginCanNotBeLoaded ) {
+   for ( const char *command : { "show", "watch", "serve" } ) {
+      EXPECT_EQ( run( { command, SCRIPTED_BOARD, "--plugin", "/nowhere.so" } ), 4 ) << command;
+      EXPECT_THAT( err, HasSubstr( "/nowhere.so: cannot open shared object file" ) );
+   }
+}
+
+TEST_F( ProgramTest, EndsWith2ForWrongUsageAndTellsItsHelpAndVersion ) {
+   EXPECT_EQ( run( {} ), 2 );
+   EXPECT_EQ( run( { "show", "/no/such/folder" } ), 2 );
+   EXPECT_EQ( run( { "show", SCRIPTED_BOARD, "-t", "8" } ), 2 );
+   EXPECT_EQ( run( { "watch", SCRIPTED_BOARD, "--period", "0" } ), 2 );
+   EXPECT_EQ( run( { "--help" } ), 0 );
+   EXPECT_THAT( out, HasSubstr( "write to the board" ) );
+   EXPECT_THAT( out, HasSubstr( "Exit codes: 0" ) );
+   EXPECT_THAT( out, Not( HasSubstr( "child" ) ) );
+   EXPECT_EQ( run( { "--version" } ), 0 );
+   EXPECT_THAT( out, HasSubstr( "orbis-host 0." ) );
+}
+
+TEST_F( ProgramTest, ServeStaysUntilItIsToldToEnd ) {
+   for ( const int number : { SIGTERM, SIGINT } ) {
+      Program program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
+      program.waitFor( "err.txt", "temp temperature: ok" );
+      program.signal( number );
+      EXPECT_EQ( program.exitCode(), 0 );
+      EXPECT_THAT( program.err(), HasSubstr( "ends on signal" ) );
+   }
+}
+
+TEST_F( ProgramTest, ServeTellsThatTheServerIsNotThereWhileItIsTriedFor ) {
+   folder.write( "init", "hang" );
+   Program program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
+   program.waitFor( "err.txt", "temp: unreadable: can't reach the SMBus server yet" );
+}
+
+TEST_F( ProgramTest, ServeLogsWhatFailsAndThatItIsBack ) {
+   Program program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
+   std::size_t at = program.waitFor( "err.txt", "temp temperature: ok" );
+   folder.write( "temp.temperature", "status 6 execute: failure in response nack" );
+   at = program.waitFor( "err.txt", "temp temperature: unreadable: status 6: nack", at );
+   folder.remove( "temp.temperature" );
+   program.waitFor( "err.txt", "temp temperature: ok", at );
+}
+
+} // namespace

@@ -1,0 +1,170 @@
+#include "session/Session.h"
+
+#include "support/TempFolder.h"
+
+#include <cstdlib>
+#include <gmock/gmock.h>
+
+namespace Host {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+
+// A real child, this program started anew, with the scripted plug-in and limits that are short.
+class SessionTest : public ::testing::Test {
+ protected:
+   SessionTest() {
+      ::setenv( "SCRIPT", folder.path().c_str(), 1 );
+      add( Kind::TempSensor, "a" );
+      add( Kind::TempSensor, "b" );
+   }
+   void add( Kind kind, const std::string &name ) {
+      board.objects.push_back( { .kind = kind,
+                                 .name = name,
+                                 .text = R"({ "driverArgs": { "script": ")" + name + "\" } }" } );
+   }
+
+   /// Runs until `enough` says so, which is asked whenever something changed.
+   void runUntil( const std::function<bool()> &enough ) {
+      loop.restart();
+      changed = [this, enough] {
+         if ( enough() )
+            loop.stop();
+      };
+      loop.run_for( 20s );
+      EXPECT_TRUE( enough() );
+   }
+   void start( Limits limits, const std::string &plugin = SCRIPTED_PLUGIN ) {
+      session.emplace( loop, board, plugin, limits,
+                       Session::Handlers{
+                          .changed = [this] { changed(); },
+                          .trace = [this]( const Trace &trace ) { traces.push_back( trace.text ); },
+                          .notice = [this]( const std::string &text ) { log += text + "\n"; } } );
+   }
+   void showOnce( Limits limits = {} ) {
+      limits.once = true;
+      start( limits );
+      runUntil( [this] { return session->supervisor().roundDone(); } );
+   }
+   BoardReport report() const { return session->supervisor().report( Clock::now() ); }
+   std::string calls() const { return folder.read( "calls" ); }
+
+   const TempFolder folder;
+   Board board{ .topology = "[]",
+                .objects = {},
+                .faultTraces = { "execute: failure in response " } };
+   boost::asio::io_context loop;
+   std::function<void()> changed = [] {};
+   std::vector<std::string> traces;
+   std::string log;
+   std::optional<Session> session;
+};
+
+TEST_F( SessionTest, ReadsTheValuesOfAllObjects ) {
+   folder.write( "a.temperature", "-3.5" );
+   showOnce();
+   EXPECT_EQ( report()[0].values.at( 0 ).reading.value, Scalar( -3.5 ) );
+   EXPECT_EQ( report()[1].values.at( 0 ).reading.value, Scalar( 1.0 ) );
+   EXPECT_EQ( calls(), "init\na.add\nb.add\na.temperature\nb.temperature\n" );
+   EXPECT_THAT( traces, ::testing::Contains( "adding b" ) );
+}
+
+TEST_F( SessionTest, GivesAnAssertionsTextToTheObjectAndReadsTheOthers ) {
+   folder.write( "a.add", "assert" );
+   showOnce();
+   EXPECT_THAT( report()[0].fault.words,
+                MatchesRegex( "tests/host/scripted/ScriptedPlugin.cpp:[0-9]+: .*act.*: "
+                              "Assertion `chipAnswers' failed\\." ) );
+   EXPECT_EQ( report()[1].values.at( 0 ).reading.state, State::Ok );
+   EXPECT_EQ( calls(), "init\na.add\ninit\nb.add\nb.temperature\n" );
+}
+
+TEST_F( SessionTest, GivesTheExitCodeOfAChildThatEndsItself ) {
+   folder.write( "b.temperature", "exit" );
+   showOnce();
+   EXPECT_EQ( report()[1].fault.words, "ended with exit code 3" );
+}
+
+TEST_F( SessionTest, GivesAnExceptionsTextAndKeepsTheChild ) {
+   folder.write( "a.add", "throw stoi" );
+   folder.write( "b.temperature", "throw out of range" );
+   showOnce();
+   EXPECT_THAT( report()[0].fault.words, HasSubstr( "stoi" ) );
+   EXPECT_EQ( report()[1].values.at( 0 ).reading.fault.words, "out of range" );
+   EXPECT_EQ( calls(), "init\na.add\nb.add\nb.temperature\n" );
+}
+
+TEST_F( SessionTest, TellsAnObjectThatWasNotMade ) {
+   folder.write( "a.add", "null" );
+   showOnce();
+   EXPECT_EQ( report()[0].fault.words, "pl_temp_sensor_add made no object: adding a" );
+}
+
+TEST_F( SessionTest, EndsAHangingOperationAndReadsTheOthers ) {
+   folder.write( "a.temperature", "hang" );
+   showOnce( { .step = 200ms } );
+   EXPECT_EQ( report()[0].fault.words, "temperature did not come back within 0.2 s" );
+   EXPECT_EQ( report()[1].values.at( 0 ).reading.state, State::Ok );
+}
+
+TEST_F( SessionTest, EndsInTimeWhenTheServerIsNotThere ) {
+   folder.write( "init", "hang" );
+   showOnce( { .init = 200ms } );
+   for ( const ObjectReport &object : report() )
+      EXPECT_EQ( object.fault.words,
+                 "can't reach the SMBus server yet: pl_temp_sensor_init did not "
+                 "come back within 0.2 s" );
+}
+
+TEST_F( SessionTest, ShowsAFaultInTheNextPeriodAndTheReadingOnceItIsBack ) {
+   start( { .period = 20ms } );
+   const auto state = [this] {
+      const BoardReport all = report();
+      return all[0].values.empty() ? State::Absent : all[0].values[0].reading.state;
+   };
+   runUntil( [&] { return state() == State::Ok; } );
+   folder.write( "a.temperature", "status 4 execute: failure in response gone" );
+   runUntil( [&] { return state() == State::Unreadable; } );
+   EXPECT_EQ( report()[0].values[0].reading.fault, ( Fault{ 4, "gone" } ) );
+   EXPECT_EQ( report()[1].values[0].reading.state, State::Ok );
+   folder.remove( "a.temperature" );
+   runUntil( [&] { return state() == State::Ok; } );
+   EXPECT_EQ( calls().find( "init", 4 ), std::string::npos ); // by the same child
+}
+
+TEST_F( SessionTest, BringsBackAnObjectWhoseChildDiedOnceItsChipAnswers ) {
+   folder.write( "a.temperature", "assert" );
+   start( { .period = 20ms } );
+   runUntil( [&] { return report()[0].fault.words.find( "Assertion" ) != std::string::npos; } );
+   folder.remove( "a.temperature" );
+   runUntil( [&] { return report()[0].state == State::Ok && !report()[0].values.empty(); } );
+}
+
+TEST_F( SessionTest, RunsThePluginsTimersBetweenCommands ) {
+   board.objects.clear();
+   add( Kind::Led, "led" );
+   start( { .period = 10ms } );
+   runUntil( [this] { return calls().find( "tick\ntick\n" ) != std::string::npos; } );
+}
+
+TEST_F( SessionTest, OutlivesATimerThatEndsTheChild ) {
+   board.objects.clear();
+   add( Kind::Led, "led" );
+   folder.write( "tick", "assert" );
+   start( { .period = 10ms } );
+   runUntil( [this] { return log.find( "Assertion `chipAnswers' failed" ) != std::string::npos; } );
+   folder.remove( "tick" );
+   runUntil( [this] { return calls().find( "tick\ntick\n" ) != std::string::npos; } );
+   EXPECT_EQ( report()[0].state, State::Ok );
+}
+
+TEST_F( SessionTest, SaysWhyAPluginCanNotBeLoaded ) {
+   start( {}, "/nowhere/libNothing.so" );
+   runUntil( [this] { return session->supervisor().loadFault().has_value(); } );
+   EXPECT_THAT( session->supervisor().loadFault()->words, HasSubstr( "/nowhere/libNothing.so" ) );
+}
+
+} // namespace
+} // namespace Host

@@ -1,0 +1,307 @@
+#include "session/Supervisor.h"
+
+#include <gmock/gmock.h>
+
+namespace Host {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::HasSubstr;
+
+// A board of two sensors and an LED, and a child that is played by hand.
+class SupervisorTest : public ::testing::Test {
+ protected:
+   static Board makeBoard() {
+      return { .folder = "b",
+               .topology = "[]",
+               .objects = { { .kind = Kind::TempSensor, .name = "a" },
+                            { .kind = Kind::TempSensor, .name = "b" },
+                            { .kind = Kind::Led, .name = "led" } },
+               .faultTraces = { "execute: failure in response ", "execute: " } };
+   }
+
+   /// The next command in short: "load", "init led", "add 0", "read 0"; "-" when there is none.
+   std::string next() {
+      const auto command = supervisor->next( now );
+      if ( !command )
+         return "-";
+      if ( const auto *init = std::get_if<InitCommand>( &*command ) )
+         return "init " + std::string( nameOf( init->kind ) );
+      if ( const auto *add = std::get_if<AddCommand>( &*command ) )
+         return "add " + std::to_string( add->object );
+      if ( const auto *read = std::get_if<ReadCommand>( &*command ) )
+         return "read " + std::to_string( read->object );
+      return "load";
+   }
+   void begin( const char *operation = "op" ) { hear( Begun{ operation } ); }
+   void hear( const Event &event ) { supervisor->heard( event, now ); }
+   void good() { hear( Done{} ); }
+
+   /// Lets commands go well until none is left; what they were.
+   std::vector<std::string> runAll( double celsius = 20 ) {
+      std::vector<std::string> commands;
+      for ( std::string command; ( command = next() ) != "-"; good() ) {
+         begin();
+         if ( command.starts_with( "read" ) && command != "read 2" )
+            hear( Reading{ .name = "temperature", .value = celsius } );
+         commands.push_back( command );
+      }
+      return commands;
+   }
+   /// Plays a child until `command` is in hand.
+   void runTo( const std::string &command ) {
+      for ( std::string current; ( current = next() ) != command; good() ) {
+         ASSERT_NE( current, "-" ) << command << " never came";
+         begin();
+      }
+      begin( command.c_str() );
+   }
+   void die( const std::string &cause = "Assertion `x' failed." ) {
+      supervisor->childDied( cause, now );
+      supervisor->childStarted();
+   }
+   ObjectReport object( std::size_t index ) const { return supervisor->report( now )[index]; }
+   Reading reading( std::size_t index ) const { return object( index ).values.at( 0 ).reading; }
+
+   void restart( const Limits &limits ) { supervisor.emplace( board, limits, now ); }
+
+   const Board board = makeBoard();
+   Time now = Time( 1h );
+   std::optional<Supervisor> supervisor{ std::in_place, board, Limits{}, now };
+};
+
+using Commands = std::vector<std::string>;
+
+TEST_F( SupervisorTest, InitialisesEveryKindOnceThenAddsInTheFilesOrderThenReads ) {
+   EXPECT_EQ( runAll(), ( Commands{ "load", "init temp_sensor", "init led", "add 0", "add 1",
+                                    "add 2", "read 0", "read 1", "read 2" } ) );
+   EXPECT_TRUE( supervisor->roundDone() );
+}
+
+TEST_F( SupervisorTest, ReadsAgainAfterAPeriodAndNotBefore ) {
+   runAll();
+   now += 999ms;
+   EXPECT_EQ( next(), "-" );
+   now += 1ms;
+   EXPECT_EQ( runAll(), ( Commands{ "read 0", "read 1", "read 2" } ) );
+}
+
+TEST_F( SupervisorTest, HasOneCommandInHandAtATime ) {
+   EXPECT_EQ( next(), "load" );
+   EXPECT_EQ( next(), "-" );
+}
+
+TEST_F( SupervisorTest, BlamesTheObjectInHandForADeathAndBringsUpTheOthers ) {
+   runTo( "add 1" );
+   die( "LM75.cpp:9: f(): Assertion `ok' failed." );
+   EXPECT_EQ( object( 1 ).state, State::Unreadable );
+   EXPECT_EQ( object( 1 ).fault.words, "LM75.cpp:9: f(): Assertion `ok' failed." );
+   EXPECT_TRUE( supervisor->wantsChild( now ) );
+   EXPECT_EQ( runAll(), ( Commands{ "load", "init temp_sensor", "init led", "add 0", "add 2",
+                                    "read 0", "read 2" } ) );
+}
+
+TEST_F( SupervisorTest, TriesAgainAfterOneSecondThenTwiceAsLongUpToAMinute ) {
+   runTo( "add 1" );
+   for ( const auto wait : { 1s, 2s, 4s, 8s, 16s, 32s, 60s, 60s } ) {
+      die();
+      const Time death = now;
+      EXPECT_EQ( runAll().size(), 7u ); // all but the one
+      now = death + wait - 1ms;
+      for ( const std::string &command : runAll() )
+         EXPECT_NE( command, "add 1" );
+      now = death + wait;
+      runTo( "add 1" );
+   }
+}
+
+TEST_F( SupervisorTest, StartsTheBackOffAnewOnceAReadingSucceededNotAnAdding ) {
+   runTo( "read 1" );
+   die();
+   now += 1s;
+   runTo( "read 1" ); // was added again
+   die();
+   now += 1s;
+   for ( const std::string &command : runAll() )
+      EXPECT_NE( command, "add 1" );
+   now += 1s;
+   runAll(); // and now it was read
+   now += 1s;
+   runTo( "read 1" );
+   die();
+   now += 1s;
+   runTo( "add 1" );
+}
+
+TEST_F( SupervisorTest, KeepsTheValuesOfTheOthersThroughADeath ) {
+   runAll( 24.5 );
+   now += 1s;
+   runTo( "read 1" );
+   die();
+   EXPECT_EQ( reading( 0 ).value, Scalar( 24.5 ) );
+   EXPECT_EQ( reading( 0 ).state, State::Ok );
+   EXPECT_EQ( reading( 1 ).state, State::Unreadable );
+   EXPECT_EQ( reading( 1 ).value, Scalar() );
+}
+
+TEST_F( SupervisorTest, CallsAValueStaleAfterThreePeriodsWithoutAReading ) {
+   runAll( 24.5 );
+   now += 3s;
+   EXPECT_EQ( reading( 0 ).state, State::Ok );
+   now += 1ms;
+   EXPECT_EQ( reading( 0 ).state, State::Stale );
+   EXPECT_EQ( reading( 0 ).value, Scalar( 24.5 ) );
+   EXPECT_NEAR( object( 0 ).values[0].age, 3.001, 1e-6 );
+   runAll( 25 );
+   EXPECT_EQ( reading( 0 ).state, State::Ok );
+}
+
+TEST_F( SupervisorTest, GivesAFailedReadingTheServersWords ) {
+   runTo( "read 0" );
+   hear( Trace{ 3, "execute: failure in response request 1 (0x48): no acknowledge" } );
+   hear( Reading{ .name = "temperature", .state = State::Unreadable, .fault = { .status = 6 } } );
+   good();
+   EXPECT_EQ( reading( 0 ).fault, ( Fault{ 6, "request 1 (0x48): no acknowledge" } ) );
+   EXPECT_EQ( object( 0 ).state, State::Ok ); // it stands
+}
+
+TEST_F( SupervisorTest, NeverTurnsAFailedReadIntoAbsent ) {
+   runTo( "read 0" );
+   hear( Reading{ .name = "first", .state = State::Absent, .fault = { .status = 1 } } );
+   begin();
+   hear( Trace{ 3, "execute: failure in response stuck bus" } );
+   hear( Reading{ .name = "second", .state = State::Absent, .fault = { .status = 1 } } );
+   good();
+   EXPECT_EQ( object( 0 ).values[0].reading.state, State::Absent );
+   EXPECT_EQ( object( 0 ).values[1].reading.state, State::Unreadable );
+   EXPECT_EQ( object( 0 ).values[1].reading.fault, ( Fault{ 1, "stuck bus" } ) );
+}
+
+TEST_F( SupervisorTest, TriesAnObjectThatWasNotMadeAgainInTheSameChild ) {
+   runTo( "add 0" );
+   hear( Trace{ 0, "driver X not found" } );
+   hear( Done{ Fault{ {}, "made no object" } } );
+   EXPECT_EQ( object( 0 ).fault.words, "made no object: driver X not found" );
+   EXPECT_EQ( runAll(), ( Commands{ "add 1", "add 2", "read 1", "read 2" } ) );
+   now += 1s;
+   EXPECT_EQ( runAll(), ( Commands{ "add 0", "read 0", "read 1", "read 2" } ) );
+   EXPECT_EQ( object( 0 ).state, State::Ok );
+}
+
+TEST_F( SupervisorTest, SaysSoonThatTheServerCanNotBeReachedYet ) {
+   runTo( "init temp_sensor" );
+   now += 499ms;
+   supervisor->tick( now );
+   EXPECT_EQ( object( 2 ).fault.words, "not brought up yet" );
+   now += 1ms;
+   supervisor->tick( now );
+   for ( std::size_t i = 0; i < 3; ++i ) {
+      EXPECT_EQ( object( i ).state, State::Unreadable );
+      EXPECT_THAT( object( i ).fault.words, HasSubstr( "can't reach the SMBus server yet" ) );
+   }
+   good();
+   runAll();
+   EXPECT_FALSE( hasUnreadable( supervisor->report( now ) ) );
+}
+
+TEST_F( SupervisorTest, TriesToReachTheServerAgainWhenAnInitFails ) {
+   runTo( "init temp_sensor" );
+   hear( Done{ Fault{ .status = 4 } } );
+   EXPECT_EQ( object( 2 ).fault, ( Fault{ 4, "can't reach the SMBus server yet" } ) );
+   EXPECT_EQ( next(), "-" );
+   now += 1s;
+   EXPECT_EQ( runAll().front(), "init temp_sensor" );
+}
+
+TEST_F( SupervisorTest, DoesNotHideOneKindsMissingFunctionsBehindAnother ) {
+   runTo( "init temp_sensor" );
+   hear( Done{ Fault{ {}, "the plug-in has no pl_temp_sensor_init" } } );
+   EXPECT_EQ( runAll(), ( Commands{ "init led", "add 2", "read 2" } ) );
+   EXPECT_EQ( object( 0 ).fault.words, "the plug-in has no pl_temp_sensor_init" );
+}
+
+TEST_F( SupervisorTest, GivesUpAnOperationThatDoesNotComeBack ) {
+   runTo( "read 0" );
+   now += 12s - 1ms;
+   EXPECT_FALSE( supervisor->overdue( now ) );
+   now += 1ms;
+   EXPECT_EQ( supervisor->overdue( now ), "read 0 did not come back within 12 s" );
+   die( *supervisor->overdue( now ) );
+   EXPECT_EQ( object( 0 ).fault.words, "read 0 did not come back within 12 s" );
+   EXPECT_EQ( supervisor->overdue( now + 1h ), std::nullopt );
+}
+
+TEST_F( SupervisorTest, LetsAnInitTryForLongerThanAnOperation ) {
+   runTo( "init temp_sensor" );
+   EXPECT_FALSE( supervisor->overdue( now + 39s ) );
+   EXPECT_THAT( supervisor->overdue( now + 40s ).value_or( "" ),
+                HasSubstr( "can't reach the SMBus server yet: init temp_sensor did not" ) );
+}
+
+TEST_F( SupervisorTest, WaitsBeforeAChildThatDiesWithNothingInHand ) {
+   runAll();
+   supervisor->childDied( "ended by signal 6", now );
+   EXPECT_FALSE( supervisor->wantsChild( now + 999ms ) );
+   EXPECT_TRUE( supervisor->wantsChild( now + 1s ) );
+   supervisor->childDied( "ended by signal 6", now );
+   EXPECT_FALSE( supervisor->wantsChild( now + 1s ) );
+   EXPECT_TRUE( supervisor->wantsChild( now + 2s ) );
+}
+
+TEST_F( SupervisorTest, BlamesNobodyForADeathBeforeTheCommandBegan ) {
+   runAll();
+   now += 1s;
+   EXPECT_EQ( next(), "read 0" ); // sent, and then a timer of the plug-in ended the child
+   supervisor->childDied( "Assertion", now );
+   EXPECT_EQ( object( 0 ).state, State::Ok );
+}
+
+TEST_F( SupervisorTest, ReadsEverythingJustOnceWhenToldSo ) {
+   restart( { .once = true } );
+   runTo( "add 0" );
+   die();
+   EXPECT_EQ( runAll().size(), 7u );
+   EXPECT_TRUE( supervisor->roundDone() );
+   EXPECT_EQ( supervisor->settled(), 3u );
+   now += 1h;
+   EXPECT_EQ( next(), "-" );
+   EXPECT_EQ( reading( 1 ).state, State::Ok ); // nothing goes stale in what is shown once
+}
+
+TEST_F( SupervisorTest, DoesNotBringUpAgainWhatWasReadAlreadyWhenReadingOnce ) {
+   restart( { .once = true } );
+   runTo( "read 1" );
+   die();
+   EXPECT_EQ( runAll(), ( Commands{ "load", "init temp_sensor", "init led", "add 2", "read 2" } ) );
+   EXPECT_TRUE( supervisor->roundDone() );
+}
+
+TEST_F( SupervisorTest, EndsReadingOnceWhenTheServerIsGoneAfterADeath ) {
+   restart( { .once = true } );
+   runTo( "read 0" );
+   die();
+   runTo( "init temp_sensor" );
+   hear( Done{ Fault{ .status = 4 } } );
+   EXPECT_TRUE( supervisor->roundDone() );
+   EXPECT_EQ( object( 1 ).state, State::Unreadable );
+}
+
+TEST_F( SupervisorTest, EndsAtAPluginThatCanNotBeLoaded ) {
+   EXPECT_EQ( next(), "load" );
+   begin( "load" );
+   hear( Done{ Fault{ {}, "no such file" } } );
+   EXPECT_EQ( supervisor->loadFault()->words, "no such file" );
+   EXPECT_EQ( next(), "-" );
+}
+
+TEST_F( SupervisorTest, WakesForTheNextThingThatIsDue ) {
+   EXPECT_EQ( next(), "load" );
+   begin();
+   EXPECT_EQ( supervisor->wakeAt( now ), now + 500ms ); // to tell that it waits
+   good();
+   runAll();
+   EXPECT_EQ( supervisor->wakeAt( now + 400ms ), now + 1s );
+}
+
+} // namespace
+} // namespace Host

@@ -1,0 +1,113 @@
+#include "support/Program.h"
+
+#include <chrono>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <termios.h>
+#include <thread>
+
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class WatchTest : public ::testing::Test {
+ protected:
+   const TempFolder folder;
+   const std::vector<std::string> command{ "watch", SCRIPTED_BOARD, "--period", "0.1" };
+};
+
+// The end of a process that isn't this one's child shows in /proc alone.
+bool endsSoon( pid_t process ) {
+   for ( int i = 0; i < 1000; ++i ) {
+      if ( ::kill( process, 0 ) != 0 )
+         return true;
+      std::this_thread::sleep_for( std::chrono::milliseconds( 5 ) );
+   }
+   return false;
+}
+
+TEST_F( WatchTest, AppendsTablesWhereThereIsNoTerminal ) {
+   Program program( folder, command );
+   const std::size_t at =
+      program.waitFor( "out.txt", "temp    temp_sensor  temperature     1.0 °C" );
+   folder.write( "temp.temperature", "-3.5" );
+   program.waitFor( "out.txt", "temp    temp_sensor  temperature     -3.5 °C", at );
+   program.signal( SIGINT );
+   EXPECT_EQ( program.exitCode(), 0 );
+   EXPECT_THAT( program.out(), Not( HasSubstr( "\x1b" ) ) );
+}
+
+TEST_F( WatchTest, ShowsOneTableForEveryRoundOfReadings ) {
+   Program program( folder, command );
+   std::size_t at = 0;
+   for ( int i = 0; i < 5; ++i )
+      at = program.waitFor( "out.txt", "NAME", at );
+   const std::string calls = folder.read( "calls" );
+   std::size_t rounds = 0;
+   for ( std::size_t i = 0; ( i = calls.find( "temp.temperature", i ) ) != std::string::npos; ++i )
+      ++rounds;
+   EXPECT_GE( rounds, 4u ); // the first table may have come before all was brought up
+}
+
+TEST_F( WatchTest, ShowsAFaultAndThenTheReadingAgain ) {
+   Program program( folder, command );
+   std::size_t at = program.waitFor( "out.txt", "1.0 °C" );
+   folder.write( "temp.temperature", "status 4 execute: error. 111, Connection refused" );
+   at = program.waitFor( "out.txt", "status 4: 111, Connection refused", at );
+   folder.remove( "temp.temperature" );
+   program.waitFor( "out.txt", "1.0 °C", at );
+}
+
+TEST_F( WatchTest, ShowsTheServerMissingWhileItIsTriedFor ) {
+   folder.write( "init", "hang" );
+   Program program( folder, command );
+   program.waitFor( "out.txt", "can't reach the SMBus server yet: pl_temp_sensor_init is trying" );
+}
+
+TEST_F( WatchTest, RedrawsInPlaceAndLeavesTheTerminalAsItWas ) {
+   Program program( folder, command, Program::Output::Terminal );
+   const std::string screen = program.waitForScreen( "1.0 °C" );
+   EXPECT_THAT( screen, HasSubstr( "\x1b[?1049h" ) );
+   termios during{}, after{};
+   ::tcgetattr( program.terminal(), &during );
+   EXPECT_EQ( during.c_lflag & ( ICANON | ECHO ), 0u );
+   folder.write( "temp.temperature", "-3.5" );
+   EXPECT_THAT( program.waitForScreen( "-3.5 °C" ), HasSubstr( "\x1b[H" ) );
+   program.type( "xq" );
+   program.waitForScreen( "\x1b[?25h\x1b[?1049l" );
+   ::tcgetattr( program.terminal(), &after );
+   EXPECT_EQ( program.exitCode(), 0 );
+   EXPECT_EQ( after.c_lflag & ( ICANON | ECHO ), unsigned( ICANON | ECHO ) );
+}
+
+TEST_F( WatchTest, EndsAtCtrlCOnATerminal ) {
+   Program program( folder, command, Program::Output::Terminal );
+   program.waitForScreen( "1.0 °C" );
+   program.type( "\x03" );
+   program.waitForScreen( "\x1b[?1049l" );
+   EXPECT_EQ( program.exitCode(), 0 );
+}
+
+TEST_F( WatchTest, TheChildEndsWithAParentThatIsKilledEvenFromInsideACall ) {
+   folder.write( "fan.speed", "hang" );
+   Program program( folder, command );
+   program.waitFor( "calls", "fan.speed\n" );
+   const pid_t child = program.child();
+   ASSERT_GT( child, 0 );
+   program.signal( SIGKILL );
+   program.exitCode();
+   EXPECT_TRUE( endsSoon( child ) );
+}
+
+TEST_F( WatchTest, LeavesNoChildBehindWhenItEndsWhileACallHangs ) {
+   folder.write( "fan.speed", "hang" );
+   Program program( folder, command );
+   program.waitFor( "calls", "fan.speed\n" );
+   const pid_t child = program.child();
+   program.signal( SIGTERM );
+   EXPECT_EQ( program.exitCode(), 0 );
+   EXPECT_TRUE( endsSoon( child ) );
+}
+
+} // namespace

@@ -1,0 +1,196 @@
+// A plug-in that does what a test wrote down. The environment variable SCRIPT names a folder; the
+// file NAME.WHAT in it says what happens when WHAT is asked of the object whose driver argument
+// "script" is NAME: "add", or the name of an operation. "init" stands for the init functions. A
+// script is one line:
+//    24.5              all is well, and that is the value
+//    status 6 TEXT     TEXT is traced at level 3, and the status returned
+//    null | hang | assert | throw TEXT | exit
+// Without a file all is well, and the value is 1. Every call is noted in the file SCRIPT/calls.
+#include <cassert>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <pl.h>
+#include <rapidjson/document.h>
+#include <rapidjson/pointer.h>
+#include <stdexcept>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+struct Outcome {
+   int status = PL_STATUS_OK;
+   double value = 1;
+   bool null = false;
+};
+
+std::string folder() { return std::getenv( "SCRIPT" ); }
+
+Outcome act( const std::string &what ) {
+   std::ofstream( folder() + "/calls", std::ios::app ) << what << '\n';
+   std::ifstream file( folder() + "/" + what );
+   std::string verb, text;
+   if ( !( file >> verb ) )
+      return {};
+   const bool chipAnswers = verb != "assert";
+   assert( chipAnswers );
+   if ( verb == "hang" )
+      while ( true )
+         ::pause();
+   if ( verb == "exit" )
+      std::_Exit( 3 );
+   if ( verb == "null" )
+      return { .null = true };
+   int status = 0;
+   if ( verb == "status" )
+      file >> status;
+   std::getline( file >> std::ws, text );
+   if ( verb == "throw" )
+      throw std::runtime_error( text );
+   if ( verb != "status" )
+      return { .value = std::stod( verb ) };
+   pl_trace( 3, "%s", text.c_str() );
+   return { .status = status };
+}
+
+struct Object {
+   std::string name;
+};
+
+template <class Record>
+const std::string &nameOf( Record *record ) {
+   return static_cast<Object *>( record->priv )->name;
+}
+
+template <class Record, class Output>
+pl_status get( Record *record, const char *what, Output *output ) {
+   const Outcome outcome = act( nameOf( record ) + "." + what );
+   if ( outcome.status == PL_STATUS_OK )
+      *output = static_cast<Output>( outcome.value );
+   return static_cast<pl_status>( outcome.status );
+}
+
+pl_status slotPresence( pl_slot *slot, char **description ) {
+   int present = 0;
+   const pl_status status = get( slot, "presence", &present );
+   if ( status == PL_STATUS_OK )
+      *description = ::strdup( "module 7" );
+   return status;
+}
+
+int cagePresence( pl_xcvr *cage ) {
+   int present = 0;
+   get( cage, "presence", &present );
+   return present;
+}
+
+template <auto Name, class Record, class Output>
+pl_status getter( Record *record, Output *output ) {
+   return get( record, Name, output );
+}
+
+constexpr char temperature[] = "temperature", speed[] = "speed", bit[] = "bit",
+               txFault[] = "tx_fault", reset[] = "reset", powerOk[] = "power_ok",
+               current[] = "input_current", voltage[] = "output_voltage";
+
+const pl_slot_ops slotOps{ sizeof slotOps, slotPresence };
+const pl_led_ops ledOps{ sizeof ledOps, nullptr };
+const pl_temp_sensor_ops sensorOps{ sizeof sensorOps, nullptr, getter<temperature> };
+const pl_fan_ops fanOps{ sizeof fanOps, nullptr, getter<speed>, nullptr };
+const pl_gpio_ops gpioOps{ sizeof gpioOps, nullptr, nullptr, getter<bit> };
+const pl_psu_ops psuOps{ .size = sizeof psuOps,
+                         .get_power_ok = getter<powerOk>,
+                         .get_input_current = getter<current>,
+                         .get_output_current = nullptr,
+                         .get_input_voltage = nullptr,
+                         .get_output_voltage = getter<voltage>,
+                         .get_input_power = nullptr,
+                         .get_output_power = nullptr };
+const pl_smbus_ops smbusOps{}; // a proxy is only made, never asked
+
+pl_xcvr_ops cageOps( bool qsfp ) {
+   pl_xcvr_ops ops{};
+   ops.size = sizeof ops;
+   ops.kind = qsfp ? PL_XCVR_QSFP : PL_XCVR_SFP;
+   if ( qsfp ) {
+      ops.qsfp.size = sizeof ops.qsfp;
+      ops.qsfp.get_presence = cagePresence;
+      ops.qsfp.get_reset = getter<reset>;
+   } else {
+      ops.sfp.size = sizeof ops.sfp;
+      ops.sfp.get_presence = cagePresence;
+      ops.sfp.get_tx_fault = getter<txFault>;
+   }
+   return ops;
+}
+
+std::string argument( const rapidjson::Document &json, const char *name ) {
+   const rapidjson::Value *value =
+      rapidjson::Pointer( ( std::string( "/driverArgs/" ) + name ).c_str() ).Get( json );
+   return value ? value->GetString() : "";
+}
+
+// The record lives to the end of the process, as those of a plug-in do.
+template <class Record, class Ops>
+Record *add( const char *text, const Ops *ops ) {
+   rapidjson::Document json;
+   json.Parse( text );
+   pl_trace( 0, "adding %s", argument( json, "script" ).c_str() );
+   if ( act( argument( json, "script" ) + ".add" ).null )
+      return nullptr;
+   auto *object = new Object{ argument( json, "script" ) };
+   return new Record{ nullptr, ops, object };
+}
+
+pl_status init() { return static_cast<pl_status>( act( "init" ).status ); }
+
+pl_status reloadCause( pl_system *, char ( * )[100], long *, char ( * )[500] ) {
+   return PL_STATUS_NOT_PROVIDED;
+}
+
+void tick( void *timer ) {
+   act( "tick" );
+   pl_timer_set( *static_cast<pl_timer_handle *>( timer ), 20 );
+}
+
+} // namespace
+
+extern "C" {
+
+pl_status pl_slot_init( const char * ) { return init(); }
+// Also starts a timer that ticks from then on.
+pl_status pl_led_init( const char * ) {
+   static pl_timer_handle timer = pl_timer_add( tick, &timer );
+   pl_timer_set( timer, 20 );
+   return init();
+}
+pl_status pl_temp_sensor_init( const char * ) { return init(); }
+pl_status pl_fan_init( const char * ) { return init(); }
+pl_status pl_xcvr_init( const char * ) { return init(); }
+pl_status pl_psu_init( const char * ) { return init(); }
+pl_status pl_gpio_init( const char * ) { return init(); }
+pl_status pl_smbus_init( const char * ) { return init(); }
+pl_status pl_system_init( const char * ) { return init(); }
+
+pl_slot *pl_slot_add( const char *json ) { return add<pl_slot>( json, &slotOps ); }
+pl_led *pl_led_add( const char *json ) { return add<pl_led>( json, &ledOps ); }
+pl_temp_sensor *pl_temp_sensor_add( const char *json, float, float ) {
+   return add<pl_temp_sensor>( json, &sensorOps );
+}
+pl_fan *pl_fan_add( const char *json ) { return add<pl_fan>( json, &fanOps ); }
+pl_psu *pl_psu_add( const char *json ) { return add<pl_psu>( json, &psuOps ); }
+pl_gpio *pl_gpio_add( const char *json ) { return add<pl_gpio>( json, &gpioOps ); }
+pl_xcvr *pl_xcvr_add( const char *json ) {
+   static const pl_xcvr_ops sfp = cageOps( false ), qsfp = cageOps( true );
+   return add<pl_xcvr>( json, std::strstr( json, "qsfp" ) ? &qsfp : &sfp );
+}
+pl_smbus *pl_smbus_add( const char *, uint8_t ) {
+   static Object object{ "smbus" };
+   return new pl_smbus{ nullptr, &smbusOps, &object };
+}
+pl_system *pl_system_add( const char * ) {
+   static const pl_system_ops ops{ sizeof ops, nullptr, nullptr, reloadCause };
+   return new pl_system{ nullptr, &ops };
+}
+}

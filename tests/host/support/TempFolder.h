@@ -1,0 +1,24 @@
+#ifndef ORBIS_TESTS_HOST_TEMPFOLDER_H
+#define ORBIS_TESTS_HOST_TEMPFOLDER_H
+
+#include <filesystem>
+#include <string>
+
+/// A folder of a test's own, gone with it.
+class TempFolder {
+ public:
+   TempFolder();
+   ~TempFolder();
+   TempFolder( const TempFolder & ) = delete;
+   TempFolder &operator=( const TempFolder & ) = delete;
+
+   const std::filesystem::path &path() const { return path_; }
+   void write( const std::string &name, const std::string &text ) const;
+   void remove( const std::string &name ) const;
+   std::string read( const std::string &name ) const;
+
+ private:
+   std::filesystem::path path_;
+};
+
+#endif
