@@ -1,5 +1,7 @@
 #include "PLSocketFixture.h"
 
+#include <gmock/gmock.h>
+
 #include <sys/socket.h>
 #include <sys/un.h>
 
