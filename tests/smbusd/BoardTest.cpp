@@ -62,8 +62,8 @@ TEST_F( BoardTest, ServesTheKeltBoardWithItsOwnValues ) {
          ->transfer( { .kind = Kind::Write, .address = mux, .offset = byte } );
    };
    ASSERT_EQ( busses.size(), 3u );
-   EXPECT_EQ( reading( "scd(4):1:3", 0x4A ), "\xFC\x80" );              // -3.5
-   EXPECT_EQ( reading( "i2c:0", 0x48 ), std::string( "\x2F\x00", 2 ) ); // 47.0
+   EXPECT_EQ( reading( "scd(4):1:3", 0x4A ), std::string( "\xFD\x00", 2 ) ); // -3.0
+   EXPECT_EQ( reading( "i2c:0", 0x48 ), std::string( "\x2F\x00", 2 ) );      // 47.0
    select( 0x70, 1 );
    EXPECT_EQ( reading( "scd(4):1:2", 0x48 ), "\x18\x80" ); // 24.5
    select( 0x70, 2 );
