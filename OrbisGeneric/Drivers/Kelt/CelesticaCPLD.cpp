@@ -1,6 +1,8 @@
 #include "OrbisGeneric/Drivers/Kelt/CelesticaCPLD.h"
 
 #include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/Kelt/CelesticaLed.h"
+#include "OrbisGeneric/Drivers/Kelt/CelesticaXcvr.h"
 #include "OrbisGeneric/Ham/Ham.h"
 
 #include <cassert>
@@ -76,10 +78,6 @@ Component::LogicalDevice::QsfpXcvr *KeltSCPLD::newQsfpXcvr( XcvrId id, const Dri
    const auto port = static_cast<uint8_t>( id - 1 );
    return new QsfpXcvr( { port, 0, port, this } );
 }
-
-// The host knows a port by its number from 1 on.
-CelXcvrCPLD::SfpXcvr::SfpXcvr( const CelXcvr &port ) : CelXcvr( port ) { xcvrId_ = port_ + 1u; }
-CelXcvrCPLD::QsfpXcvr::QsfpXcvr( const CelXcvr &port ) : CelXcvr( port ) { xcvrId_ = port_ + 1u; }
 
 void CelXcvrCPLD::init() {
    PL_TRACE( 0, "CelXcvrCPLD::init()" );
@@ -164,88 +162,6 @@ pl_status CelXcvrCPLD::setRegisterBit( uint16_t reg, uint8_t bit, int value, boo
    return PL_STATUS_OK;
 }
 
-pl_status CelXcvrCPLD::activeLow( pl_status status, int *value ) {
-   if ( status == PL_STATUS_OK )
-      *value = !*value;
-   return status;
-}
-
-uint16_t CelXcvrCPLD::registerOf( MapIndex map, unsigned signal, const CelXcvr &xcvr ) const {
-   return CelesticaCPLDMap::registerOf( *registerMaps_.at( map ), signal, xcvr.registerIndex_ );
-}
-
-// Ports are read from the cache and written on top of it.
-pl_status CelXcvrCPLD::getSignal( MapIndex map, unsigned signal, const CelXcvr &xcvr, int *value ) {
-   return getRegisterBit( registerOf( map, signal, xcvr ), xcvr.bitpos_, value, false );
-}
-
-pl_status CelXcvrCPLD::setSignal( MapIndex map, unsigned signal, const CelXcvr &xcvr, int value ) {
-   return setRegisterBit( registerOf( map, signal, xcvr ), xcvr.bitpos_, value, false );
-}
-
-int CelXcvrCPLD::getQsfpPresence( QsfpXcvr *xcvr ) {
-   int present = 0;
-   getSignal( QsfpMap, QsfpPresence, *xcvr, &present );
-   return present;
-}
-
-pl_status CelXcvrCPLD::getQsfpModSel( QsfpXcvr *xcvr, int * ) {
-   PL_TRACE( 5, "%s(): id=%hhu", __func__, xcvr->port_ );
-   return PL_STATUS_OK;
-}
-
-pl_status CelXcvrCPLD::setQsfpModSel( QsfpXcvr *xcvr, int ) {
-   PL_TRACE( 5, "%s(): id=%hhu", __func__, xcvr->port_ );
-   return PL_STATUS_OK;
-}
-
-pl_status CelXcvrCPLD::getQsfpLpMode( QsfpXcvr *xcvr, int *value ) {
-   PL_TRACE( 5, "%s(): id=%hhu", __func__, xcvr->port_ );
-   return getSignal( QsfpMap, QsfpLpMode, *xcvr, value );
-}
-
-pl_status CelXcvrCPLD::setQsfpLpMode( QsfpXcvr *xcvr, int value ) {
-   PL_TRACE( 5, "%s(): id=%hhu", __func__, xcvr->port_ );
-   return setSignal( QsfpMap, QsfpLpMode, *xcvr, value );
-}
-
-pl_status CelXcvrCPLD::getQsfpReset( QsfpXcvr *xcvr, int *value ) {
-   PL_TRACE( 5, "%s(): id=%hhu", __func__, xcvr->port_ );
-   return activeLow( getSignal( QsfpMap, QsfpReset, *xcvr, value ), value );
-}
-
-pl_status CelXcvrCPLD::setQsfpReset( QsfpXcvr *xcvr, int value ) {
-   PL_TRACE( 5, "%s(): id=%hhu", __func__, xcvr->port_ );
-   return setSignal( QsfpMap, QsfpReset, *xcvr, !value );
-}
-
-pl_status CelXcvrCPLD::getQsfpInterrupt( QsfpXcvr *xcvr, int *value ) {
-   PL_TRACE( 5, "%s(): id=%hhu", __func__, xcvr->port_ );
-   return activeLow( getSignal( QsfpMap, QsfpInterrupt, *xcvr, value ), value );
-}
-
-int CelXcvrCPLD::getSfpPresence( SfpXcvr *xcvr ) {
-   int present = 0;
-   getSignal( SfpMap, SfpPresence, *xcvr, &present );
-   return present;
-}
-
-pl_status CelXcvrCPLD::getSfpRxLos( SfpXcvr *xcvr, int *value ) {
-   return getSignal( SfpMap, SfpRxLos, *xcvr, value );
-}
-
-pl_status CelXcvrCPLD::getSfpTxDisable( SfpXcvr *xcvr, int *value ) {
-   return getSignal( SfpMap, SfpTxDisable, *xcvr, value );
-}
-
-pl_status CelXcvrCPLD::setSfpTxDisable( SfpXcvr *xcvr, int value ) {
-   return setSignal( SfpMap, SfpTxDisable, *xcvr, value );
-}
-
-pl_status CelXcvrCPLD::getSfpTxFault( SfpXcvr *xcvr, int *value ) {
-   return getSignal( SfpMap, SfpTxFault, *xcvr, value );
-}
-
 Component::LogicalDevice::Led *CelXcvrCPLD::newLed( const DriverArgs &args ) {
    assert( args.driverArgs.find( "id" ) != args.driverArgs.end() );
    const int ledId = std::stoi( args.driverArgs.at( "id" ) );
@@ -262,88 +178,6 @@ Component::LogicalDevice::Led *CelXcvrCPLD::newLed( const DriverArgs &args ) {
    if ( it->second == "status" )
       return new SystemLed( this, index );
    return new PsuLed( this, index );
-}
-
-pl_status CelXcvrCPLD::Led::readLeds( uint8_t *leds ) {
-   const pl_status status = cpld_->ham_->read8( ledRegister, leds );
-   if ( status != PL_STATUS_OK )
-      PL_TRACE( 0, "Error reading CPLD led register" );
-   return status;
-}
-
-bool CelXcvrCPLD::Led::handleBlinkTimer( bool on ) {
-   uint8_t leds = 0;
-   if ( readLeds( &leds ) != PL_STATUS_OK )
-      return false;
-   leds &= static_cast<uint8_t>( ~psuLedMask( id_ ) );
-   if ( !on )
-      leds |= psuLedMask( id_ );
-   cpld_->ham_->prepare();
-   return cpld_->ham_->write8( ledRegister, leds, false ) == PL_STATUS_OK;
-}
-
-pl_status CelXcvrCPLD::SystemLed::setLightSetting( pl_led_status status ) {
-   PL_TRACE( 6, "setting CPLD System Led %hhu to %s", id_, getLedStatusString( status ) );
-   uint8_t leds = 0;
-   if ( pl_status failure = readLeds( &leds ) )
-      return failure;
-   leds &= static_cast<uint8_t>( ~systemLedMask );
-   switch ( status ) {
-   case PL_LED_OFF:
-   case PL_LED_BAD:
-   case PL_LED_UNKNOWN:
-      leds |= systemLedOff;
-      break;
-   case PL_LED_GOOD:
-      leds |= systemLedGood;
-      break;
-   case PL_LED_BEACON:
-      leds |= systemLedBeacon;
-      break;
-   default:
-      PL_TRACE( 0, "led %hhu was given an unexpected setting %d", id_, status );
-      return PL_STATUS_UNSUPPORTED;
-   }
-   const pl_status written = cpld_->ham_->write8( ledRegister, leds, false );
-   if ( written != PL_STATUS_OK )
-      PL_TRACE( 6, "Setting status for KeltCPLD System LED-%hhu failed.", id_ );
-   return written;
-}
-
-pl_status CelXcvrCPLD::PsuLed::setLightSetting( pl_led_status status ) {
-   assert( 0 <= id_ && id_ <= 1 );
-   PL_TRACE( 6, "setting CPLD PSU Led %hhu to %s", id_, getLedStatusString( status ) );
-   if ( status != PL_LED_BEACON && blinking_ ) {
-      notifyList_.remove( this );
-      blinking_ = false;
-   }
-   uint8_t leds = 0;
-   if ( pl_status failure = readLeds( &leds ) )
-      return failure;
-   const auto lit = static_cast<uint8_t>( leds & ~psuLedMask( id_ ) );
-   const auto dark = static_cast<uint8_t>( lit | psuLedMask( id_ ) );
-   switch ( status ) {
-   case PL_LED_GOOD:
-      leds = lit;
-      break;
-   case PL_LED_OFF:
-   case PL_LED_BAD:
-      leds = dark;
-      break;
-   case PL_LED_BEACON:
-      if ( blinking_ )
-         return PL_STATUS_OK;
-      notifyOnBlink( this );
-      blinking_ = true;
-      return cpld_->ham_->write8( ledRegister, dark, false );
-   default:
-      PL_TRACE( 0, "led %hhu was given an unexpected setting %d", id_, status );
-      return PL_STATUS_UNSUPPORTED;
-   }
-   const pl_status written = cpld_->ham_->write8( ledRegister, leds, false );
-   if ( written != PL_STATUS_OK )
-      PL_TRACE( 6, "Setting status for KeltCPLD PSU LED-%hhu failed.", id_ );
-   return written;
 }
 
 } // namespace Drivers
