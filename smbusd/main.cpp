@@ -53,7 +53,7 @@ void describe( CLI::App &app, Options &options ) {
 void serve( const Options &options ) {
    using namespace Smbusd;
    const RealClock clock;
-   const SimulatedBoard board( options.topology, options.simulation, clock );
+   SimulatedBoard board( options.topology, options.simulation, clock );
    boost::asio::io_context context( 1 );
    Dispatcher dispatcher( board.busses(), clock,
                           std::chrono::milliseconds( options.transactionLimit ) );

@@ -4,12 +4,22 @@
 #include "board/SimulationFile.h"
 #include "chips/Chip.h"
 
+#include <functional>
 #include <memory>
 
 namespace Smbusd {
 
-// A chip as its entry describes it. The clock outlives it. Throws BoardError for a kind that
-// nobody has written.
-std::unique_ptr<Chip> makeChip( const SimulatedChipEntry &, uint64_t seed, const Clock & );
+// What a chip finds on the board; all of it outlives the chip.
+struct Surroundings {
+   const Clock &clock;
+   uint64_t seed = 0;
+   uint8_t address = 0;
+   std::function<void()> powerCycle;
+   std::function<void()> powerOff;
+};
+
+// A chip as its entry describes it. Throws BoardError for a kind that nobody has written, and for
+// texts that the chip has no room for.
+std::unique_ptr<Chip> makeChip( const SimulatedChipEntry &, const Surroundings & );
 
 } // namespace Smbusd

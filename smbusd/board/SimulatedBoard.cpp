@@ -21,12 +21,13 @@ SimulatedBoard::SimulatedBoard( const std::string &topologyPath, const std::stri
    }
    seatChips( clock );
    joinChannels();
+   addModules();
 }
 
-Busses SimulatedBoard::busses() const {
+Busses SimulatedBoard::busses() {
    Busses busses;
    for ( const auto &[id, wire] : roots_ )
-      busses.emplace( id, std::make_unique<SimulatedBus>( *wire ) );
+      busses.emplace( id, std::make_unique<SimulatedBus>( *wire, bench_.mutex() ) );
    return busses;
 }
 
@@ -79,26 +80,54 @@ void SimulatedBoard::seatChips( const Clock &clock ) {
          entry.place.member( "did" ).fail(
             fmt::format( "no device of {} has did {} and an address", topology_.path, entry.did ) );
       const Place &place = seat->second.place;
-      auto chip = makeChip( entry, simulation_->seed, clock );
-      const auto [seated, isFree] = chips_.try_emplace( place, std::move( chip ) );
-      if ( !isFree )
-         entry.place.fail( fmt::format( "{} sits at this place already ({} in {})",
-                                        seated->second->name(), seat->second.pointer,
-                                        topology_.path ) );
-      place.wire->attach( place.address, *seated->second );
+      const Surroundings around{ clock, simulation_->seed, place.address,
+                                 [this] { bench_.powerCycle(); },
+                                 [this] { bench_.powerIs( false ); } };
+      try {
+         Chip &chip =
+            bench_.seat( { makeChip( entry, around ), entry.kind, place.wire, place.address } );
+         place.wire->attach( place.address, chip );
+         if ( const auto *mux = dynamic_cast<const PCA9548 *>( &chip ) )
+            muxes_.emplace( place, mux );
+      } catch ( const BenchError &error ) {
+         entry.place.fail(
+            fmt::format( "{} ({} in {})", error.what(), seat->second.pointer, topology_.path ) );
+      }
    }
 }
 
 void SimulatedBoard::joinChannels() {
    for ( const Channel &channel : channels_ ) {
-      const auto found = chips_.find( channel.mux );
-      const auto *mux =
-         found == chips_.end() ? nullptr : dynamic_cast<const PCA9548 *>( found->second.get() );
-      if ( !mux )
+      const auto mux = muxes_.find( channel.mux );
+      if ( mux == muxes_.end() )
          throw BoardError::at( simulation_->file.path, "/chips",
                                fmt::format( "no PCA9548 for did {}, the multiplexer at {} in {}",
                                             channel.muxDid, channel.pointer, topology_.path ) );
-      channel.mux.wire->join( *mux, channel.number, *channel.behind );
+      channel.mux.wire->join( *mux->second, channel.number, *channel.behind );
+   }
+}
+
+void SimulatedBoard::addModules() {
+   for ( const ModuleEntry &entry : simulation_->modules ) {
+      Bench::Module module{ entry.name, {}, {}, entry.present };
+      try {
+         for ( const std::string &chip : entry.chips )
+            module.chips.push_back( &bench_.chip( chip ) );
+         for ( const ModuleEntry::Set &set : entry.sets ) {
+            Quantity quantity = bench_.quantity( set.chip, set.quantity );
+            if ( !quantity.set )
+               set.place.fail( fmt::format( "{} can't be set", set.quantity ) );
+            module.sets.push_back( { std::move( quantity ), set.in, set.out } );
+         }
+      } catch ( const BenchError &error ) {
+         entry.place.fail( error.what() );
+      }
+      for ( const Chip *chip : module.chips ) {
+         if ( chip->present() != module.present )
+            entry.place.fail( fmt::format( "{} is {}, which the module is not", chip->name(),
+                                           chip->present() ? "present" : "absent" ) );
+      }
+      bench_.add( std::move( module ) );
    }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Clock.h"
+#include "board/Bench.h"
 #include "board/SimulationFile.h"
 #include "board/TopologyFile.h"
 #include "busses/RootBus.h"
@@ -22,7 +23,9 @@ class SimulatedBoard {
                    const Clock & );
 
    // One for each root bus of the topology. The board outlives them.
-   Busses busses() const;
+   Busses busses();
+
+   Bench &bench() { return bench_; }
 
  private:
    // Where a chip can sit.
@@ -49,6 +52,7 @@ class SimulatedBoard {
    void layMux( const TopologyMux &, const TopologyBus &on, Wire & );
    void seatChips( const Clock & );
    void joinChannels();
+   void addModules();
 
    const TopologyFile topology_;
    const std::unique_ptr<const SimulationFile> simulation_;
@@ -56,7 +60,8 @@ class SimulatedBoard {
    std::map<RootBusId, Wire *> roots_;
    std::map<uint32_t, Seat> seats_; // by did
    std::vector<Channel> channels_;
-   std::map<Place, std::unique_ptr<Chip>> chips_;
+   std::map<Place, const PCA9548 *> muxes_;
+   Bench bench_;
 };
 
 } // namespace Smbusd

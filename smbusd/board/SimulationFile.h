@@ -17,14 +17,31 @@ struct SimulatedChipEntry {
    JsonPlace place;
 };
 
+// What can be pulled and inserted as one.
+struct ModuleEntry {
+   struct Set {
+      std::string chip;
+      std::string quantity;
+      double in = 0;
+      double out = 0;
+      JsonPlace place;
+   };
+   std::string name;
+   bool present = true;
+   std::vector<std::string> chips;
+   std::vector<Set> sets;
+   JsonPlace place;
+};
+
 // What the chips of a board hold, checked against boards/simulation.schema.json.
 struct SimulationFile {
    JsonFile file;
    uint64_t seed = 0;
    std::vector<SimulatedChipEntry> chips; // their places are in the file above
+   std::vector<ModuleEntry> modules;
 };
 
-// Throws BoardError: besides what the schema finds, a did or a name that is used twice.
+// Throws BoardError: besides what the schema finds, a name that is used twice.
 std::unique_ptr<const SimulationFile> loadSimulation( const std::string &path );
 
 } // namespace Smbusd

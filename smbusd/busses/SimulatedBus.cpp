@@ -80,6 +80,7 @@ std::string carryOut( Cycle &cycle, const Transfer &transfer ) {
 } // namespace
 
 Outcome SimulatedBus::transfer( const Transfer &transfer ) {
+   const std::lock_guard lock( mutex_ );
    Cycle cycle( wire_, transfer.address );
    Outcome outcome;
    try {

@@ -3,17 +3,21 @@
 #include "busses/RootBus.h"
 #include "busses/Wire.h"
 
+#include <mutex>
+
 namespace Smbusd {
 
-// A root bus made of simulated wires, which outlive it.
+// A root bus made of simulated wires, which outlive it. A transfer holds the mutex, under which
+// everything that touches the chips happens.
 class SimulatedBus final : public RootBus {
  public:
-   explicit SimulatedBus( const Wire &wire ) : wire_( wire ) {}
+   SimulatedBus( const Wire &wire, std::mutex &mutex ) : wire_( wire ), mutex_( mutex ) {}
    // Two chips that answer are an error, though both have taken what was written.
    Outcome transfer( const Transfer & ) override;
 
  private:
    const Wire &wire_;
+   std::mutex &mutex_;
 };
 
 } // namespace Smbusd

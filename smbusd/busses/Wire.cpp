@@ -4,11 +4,11 @@ namespace Smbusd {
 
 void Wire::findHearing( uint8_t address, std::vector<Chip *> &found ) const {
    for ( const Seat &seat : seats_ ) {
-      if ( seat.address == address && seat.chip->present() )
+      if ( seat.address == address && seat.chip->answers() )
          found.push_back( seat.chip );
    }
    for ( const Joint &joint : joints_ ) {
-      if ( joint.mux->present() && joint.mux->joins( joint.channel ) )
+      if ( joint.mux->answers() && joint.mux->joins( joint.channel ) )
          joint.behind->findHearing( address, found );
    }
 }

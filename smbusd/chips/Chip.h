@@ -1,8 +1,11 @@
 #pragma once
 
+#include "chips/Quantity.h"
+
 #include <cstdint>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace Smbusd {
 
@@ -18,7 +21,8 @@ class Chip {
    Chip( const Chip & ) = delete;
    Chip &operator=( const Chip & ) = delete;
 
-   // The bench's side. A chip that isn't present answers nothing; put back, it has just powered up.
+   // The bench's side. A chip that isn't present or has no power answers nothing; with both again
+   // it has just powered up.
    const std::string &name() const { return name_; }
    bool present() const { return present_; }
    void presentIs( bool present ) {
@@ -26,7 +30,14 @@ class Chip {
          reset();
       present_ = present;
    }
+   void poweredIs( bool powered ) {
+      if ( powered && !powered_ )
+         reset();
+      powered_ = powered;
+   }
+   bool answers() const { return present_ && powered_; }
    virtual void reset() = 0; // power on
+   virtual std::vector<Quantity> quantities() { return {}; }
 
    // The bus's side. The command comes whole; on the wires it takes commandBytes().
    virtual unsigned commandBytes() const { return 1; }
@@ -39,6 +50,7 @@ class Chip {
  private:
    const std::string name_;
    bool present_ = true;
+   bool powered_ = true;
 };
 
 } // namespace Smbusd

@@ -29,6 +29,13 @@ void LM75::temperatureIs( double celsius, const Drift &drift ) {
    drift_ = drift;
 }
 
+std::vector<Quantity> LM75::quantities() {
+   return { { "temperature", "C", [this] { return celsius_ + drift_.at( clock_.now() ); },
+              [this]( double celsius ) { temperatureIs( celsius ); }, -55, 125 },
+            { "tOs", "C", [this] { return tOs(); } },
+            { "tHyst", "C", [this] { return tHyst(); } } };
+}
+
 uint16_t LM75::word( double celsius ) {
    const long steps = std::clamp( std::lround( celsius * 2 ), -256L, 255L );
    return static_cast<uint16_t>( steps * 0x80 );

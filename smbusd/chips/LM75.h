@@ -21,6 +21,7 @@ class LM75 final : public Chip {
    double tHyst() const { return celsius( words_[THyst] ); }
 
    void reset() override;
+   std::vector<Quantity> quantities() override;
    bool addressed( Direction ) override;
    bool command( uint32_t ) override;
    bool write( uint8_t ) override;

@@ -50,7 +50,7 @@ class BoardTest : public ::testing::Test {
 };
 
 TEST_F( BoardTest, ServesTheKeltBoardWithItsOwnValues ) {
-   const SimulatedBoard board( KELT_BOARD "/topology.json", KELT_BOARD "/simulation.json", clock );
+   SimulatedBoard board( KELT_BOARD "/topology.json", KELT_BOARD "/simulation.json", clock );
    const Busses busses = board.busses();
    const auto reading = [&]( const char *bus, uint8_t address ) {
       return busses.at( *parseRootBusId( bus ) )
@@ -83,8 +83,7 @@ TEST_F( BoardTest, ServesEveryMasterType ) {
       { "type": "Celestica", "ham": "H", "accelerators": [ { "id": 2, "busses": [ { "id": 3 } ] } ] },
       { "type": "SCD", "ham": "H", "pci": 4, "accelerators": [ { "id": 2, "busses": [ { "id": 3 } ] } ] } ])";
    ASSERT_EQ( complaint(), "none" );
-   const SimulatedBoard board( folder.file( "topology.json" ), folder.file( "simulation.json" ),
-                               clock );
+   SimulatedBoard board( folder.file( "topology.json" ), folder.file( "simulation.json" ), clock );
    std::string names;
    for ( const auto &[id, bus] : board.busses() )
       names += toString( id ) + " ";
@@ -99,8 +98,8 @@ TEST_F( BoardTest, DriftsFromItsSeedWithTheClock ) {
       folder.write( "simulation.json",
                     std::string( R"({ "seed": )" ) + seed + R"(, "chips": [ { "did": 10,
          "name": "t", "chip": "LM75", "temperature": 0, "drift": { "amplitude": 50, "period": 10 } } ] })" );
-      const SimulatedBoard board( folder.file( "topology.json" ), folder.file( "simulation.json" ),
-                                  turned );
+      SimulatedBoard board( folder.file( "topology.json" ), folder.file( "simulation.json" ),
+                            turned );
       return board.busses()[*parseRootBusId( "i2c:0" )]
          ->transfer( { .kind = Kind::Read, .address = 0x48, .length = 2 } )
          .data;
@@ -116,8 +115,7 @@ TEST_F( BoardTest, LeavesAPlaceEmptyWhoseChipIsNotPresent ) {
       complaintOnChips(
          R"({ "did": 10, "name": "t", "chip": "LM75", "temperature": 1, "present": false })" ),
       "none" );
-   const SimulatedBoard board( folder.file( "topology.json" ), folder.file( "simulation.json" ),
-                               clock );
+   SimulatedBoard board( folder.file( "topology.json" ), folder.file( "simulation.json" ), clock );
    EXPECT_EQ( board.busses()[*parseRootBusId( "i2c:0" )]->transfer( { .address = 0x48 } ).error,
               noAddressAcknowledge );
 }
@@ -228,7 +226,7 @@ TEST_F( BoardTest, NamesWhatIsWrongInTheSimulation ) {
       { R"({ "did": 13, "name": "t", "chip": "PCA9548" })",
         "/chips/0/did: no device of topology.json has did 13 and an address" },
       { R"({ "did": 10, "name": "t", "chip": "PCA9548" }, { "did": 10, "name": "u", "chip": "PCA9548" })",
-        "/chips/1/did: 10 is at /chips/0/did already" },
+        "/chips/1: t sits at this place already (/0/bus/devices/0 in topology.json)" },
       { R"({ "did": 10, "name": "t", "chip": "PCA9548" }, { "did": 12, "name": "t", "chip": "PCA9548" })",
         "/chips/1/name: t is at /chips/0/name already" },
       { R"({ "did": 10, "name": "t", "chip": "PCA9548" }, { "did": 11, "name": "u", "chip": "PCA9548" })",

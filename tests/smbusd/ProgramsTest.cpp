@@ -116,14 +116,14 @@ TEST_F( ProgramsTest, TellAFailedTransferInTheServersWords ) {
 
 TEST_F( ProgramsTest, ReadInEverySize ) {
    const auto server = startServer();
-   EXPECT_EQ( run( { "read", "scd(4):1:3:0x4a", "0" } ), "0\n0xfc\n" );
-   EXPECT_EQ( run( { "read", "scd(4):1:3:0x4a", "0", "--size", "word" } ), "0\n0x80fc\n" );
-   EXPECT_EQ( run( { "read", "scd(4):1:3:0x4a", "0", "--size", "2" } ), "0\n0xfc 0x80\n" );
+   EXPECT_EQ( run( { "read", "scd(4):1:3:0x4a", "0" } ), "0\n0xfd\n" );
+   EXPECT_EQ( run( { "read", "scd(4):1:3:0x4a", "0", "--size", "word" } ), "0\n0x00fd\n" );
+   EXPECT_EQ( run( { "read", "scd(4):1:3:0x4a", "0", "--size", "2" } ), "0\n0xfd 0x00\n" );
    EXPECT_EQ(
       run( { "--json", "read", "scd(4):1:3:0x4a", "0", "--size", "word" } ),
-      "0\n{\"address\":\"scd(4):1:3:0x4a\",\"register\":0,\"data\":[252,128],\"word\":33020}\n" );
+      "0\n{\"address\":\"scd(4):1:3:0x4a\",\"register\":0,\"data\":[253,0],\"word\":253}\n" );
    EXPECT_EQ( run( { "--json", "read", "scd(4):1:3:0x4a" } ),
-              "0\n{\"address\":\"scd(4):1:3:0x4a\",\"data\":[252]}\n" );
+              "0\n{\"address\":\"scd(4):1:3:0x4a\",\"data\":[253]}\n" );
 }
 
 TEST_F( ProgramsTest, WriteBytesAndWords ) {
@@ -154,7 +154,7 @@ TEST_F( ProgramsTest, DumpATableOfRegisters ) {
    EXPECT_EQ( run( { "dump", "scd(4):1:3:0x4a", "--last", "3" } ),
               "0\n"
               "      0  1  2  3  4  5  6  7  8  9  a  b  c  d  e  f \n"
-              "000: fc 00 4b 50                                        ..KP            \n" );
+              "000: fd 00 4b 50                                        ..KP            \n" );
    EXPECT_EQ( run( { "dump", "scd(4):1:3:0x4a", "--first", "2", "--last", "3", "--size", "word" } ),
               "0\n"
               "        0    1    2    3    4    5    6    7 \n"

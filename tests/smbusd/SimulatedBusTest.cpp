@@ -56,7 +56,8 @@ class ProtocolTest : public ::testing::Test {
    }
    Recorder chip;
    Wire wire;
-   SimulatedBus bus{ wire };
+   std::mutex mutex;
+   SimulatedBus bus{ wire, mutex };
 };
 
 TEST_F( ProtocolTest, ReadsBehindTheCommandAndARepeatedStart ) {
@@ -186,7 +187,8 @@ class WireTest : public ::testing::Test {
    LM75 first{ "first", clock }, second{ "second", clock }, deep{ "deep", clock },
       front{ "front", clock };
    Wire root, channel0, channel1, channel2, behindInner;
-   SimulatedBus bus{ root };
+   std::mutex mutex;
+   SimulatedBus bus{ root, mutex };
    const std::string front35 = "\xFC\x80";
 };
 
