@@ -21,6 +21,8 @@ void checkObject( const Value &object, const Place &place, DeviceCheck &devices,
       return;
    if ( device )
       devices.check( *device, *type, place / "device" );
+   if ( type == nameOf( Kind::System ) )
+      devices.checkSystem( place );
    if ( type != nameOf( Kind::Smbus ) )
       return;
    if ( !device == !label )

@@ -52,6 +52,9 @@ std::string fault( const Value &value, const ArgumentRule &rule ) {
       if ( !rule.choices.empty() &&
            std::find( rule.choices.begin(), rule.choices.end(), *text ) == rule.choices.end() )
          return fmt::format( "\"{}\" is none of {}", *text, fmt::join( rule.choices, ", " ) );
+      for ( const std::string &part : rule.holds )
+         if ( text->find( part ) == std::string_view::npos )
+            return fmt::format( "\"{}\" is missing in it", part );
    }
    return {};
 }
@@ -77,16 +80,16 @@ class ArgumentCheck {
       }
    }
 
-   void takeNumbered( const std::vector<std::string> &names ) {
+   void takeNumbered( const ArgumentRules &names ) {
       for ( unsigned number = 1;; ++number ) {
          std::vector<std::string> missing;
-         for ( const std::string &name : names ) {
+         for ( const auto &[name, rule] : names ) {
             const std::string key = fmt::format( "{}{}", name, number );
             const Value *value = Json::find( args_, key.c_str() );
             if ( !value )
                missing.push_back( key );
-            else if ( !value->IsString() )
-               report( findings_, at( key ), "must be a text" );
+            else if ( const std::string reason = fault( *value, rule ); !reason.empty() )
+               report( findings_, at( key ), reason );
             known_.insert( key );
          }
          if ( number > 1 && missing.size() == names.size() )

@@ -4,11 +4,24 @@
 #include "check/Json.h"
 #include "check/Schema.h"
 
+#include <algorithm>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 namespace Host {
 
 using rapidjson::Value;
+
+namespace {
+
+bool fits( const Variant &variant, const Value *args ) {
+   if ( variant.argument.empty() )
+      return true;
+   const Value *value = Json::find( args, variant.argument.c_str() );
+   return value && ( !variant.is || Json::toText( value ) == variant.is );
+}
+
+} // namespace
 
 DeviceCheck::DeviceCheck( const DriverTable &drivers, const TopologyIndex &topology,
                           Findings &findings )
@@ -31,7 +44,8 @@ void DeviceCheck::check( const Value &document, std::string_view kind, const Pla
    const DriverRule *driver = checkDriver( document, place );
    checkWhereItStands( document, driver && driver->isMultiDevice, place );
    const auto name = Json::toText( Json::find( &document, "driver" ) );
-   if ( const auto did = Json::toUnsigned( Json::find( &document, "did" ) ); did && name )
+   const auto did = Json::toUnsigned( Json::find( &document, "did" ) );
+   if ( did && name )
       claim( *did, *name, place / "driver" );
    if ( !driver )
       return;
@@ -42,6 +56,8 @@ void DeviceCheck::check( const Value &document, std::string_view kind, const Pla
       return;
    }
    checkArguments( Json::find( &document, "driverArgs" ), *driver, rule->second, place, findings_ );
+   if ( did )
+      checkVariant( document, *did, *driver, kind, place );
    if ( driver->isMultiDevice )
       checkParts( document, rule->second, place );
 }
@@ -60,6 +76,47 @@ void DeviceCheck::checkLabel( std::string_view label, std::string_view kind, con
       report(
          findings_, place,
          fmt::format( "the driver of the topology device \"{}\" can't make a {}", label, kind ) );
+}
+
+void DeviceCheck::checkSystem( const Place &place ) {
+   for ( const SystemDevice &wanted : drivers_.system ) {
+      const TopologyIndex::Device *device = topology_.byLabel( wanted.label );
+      if ( !device ) {
+         report( findings_, place,
+                 fmt::format( "the topology has no label \"{}\"", wanted.label ) );
+         continue;
+      }
+      const auto driver = Json::toText( Json::find( device->json, "driver" ) );
+      if ( !wanted.driver.empty() && driver != wanted.driver )
+         report(
+            findings_, device->place,
+            fmt::format( "must name the driver \"{}\" for the system object", wanted.driver ) );
+   }
+}
+
+// The first document of a did makes the driver object, in the order of the file.
+void DeviceCheck::checkVariant( const Value &document, std::uint32_t did, const DriverRule &driver,
+                                std::string_view kind, const Place &place ) {
+   const auto known = makers_.find( did );
+   if ( known == makers_.end() ) {
+      const Value *args = Json::find( &document, "driverArgs" );
+      const auto variant =
+         std::find_if( driver.variants.begin(), driver.variants.end(),
+                       [args]( const Variant &one ) { return fits( one, args ); } );
+      makers_[did] = { variant == driver.variants.end() ? nullptr : &*variant, place };
+   } else if ( driver.isMultiDevice ) {
+      report( findings_, place / "did",
+              fmt::format( "composite {} stands already, made by {}:{}", did,
+                           known->second.place.file, known->second.place.pointerText() ) );
+   }
+   const Maker &maker = makers_[did];
+   if ( maker.variant && std::find( maker.variant->kinds.begin(), maker.variant->kinds.end(),
+                                    kind ) == maker.variant->kinds.end() )
+      report( findings_, place,
+              fmt::format( "device {} can't make a {} as it is made by {}:{}: its arguments make "
+                           "it fit for {} only",
+                           did, kind, maker.place.file, maker.place.pointerText(),
+                           fmt::join( maker.variant->kinds, ", " ) ) );
 }
 
 // The driver's rule; null, and a finding, when there is no such driver.

@@ -24,9 +24,17 @@ class DeviceCheck {
    /// An SMBus object given by the label of a topology device, which `driver` will serve.
    void checkLabel( std::string_view label, std::string_view kind, const Place &place );
 
+   /// The system object, which asks for topology devices by their labels.
+   void checkSystem( const Place &place );
+
  private:
    struct Owner {
       std::string driver;
+      Place place;
+   };
+   // What made the driver object of a did, and so decides what that can make.
+   struct Maker {
+      const Variant *variant; // null: all that the driver can
       Place place;
    };
 
@@ -36,12 +44,15 @@ class DeviceCheck {
                             const Place &place );
    void checkParts( const rapidjson::Value &document, const KindRule &kind, const Place &place );
    void checkPart( const std::string &text, const std::string &kind, const Place &place );
+   void checkVariant( const rapidjson::Value &document, std::uint32_t did, const DriverRule &driver,
+                      std::string_view kind, const Place &place );
    void claim( std::uint32_t did, std::string_view driver, const Place &place );
 
    const DriverTable &drivers_;
    const TopologyIndex &topology_;
    Findings &findings_;
    std::map<std::uint32_t, Owner> owners_;
+   std::map<std::uint32_t, Maker> makers_;
 };
 
 } // namespace Host

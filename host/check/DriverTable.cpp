@@ -19,6 +19,10 @@ std::optional<double> numberOf( const Value *value ) {
    return value ? std::optional( value->GetDouble() ) : std::nullopt;
 }
 
+std::string textOf( const Value &json, const char *key ) {
+   return std::string( Json::toText( Json::find( &json, key ) ).value_or( "" ) );
+}
+
 ArgumentRules argumentsOf( const Value *json ) {
    ArgumentRules rules;
    for ( const auto &[name, rule] : Json::members( json ) )
@@ -26,20 +30,29 @@ ArgumentRules argumentsOf( const Value *json ) {
                                   .required = Json::isTrue( Json::find( &rule, "required" ) ),
                                   .minimum = numberOf( Json::find( &rule, "minimum" ) ),
                                   .maximum = numberOf( Json::find( &rule, "maximum" ) ),
-                                  .choices = textsOf( Json::find( &rule, "enum" ) ) };
+                                  .choices = textsOf( Json::find( &rule, "enum" ) ),
+                                  .holds = textsOf( Json::find( &rule, "holds" ) ) };
    return rules;
 }
 
 KindRule kindOf( const Value &json ) {
    KindRule rule{ .args = argumentsOf( Json::find( &json, "args" ) ) };
    for ( const Value &names : Json::elements( Json::find( &json, "numbered" ) ) )
-      rule.numbered.push_back( textsOf( &names ) );
-   rule.by = Json::toText( Json::find( &json, "by" ) ).value_or( "" );
+      rule.numbered.push_back( argumentsOf( &names ) );
+   rule.by = textOf( json, "by" );
    for ( const auto &[name, args] : Json::members( Json::find( &json, "cases" ) ) )
       rule.cases[name.GetString()] = argumentsOf( &args );
    for ( const auto &[key, kind] : Json::members( Json::find( &json, "nested" ) ) )
       rule.nested[key.GetString()] = kind.GetString();
    return rule;
+}
+
+Variant variantOf( const Value &json ) {
+   Variant variant{ .argument = textOf( json, "argument" ),
+                    .kinds = textsOf( Json::find( &json, "kinds" ) ) };
+   if ( const auto is = Json::toText( Json::find( &json, "is" ) ) )
+      variant.is = *is;
+   return variant;
 }
 
 DriverRule driverOf( const Value &json, const Value *everySingleDevice ) {
@@ -50,6 +63,8 @@ DriverRule driverOf( const Value &json, const Value *everySingleDevice ) {
    if ( !rule.isMultiDevice )
       for ( const auto &[kind, wants] : Json::members( everySingleDevice ) )
          rule.makes.emplace( kind.GetString(), kindOf( wants ) );
+   for ( const Value &variant : Json::elements( Json::find( &json, "variants" ) ) )
+      rule.variants.push_back( variantOf( variant ) );
    return rule;
 }
 
@@ -65,6 +80,8 @@ std::optional<DriverTable> loadDriverTable( const std::filesystem::path &path,
       return {};
    DriverTable table{ .hams = textsOf( Json::find( &file->document, "hams" ) ),
                       .faultTraces = textsOf( Json::find( &file->document, "faultTraces" ) ) };
+   for ( const Value &device : Json::elements( Json::find( &file->document, "system" ) ) )
+      table.system.push_back( { textOf( device, "label" ), textOf( device, "driver" ) } );
    for ( const auto &[name, driver] : Json::members( Json::find( &file->document, "drivers" ) ) )
       table.drivers[name.GetString()] =
          driverOf( driver, Json::find( &file->document, "everySingleDevice" ) );

@@ -1,11 +1,8 @@
 #include "Board.h"
 
-#include "check/Json.h"
-#include "support/TempFolder.h"
+#include "support/ChangedBoard.h"
 
-#include <fstream>
 #include <gmock/gmock.h>
-#include <rapidjson/pointer.h>
 
 namespace Host {
 namespace {
@@ -24,38 +21,16 @@ std::vector<std::string> textsOf( const Findings &findings ) {
    return texts;
 }
 
-// A copy of the scripted board in which single values can be changed.
 class BoardCheckTest : public ::testing::Test {
  protected:
-   BoardCheckTest() {
-      std::filesystem::copy( good, folder_.path(), std::filesystem::copy_options::recursive );
-   }
-
-   /// Puts a JSON text at a pointer; an empty one takes away what is there.
    void change( const std::string &file, const std::string &pointer, const std::string &json ) {
-      rapidjson::Document document;
-      document.Parse( folder_.read( file ).c_str() );
-      const rapidjson::Pointer place( pointer.c_str() );
-      rapidjson::Document value( &document.GetAllocator() );
-      value.Parse( json.c_str() );
-      if ( json.empty() )
-         ASSERT_TRUE( place.Erase( document ) ) << pointer;
-      else
-         place.Set( document, value );
-      folder_.write( file, Json::write( document ) );
+      board_.change( file, pointer, json );
    }
-
-   std::vector<std::string> check() {
-      Findings findings;
-      const auto board =
-         loadBoard( folder_.path(), folder_.path() / "libScriptedPlugin.drivers.json", findings );
-      EXPECT_EQ( board.has_value(), findings.empty() );
-      return textsOf( findings );
-   }
-
+   std::vector<std::string> check() const { return board_.check(); }
    std::string at( const std::string &rest ) const { return ( folder_.path() / rest ).string(); }
 
-   const TempFolder folder_;
+   const ChangedBoard board_{ good, "libScriptedPlugin.drivers.json" };
+   const TempFolder &folder_ = board_.folder();
 };
 
 TEST_F( BoardCheckTest, FindsNothingWrongWithAGoodBoard ) {
@@ -116,14 +91,6 @@ TEST_F( BoardCheckTest, TellsADataFileThatIsNotThereOrNotRight ) {
    folder_.remove( "libScriptedPlugin.drivers.json" );
    EXPECT_THAT( check(), ElementsAre( HasSubstr( "No such file or directory" ) ) );
 }
-
-struct Mutation {
-   const char *name;
-   const char *file;
-   const char *pointer;
-   const char *json; ///< empty: taken away
-   const char *finding;
-};
 
 class BoardMutationTest : public BoardCheckTest, public ::testing::WithParamInterface<Mutation> {};
 
