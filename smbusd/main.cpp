@@ -1,5 +1,6 @@
 // orbis-smbusd: carries SMBus transactions out for its clients.
 #include "RootBusId.h"
+#include "SimulationClock.h"
 #include "board/SimulatedBoard.h"
 #include "server/Server.h"
 
@@ -25,6 +26,7 @@ struct Options {
    std::string simulation;
    std::string logLevel = "info";
    unsigned transactionLimit = 2000; // ms
+   double speed = 1;
 };
 
 void describe( CLI::App &app, Options &options ) {
@@ -40,6 +42,11 @@ void describe( CLI::App &app, Options &options ) {
                                       "The file with the simulated board's chips" );
    simulate->required()->needs( simulation )->option_text( "TOPOLOGY" );
    simulation->needs( simulate )->option_text( "FILE" );
+   app.add_option( "--speed", options.speed,
+                   "Seconds of the simulation in a real one; at 0 its clock moves only by hand" )
+      ->check( CLI::Range( 0.0, 1e6 ) )
+      ->needs( simulate )
+      ->capture_default_str();
    app.add_option( "--transaction-limit", options.transactionLimit,
                    "The longest a transaction may take, in milliseconds" )
       ->check( CLI::Range( 1, 9000 ) ) // clients wait ten seconds
@@ -53,7 +60,8 @@ void describe( CLI::App &app, Options &options ) {
 void serve( const Options &options ) {
    using namespace Smbusd;
    const RealClock clock;
-   SimulatedBoard board( options.topology, options.simulation, clock );
+   SimulationClock simulated( clock, options.speed );
+   SimulatedBoard board( options.topology, options.simulation, simulated );
    boost::asio::io_context context( 1 );
    Dispatcher dispatcher( board.busses(), clock,
                           std::chrono::milliseconds( options.transactionLimit ) );

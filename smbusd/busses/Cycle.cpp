@@ -8,13 +8,18 @@
 namespace Smbusd {
 
 Cycle::Cycle( const Wire &wire, uint8_t address ) : address_( address ) {
+   if ( const Chip *stuck = wire.findStuck() )
+      throw BusFault( "the data line is held low by " + stuck->name() );
    wire.findHearing( address, hearing_ );
+   std::erase_if( hearing_, []( Chip *chip ) { return chip->misses(); } );
 }
 
 Cycle::~Cycle() {
    for ( Chip *chip : hearing_ )
       chip->stopped();
 }
+
+const Chip *Cycle::answering() const { return answering_.empty() ? nullptr : answering_.front(); }
 
 void Cycle::count( uint8_t byte ) { pec_ = pecStep( pec_, byte ); }
 

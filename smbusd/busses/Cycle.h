@@ -19,7 +19,7 @@ struct BusFault : std::runtime_error {
 // the bits that all of them give.
 class Cycle {
  public:
-   Cycle( const Wire &wire, uint8_t address );
+   Cycle( const Wire &wire, uint8_t address ); // BusFault: the wires are held down
    ~Cycle();
    Cycle( const Cycle & ) = delete;
    Cycle &operator=( const Cycle & ) = delete;
@@ -31,6 +31,8 @@ class Cycle {
    uint8_t read();
    uint8_t pec() const { return pec_; } // over everything so far
 
+   // The first chip of those that answered the last start; null when there was none.
+   const Chip *answering() const;
    // Which chips answered together; empty when there were not several.
    std::string collision() const;
 

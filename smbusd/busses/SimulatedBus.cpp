@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include <thread>
+
 namespace Smbusd {
 
 namespace {
@@ -16,6 +18,8 @@ void write( Cycle &cycle, const std::string &data ) {
    }
 }
 
+const Faults &faultsOf( const Cycle &cycle ) { return cycle.answering()->faults(); }
+
 std::string read( Cycle &cycle, unsigned count ) {
    std::string data;
    data.reserve( count );
@@ -25,15 +29,32 @@ std::string read( Cycle &cycle, unsigned count ) {
 }
 
 void sendPec( Cycle &cycle ) {
-   if ( !cycle.write( cycle.pec() ) )
+   const uint8_t heard = faultsOf( cycle ).badPec ? 0xFF : 0x00;
+   if ( !cycle.write( cycle.pec() ^ heard ) )
       throw BusFault( "no acknowledge of the PEC" );
 }
 
 void checkPec( Cycle &cycle ) {
    const uint8_t due = cycle.pec();
-   const uint8_t got = cycle.read();
+   const auto got =
+      static_cast<uint8_t>( cycle.read() ^ ( faultsOf( cycle ).badPec ? 0xFF : 0x00 ) );
    if ( got != due )
       throw BusFault( fmt::format( "PEC {:#04x} where {:#04x} is due", got, due ) );
+}
+
+unsigned blockCount( Cycle &cycle ) {
+   const uint8_t said = cycle.read();
+   return faultsOf( cycle ).blockCount.value_or( said );
+}
+
+// What becomes of the data on its way from a chip that is broken so.
+void distort( std::string &answer, const Transfer &transfer, const Faults &faults ) {
+   const auto corrupted = faults.corrupted.find( transfer.offset );
+   if ( corrupted != faults.corrupted.end() && !answer.empty() )
+      answer[0] = static_cast<char>( answer[0] ^ corrupted->second );
+   if ( faults.answerSize &&
+        ( transfer.kind == Transfer::Kind::Read || transfer.kind == Transfer::Kind::BlockRead ) )
+      answer.resize( *faults.answerSize );
 }
 
 // The SMBus protocols as bus cycles, up to the stop. What was read.
@@ -61,7 +82,7 @@ std::string carryOut( Cycle &cycle, const Transfer &transfer ) {
       break;
    case Transfer::Kind::BlockRead:
       cycle.start( Direction::Read );
-      answer = read( cycle, cycle.read() );
+      answer = read( cycle, blockCount( cycle ) );
       break;
    case Transfer::Kind::BlockWrite:
       if ( !cycle.write( static_cast<uint8_t>( transfer.length ) ) )
@@ -74,22 +95,39 @@ std::string carryOut( Cycle &cycle, const Transfer &transfer ) {
    }
    if ( transfer.pec )
       reads ? checkPec( cycle ) : sendPec( cycle );
+   distort( answer, transfer, faultsOf( cycle ) );
    return answer;
 }
 
 } // namespace
 
-Outcome SimulatedBus::transfer( const Transfer &transfer ) {
-   const std::lock_guard lock( mutex_ );
-   Cycle cycle( wire_, transfer.address );
+Outcome SimulatedBus::carryOutOnce( const Transfer &transfer, std::chrono::milliseconds &slow ) {
    Outcome outcome;
    try {
-      outcome.data = carryOut( cycle, transfer );
+      Cycle cycle( wire_, transfer.address );
+      try {
+         outcome.data = carryOut( cycle, transfer );
+      } catch ( const BusFault &fault ) {
+         outcome.error = fault.what();
+      }
+      if ( const Chip *chip = cycle.answering() )
+         slow = chip->faults().slow;
+      if ( const std::string collision = cycle.collision(); !collision.empty() )
+         outcome = { {}, collision };
    } catch ( const BusFault &fault ) {
       outcome.error = fault.what();
    }
-   if ( const std::string collision = cycle.collision(); !collision.empty() )
-      outcome = { {}, collision };
+   return outcome;
+}
+
+Outcome SimulatedBus::transfer( const Transfer &transfer ) {
+   std::chrono::milliseconds slow{ 0 };
+   Outcome outcome;
+   {
+      const std::lock_guard lock( mutex_ );
+      outcome = carryOutOnce( transfer, slow );
+   }
+   std::this_thread::sleep_for( slow ); // other busses go on meanwhile
    return outcome;
 }
 

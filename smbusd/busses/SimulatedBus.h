@@ -3,6 +3,7 @@
 #include "busses/RootBus.h"
 #include "busses/Wire.h"
 
+#include <chrono>
 #include <mutex>
 
 namespace Smbusd {
@@ -16,6 +17,8 @@ class SimulatedBus final : public RootBus {
    Outcome transfer( const Transfer & ) override;
 
  private:
+   Outcome carryOutOnce( const Transfer &, std::chrono::milliseconds &slow );
+
    const Wire &wire_;
    std::mutex &mutex_;
 };

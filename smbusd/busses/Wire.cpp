@@ -13,4 +13,18 @@ void Wire::findHearing( uint8_t address, std::vector<Chip *> &found ) const {
    }
 }
 
+const Chip *Wire::findStuck() const {
+   for ( const Seat &seat : seats_ ) {
+      if ( seat.chip->faults().stuck && seat.chip->answers() )
+         return seat.chip;
+   }
+   for ( const Joint &joint : joints_ ) {
+      if ( !joint.mux->answers() || !joint.mux->joins( joint.channel ) )
+         continue;
+      if ( const Chip *stuck = joint.behind->findStuck() )
+         return stuck;
+   }
+   return nullptr;
+}
+
 } // namespace Smbusd

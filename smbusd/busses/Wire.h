@@ -19,6 +19,8 @@ class Wire {
 
    // Every chip that now hears this address, through whatever is joined, is added.
    void findHearing( uint8_t address, std::vector<Chip *> &found ) const;
+   // A chip that holds down this wire, or one that is now joined to it; null when there is none.
+   const Chip *findStuck() const;
 
  private:
    struct Seat {

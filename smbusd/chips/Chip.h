@@ -1,5 +1,6 @@
 #pragma once
 
+#include "chips/Faults.h"
 #include "chips/Quantity.h"
 
 #include <cstdint>
@@ -36,6 +37,13 @@ class Chip {
       powered_ = powered;
    }
    bool answers() const { return present_ && powered_; }
+   const Faults &faults() const { return faults_; }
+   void faultsAre( const Faults &faults ) {
+      faults_ = faults;
+      transfers_ = 0;
+   }
+   // Whether the chip misses the transfer that begins now; counts it.
+   bool misses() { return faults_.missed > 0 && transfers_++ % faults_.among < faults_.missed; }
    virtual void reset() = 0; // power on
    virtual std::vector<Quantity> quantities() { return {}; }
 
@@ -51,6 +59,8 @@ class Chip {
    const std::string name_;
    bool present_ = true;
    bool powered_ = true;
+   Faults faults_;
+   unsigned transfers_ = 0; // that the faults have counted
 };
 
 } // namespace Smbusd

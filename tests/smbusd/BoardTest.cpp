@@ -61,7 +61,7 @@ TEST_F( BoardTest, ServesTheKeltBoardWithItsOwnValues ) {
       busses.at( *parseRootBusId( "scd(4):1:2" ) )
          ->transfer( { .kind = Kind::Write, .address = mux, .offset = byte } );
    };
-   ASSERT_EQ( busses.size(), 3u );
+   ASSERT_EQ( busses.size(), 8u );
    EXPECT_EQ( reading( "scd(4):1:3", 0x4A ), std::string( "\xFD\x00", 2 ) ); // -3.0
    EXPECT_EQ( reading( "i2c:0", 0x48 ), std::string( "\x2F\x00", 2 ) );      // 47.0
    select( 0x70, 1 );
@@ -203,7 +203,9 @@ TEST_F( BoardTest, NamesAMuxWithoutAChip ) {
 TEST_F( BoardTest, NamesWhatIsWrongInTheSimulation ) {
    const std::pair<const char *, const char *> rows[] = {
       { R"({ "did": 10, "name": "t", "chip": "LM76" })",
-        "/chips/0/chip: \"LM76\" is none of [\"LM75\",\"PCA9548\"]" },
+        "/chips/0/chip: \"LM76\" is none of [\"LM75\",\"PCA9548\",\"EMC2305\",\"PCA9506\","
+        "\"PmbusSupply\",\"Fru24C02\",\"SfpModule\",\"QsfpModule\",\"QsfpCpld\",\"SfpCpld\","
+        "\"SystemCpld\"]" },
       { R"({ "did": 10, "name": "t" })", "/chips/0: has no \"chip\"" },
       { R"({ "did": 10, "name": "t", "chip": "LM75" })", "/chips/0: has no \"temperature\"" },
       { R"({ "did": 10, "name": "t", "chip": "LM75", "temperature": 1, "colour": 1 })",
