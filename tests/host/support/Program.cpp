@@ -43,6 +43,7 @@ Program::Program( const TempFolder &folder, const std::vector<std::string> &argu
    if ( process_ != 0 )
       return;
    ::setenv( "SCRIPT", folder.path().c_str(), 1 );
+   ::setenv( "ORBIS_HOST_SOCKET", ( folder.path() / "host.sock" ).c_str(), 1 );
    if ( output == Output::Files ) {
       openAs( folder.path() / "out.txt", STDOUT_FILENO );
       openAs( folder.path() / "err.txt", STDERR_FILENO );
