@@ -110,6 +110,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
                          [self = shared_from_this()]( const error_code &failure, std::size_t ) {
                             if ( !failure && self->keepAlive_ )
                                self->read();
+                            else // whoever may still answer keeps this object alive
+                               self->stream_.close();
                          } );
    }
 
