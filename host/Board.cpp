@@ -4,6 +4,7 @@
 #include "check/Json.h"
 #include "check/Schema.h"
 
+#include <cstdlib>
 #include <fmt/format.h>
 #include <set>
 
@@ -48,12 +49,33 @@ void checkObjects( const Value &objects, const Place &root, DeviceCheck &devices
    }
 }
 
-ObjectDescription describe( const Value &object ) {
+double toNumber( const Value *value ) {
+   if ( const auto text = Json::toText( value ) )
+      return std::strtod( std::string( *text ).c_str(), nullptr );
+   return value && value->IsNumber() ? value->GetDouble() : 0;
+}
+
+// What a device document tells of an object beside what the plug-in makes of it.
+void describeDevice( const Value &device, const DriverTable &table, ObjectDescription &object ) {
+   object.did = Json::toUnsigned( Json::find( &device, "did" ) );
+   object.address =
+      Json::toUnsigned( Json::find( Json::find( &device, "address" ), "address" ) ).value_or( 0 );
+   const auto driver = table.drivers.find( *Json::toText( Json::find( &device, "driver" ) ) );
+   const std::string &fullScale =
+      driver->second.makes.find( nameOf( object.kind ) )->second.fullScale;
+   if ( !fullScale.empty() )
+      object.fullScale =
+         toNumber( Json::find( Json::find( &device, "driverArgs" ), fullScale.c_str() ) );
+}
+
+ObjectDescription describe( const Value &object, const DriverTable &table ) {
    ObjectDescription description{ .kind = *kindOf( *Json::toText( Json::find( &object, "type" ) ) ),
                                   .name = std::string(
                                      *Json::toText( Json::find( &object, "name" ) ) ) };
-   if ( const Value *device = Json::find( &object, "device" ) )
+   if ( const Value *device = Json::find( &object, "device" ) ) {
       description.text = Json::write( *device );
+      describeDevice( *device, table, description );
+   }
    if ( const auto label = Json::toText( Json::find( &object, "label" ) ) )
       description.text = *label;
    if ( const Value *alert = Json::find( &object, "alert" ) )
@@ -86,9 +108,9 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
       return {};
    Board board{ .folder = folder.string(),
                 .topology = std::move( topology->text ),
-                .faultTraces = std::move( table->faultTraces ) };
+                .traces = table->traces };
    for ( const Value &object : objects->document.GetArray() )
-      board.objects.push_back( describe( object ) );
+      board.objects.push_back( describe( object, *table ) );
    return board;
 }
 

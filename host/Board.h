@@ -1,6 +1,7 @@
 #ifndef ORBIS_HOST_BOARD_H
 #define ORBIS_HOST_BOARD_H
 
+#include "check/DriverTable.h"
 #include "check/Finding.h"
 #include "plugin/Kind.h"
 
@@ -19,7 +20,10 @@ struct ObjectDescription {
    std::string text{}; ///< the device document, or a topology label; empty for the system
    float alert = 0;    ///< degrees Celsius, of temperature sensors
    float critical = 0;
-   std::uint8_t value = 0; ///< of SMBus objects given by a label
+   std::uint8_t value = 0;             ///< of SMBus objects given by a label
+   std::optional<std::uint32_t> did{}; ///< of the driver object that it is made by
+   unsigned address = 0;               ///< of its chip, seven bits
+   double fullScale = 0;               ///< rpm, a fan's highest; 0 when that isn't known
 };
 
 /// A board whose files are known to be good.
@@ -27,7 +31,7 @@ struct Board {
    std::string folder{};
    std::string topology{}; ///< the text of topology.json
    std::vector<ObjectDescription> objects{};
-   std::vector<std::string> faultTraces{}; ///< of its plug-in, see DriverTable
+   PluginTraces traces{};
 };
 
 /// Checks topology.json and objects.json in `folder`, and the plug-in's data file `drivers`, and

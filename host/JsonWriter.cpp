@@ -27,19 +27,28 @@ JsonWriter &JsonWriter::reading( const Reading &reading ) {
    return *this;
 }
 
+JsonWriter &JsonWriter::object( const ObjectReport &object ) {
+   beginObject().member( "name", object.name ).member( "type", object.type );
+   member( "state", nameOf( object.state ) ).member( "age", toMilliseconds( object.age ) );
+   fault( object.fault ).key( "values" ).beginList();
+   for ( const ValueReport &value : object.values ) {
+      beginObject().reading( value.reading ).member( "age", toMilliseconds( value.age ) );
+      fault( value.reading.fault ).endObject();
+   }
+   return endList().endObject();
+}
+
+std::string toJson( const ObjectReport &object ) {
+   JsonWriter json;
+   json.object( object );
+   return json.text();
+}
+
 std::string toJson( std::string_view board, const BoardReport &report ) {
    JsonWriter json;
    json.beginObject().member( "board", board ).key( "objects" ).beginList();
-   for ( const ObjectReport &object : report ) {
-      json.beginObject().member( "name", object.name ).member( "type", object.type );
-      json.member( "state", nameOf( object.state ) ).member( "age", toMilliseconds( object.age ) );
-      json.fault( object.fault ).key( "values" ).beginList();
-      for ( const ValueReport &value : object.values ) {
-         json.beginObject().reading( value.reading ).member( "age", toMilliseconds( value.age ) );
-         json.fault( value.reading.fault ).endObject();
-      }
-      json.endList().endObject();
-   }
+   for ( const ObjectReport &object : report )
+      json.object( object );
    return json.endList().endObject().text();
 }
 

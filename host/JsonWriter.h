@@ -40,12 +40,18 @@ class JsonWriter {
    /// The members of a reading but for its fault: "name", "unit", "state", "value".
    JsonWriter &reading( const Reading &reading );
 
+   /// A whole object of a board.
+   JsonWriter &object( const ObjectReport &object );
+
    std::string text() const { return { buffer_.GetString(), buffer_.GetSize() }; }
 
  private:
    rapidjson::StringBuffer buffer_{};
    rapidjson::Writer<rapidjson::StringBuffer> writer_{ buffer_ };
 };
+
+/// An object of a board, as the schema's definition "object" has it.
+std::string toJson( const ObjectReport &object );
 
 /// The one JSON text that tells of a board; its schema is boards/state.schema.json.
 std::string toJson( std::string_view board, const BoardReport &report );

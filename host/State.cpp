@@ -8,7 +8,8 @@
 namespace Host {
 namespace {
 
-constexpr EnumNames<State, 5> names{ { "ok", "stale", "unreadable", "absent", "unsupported" } };
+constexpr EnumNames<State, 6> names{ { "ok", "stale", "unreadable", "absent", "unmanaged",
+                                       "unsupported" } };
 
 bool isBad( State state ) { return state == State::Unreadable || state == State::Stale; }
 

@@ -16,6 +16,7 @@ enum class State {
    Stale,       ///< was good when it was last read, which is too long ago
    Unreadable,  ///< the last attempt failed
    Absent,      ///< the module is not there, and that was read without a fault
+   Unmanaged,   ///< a module is there, but none that is known
    Unsupported, ///< the driver or the platform doesn't provide it
 };
 

@@ -25,6 +25,8 @@ int run( const Options &options ) {
       return Host::watch( *board, options );
    case Options::Command::Serve:
       return Host::serve( *board, options );
+   case Options::Command::Act:
+      return Host::act( *board, options );
    default:
       fmt::print( "{}: {} objects, nothing wrong\n", options.board.string(),
                   board->objects.size() );

@@ -40,6 +40,7 @@ KindRule kindOf( const Value &json ) {
    for ( const Value &names : Json::elements( Json::find( &json, "numbered" ) ) )
       rule.numbered.push_back( argumentsOf( &names ) );
    rule.by = textOf( json, "by" );
+   rule.fullScale = textOf( json, "fullScale" );
    for ( const auto &[name, args] : Json::members( Json::find( &json, "cases" ) ) )
       rule.cases[name.GetString()] = argumentsOf( &args );
    for ( const auto &[key, kind] : Json::members( Json::find( &json, "nested" ) ) )
@@ -68,6 +69,24 @@ DriverRule driverOf( const Value &json, const Value *everySingleDevice ) {
    return rule;
 }
 
+PluginTraces tracesOf( const Value &json ) {
+   const Value none;
+   const auto part = [&none]( const Value &of, const char *key ) -> const Value & {
+      const Value *found = Json::find( &of, key );
+      return found ? *found : none;
+   };
+   const Value &slot = part( json, "slotTraces" );
+   const Value &absent = part( slot, "absent" );
+   const Value &poll = part( json, "pollTraces" );
+   return { .faults = textsOf( Json::find( &json, "faultTraces" ) ),
+            .absentHolds = textOf( absent, "holds" ),
+            .absentEnds = textOf( absent, "ends" ),
+            .unmanaged = textOf( slot, "unmanaged" ),
+            .unreadable = textOf( slot, "unreadable" ),
+            .pollFailed = textOf( poll, "failed" ),
+            .pollDone = textOf( poll, "done" ) };
+}
+
 } // namespace
 
 std::optional<DriverTable> loadDriverTable( const std::filesystem::path &path,
@@ -79,7 +98,7 @@ std::optional<DriverTable> loadDriverTable( const std::filesystem::path &path,
    if ( findings.size() != before )
       return {};
    DriverTable table{ .hams = textsOf( Json::find( &file->document, "hams" ) ),
-                      .faultTraces = textsOf( Json::find( &file->document, "faultTraces" ) ) };
+                      .traces = tracesOf( file->document ) };
    for ( const Value &device : Json::elements( Json::find( &file->document, "system" ) ) )
       table.system.push_back( { textOf( device, "label" ), textOf( device, "driver" ) } );
    for ( const auto &[name, driver] : Json::members( Json::find( &file->document, "drivers" ) ) )

@@ -29,6 +29,7 @@ struct KindRule {
    std::vector<ArgumentRules> numbered{}; ///< each by the beginnings of names
    std::string by{}; ///< the argument that says which case holds; empty: there are no cases
    std::map<std::string, ArgumentRules, std::less<>> cases{};
+   std::string fullScale{}; ///< the argument that holds a fan's highest speed; or empty
    std::map<std::string, std::string, std::less<>> nested{}; ///< key of a part, and its kind
 };
 
@@ -52,10 +53,21 @@ struct SystemDevice {
    std::string driver{}; ///< empty: any, or none
 };
 
+/// What traces of a plug-in mean. Those that are empty mean nothing.
+struct PluginTraces {
+   std::vector<std::string> faults{}; ///< beginnings; the rest says why an operation failed
+   std::string absentHolds{};         ///< of the fault that says that a slot is empty
+   std::string absentEnds{};
+   std::string unmanaged{};  ///< beginning, of a slot with a module that isn't known
+   std::string unreadable{}; ///< beginning, of a slot with a module that can't be made out
+   std::string pollFailed{}; ///< beginning
+   std::string pollDone{};   ///< beginning
+};
+
 /// The data file of a plug-in.
 struct DriverTable {
    std::vector<std::string> hams{};
-   std::vector<std::string> faultTraces{};
+   PluginTraces traces{};
    std::vector<SystemDevice> system{};
    std::map<std::string, DriverRule, std::less<>> drivers{};
 };

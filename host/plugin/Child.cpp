@@ -1,5 +1,6 @@
 #include "plugin/Child.h"
 
+#include "plugin/Actions.h"
 #include "plugin/Messages.h"
 #include "plugin/Plugin.h"
 #include "plugin/Readings.h"
@@ -24,7 +25,7 @@ class Child {
    explicit Child( int socket )
       : socket_( loop_, stream_protocol(), socket ),
         services_( loop_, [this]( int level, std::string text ) {
-           send( Trace{ level, std::move( text ) } );
+           send( Trace{ level, std::move( text ), services_.timerOf() } );
         } ) {}
 
    void run() {
@@ -79,6 +80,7 @@ class Child {
       return guard( [&] {
          // The plug-in keeps pointers to the texts; a later try for the object gets the same ones.
          const auto &kept = descriptions_.emplace( add.object, add.description ).first->second;
+         services_.madeFor( add.object );
          const Record record = plugin_.value().add( kept );
          if ( isNull( record ) )
             return Done{ Fault{ .words = operation + " made no object" } };
@@ -89,11 +91,21 @@ class Child {
 
    Done carryOut( const ReadCommand &command ) {
       return guard( [&] {
-         read( records_.at( command.object ),
-               { .begun = [this]( const std::string &name ) { send( Begun{ name } ); },
-                 .done = [this]( const Reading &reading ) { send( reading ); } } );
+         read( records_.at( command.object ), sink() );
          return Done{};
       } );
+   }
+
+   Done carryOut( const ActCommand &command ) {
+      return guard( [&] {
+         act( records_.at( command.object ), command.action, sink() );
+         return Done{};
+      } );
+   }
+
+   ReadingSink sink() {
+      return { .begun = [this]( const std::string &name ) { send( Begun{ name } ); },
+               .done = [this]( const Reading &reading ) { send( reading ); } };
    }
 
    // An exception that the plug-in lets out is the fault of the command, and this process goes on.

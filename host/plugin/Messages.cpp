@@ -1,5 +1,6 @@
 #include "plugin/Messages.h"
 
+#include "JsonReader.h"
 #include "JsonWriter.h"
 #include "check/Json.h"
 
@@ -26,6 +27,14 @@ void write( JsonWriter &json, const AddCommand &add ) {
    json.member( "value", std::int64_t{ what.value } );
 }
 
+void write( JsonWriter &json, const ActCommand &act ) {
+   json.member( "do", "act" ).member( "object", static_cast<std::int64_t>( act.object ) );
+   json.member( "operation", act.action.operation ).key( "arguments" ).beginList();
+   for ( const std::int64_t argument : act.action.arguments )
+      json.value( argument );
+   json.endList();
+}
+
 // Members of a message, told with the default where they are missing.
 std::string text( const Value &json, const char *key ) {
    return std::string( Json::toText( Json::find( &json, key ) ).value_or( "" ) );
@@ -35,27 +44,6 @@ float number( const Value &json, const char *key ) {
    return value && value->IsNumber() ? static_cast<float>( value->GetDouble() ) : 0;
 }
 Kind kind( const Value &json ) { return kindOf( text( json, "kind" ) ).value_or( Kind::System ); }
-
-Fault fault( const Value &json ) {
-   Fault fault{ .words = text( json, "fault" ) };
-   if ( const Value *status = Json::find( &json, "status" ); status && status->IsInt() )
-      fault.status = status->GetInt();
-   return fault;
-}
-
-Scalar scalar( const Value *value ) {
-   if ( !value )
-      return {};
-   if ( value->IsBool() )
-      return value->GetBool();
-   if ( value->IsInt64() )
-      return value->GetInt64();
-   if ( value->IsNumber() )
-      return value->GetDouble();
-   if ( const auto words = Json::toText( value ) )
-      return std::string( *words );
-   return {};
-}
 
 } // namespace
 
@@ -75,6 +63,7 @@ std::string encode( const Command &command ) {
                      json.member( "do", "read" );
                      json.member( "object", static_cast<std::int64_t>( read.object ) );
                   },
+                  [&]( const ActCommand &act ) { write( json, act ); },
                },
                command );
    return line( json.endObject() );
@@ -91,6 +80,8 @@ std::string encode( const Event &event ) {
                      json.member( "event", "trace" );
                      json.member( "level", std::int64_t{ trace.level } );
                      json.member( "text", trace.text );
+                     if ( trace.timerOf )
+                        json.member( "object", static_cast<std::int64_t>( *trace.timerOf ) );
                   },
                   [&]( const Reading &reading ) {
                      json.member( "event", "reading" ).reading( reading ).fault( reading.fault );
@@ -118,6 +109,12 @@ std::optional<Command> decodeCommand( const std::string &line ) {
       return InitCommand{ kind( json ) };
    if ( what == "read" )
       return ReadCommand{ object };
+   if ( what == "act" ) {
+      ActCommand act{ object, { .operation = text( json, "operation" ) } };
+      for ( const Value &argument : Json::elements( Json::find( &json, "arguments" ) ) )
+         act.action.arguments.push_back( argument.IsInt64() ? argument.GetInt64() : 0 );
+      return act;
+   }
    if ( what == "add" )
       return AddCommand{ object,
                          { .kind = kind( json ),
@@ -138,14 +135,13 @@ std::optional<Event> decodeEvent( const std::string &line ) {
    if ( what == "begun" )
       return Begun{ text( json, "operation" ) };
    if ( what == "trace" )
-      return Trace{ static_cast<int>( number( json, "level" ) ), text( json, "text" ) };
+      return Trace{ static_cast<int>( number( json, "level" ) ), text( json, "text" ),
+                    Json::toUnsigned( Json::find( &json, "object" ) ) };
    if ( what == "reading" )
-      return Reading{ text( json, "name" ), text( json, "unit" ),
-                      stateOf( text( json, "state" ) ).value_or( State::Unreadable ),
-                      scalar( Json::find( &json, "value" ) ), fault( json ) };
+      return toReading( json );
    if ( what == "done" )
       return Done{ Json::isTrue( Json::find( &json, "ok" ) ) ? std::nullopt
-                                                             : std::optional( fault( json ) ) };
+                                                             : std::optional( toFault( json ) ) };
    return {};
 }
 

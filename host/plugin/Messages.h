@@ -3,6 +3,7 @@
 
 #include "Board.h"
 #include "State.h"
+#include "plugin/Action.h"
 #include "plugin/Kind.h"
 
 #include <optional>
@@ -31,7 +32,12 @@ struct AddCommand {
 struct ReadCommand {
    std::size_t object = 0;
 };
-using Command = std::variant<LoadCommand, InitCommand, AddCommand, ReadCommand>;
+/// Something that an object is asked to do; answered by one reading as well.
+struct ActCommand {
+   std::size_t object = 0;
+   Action action{};
+};
+using Command = std::variant<LoadCommand, InitCommand, AddCommand, ReadCommand, ActCommand>;
 
 /// The child is about to call the plug-in: "pl_led_init", "pl_led_add" or a value's name.
 struct Begun {
@@ -40,6 +46,8 @@ struct Begun {
 struct Trace {
    int level = 0;
    std::string text{};
+   /// Told between commands, by a timer that was made when this object was added.
+   std::optional<std::size_t> timerOf{};
 };
 /// How the command ended; no fault when it went well.
 struct Done {

@@ -1,55 +1,19 @@
 #include "plugin/Readings.h"
 
-#include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <fmt/format.h>
+#include "plugin/Operation.h"
+
 #include <memory>
-#include <string_view>
 
 namespace Host {
 namespace {
-
-// Whether a table, as long as its size word says, provides an operation.
-template <class Ops, class Operation>
-bool provides( const Ops &ops, Operation Ops::*operation ) {
-   const auto end = reinterpret_cast<const char *>( &( ops.*operation ) + 1 ) -
-                    reinterpret_cast<const char *>( &ops );
-   return static_cast<std::size_t>( end ) <= ops.size && ops.*operation;
-}
-
-// A float's shortest decimal text says what was meant: 24.1, where a plain cast gives 24.10000038.
-Scalar scalar( float value ) { return std::stod( fmt::format( "{}", value ) ); }
-Scalar scalar( int value ) { return std::int64_t{ value }; }
-Scalar scalar( unsigned value ) { return std::int64_t{ value }; }
-
-void judge( Reading &reading, int status ) {
-   if ( status == PL_STATUS_OK )
-      return;
-   reading.state = status == PL_STATUS_NOT_PROVIDED ? State::Unsupported : State::Unreadable;
-   reading.fault.status = status;
-   reading.value = {};
-}
 
 class Reader {
  public:
    explicit Reader( const ReadingSink &sink ) : sink_( sink ) {}
 
-   // Announces a reading, lets `operation` fill it in, and hands it on.
    template <class Operation>
    void one( const char *name, const char *unit, const Operation &operation ) const {
-      sink_.begun( name );
-      Reading reading{ .name = name, .unit = unit };
-      try {
-         operation( reading );
-      } catch ( const std::exception &exception ) {
-         // By this text a driver says that it has no such operation.
-         const bool missing = std::string_view( exception.what() ).starts_with( "Not implemented" );
-         reading.state = missing ? State::Unsupported : State::Unreadable;
-         reading.fault.words = exception.what();
-         reading.value = {};
-      }
-      sink_.done( reading );
+      carryOut( sink_, name, unit, operation );
    }
 
    // An operation of the usual shape: a status, and an output that is written on success.
@@ -109,13 +73,7 @@ class Reader {
          qsfp( cage, cage->ops->qsfp );
    }
    void operator()( pl_system *system ) const {
-      one( "reload_cause", "", [&]( Reading &reading ) {
-         char cause[100] = "", description[500] = "";
-         long time = 0;
-         const int status = system->ops->get_reload_cause( system, &cause, &time, &description );
-         reading.value = std::string( cause, ::strnlen( cause, sizeof cause ) );
-         judge( reading, status );
-      } );
+      one( "reload_cause", "", [&]( Reading &reading ) { readReloadCause( system, reading ); } );
    }
    void operator()( pl_led * ) const {}
    void operator()( pl_smbus * ) const {}

@@ -13,6 +13,7 @@ struct pl_timer {
    boost::asio::steady_timer timer;
    void ( *callback )( void * );
    void *context;
+   std::size_t madeFor;
    unsigned armed = 0; // tells an expiry that was overtaken by a later set or cancel
 };
 
@@ -34,7 +35,7 @@ Services *Services::current() { return theServices; }
 
 pl_timer *Services::addTimer( void ( *callback )( void * ), void *context ) {
    const auto timer = std::make_shared<pl_timer>(
-      pl_timer{ boost::asio::steady_timer( loop_ ), callback, context } );
+      pl_timer{ boost::asio::steady_timer( loop_ ), callback, context, madeFor_ } );
    timers_[timer.get()] = timer;
    return timer.get();
 }
@@ -46,10 +47,13 @@ bool Services::setTimer( pl_timer *handle, unsigned milliseconds ) {
    const unsigned armed = ++handle->armed;
    handle->timer.expires_after( std::chrono::milliseconds( milliseconds ) );
    handle->timer.async_wait(
-      [armed, watch = std::weak_ptr( found->second )]( const auto &failure ) {
+      [this, armed, watch = std::weak_ptr( found->second )]( const auto &failure ) {
          const auto timer = watch.lock();
-         if ( timer && !failure && timer->armed == armed )
-            timer->callback( timer->context );
+         if ( !timer || failure || timer->armed != armed )
+            return;
+         timerOf_ = timer->madeFor;
+         timer->callback( timer->context );
+         timerOf_.reset();
       } );
    return true;
 }

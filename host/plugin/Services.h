@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 struct pl_timer;
@@ -26,6 +27,11 @@ class Services {
 
    void trace( int level, std::string text ) const { sink_( level, std::move( text ) ); }
 
+   /// The object that timers are made for from now on.
+   void madeFor( std::size_t object ) { madeFor_ = object; }
+   /// Whose timer it is that runs now; nothing outside of a timer's callback.
+   std::optional<std::size_t> timerOf() const { return timerOf_; }
+
    pl_timer *addTimer( void ( *callback )( void * ), void *context );
    /// False for a timer that there isn't.
    bool setTimer( pl_timer *timer, unsigned milliseconds );
@@ -36,6 +42,8 @@ class Services {
    boost::asio::io_context &loop_;
    TraceSink sink_;
    std::map<pl_timer *, std::shared_ptr<pl_timer>> timers_{};
+   std::size_t madeFor_ = 0;
+   std::optional<std::size_t> timerOf_{};
 };
 
 } // namespace Host

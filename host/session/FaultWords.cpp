@@ -11,11 +11,13 @@ namespace Host {
 namespace {
 
 constexpr std::size_t messagesKept = 3;
+constexpr std::size_t tracesKept = 100; // many more than one operation tells
 
 } // namespace
 
 void FaultWords::operationBegins() {
    fault_.clear();
+   traces_.clear();
    messages_.clear();
 }
 
@@ -26,11 +28,20 @@ void FaultWords::heard( const Trace &trace ) {
       } );
    if ( fits != beginnings_.end() )
       fault_ = printable( trace.text.substr( fits->size() ) );
+   traces_.push_back( trace.text );
+   if ( traces_.size() > tracesKept )
+      traces_.erase( traces_.begin() );
    if ( trace.level != 0 )
       return;
    messages_.push_back( printable( trace.text ) );
    if ( messages_.size() > messagesKept )
       messages_.erase( messages_.begin() );
+}
+
+bool FaultWords::heardOf( const std::string &beginning ) const {
+   return !beginning.empty() &&
+          std::any_of( traces_.begin(), traces_.end(),
+                       [&]( const std::string &trace ) { return trace.starts_with( beginning ); } );
 }
 
 std::string FaultWords::words() const {

@@ -20,12 +20,15 @@ class FaultWords {
 
    /// Whether a trace of the operation told a fault of the bus.
    bool sawFault() const { return !fault_.empty(); }
+   /// Whether any trace of the operation began so.
+   bool heardOf( const std::string &beginning ) const;
    /// The words of the last such trace; else the last messages of level 0.
    std::string words() const;
 
  private:
    std::vector<std::string> beginnings_;
    std::string fault_{};
+   std::vector<std::string> traces_{};   // all
    std::vector<std::string> messages_{}; // the last ones, oldest first
 };
 

@@ -15,6 +15,8 @@ void ObjectRecord::isUnreadable( const Fault &fault, Time now ) {
    fault_ = fault;
    at_ = now;
    for ( Value &value : values_ ) {
+      if ( value.lasts )
+         continue;
       value.reading.state = State::Unreadable;
       value.reading.value = {};
       value.reading.fault = fault;
@@ -22,14 +24,18 @@ void ObjectRecord::isUnreadable( const Fault &fault, Time now ) {
    }
 }
 
-void ObjectRecord::take( const Reading &reading, Time now ) {
-   const auto known = std::find_if( values_.begin(), values_.end(), [&]( const Value &value ) {
-      return value.reading.name == reading.name;
+void ObjectRecord::take( const Reading &reading, Time at ) { put( { reading, at, false } ); }
+
+void ObjectRecord::keep( const Reading &reading, Time at ) { put( { reading, at, true } ); }
+
+void ObjectRecord::put( const Value &value ) {
+   const auto known = std::find_if( values_.begin(), values_.end(), [&]( const Value &one ) {
+      return one.reading.name == value.reading.name;
    } );
    if ( known == values_.end() )
-      values_.push_back( { reading, now } );
+      values_.push_back( value );
    else
-      *known = { reading, now };
+      *known = value;
 }
 
 ObjectReport ObjectRecord::report( const ObjectDescription &description, Clock::duration staleAfter,
@@ -45,7 +51,8 @@ ObjectReport ObjectRecord::report( const ObjectDescription &description, Clock::
                         .age = age( at_ ) };
    for ( const Value &value : values_ ) {
       report.values.push_back( { value.reading, age( value.at ) } );
-      report.values.back().reading.state = stateAt( value.reading.state, value.at );
+      if ( !value.lasts )
+         report.values.back().reading.state = stateAt( value.reading.state, value.at );
    }
    return report;
 }

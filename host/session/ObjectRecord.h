@@ -18,7 +18,13 @@ class ObjectRecord {
    void isFine( Time now );
    /// Nothing of it can be read; values that were known are so no longer.
    void isUnreadable( const Fault &fault, Time now );
-   void take( const Reading &reading, Time now );
+   /// A value as it was read at `at`.
+   void take( const Reading &reading, Time at );
+   /// A value that holds until it is replaced: what something was set to.
+   void keep( const Reading &reading, Time at );
+
+   /// Why nothing of it can be read; none while it is fine.
+   const Fault &fault() const { return fault_; }
 
    /// What was good and is older than `staleAfter` is reported as stale.
    ObjectReport report( const ObjectDescription &description, Clock::duration staleAfter,
@@ -28,7 +34,10 @@ class ObjectRecord {
    struct Value {
       Reading reading;
       Time at;
+      bool lasts;
    };
+
+   void put( const Value &value );
 
    State state_ = State::Unreadable;
    Fault fault_{ .words = "not brought up yet" };

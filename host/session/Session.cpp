@@ -33,6 +33,11 @@ void Session::pump() {
    } );
 }
 
+void Session::ask( std::size_t object, const Action &action, Supervisor::Answer answer ) {
+   supervisor_.ask( object, action, std::move( answer ), Clock::now() );
+   pump();
+}
+
 void Session::startChild() {
    whyKilled_.clear();
    child_ = std::make_unique<ChildProcess>(

@@ -27,6 +27,9 @@ class Session {
 
    const Supervisor &supervisor() const { return supervisor_; }
 
+   /// Has an object do something; `answer` is called once, now or when the loop runs.
+   void ask( std::size_t object, const Action &action, Supervisor::Answer answer );
+
  private:
    void pump();
    void startChild();

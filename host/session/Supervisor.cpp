@@ -1,6 +1,8 @@
 #include "session/Supervisor.h"
 
 #include <algorithm>
+#include <boost/algorithm/string/replace.hpp>
+#include <cmath>
 #include <fmt/format.h>
 #include <pl.h>
 
@@ -16,11 +18,24 @@ double seconds( Clock::duration duration ) {
 } // namespace
 
 Supervisor::Supervisor( const Board &board, Limits limits, Time now )
-   : board_( board ), limits_( limits ), words_( board.faultTraces ),
-     objects_( board.objects.size(), Object{ .record = ObjectRecord( now ) } ), nextRound_( now ) {
-   for ( const ObjectDescription &object : board.objects )
-      if ( kinds_.emplace( object.kind, KindState{} ).second )
-         kindOrder_.push_back( object.kind );
+   : board_( board ), limits_( std::move( limits ) ), words_( board.traces.faults ),
+     objects_( board.objects.size(), Object{ .record = ObjectRecord( now ) } ),
+     polls_( board.traces ) {
+   for ( std::size_t i = 0; i < objects_.size(); ++i ) {
+      if ( !needs( i ) )
+         objects_[i].notBefore = Time::max();
+      else if ( kinds_.emplace( board.objects[i].kind, KindState{ .nextRound = now } ).second )
+         kindOrder_.push_back( board.objects[i].kind );
+   }
+}
+
+// Whether an object is to be brought up at all. What makes a driver object, the first of its did
+// does; the system object may ask for any device.
+bool Supervisor::needs( std::size_t object ) const {
+   if ( !limits_.only || object == *limits_.only )
+      return true;
+   const auto did = board_.objects[*limits_.only].did;
+   return object < *limits_.only && ( !did || board_.objects[object].did == did );
 }
 
 void Supervisor::childStarted() {
@@ -29,6 +44,7 @@ void Supervisor::childStarted() {
       state.ready = false;
    for ( Object &object : objects_ )
       object.stands = false;
+   polls_.clear();
 }
 
 std::optional<Command> Supervisor::next( Time now ) {
@@ -42,13 +58,16 @@ std::optional<Command> Supervisor::next( Time now ) {
    return command;
 }
 
-// First everything that brings objects up, then readings.
+// First everything that brings objects up, then readings. What users ask for goes before both, as
+// soon as its object stands.
 std::optional<Command> Supervisor::choose( Time now ) {
    if ( !loaded_ )
       return LoadCommand{ {}, board_.topology };
    for ( const Kind kind : kindOrder_ )
       if ( const KindState &state = kinds_[kind]; !state.ready && state.notBefore <= now )
          return InitCommand{ kind };
+   if ( auto asked = nextAsked() )
+      return asked;
    for ( std::size_t i = 0; i < objects_.size(); ++i )
       if ( wantsAdd( objects_[i], board_.objects[i].kind, now ) )
          return AddCommand{ i, board_.objects[i] };
@@ -67,16 +86,57 @@ bool Supervisor::wantsAdd( const Object &object, Kind kind, Time now ) const {
 }
 
 void Supervisor::startRound( Time now ) {
-   if ( limits_.once || now < nextRound_ )
+   if ( limits_.once || limits_.only )
       return;
-   nextRound_ = now + limits_.period;
-   for ( Object &object : objects_ )
-      object.due = object.stands;
+   for ( auto &[kind, state] : kinds_ ) {
+      if ( now < state.nextRound )
+         continue;
+      state.nextRound = now + limits_.periodOf( kind );
+      for ( std::size_t i = 0; i < objects_.size(); ++i )
+         if ( board_.objects[i].kind == kind )
+            objects_[i].due = objects_[i].stands;
+   }
+}
+
+void Supervisor::ask( std::size_t object, const Action &action, Answer answer, Time now ) {
+   asked_.push_back( { object, action, std::move( answer ) } );
+   const Object &asked = objects_[object];
+   const KindState &kind = kinds_[board_.objects[object].kind];
+   if ( loadFault_ || ( !asked.stands && ( asked.notBefore > now || kind.notBefore > now ) ) )
+      refuse( object );
+}
+
+std::optional<Command> Supervisor::nextAsked() const {
+   for ( const Asked &asked : asked_ )
+      if ( objects_[asked.object].stands )
+         return ActCommand{ asked.object, asked.action };
+   return {};
+}
+
+// Answers what was asked of the object first.
+void Supervisor::answer( std::size_t object, const Reading &reading ) {
+   const auto asked = std::find_if( asked_.begin(), asked_.end(),
+                                    [object]( const Asked &one ) { return one.object == object; } );
+   if ( asked == asked_.end() )
+      return;
+   const Answer answer = std::move( asked->answer ); // it may ask for more
+   asked_.erase( asked );
+   if ( answer )
+      answer( reading );
+}
+
+// Answers all that was asked of an object with what is wrong with it.
+void Supervisor::refuse( std::size_t object ) {
+   const auto count = std::count_if(
+      asked_.begin(), asked_.end(), [object]( const Asked &one ) { return one.object == object; } );
+   const Fault fault = loadFault_.value_or( objects_[object].record.fault() );
+   for ( auto i = count; i > 0; --i )
+      answer( object, { .state = State::Unreadable, .fault = fault } );
 }
 
 void Supervisor::heard( const Event &event, Time now ) {
    if ( const auto *trace = std::get_if<Trace>( &event ) )
-      words_.heard( *trace );
+      heardTrace( *trace, now );
    if ( !inHand_ )
       return;
    if ( const auto *begun = std::get_if<Begun>( &event ) ) {
@@ -93,9 +153,25 @@ void Supervisor::heard( const Event &event, Time now ) {
    }
 }
 
+// What a timer tells is no word of the command that may be in hand by now.
+void Supervisor::heardTrace( const Trace &trace, Time now ) {
+   if ( !trace.timerOf )
+      words_.heard( trace );
+   std::optional<std::size_t> object = trace.timerOf;
+   if ( const auto *add = inHand_ ? std::get_if<AddCommand>( &inHand_->command ) : nullptr;
+        add && !object )
+      object = add->object;
+   if ( object && *object < objects_.size() )
+      if ( const auto did = board_.objects[*object].did )
+         polls_.heard( *did, trace, now );
+}
+
 void Supervisor::done( const LoadCommand &, const Done &done, Time ) {
    loaded_ = !done.fault;
    loadFault_ = done.fault;
+   if ( loadFault_ )
+      for ( std::size_t i = 0; i < objects_.size(); ++i )
+         refuse( i );
 }
 
 void Supervisor::done( const InitCommand &command, const Done &done, Time now ) {
@@ -120,35 +196,86 @@ void Supervisor::done( const AddCommand &command, const Done &done, Time now ) {
       Fault fault = *done.fault;
       if ( const std::string why = words_.words(); !why.empty() )
          fault.words += ": " + why;
-      fail( object, fault, now );
+      fail( command.object, fault, now );
       return;
    }
-   object.stands = object.tried = object.due = true;
+   object.stands = object.tried = true;
+   object.due = !limits_.only;
    object.record.isFine( now );
+   if ( object.blinks )
+      ask( command.object, { "set_light_setting", { PL_LED_BEACON } }, {}, now );
 }
 
 void Supervisor::done( const ReadCommand &command, const Done &done, Time now ) {
    Object &object = objects_[command.object];
    object.due = false;
    if ( done.fault ) {
-      fail( object, *done.fault, now );
+      fail( command.object, *done.fault, now );
       return;
    }
    object.record.isFine( now );
    object.backOff.succeeded();
 }
 
+void Supervisor::done( const ActCommand &command, const Done &done, Time now ) {
+   Reading result = std::exchange( result_, {} ).value_or( Reading{ .state = State::Unreadable } );
+   if ( done.fault )
+      result.fault = *done.fault;
+   Object &object = objects_[command.object];
+   if ( command.action.operation == "set_light_setting" && result.state == State::Ok ) {
+      const std::int64_t setting = command.action.arguments.at( 0 );
+      object.blinks = setting == PL_LED_BEACON;
+      object.record.keep( { .name = "setting", .value = std::string( nameOfSetting( setting ) ) },
+                          now );
+   }
+   answer( command.object, result );
+}
+
 void Supervisor::take( const Reading &reading, Time now ) {
-   const auto *command = std::get_if<ReadCommand>( &inHand_->command );
-   if ( !command )
-      return;
    Reading known = reading;
-   // That a module is absent counts only when the bus was in order.
-   if ( known.state == State::Absent && words_.sawFault() )
-      known.state = State::Unreadable;
+   const auto *command = std::get_if<ReadCommand>( &inHand_->command );
+   if ( command && known.state == State::Absent )
+      judgeAbsence( known, board_.objects[command->object] );
    if ( known.state == State::Unreadable && known.fault.words.empty() )
       known.fault.words = words_.words();
-   objects_[command->object].record.take( known, now );
+   if ( command )
+      record( command->object, known, now );
+   else if ( std::holds_alternative<ActCommand>( inHand_->command ) )
+      result_ = known;
+}
+
+// That a module is absent counts only when the bus was in order, or says that nobody is there. A
+// module that the plug-in doesn't know is told by a trace.
+void Supervisor::judgeAbsence( Reading &reading, const ObjectDescription &slot ) const {
+   const PluginTraces &traces = board_.traces;
+   if ( words_.sawFault() ) {
+      const std::string words = words_.words();
+      const std::string holds = boost::algorithm::replace_all_copy(
+         traces.absentHolds, "{address}", fmt::format( "{:#04x}", slot.address ) );
+      const bool nobodyThere = !traces.absentEnds.empty() && words.ends_with( traces.absentEnds ) &&
+                               words.find( holds ) != std::string::npos;
+      if ( !nobodyThere )
+         reading.state = State::Unreadable;
+   } else if ( words_.heardOf( traces.unmanaged ) ) {
+      reading.state = State::Unmanaged;
+   } else if ( words_.heardOf( traces.unreadable ) ) {
+      reading.state = State::Unreadable;
+   }
+}
+
+void Supervisor::record( std::size_t object, Reading reading, Time now ) {
+   const ObjectDescription &description = board_.objects[object];
+   ObjectRecord &record = objects_[object].record;
+   const Time at =
+      description.kind == Kind::Xcvr ? polls_.judge( description.did, reading, now ) : now;
+   record.take( reading, at );
+   if ( description.kind != Kind::Fan || description.fullScale <= 0 )
+      return;
+   if ( const auto *rpm = std::get_if<std::int64_t>( &reading.value ) )
+      reading.value = std::round( 1000 * static_cast<double>( *rpm ) / description.fullScale ) / 10;
+   reading.name = "share";
+   reading.unit = "%";
+   record.take( reading, at );
 }
 
 void Supervisor::childDied( const std::string &cause, Time now ) {
@@ -163,20 +290,24 @@ void Supervisor::childDied( const std::string &cause, Time now ) {
 
 void Supervisor::blame( const Command &command, const Fault &fault, Time now ) {
    if ( const auto *add = std::get_if<AddCommand>( &command ) )
-      fail( objects_[add->object], fault, now );
+      fail( add->object, fault, now );
    else if ( const auto *read = std::get_if<ReadCommand>( &command ) )
-      fail( objects_[read->object], fault, now );
+      fail( read->object, fault, now );
+   else if ( const auto *act = std::get_if<ActCommand>( &command ) )
+      fail( act->object, fault, now );
    else if ( std::holds_alternative<InitCommand>( command ) )
       failConnection( fault, now );
    else
       loadFault_ = fault;
 }
 
-void Supervisor::fail( Object &object, const Fault &fault, Time now ) {
+void Supervisor::fail( std::size_t index, const Fault &fault, Time now ) {
+   Object &object = objects_[index];
    object.record.isUnreadable( fault, now );
    object.tried = true;
    object.stands = object.due = false;
    object.notBefore = limits_.once ? Time::max() : object.backOff.failed( now );
+   refuse( index );
 }
 
 void Supervisor::failKind( Kind kind, const Fault &fault, Time now ) {
@@ -187,6 +318,7 @@ void Supervisor::failKind( Kind kind, const Fault &fault, Time now ) {
          objects_[i].record.isUnreadable( fault, now );
          objects_[i].tried = true;
          objects_[i].due = false;
+         refuse( i );
       }
 }
 
@@ -230,21 +362,24 @@ Time Supervisor::wakeAt( Time now ) const {
       at( inHand_->since + limits_.patience );
       at( inHand_->since + ( isInit ? limits_.init : limits_.step ) );
    }
-   at( nextRound_ );
    at( childNotBefore_ );
-   for ( const auto &[kind, state] : kinds_ )
+   for ( const auto &[kind, state] : kinds_ ) {
       at( state.notBefore );
+      at( state.nextRound );
+   }
    for ( const Object &object : objects_ )
       at( object.notBefore );
    return wake;
 }
 
 BoardReport Supervisor::report( Time now ) const {
-   const auto staleAfter =
-      limits_.once ? Clock::duration::max() : limits_.staleAfter * limits_.period;
    BoardReport board;
-   for ( std::size_t i = 0; i < objects_.size(); ++i )
+   for ( std::size_t i = 0; i < objects_.size(); ++i ) {
+      const auto staleAfter = limits_.once
+                                 ? Clock::duration::max()
+                                 : limits_.staleAfter * limits_.periodOf( board_.objects[i].kind );
       board.push_back( objects_[i].record.report( board_.objects[i], staleAfter, now ) );
+   }
    return board;
 }
 

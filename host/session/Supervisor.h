@@ -6,7 +6,10 @@
 #include "session/BackOff.h"
 #include "session/FaultWords.h"
 #include "session/ObjectRecord.h"
+#include "session/Polls.h"
 
+#include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -28,12 +31,22 @@ struct Limits {
    Duration period = std::chrono::seconds( 1 ); ///< between two readings of an object
    int staleAfter = 3;                          ///< periods that a value is good for
    bool once = false;                           ///< read every object once, try nothing again
+   std::optional<std::size_t> only{};  ///< bring up no more than this object needs; read nothing
+   std::map<Kind, Duration> periods{}; ///< of kinds that have one of their own
+
+   Duration periodOf( Kind kind ) const {
+      const auto own = periods.find( kind );
+      return own == periods.end() ? period : own->second;
+   }
 };
 
 /// Decides what the child does next, and keeps what is known of every object. Knows no process and
 /// no clock: both are told to it.
 class Supervisor {
  public:
+   /// Told how an action ended, as a reading with the operation's name.
+   using Answer = std::function<void( const Reading & )>;
+
    Supervisor( const Board &board, Limits limits, Time now );
 
    /// Whether a child should be running.
@@ -53,6 +66,10 @@ class Supervisor {
    /// When to look again though nothing was heard.
    Time wakeAt( Time now ) const;
 
+   /// Has an object do something as soon as it stands. An object that can't be brought up answers
+   /// at once with its fault.
+   void ask( std::size_t object, const Action &action, Answer answer, Time now );
+
    BoardReport report( Time now ) const;
    /// How many objects were brought up or failed to be, at least once.
    std::size_t settled() const;
@@ -69,6 +86,7 @@ class Supervisor {
       bool stands = false; // in the child that runs now
       bool tried = false;  // ever, be it with its kind
       bool due = false;    // to be read
+      bool blinks = false; // is an LED that was told to, and needs a child for it
       Time notBefore{};    // the next try of what failed
       BackOff backOff{};
    };
@@ -76,6 +94,12 @@ class Supervisor {
       bool ready = false; // in the child that runs now
       Time notBefore{};
       BackOff backOff{};
+      Time nextRound{};
+   };
+   struct Asked {
+      std::size_t object;
+      Action action;
+      Answer answer;
    };
    struct InHand {
       Command command;
@@ -89,9 +113,17 @@ class Supervisor {
    void done( const InitCommand &command, const Done &done, Time now );
    void done( const AddCommand &command, const Done &done, Time now );
    void done( const ReadCommand &command, const Done &done, Time now );
+   void done( const ActCommand &command, const Done &done, Time now );
+   void heardTrace( const Trace &trace, Time now );
+   bool needs( std::size_t object ) const;
+   std::optional<Command> nextAsked() const;
+   void answer( std::size_t object, const Reading &reading );
+   void refuse( std::size_t object );
+   void judgeAbsence( Reading &reading, const ObjectDescription &slot ) const;
+   void record( std::size_t object, Reading reading, Time now );
    void take( const Reading &reading, Time now );
    void blame( const Command &command, const Fault &fault, Time now );
-   void fail( Object &object, const Fault &fault, Time now );
+   void fail( std::size_t object, const Fault &fault, Time now );
    void failKind( Kind kind, const Fault &fault, Time now );
    void failConnection( const Fault &fault, Time now );
    bool wantsAdd( const Object &object, Kind kind, Time now ) const;
@@ -107,7 +139,9 @@ class Supervisor {
    BackOff childBackOff_{};
    std::optional<InHand> inHand_{};
    std::optional<Fault> loadFault_{};
-   Time nextRound_{};
+   std::deque<Asked> asked_{};
+   std::optional<Reading> result_{}; // of the action in hand
+   Polls polls_;
 };
 
 } // namespace Host

@@ -1,6 +1,9 @@
 #include "view/CommandLine.h"
 
+#include "plugin/Action.h"
+
 #include <CLI/CLI.hpp>
+#include <fmt/ranges.h>
 
 namespace Host {
 namespace {
@@ -9,18 +12,25 @@ namespace fs = std::filesystem;
 
 constexpr auto description =
    "Brings a board up with its driver plug-in, and shows it.\n\n"
-   "show, watch and serve write to the board: bringing it up sets thresholds of temperature\n"
-   "sensors, port LEDs, and pin directions of expanders. check touches nothing.\n";
+   "All but check write to the board: bringing it up sets thresholds of temperature\n"
+   "sensors, port LEDs, and pin directions of expanders.\n";
 
 constexpr auto footer =
+   "\nfan, led, xcvr, gpio, smbus and system take the board from --board or ORBIS_BOARD. An LED "
+   "that\n"
+   "blinks needs somebody who stays: led NAME beacon does so until Ctrl-C.\n"
+   "\nWhere a serve of the board runs, the other commands ask that; -v tells. Its socket is\n"
+   "ORBIS_HOST_SOCKET, or /run/orbis/host.sock.\n"
    "\nBOARD is a folder with topology.json and objects.json. What the plug-in's drivers want is\n"
    "read from PLUGIN.drivers.json beside that folder.\n\n"
    "What fails is tried again by watch and serve after 1 s, then after twice as long each time, "
    "up\n"
    "to 60 s. show tries everything once, and ends after 30 s at the latest.\n\n"
-   "Exit codes: 0 all is well; 1 show: something is unreadable; 2 usage; 3 the files of the board\n"
+   "Exit codes: 0 all is well; 1 something can't be read or done; 2 usage; 3 the files of the "
+   "board\n"
    "are bad; 4 the plug-in can't be loaded; 5 the process that holds it can't be run.\n\n"
-   "Environment: ORBIS_PLUGIN, ORBIS_SMBUS_SOCKET, ORBIS_SMBUS_TIMEOUT_MS.\n";
+   "Environment: ORBIS_BOARD, ORBIS_HOST_SOCKET, ORBIS_PLUGIN, ORBIS_SMBUS_SOCKET, "
+   "ORBIS_SMBUS_TIMEOUT_MS.\n";
 
 // Beside the program where it stands there; else wherever the loader looks.
 std::string defaultPlugin() {
@@ -40,6 +50,39 @@ CLI::App *addBoardCommand( CLI::App &app, Options &options, Options::Command com
       ->check( CLI::ExistingDirectory );
    sub->callback( [&options, command] { options.command = command; } );
    return sub;
+}
+
+// A sub-command that has an object of a kind do something.
+void addAction( CLI::App &app, Options &options, Kind kind, const char *what ) {
+   CLI::App *sub = app.add_subcommand( std::string( nameOf( kind ) ), what );
+   sub->fallthrough();
+   sub->footer( fmt::format( "{}", fmt::join( usageOf( kind ), "\n" ) ) );
+   sub->add_option( "--board", options.board, "The board's folder" )
+      ->envname( "ORBIS_BOARD" )
+      ->required()
+      ->check( CLI::ExistingDirectory );
+   if ( kind == Kind::System )
+      sub->add_flag( "-y,--yes", options.yes, "Don't ask before power is cut" );
+   else
+      sub->add_option( "NAME", options.object, "The object's name" )->required();
+   sub->add_option( "WORDS", options.words, "What it is to do" )->required();
+   sub->callback( [&options, kind] {
+      options.command = Options::Command::Act;
+      options.kind = kind;
+   } );
+}
+
+// "psu=5": seconds between two readings of objects of a kind.
+std::string takePeriod( const std::string &text, std::map<Kind, double> &periods ) {
+   const auto equals = text.find( '=' );
+   const auto kind = kindOf( text.substr( 0, equals ) );
+   double seconds = 0;
+   if ( !kind || equals == std::string::npos ||
+        !CLI::detail::lexical_cast( text.substr( equals + 1 ), seconds ) || !( seconds >= 0.1 ) ||
+        seconds > 3600 )
+      return "\"" + text + "\" is not KIND=SECONDS, from 0.1 to 3600";
+   periods[*kind] = seconds;
+   return {};
 }
 
 } // namespace
@@ -77,6 +120,19 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
       staying->add_option( "--period", options.period, "Seconds between two readings" )
          ->check( CLI::Range( 0.1, 3600.0 ) )
          ->capture_default_str();
+   serve
+      ->add_option_function<std::vector<std::string>>(
+         "--period-of", []( const auto & ) {},
+         "KIND=SECONDS between two readings of objects of a kind" )
+      ->multi_option_policy( CLI::MultiOptionPolicy::TakeAll )
+      ->check(
+         [&options]( const std::string &text ) { return takePeriod( text, options.periods ); } );
+   addAction( app, options, Kind::Fan, "Set a fan's speed" );
+   addAction( app, options, Kind::Led, "Set an LED" );
+   addAction( app, options, Kind::Xcvr, "Set a control line of a transceiver cage" );
+   addAction( app, options, Kind::Gpio, "Set, clear or read a GPIO" );
+   addAction( app, options, Kind::Smbus, "Carry out an SMBus operation through a proxy" );
+   addAction( app, options, Kind::System, "Ask for the reload cause, or cut power" );
    app.add_subcommand( "child" )->group( "" )->callback(
       [&options] { options.command = Command::Child; } );
    try {

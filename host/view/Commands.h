@@ -11,6 +11,7 @@ namespace Host {
 int show( const Board &board, const Options &options );
 int watch( const Board &board, const Options &options );
 int serve( const Board &board, const Options &options );
+int act( const Board &board, const Options &options );
 
 /// Says that the plug-in can't be loaded; the exit code for that.
 int tellLoadFault( const Fault &fault );

@@ -1,3 +1,5 @@
+#include "serve/HttpServer.h"
+#include "serve/Place.h"
 #include "view/Commands.h"
 #include "view/Stay.h"
 
@@ -38,9 +40,18 @@ class Diary {
 } // namespace
 
 int serve( const Board &board, const Options &options ) {
-   Stay stay( board, options );
+   Stay stay( board, options, Stay::Source::Own );
+   const Api api( board, serveName( board.folder ),
+                  { .report = [&stay] { return stay.report(); },
+                    .ask =
+                       [&stay]( std::size_t object, const Action &action,
+                                std::function<void( const Reading & )> answer ) {
+                          stay.session().ask( object, action, std::move( answer ) );
+                       } } );
+   const HttpServer server( stay.loop(), serveSocket(), api );
    Diary diary;
-   spdlog::info( "serves {} with {} objects", board.folder, board.objects.size() );
+   spdlog::info( "serves {} with {} objects at {}", board.folder, board.objects.size(),
+                 serveSocket().string() );
    stay.tellWith( [&] { diary.take( stay.report() ); }, false );
    return stay.run();
 }

@@ -1,4 +1,5 @@
 #include "JsonWriter.h"
+#include "serve/Client.h"
 #include "view/Commands.h"
 #include "view/Log.h"
 #include "view/Progress.h"
@@ -16,6 +17,14 @@ namespace {
 constexpr auto initLimit = std::chrono::seconds( 5 );
 constexpr auto totalLimit = std::chrono::seconds( 30 );
 
+int tell( const Board &board, const Options &options, const BoardReport &report ) {
+   if ( options.json )
+      fmt::print( "{}\n", toJson( board.folder, report ) );
+   else
+      fmt::print( "{}\n", fmt::join( tableOf( report ), "\n" ) );
+   return hasUnreadable( report ) ? exitUnreadable : exitOk;
+}
+
 } // namespace
 
 int tellLoadFault( const Fault &fault ) {
@@ -24,6 +33,12 @@ int tellLoadFault( const Fault &fault ) {
 }
 
 int show( const Board &board, const Options &options ) {
+   if ( const auto client = Client::ofBoard( board.folder ) )
+      if ( const auto report = client->report() ) {
+         spdlog::debug( "asks the serve at {}", client->socket().string() );
+         return tell( board, options, *report );
+      }
+   spdlog::debug( "brings {} up itself", board.folder );
    boost::asio::io_context loop{ 1 };
    std::optional<Session> session;
    std::optional<Progress> progress( std::in_place );
@@ -48,13 +63,10 @@ int show( const Board &board, const Options &options ) {
       return tellLoadFault( *session->supervisor().loadFault() );
 
    const BoardReport report = session->supervisor().report( Clock::now() );
-   if ( options.json )
-      fmt::print( "{}\n", toJson( board.folder, report ) );
-   else
-      fmt::print( "{}\n", fmt::join( tableOf( report ), "\n" ) );
+   const int exitCode = tell( board, options, report );
    if ( gaveUp )
       spdlog::error( "gave up after {} s", totalLimit.count() );
-   return gaveUp || hasUnreadable( report ) ? exitUnreadable : exitOk;
+   return gaveUp ? exitUnreadable : exitCode;
 }
 
 } // namespace Host

@@ -8,15 +8,47 @@
 
 namespace Host {
 
-Stay::Stay( const Board &board, const Options &options )
+namespace {
+
+Limits limitsOf( const Options &options ) {
+   Limits limits{ .step = fromSeconds( options.limit ), .period = fromSeconds( options.period ) };
+   for ( const auto &[kind, seconds] : options.periods )
+      limits.periods[kind] = fromSeconds( seconds );
+   return limits;
+}
+
+} // namespace
+
+Stay::Stay( const Board &board, const Options &options, Source source )
    : period_( fromSeconds( options.period ) ), signals_( loop_, SIGINT, SIGTERM, SIGHUP ),
-     session_( loop_, board, options.plugin,
-               Limits{ .step = fromSeconds( options.limit ), .period = period_ },
-               logging( options, [this] { changed(); } ) ) {
+     board_( board ), options_( options ) {
    signals_.async_wait( [this]( const auto &, int signal ) {
       spdlog::info( "ends on signal {}", signal );
       stop();
    } );
+   if ( source == Source::ServeIfThere )
+      serve_ = Client::ofBoard( board.folder );
+   if ( serve_ )
+      spdlog::debug( "asks the serve at {}", serve_->socket().string() );
+   else
+      bringUp();
+}
+
+void Stay::bringUp() {
+   spdlog::debug( "brings {} up itself", board_.folder );
+   session_.emplace( loop_, board_, options_.plugin, limitsOf( options_ ),
+                     logging( options_, [this] { changed(); } ) );
+}
+
+BoardReport Stay::report() {
+   if ( serve_ ) {
+      if ( auto report = serve_->report() )
+         return *report;
+      spdlog::warn( "the serve at {} has gone", serve_->socket().string() );
+      serve_.reset();
+      bringUp();
+   }
+   return session_->supervisor().report( Clock::now() );
 }
 
 void Stay::tellWith( std::function<void()> tell, bool byRound ) {
@@ -28,14 +60,14 @@ void Stay::tellWith( std::function<void()> tell, bool byRound ) {
 int Stay::run( const std::function<void()> &leave ) {
    loop_.run();
    leave();
-   const auto &fault = session_.supervisor().loadFault();
+   const auto fault = session_ ? session_->supervisor().loadFault() : std::nullopt;
    return fault ? tellLoadFault( *fault ) : exitOk;
 }
 
 void Stay::changed() {
-   if ( session_.supervisor().loadFault() )
+   if ( session_->supervisor().loadFault() )
       stop();
-   else if ( byRound_ && session_.supervisor().roundDone() )
+   else if ( byRound_ && session_->supervisor().roundDone() )
       tell();
 }
 
@@ -46,7 +78,7 @@ void Stay::tell() {
 
 void Stay::tellLater() {
    // A round is done a little later than a period after the one before it.
-   timer_.expires_after( byRound_ ? period_ * 3 / 2 : period_ );
+   timer_.expires_after( byRound_ && session_ ? period_ * 3 / 2 : period_ );
    timer_.async_wait( [this]( const auto &failure ) {
       if ( !failure )
          tell();

@@ -1,6 +1,7 @@
 #ifndef ORBIS_HOST_VIEW_STAY_H
 #define ORBIS_HOST_VIEW_STAY_H
 
+#include "serve/Client.h"
 #include "session/Session.h"
 #include "view/CommandLine.h"
 
@@ -8,14 +9,17 @@
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <functional>
+#include <optional>
 
 namespace Host {
 
-/// What the commands have in common that stay with a board: a session on a loop, something to do
+/// What the commands have in common that stay with a board: a session on a loop, or a running
+/// serve that has one, something to do
 /// again and again, and an end by SIGINT, SIGTERM or SIGHUP.
 class Stay {
  public:
-   Stay( const Board &board, const Options &options );
+   enum class Source { Own, ServeIfThere };
+   Stay( const Board &board, const Options &options, Source source );
 
    /// Calls `tell` once a period; with `byRound` whenever every object was read, and where that
    /// takes too long, one and a half periods after the last call.
@@ -26,9 +30,13 @@ class Stay {
    void stop() { loop_.stop(); }
 
    boost::asio::io_context &loop() { return loop_; }
-   BoardReport report() const { return session_.supervisor().report( Clock::now() ); }
+   /// What is known now. Brings the board up itself once a serve has gone.
+   BoardReport report();
+   /// Its own session.
+   Session &session() { return *session_; }
 
  private:
+   void bringUp();
    void changed();
    void tell();
    void tellLater();
@@ -39,7 +47,10 @@ class Stay {
    boost::asio::steady_timer timer_{ loop_ };
    std::function<void()> tell_{};
    bool byRound_ = false;
-   Session session_;
+   const Board &board_;
+   const Options &options_;
+   std::optional<Client> serve_{};
+   std::optional<Session> session_{};
 };
 
 } // namespace Host

@@ -1,5 +1,7 @@
 #include "view/Table.h"
 
+#include "view/CageGrid.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,12 +11,6 @@ namespace Host {
 namespace {
 
 using Row = std::array<std::string, 7>;
-
-// Characters, as opposed to bytes: what follows the first byte of one in UTF-8 doesn't count.
-std::size_t widthOf( const std::string &text ) {
-   return static_cast<std::size_t>( std::count_if(
-      text.begin(), text.end(), []( char byte ) { return ( byte & 0xC0 ) != 0x80; } ) );
-}
 
 std::string show( std::monostate ) { return "-"; }
 std::string show( bool flag ) { return flag ? "yes" : "no"; }
@@ -26,8 +22,7 @@ std::string show( double number ) {
 std::string show( const std::string &text ) { return text.empty() ? "-" : text; }
 
 std::string withUnit( const Reading &reading ) {
-   const std::string text =
-      std::visit( []( const auto &value ) { return show( value ); }, reading.value );
+   const std::string text = toText( reading.value );
    const bool bare =
       reading.unit.empty() || std::holds_alternative<std::monostate>( reading.value );
    return bare ? text : text + " " + reading.unit;
@@ -40,6 +35,8 @@ std::string orDash( std::string text ) { return text.empty() ? "-" : text; }
 std::vector<Row> rowsOf( const BoardReport &board ) {
    std::vector<Row> rows{ { "NAME", "TYPE", "READING", "VALUE", "STATE", "AGE", "FAULT" } };
    for ( const ObjectReport &object : board ) {
+      if ( isCage( object ) )
+         continue;
       if ( object.values.empty() )
          rows.push_back( { object.name, object.type, "-", "-",
                            std::string( nameOf( object.state ) ), ageText( object.age ),
@@ -54,6 +51,10 @@ std::vector<Row> rowsOf( const BoardReport &board ) {
 
 } // namespace
 
+std::string toText( const Scalar &value ) {
+   return std::visit( []( const auto &what ) { return show( what ); }, value );
+}
+
 std::vector<std::string> tableOf( const BoardReport &board ) {
    const std::vector<Row> rows = rowsOf( board );
    std::array<std::size_t, std::tuple_size_v<Row>> widths{};
@@ -66,6 +67,10 @@ std::vector<std::string> tableOf( const BoardReport &board ) {
       for ( std::size_t i = 0; i + 1 < row.size(); ++i )
          line += row[i] + std::string( widths[i] - widthOf( row[i] ) + 2, ' ' );
       lines.push_back( line + row.back() );
+   }
+   if ( const auto grid = gridOf( board ); !grid.empty() ) {
+      lines.emplace_back();
+      lines.insert( lines.end(), grid.begin(), grid.end() );
    }
    return lines;
 }

@@ -12,7 +12,7 @@
 namespace Host {
 
 int watch( const Board &board, const Options &options ) {
-   Stay stay( board, options );
+   Stay stay( board, options, Stay::Source::ServeIfThere );
    std::optional<Terminal> terminal;
    if ( Terminal::isThere() )
       terminal.emplace( stay.loop(), [&stay]( char key ) {

@@ -29,7 +29,15 @@ TEST( MessagesTest, CarryEveryCommandThrough ) {
    EXPECT_EQ( add.description.value, 255 );
 }
 
+TEST( MessagesTest, CarryAnActionThrough ) {
+   const Action action{ "block_write", { 1, 0, 255 } };
+   const auto act = std::get<ActCommand>( *decodeCommand( encode( ActCommand{ 7, action } ) ) );
+   EXPECT_EQ( act.object, 7u );
+   EXPECT_EQ( act.action, action );
+}
+
 TEST( MessagesTest, CarryEveryEventThroughOnOneLine ) {
+   EXPECT_EQ( std::get<Trace>( *decodeEvent( encode( Trace{ 0, "x", 129 } ) ) ).timerOf, 129u );
    const std::string trace = encode( Trace{ 3, "two\nlines" } );
    EXPECT_EQ( trace.find( '\n' ), trace.size() - 1 );
    EXPECT_EQ( std::get<Trace>( *decodeEvent( trace ) ).text, "two\nlines" );

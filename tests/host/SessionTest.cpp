@@ -54,7 +54,7 @@ class SessionTest : public ::testing::Test {
    const TempFolder folder;
    Board board{ .topology = "[]",
                 .objects = {},
-                .faultTraces = { "execute: failure in response " } };
+                .traces = { .faults = { "execute: failure in response " } } };
    boost::asio::io_context loop;
    std::function<void()> changed = [] {};
    std::vector<std::string> traces;

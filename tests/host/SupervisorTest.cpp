@@ -1,4 +1,4 @@
-#include "session/Supervisor.h"
+#include "support/PlayedChild.h"
 
 #include <gmock/gmock.h>
 
@@ -8,69 +8,7 @@ namespace {
 using namespace std::chrono_literals;
 using ::testing::HasSubstr;
 
-// A board of two sensors and an LED, and a child that is played by hand.
-class SupervisorTest : public ::testing::Test {
- protected:
-   static Board makeBoard() {
-      return { .folder = "b",
-               .topology = "[]",
-               .objects = { { .kind = Kind::TempSensor, .name = "a" },
-                            { .kind = Kind::TempSensor, .name = "b" },
-                            { .kind = Kind::Led, .name = "led" } },
-               .faultTraces = { "execute: failure in response ", "execute: " } };
-   }
-
-   /// The next command in short: "load", "init led", "add 0", "read 0"; "-" when there is none.
-   std::string next() {
-      const auto command = supervisor->next( now );
-      if ( !command )
-         return "-";
-      if ( const auto *init = std::get_if<InitCommand>( &*command ) )
-         return "init " + std::string( nameOf( init->kind ) );
-      if ( const auto *add = std::get_if<AddCommand>( &*command ) )
-         return "add " + std::to_string( add->object );
-      if ( const auto *read = std::get_if<ReadCommand>( &*command ) )
-         return "read " + std::to_string( read->object );
-      return "load";
-   }
-   void begin( const char *operation = "op" ) { hear( Begun{ operation } ); }
-   void hear( const Event &event ) { supervisor->heard( event, now ); }
-   void good() { hear( Done{} ); }
-
-   /// Lets commands go well until none is left; what they were.
-   std::vector<std::string> runAll( double celsius = 20 ) {
-      std::vector<std::string> commands;
-      for ( std::string command; ( command = next() ) != "-"; good() ) {
-         begin();
-         if ( command.starts_with( "read" ) && command != "read 2" )
-            hear( Reading{ .name = "temperature", .value = celsius } );
-         commands.push_back( command );
-      }
-      return commands;
-   }
-   /// Plays a child until `command` is in hand.
-   void runTo( const std::string &command ) {
-      for ( std::string current; ( current = next() ) != command; good() ) {
-         ASSERT_NE( current, "-" ) << command << " never came";
-         begin();
-      }
-      begin( command.c_str() );
-   }
-   void die( const std::string &cause = "Assertion `x' failed." ) {
-      supervisor->childDied( cause, now );
-      supervisor->childStarted();
-   }
-   ObjectReport object( std::size_t index ) const { return supervisor->report( now )[index]; }
-   Reading reading( std::size_t index ) const { return object( index ).values.at( 0 ).reading; }
-
-   void restart( const Limits &limits ) { supervisor.emplace( board, limits, now ); }
-
-   const Board board = makeBoard();
-   Time now = Time( 1h );
-   std::optional<Supervisor> supervisor{ std::in_place, board, Limits{}, now };
-};
-
-using Commands = std::vector<std::string>;
+class SupervisorTest : public PlayedChild {};
 
 TEST_F( SupervisorTest, InitialisesEveryKindOnceThenAddsInTheFilesOrderThenReads ) {
    EXPECT_EQ( runAll(), ( Commands{ "load", "init temp_sensor", "init led", "add 0", "add 1",

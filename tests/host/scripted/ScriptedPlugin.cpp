@@ -4,6 +4,7 @@
 // script is one line:
 //    24.5              all is well, and that is the value
 //    status 6 TEXT     TEXT is traced at level 3, and the status returned
+// What an operation is given stands behind it in calls: "fan.set_rpm 4200".
 //    null | hang | assert | throw TEXT | exit
 // Without a file all is well, and the value is 1. Every call is noted in the file SCRIPT/calls.
 #include <cassert>
@@ -27,8 +28,8 @@ struct Outcome {
 
 std::string folder() { return std::getenv( "SCRIPT" ); }
 
-Outcome act( const std::string &what ) {
-   std::ofstream( folder() + "/calls", std::ios::app ) << what << '\n';
+Outcome act( const std::string &what, const std::string &given = "" ) {
+   std::ofstream( folder() + "/calls", std::ios::app ) << what << given << '\n';
    std::ifstream file( folder() + "/" + what );
    std::string verb, text;
    if ( !( file >> verb ) )
@@ -71,6 +72,12 @@ pl_status get( Record *record, const char *what, Output *output ) {
    return static_cast<pl_status>( outcome.status );
 }
 
+template <auto Name, class Record, class... Values>
+pl_status setter( Record *record, Values... values ) {
+   const std::string given = ( std::string() + ... + ( " " + std::to_string( values ) ) );
+   return static_cast<pl_status>( act( nameOf( record ) + "." + Name, given ).status );
+}
+
 pl_status slotPresence( pl_slot *slot, char **description ) {
    int present = 0;
    const pl_status status = get( slot, "presence", &present );
@@ -92,13 +99,22 @@ pl_status getter( Record *record, Output *output ) {
 
 constexpr char temperature[] = "temperature", speed[] = "speed", bit[] = "bit",
                txFault[] = "tx_fault", reset[] = "reset", powerOk[] = "power_ok",
-               current[] = "input_current", voltage[] = "output_voltage";
+               current[] = "input_current", voltage[] = "output_voltage", setRpm[] = "set_rpm",
+               setLight[] = "set_light_setting", setReset[] = "set_reset", bitSet[] = "bit_set",
+               bitClear[] = "bit_clear";
+
+pl_status readByte( pl_smbus *proxy, uint8_t command, uint8_t *value ) {
+   const Outcome outcome =
+      act( nameOf( proxy ) + ".read_byte", " " + std::to_string( unsigned{ command } ) );
+   *value = static_cast<uint8_t>( outcome.value );
+   return static_cast<pl_status>( outcome.status );
+}
 
 const pl_slot_ops slotOps{ sizeof slotOps, slotPresence };
-const pl_led_ops ledOps{ sizeof ledOps, nullptr };
+const pl_led_ops ledOps{ sizeof ledOps, setter<setLight> };
 const pl_temp_sensor_ops sensorOps{ sizeof sensorOps, nullptr, getter<temperature> };
-const pl_fan_ops fanOps{ sizeof fanOps, nullptr, getter<speed>, nullptr };
-const pl_gpio_ops gpioOps{ sizeof gpioOps, nullptr, nullptr, getter<bit> };
+const pl_fan_ops fanOps{ sizeof fanOps, nullptr, getter<speed>, setter<setRpm> };
+const pl_gpio_ops gpioOps{ sizeof gpioOps, setter<bitSet>, setter<bitClear>, getter<bit> };
 const pl_psu_ops psuOps{ .size = sizeof psuOps,
                          .get_power_ok = getter<powerOk>,
                          .get_input_current = getter<current>,
@@ -107,7 +123,12 @@ const pl_psu_ops psuOps{ .size = sizeof psuOps,
                          .get_output_voltage = getter<voltage>,
                          .get_input_power = nullptr,
                          .get_output_power = nullptr };
-const pl_smbus_ops smbusOps{}; // a proxy is only made, never asked
+const pl_smbus_ops smbusOps = [] {
+   pl_smbus_ops ops{};
+   ops.size = sizeof ops;
+   ops.read_byte = readByte;
+   return ops;
+}();
 
 pl_xcvr_ops cageOps( bool qsfp ) {
    pl_xcvr_ops ops{};
@@ -117,6 +138,7 @@ pl_xcvr_ops cageOps( bool qsfp ) {
       ops.qsfp.size = sizeof ops.qsfp;
       ops.qsfp.get_presence = cagePresence;
       ops.qsfp.get_reset = getter<reset>;
+      ops.qsfp.set_reset = setter<setReset>;
    } else {
       ops.sfp.size = sizeof ops.sfp;
       ops.sfp.get_presence = cagePresence;
@@ -144,6 +166,8 @@ Record *add( const char *text, const Ops *ops ) {
 }
 
 pl_status init() { return static_cast<pl_status>( act( "init" ).status ); }
+
+pl_status cutPower( pl_system * ) { return static_cast<pl_status>( act( "poweroff" ).status ); }
 
 pl_status reloadCause( pl_system *, char ( * )[100], long *, char ( * )[500] ) {
    return PL_STATUS_NOT_PROVIDED;
@@ -190,7 +214,7 @@ pl_smbus *pl_smbus_add( const char *, uint8_t ) {
    return new pl_smbus{ nullptr, &smbusOps, &object };
 }
 pl_system *pl_system_add( const char * ) {
-   static const pl_system_ops ops{ sizeof ops, nullptr, nullptr, reloadCause };
+   static const pl_system_ops ops{ sizeof ops, cutPower, nullptr, reloadCause };
    return new pl_system{ nullptr, &ops };
 }
 }

@@ -28,8 +28,19 @@ void openAs( const std::filesystem::path &path, int descriptor ) {
 Program::Program( const TempFolder &folder, const std::vector<std::string> &arguments,
                   Output output )
    : folder_( folder ) {
-   folder.remove( "out.txt" ); // of an earlier run
-   folder.remove( "err.txt" );
+   start( arguments, output, folder.path() / "host.sock" );
+}
+
+Program::Program( const TempFolder &folder, const std::vector<std::string> &arguments,
+                  const Program &serve )
+   : folder_( folder ) {
+   start( arguments, Output::Files, serve.folder_.path() / "host.sock" );
+}
+
+void Program::start( const std::vector<std::string> &arguments, Output output,
+                     const std::filesystem::path &socket ) {
+   folder_.remove( "out.txt" ); // of an earlier run
+   folder_.remove( "err.txt" );
    std::vector<std::string> words{ "orbis-host", "--plugin", SCRIPTED_PLUGIN, "--drivers",
                                    SCRIPTED_BOARD "/libScriptedPlugin.drivers.json" };
    words.insert( words.end(), arguments.begin(), arguments.end() );
@@ -42,10 +53,11 @@ Program::Program( const TempFolder &folder, const std::vector<std::string> &argu
       output == Output::Terminal ? ::forkpty( &terminal_, nullptr, nullptr, &size ) : ::fork();
    if ( process_ != 0 )
       return;
-   ::setenv( "SCRIPT", folder.path().c_str(), 1 );
+   ::setenv( "SCRIPT", folder_.path().c_str(), 1 );
+   ::setenv( "ORBIS_HOST_SOCKET", socket.c_str(), 1 );
    if ( output == Output::Files ) {
-      openAs( folder.path() / "out.txt", STDOUT_FILENO );
-      openAs( folder.path() / "err.txt", STDERR_FILENO );
+      openAs( folder_.path() / "out.txt", STDOUT_FILENO );
+      openAs( folder_.path() / "err.txt", STDERR_FILENO );
    }
    ::execv( ORBIS_HOST, argv.data() );
    std::_Exit( 127 );

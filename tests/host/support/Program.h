@@ -16,6 +16,9 @@ class Program {
    /// terminal that this object holds.
    Program( const TempFolder &folder, const std::vector<std::string> &arguments,
             Output output = Output::Files );
+   /// The same, beside a serve that goes on: with the socket of that.
+   Program( const TempFolder &folder, const std::vector<std::string> &arguments,
+            const Program &serve );
    ~Program();
    Program( const Program & ) = delete;
    Program &operator=( const Program & ) = delete;
@@ -39,6 +42,9 @@ class Program {
    pid_t child() const;
 
  private:
+   void start( const std::vector<std::string> &arguments, Output output,
+               const std::filesystem::path &socket );
+
    const TempFolder &folder_;
    pid_t process_ = -1;
    int terminal_ = -1;

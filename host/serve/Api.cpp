@@ -1,0 +1,110 @@
+#include "serve/Api.h"
+
+#include "JsonWriter.h"
+#include "check/Json.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace Host {
+namespace {
+
+constexpr unsigned ok = 200, badRequest = 400, notFound = 404, methodNotAllowed = 405,
+                   notImplemented = 501, badGateway = 502;
+
+constexpr std::string_view objectsPath = "/v1/objects/";
+constexpr std::string_view actionEnd = "/action";
+
+Api::Response wrongMethod( const std::string &allow ) {
+   Api::Response response = errorResponse( methodNotAllowed, "say " + allow );
+   response.allow = allow;
+   return response;
+}
+
+// The words of {"words": ["reset", "on"]}; nothing for any other body.
+std::optional<std::vector<std::string>> wordsOf( const std::string &body ) {
+   rapidjson::Document json;
+   json.Parse<rapidjson::kParseIterativeFlag>( body.c_str(), body.size() );
+   if ( json.HasParseError() || !json.IsObject() || json.MemberCount() != 1 )
+      return {};
+   const rapidjson::Value *list = Json::find( &json, "words" );
+   if ( !list || !list->IsArray() )
+      return {};
+   std::vector<std::string> words;
+   for ( const rapidjson::Value &word : list->GetArray() ) {
+      const auto text = Json::toText( &word );
+      if ( !text )
+         return {};
+      words.emplace_back( *text );
+   }
+   return words;
+}
+
+Api::Response responseOf( const Reading &result ) {
+   JsonWriter json;
+   json.beginObject().member( "state", nameOf( result.state ) );
+   if ( !std::holds_alternative<std::monostate>( result.value ) )
+      std::visit( [&]( const auto &value ) { json.member( "value", value ); }, result.value );
+   json.fault( result.fault ).endObject();
+   const unsigned status = result.state == State::Ok            ? ok
+                           : result.state == State::Unsupported ? notImplemented
+                                                                : badGateway;
+   return { .status = status, .json = json.text() };
+}
+
+} // namespace
+
+Api::Response errorResponse( unsigned status, std::string_view words ) {
+   return { .status = status,
+            .json = JsonWriter().beginObject().member( "error", words ).endObject().text() };
+}
+
+Api::Api( const Board &board, std::string name, Source source )
+   : board_( board ), name_( std::move( name ) ), source_( std::move( source ) ) {}
+
+void Api::handle( const Request &request, const Reply &reply ) const {
+   const bool isGet = request.method == "GET";
+   if ( request.path == "/v1/board" )
+      reply( isGet ? Response{ .json = toJson( name_, source_.report() ) } : wrongMethod( "GET" ) );
+   else if ( request.path == "/v1/topology" )
+      reply( isGet ? Response{ .json = board_.topology } : wrongMethod( "GET" ) );
+   else if ( request.path.starts_with( objectsPath ) )
+      handleObject( request, request.path.substr( objectsPath.size() ), reply );
+   else
+      reply( errorResponse( notFound, "there is nothing at " + request.path ) );
+}
+
+void Api::handleObject( const Request &request, const std::string &rest,
+                        const Reply &reply ) const {
+   const bool isAction = rest.ends_with( actionEnd );
+   const std::string name = rest.substr( 0, rest.size() - ( isAction ? actionEnd.size() : 0 ) );
+   const auto found =
+      std::find_if( board_.objects.begin(), board_.objects.end(),
+                    [&name]( const ObjectDescription &object ) { return object.name == name; } );
+   const auto index = static_cast<std::size_t>( found - board_.objects.begin() );
+   const std::string method = isAction ? "POST" : "GET";
+   if ( found == board_.objects.end() )
+      reply( errorResponse( notFound, fmt::format( "the board has no object \"{}\"", name ) ) );
+   else if ( request.method != method )
+      reply( wrongMethod( method ) );
+   else if ( isAction )
+      handleAction( request, index, reply );
+   else
+      reply( { .json = toJson( source_.report().at( index ) ) } );
+}
+
+void Api::handleAction( const Request &request, std::size_t object, const Reply &reply ) const {
+   const auto words = wordsOf( request.body );
+   if ( !words ) {
+      reply( errorResponse( badRequest, R"(the body must be {"words": ["...", ...]})" ) );
+      return;
+   }
+   const auto parsed = parseAction( board_.objects[object].kind, *words );
+   if ( const auto *wrong = std::get_if<std::string>( &parsed ) )
+      reply( errorResponse( badRequest, *wrong ) );
+   else
+      source_.ask( object, std::get<Action>( parsed ),
+                   [reply]( const Reading &result ) { reply( responseOf( result ) ); } );
+}
+
+} // namespace Host

@@ -1,0 +1,94 @@
+#include "serve/Client.h"
+
+#include "JsonReader.h"
+#include "JsonWriter.h"
+#include "check/Json.h"
+#include "serve/Place.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/local/stream_protocol.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+
+namespace Host {
+namespace {
+
+namespace http = boost::beast::http;
+using boost::asio::local::stream_protocol;
+using boost::beast::error_code;
+
+constexpr std::chrono::seconds reportLimit( 5 );
+constexpr std::chrono::seconds actionLimit( 65 ); // the server gives up before
+
+constexpr std::uint64_t longestAnswer = 16 * 1024 * 1024;
+
+} // namespace
+
+std::optional<Client> Client::ofBoard( const std::filesystem::path &folder ) {
+   const Client client( serveSocket() );
+   std::string board;
+   if ( !client.report( &board ) || board != serveName( folder ) )
+      return {};
+   return client;
+}
+
+std::optional<BoardReport> Client::report( std::string *board ) const {
+   const auto answer = call( false, "/v1/board", {}, reportLimit );
+   auto known = answer ? readBoard( *answer ) : std::nullopt;
+   if ( !known )
+      return {};
+   if ( board )
+      *board = known->board;
+   return std::move( known->objects );
+}
+
+Reading Client::act( const std::string &object, const std::vector<std::string> &words ) const {
+   JsonWriter body;
+   body.beginObject().key( "words" ).beginList();
+   for ( const std::string &word : words )
+      body.value( word );
+   body.endList().endObject();
+   const auto answer = call( true, "/v1/objects/" + object + "/action", body.text(), actionLimit );
+   rapidjson::Document json;
+   if ( !answer || json.Parse( answer->c_str() ).HasParseError() )
+      return { .state = State::Unreadable, .fault = { .words = "serve did not answer" } };
+   if ( const auto error = Json::toText( Json::find( &json, "error" ) ) )
+      return { .state = State::Unreadable, .fault = { .words = std::string( *error ) } };
+   return toReading( json );
+}
+
+std::optional<std::string> Client::call( bool isPost, const std::string &path,
+                                         const std::string &body,
+                                         std::chrono::milliseconds limit ) const {
+   boost::asio::io_context loop{ 1 };
+   boost::beast::basic_stream<stream_protocol> stream( loop );
+   http::request<http::string_body> request( isPost ? http::verb::post : http::verb::get, path,
+                                             11 );
+   request.set( http::field::host, "orbis-host" );
+   request.keep_alive( false );
+   request.body() = body;
+   request.prepare_payload();
+   boost::beast::flat_buffer input;
+   http::response_parser<http::string_body> answer;
+   answer.body_limit( longestAnswer );
+   bool isWhole = false;
+   stream.expires_after( limit );
+   stream.async_connect( stream_protocol::endpoint( socket_.string() ), [&]( error_code failed ) {
+      if ( failed )
+         return;
+      http::async_write( stream, request, [&]( error_code notWritten, std::size_t ) {
+         if ( notWritten )
+            return;
+         http::async_read( stream, input, answer, [&]( error_code notRead, std::size_t ) {
+            isWhole = !notRead;
+            stream.cancel();
+         } );
+      } );
+   } );
+   loop.run();
+   if ( !isWhole )
+      return {};
+   return std::move( answer.get().body() );
+}
+
+} // namespace Host

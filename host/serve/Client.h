@@ -1,0 +1,41 @@
+#ifndef ORBIS_HOST_SERVE_CLIENT_H
+#define ORBIS_HOST_SERVE_CLIENT_H
+
+#include "State.h"
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Host {
+
+/// A running `serve` as other commands use it. Every call is a connection of its own, so that one
+/// that failed harms no other.
+class Client {
+ public:
+   explicit Client( std::filesystem::path socket ) : socket_( std::move( socket ) ) {}
+
+   /// The `serve` of a board; nothing when there is none, or it is another board's.
+   static std::optional<Client> ofBoard( const std::filesystem::path &folder );
+
+   /// The board that is served, and what is known of it; nothing when nobody answers.
+   std::optional<BoardReport> report( std::string *board = nullptr ) const;
+
+   /// Has an object do something; how that ended.
+   Reading act( const std::string &object, const std::vector<std::string> &words ) const;
+
+   const std::filesystem::path &socket() const { return socket_; }
+
+ private:
+   // The body of the answer; nothing when there is none in time.
+   std::optional<std::string> call( bool isPost, const std::string &path, const std::string &body,
+                                    std::chrono::milliseconds limit ) const;
+
+   std::filesystem::path socket_;
+};
+
+} // namespace Host
+
+#endif

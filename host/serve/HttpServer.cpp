@@ -1,0 +1,179 @@
+#include "serve/HttpServer.h"
+
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+#include <fmt/format.h>
+#include <optional>
+#include <stdexcept>
+#include <sys/stat.h>
+
+namespace Host {
+namespace {
+
+namespace http = boost::beast::http;
+using boost::asio::local::stream_protocol;
+using boost::beast::error_code;
+
+constexpr unsigned contentTooLarge = 413, headerTooLarge = 431, badRequest = 400, unavailable = 503,
+                   tooLate = 504;
+
+// The answer to a request that can't be read; nothing when the client is only gone.
+std::optional<Api::Response> complaint( const error_code &failure ) {
+   if ( failure == http::error::body_limit )
+      return errorResponse( contentTooLarge, "the body is too long" );
+   if ( failure == http::error::header_limit )
+      return errorResponse( headerTooLarge, "the header is too long" );
+   if ( failure.category() == error_code( http::error::bad_method ).category() &&
+        failure != http::error::end_of_stream && failure != http::error::partial_message )
+      return errorResponse( badRequest, failure.message() );
+   return {};
+}
+
+class Connection : public std::enable_shared_from_this<Connection> {
+ public:
+   Connection( stream_protocol::socket socket, const Api &api, const HttpLimits &limits,
+               std::shared_ptr<std::size_t> open )
+      : stream_( std::move( socket ) ), tooLate_( stream_.get_executor() ), api_( api ),
+        limits_( limits ), open_( std::move( open ) ) {
+      ++*open_;
+   }
+   ~Connection() { --*open_; }
+   Connection( const Connection & ) = delete;
+   Connection &operator=( const Connection & ) = delete;
+
+   void read() {
+      parser_.emplace();
+      parser_->body_limit( limits_.body );
+      parser_->header_limit( limits_.header );
+      stream_.expires_after( limits_.idle );
+      http::async_read( stream_, input_, *parser_,
+                        [self = shared_from_this()]( const error_code &failure, std::size_t ) {
+                           self->wasRead( failure );
+                        } );
+   }
+   void refuse() {
+      keepAlive_ = false;
+      write( errorResponse( unavailable, "too many connections" ) );
+   }
+
+ private:
+   void wasRead( const error_code &failure ) {
+      if ( !failure ) {
+         handle();
+      } else if ( const auto response = complaint( failure ) ) {
+         keepAlive_ = false;
+         write( *response );
+      }
+   }
+
+   void handle() {
+      const auto &request = parser_->get();
+      keepAlive_ = request.keep_alive();
+      stream_.expires_never(); // an object may take its time
+      const unsigned number = ++requests_;
+      tooLate_.expires_after( limits_.action );
+      tooLate_.async_wait( [self = shared_from_this(), number]( const error_code &failure ) {
+         if ( !failure )
+            self->reply( number, errorResponse( tooLate, "the object did not answer in time" ) );
+      } );
+      const std::string target( request.target() );
+      api_.handle( { .method = std::string( request.method_string() ),
+                     .path = target.substr( 0, target.find( '?' ) ),
+                     .body = request.body() },
+                   [self = shared_from_this(), number]( const Api::Response &response ) {
+                      self->reply( number, response );
+                   } );
+   }
+
+   // The first answer to a request counts.
+   void reply( unsigned number, const Api::Response &response ) {
+      if ( number != requests_ || answered_ == number )
+         return;
+      answered_ = number;
+      tooLate_.cancel();
+      write( response );
+   }
+
+   void write( const Api::Response &response ) {
+      response_ = {};
+      response_.result( response.status );
+      response_.version( 11 );
+      response_.set( http::field::content_type, "application/json" );
+      if ( !response.allow.empty() )
+         response_.set( http::field::allow, response.allow );
+      response_.keep_alive( keepAlive_ );
+      response_.body() = response.json;
+      response_.prepare_payload();
+      stream_.expires_after( limits_.idle );
+      http::async_write( stream_, response_,
+                         [self = shared_from_this()]( const error_code &failure, std::size_t ) {
+                            if ( !failure && self->keepAlive_ )
+                               self->read();
+                            else // whoever may still answer keeps this object alive
+                               self->stream_.close();
+                         } );
+   }
+
+   boost::beast::basic_stream<stream_protocol> stream_;
+   boost::asio::steady_timer tooLate_;
+   const Api &api_;
+   const HttpLimits &limits_;
+   const std::shared_ptr<std::size_t> open_;
+   boost::beast::flat_buffer input_{};
+   std::optional<http::request_parser<http::string_body>> parser_{};
+   http::response<http::string_body> response_{};
+   bool keepAlive_ = false;
+   unsigned requests_ = 0;
+   unsigned answered_ = 0;
+};
+
+bool isListenedTo( const std::filesystem::path &path, boost::asio::io_context &loop ) {
+   stream_protocol::socket probe( loop );
+   error_code failure;
+   probe.connect( path.string(), failure );
+   return !failure;
+}
+
+} // namespace
+
+HttpServer::HttpServer( boost::asio::io_context &loop, std::filesystem::path socket, const Api &api,
+                        HttpLimits limits )
+   : path_( std::move( socket ) ), api_( api ), limits_( limits ), acceptor_( loop ) {
+   if ( isListenedTo( path_, loop ) )
+      throw std::runtime_error( fmt::format( "{} is served already", path_.string() ) );
+   try {
+      std::filesystem::create_directories( path_.parent_path() );
+      std::filesystem::remove( path_ );
+      const stream_protocol::endpoint endpoint( path_.string() );
+      acceptor_.open( endpoint.protocol() );
+      acceptor_.bind( endpoint );
+      ::chmod( path_.c_str(), S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP );
+      acceptor_.listen();
+   } catch ( const std::exception &exception ) {
+      throw std::runtime_error(
+         fmt::format( "can't serve at {}: {}", path_.string(), exception.what() ) );
+   }
+   accept();
+}
+
+HttpServer::~HttpServer() {
+   std::error_code ignored;
+   std::filesystem::remove( path_, ignored );
+}
+
+void HttpServer::accept() {
+   acceptor_.async_accept( [this]( const error_code &failure, stream_protocol::socket socket ) {
+      if ( failure == boost::asio::error::operation_aborted )
+         return;
+      if ( !failure ) {
+         const bool isFull = *open_ >= limits_.connections;
+         const auto connection =
+            std::make_shared<Connection>( std::move( socket ), api_, limits_, open_ );
+         isFull ? connection->refuse() : connection->read();
+      }
+      accept();
+   } );
+}
+
+} // namespace Host

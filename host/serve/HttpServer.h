@@ -1,0 +1,47 @@
+#ifndef ORBIS_HOST_SERVE_HTTPSERVER_H
+#define ORBIS_HOST_SERVE_HTTPSERVER_H
+
+#include "serve/Api.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/local/stream_protocol.hpp>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+
+namespace Host {
+
+/// How much a client may ask of the server.
+struct HttpLimits {
+   std::uint64_t body = 64 * 1024;             ///< bytes; more is answered with 413
+   std::uint32_t header = 8 * 1024;            ///< bytes; more is answered with 431
+   std::size_t connections = 64;               ///< at a time; one more is answered with 503
+   std::chrono::milliseconds idle{ 30'000 };   ///< until a connection without a request ends
+   std::chrono::milliseconds action{ 60'000 }; ///< until an action is answered with 504
+};
+
+/// Serves an Api over HTTP on a Unix socket, on an event loop.
+class HttpServer {
+ public:
+   /// Takes the place of a socket that nobody listens to any more. Throws std::runtime_error when
+   /// somebody does, or the socket can't be made. The Api must outlive the loop.
+   HttpServer( boost::asio::io_context &loop, std::filesystem::path socket, const Api &api,
+               HttpLimits limits = {} );
+   /// Takes the socket away.
+   ~HttpServer();
+   HttpServer( const HttpServer & ) = delete;
+   HttpServer &operator=( const HttpServer & ) = delete;
+
+ private:
+   void accept();
+
+   const std::filesystem::path path_;
+   const Api &api_;
+   const HttpLimits limits_;
+   boost::asio::local::stream_protocol::acceptor acceptor_;
+   std::shared_ptr<std::size_t> open_ = std::make_shared<std::size_t>( 0 );
+};
+
+} // namespace Host
+
+#endif

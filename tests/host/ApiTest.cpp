@@ -1,0 +1,149 @@
+#include "serve/Api.h"
+
+#include "check/Json.h"
+#include "support/StateSchema.h"
+
+#include <gmock/gmock.h>
+#include <rapidjson/pointer.h>
+#include <rapidjson/schema.h>
+
+namespace Host {
+namespace {
+
+using ::testing::HasSubstr;
+
+// An Api over two objects, held against the document that users read.
+class ApiTest : public ::testing::Test {
+ protected:
+   ApiTest() {
+      Findings findings;
+      document_ = Json::load( DOCS "/openapi.json", findings );
+      EXPECT_TRUE( document_ && findings.empty() );
+   }
+
+   /// Asks, and checks that the document knows path, method, status and the answer's members.
+   Api::Response ask( const std::string &method, const std::string &path,
+                      const std::string &body = "" ) {
+      Api::Response answer{ .status = 0 };
+      api_.handle( { method, path, body },
+                   [&]( const Api::Response &response ) { answer = response; } );
+      return answer;
+   }
+   Api::Response documented( const std::string &method, const std::string &path,
+                             const std::string &body, const std::string &documentedPath ) {
+      const Api::Response answer = ask( method, path, body );
+      const std::string lower = method == "GET" ? "get" : "post";
+      const rapidjson::Value *response =
+         at( { "paths", documentedPath, lower, "responses", std::to_string( answer.status ) } );
+      EXPECT_NE( response, nullptr ) << documentedPath << ' ' << answer.status;
+      if ( const auto reference = Json::toText( Json::find( response, "$ref" ) ) ) {
+         EXPECT_EQ( schemaFault( answer.json, std::string( *reference ) ), "" ) << answer.json;
+      }
+      return answer;
+   }
+
+   const rapidjson::Value *at( const std::vector<std::string> &keys ) const {
+      const rapidjson::Value *value = &document_->document;
+      for ( const std::string &key : keys )
+         value = Json::find( value, key.c_str() );
+      return value;
+   }
+
+   /// What of an answer doesn't fit the schema of "#/components/responses/NAME".
+   std::string schemaFault( const std::string &json, const std::string &reference ) const {
+      const std::string name = reference.substr( reference.rfind( '/' ) + 1 );
+      const rapidjson::Value *schema = at( { "components", "schemas", name } );
+      rapidjson::Document document;
+      if ( !schema || document.Parse( json.c_str() ).HasParseError() )
+         return "no schema, or no JSON";
+      const rapidjson::SchemaDocument compiled( *schema );
+      rapidjson::SchemaValidator validator( compiled );
+      return document.Accept( validator ) ? "" : validator.GetInvalidSchemaKeyword();
+   }
+
+   const Board board_{ .topology = "[ 5 ]",
+                       .objects = { { .kind = Kind::Led, .name = "led" },
+                                    { .kind = Kind::Psu, .name = "psu" } } };
+   Action asked_;
+   Reading result_{ .name = "set_light_setting" };
+   const Api api_{ board_,
+                   "/b",
+                   { .report =
+                        [] {
+                           return BoardReport{ { .name = "led", .type = "led" },
+                                               { .name = "psu", .type = "psu" } };
+                        },
+                     .ask =
+                        [this]( std::size_t, const Action &action, const auto &answer ) {
+                           asked_ = action;
+                           answer( result_ );
+                        } } };
+   std::optional<Json::File> document_;
+};
+
+TEST_F( ApiTest, TellsTheBoardAsItsSchemaSays ) {
+   const auto answer = documented( "GET", "/v1/board", "", "/v1/board" );
+   EXPECT_EQ( answer.status, 200u );
+   EXPECT_EQ( stateSchemaFault( answer.json ), "" );
+   EXPECT_THAT( answer.json, HasSubstr( R"({"board":"/b","objects":[{"name":"led")" ) );
+}
+
+TEST_F( ApiTest, TellsOneObjectAndTheTopology ) {
+   const auto object = documented( "GET", "/v1/objects/psu", "", "/v1/objects/{name}" );
+   EXPECT_THAT( object.json, HasSubstr( R"({"name":"psu","type":"psu","state":"ok")" ) );
+   EXPECT_EQ( documented( "GET", "/v1/topology", "", "/v1/topology" ).json, "[ 5 ]" );
+}
+
+TEST_F( ApiTest, HasAnObjectDoWhatTheWordsSay ) {
+   const auto act = [this]( const char *body ) {
+      return documented( "POST", "/v1/objects/led/action", body, "/v1/objects/{name}/action" );
+   };
+   EXPECT_EQ( act( R"({"words":["bad"]})" ).json, R"({"state":"ok"})" );
+   EXPECT_EQ( asked_, ( Action{ "set_light_setting", { 3 } } ) );
+   result_.value = std::string( "0x05" );
+   EXPECT_EQ( act( R"({"words":["off"]})" ).json, R"({"state":"ok","value":"0x05"})" );
+   result_ = { .state = State::Unsupported, .fault = { 3, "" } };
+   EXPECT_EQ( act( R"({"words":["inactive"]})" ).status, 501u );
+   result_ = { .state = State::Unreadable, .fault = { 6, "nack" } };
+   const auto failed = act( R"({"words":["off"]})" );
+   EXPECT_EQ( failed.status, 502u );
+   EXPECT_EQ( failed.json, R"({"state":"unreadable","status":6,"fault":"nack"})" );
+}
+
+TEST_F( ApiTest, RefusesBodiesThatMakeNoSense ) {
+   for ( const char *body : { "", "{", "[]", "{}", R"({"words":"off"})", R"({"words":[5]})",
+                              R"({"words":["off"],"more":1})", R"({"words":["green"]})" } )
+      EXPECT_EQ(
+         documented( "POST", "/v1/objects/led/action", body, "/v1/objects/{name}/action" ).status,
+         400u )
+         << body;
+   EXPECT_EQ( ask( "POST", "/v1/objects/led/action", std::string( 30000, '[' ) ).status, 400u );
+   EXPECT_EQ( asked_, Action() );
+}
+
+TEST_F( ApiTest, TellsWhatIsNotThereAndWhichMethodAPathHas ) {
+   for ( const char *path : { "/", "/v1", "/v1/objects/", "/v1/objects/x", "/v1/objects/led/x",
+                              "/v1/boards", "/v1/objects/x/action" } )
+      EXPECT_EQ( ask( "GET", path ).status, 404u ) << path;
+   EXPECT_EQ( ask( "POST", "/v1/board" ).allow, "GET" );
+   EXPECT_EQ( ask( "DELETE", "/v1/objects/led" ).status, 405u );
+   EXPECT_EQ( ask( "GET", "/v1/objects/led/action" ).allow, "POST" );
+}
+
+TEST_F( ApiTest, IsDocumentedPathByPath ) {
+   const rapidjson::Value *paths = at( { "paths" } );
+   ASSERT_NE( paths, nullptr );
+   for ( const auto &[path, item] : Json::members( paths ) ) {
+      std::string real = path.GetString();
+      if ( const auto place = real.find( "{name}" ); place != std::string::npos )
+         real.replace( place, 6, "led" );
+      const bool isPost = Json::find( &item, "post" ) != nullptr;
+      EXPECT_NE( ask( isPost ? "POST" : "GET", real, R"({"words":["off"]})" ).status, 404u )
+         << real;
+      EXPECT_EQ( ask( isPost ? "GET" : "POST", real ).status, 405u ) << real;
+   }
+   EXPECT_EQ( paths->MemberCount(), 4u );
+}
+
+} // namespace
+} // namespace Host

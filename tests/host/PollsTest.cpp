@@ -1,0 +1,132 @@
+#include "support/PlayedChild.h"
+
+namespace Host {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Two cages of device 7, one of device 8, and a slot; their traces as the data file tells them.
+class PollsTest : public PlayedChild {
+ protected:
+   PollsTest() {
+      cages.objects = { { .kind = Kind::Xcvr, .name = "a", .did = 7 },
+                        { .kind = Kind::Xcvr, .name = "b", .did = 7 },
+                        { .kind = Kind::Xcvr, .name = "c", .did = 8 },
+                        { .kind = Kind::Slot, .name = "bay", .did = 9, .address = 0x58 },
+                        { .kind = Kind::Fan, .name = "fan", .fullScale = 18000 } };
+      cages.traces.absentHolds = "from {address} ";
+      cages.traces.absentEnds = "no acknowledge of the address";
+      cages.traces.unmanaged = "Unknown model";
+      cages.traces.unreadable = "Failed to read PSU";
+      cages.traces.pollFailed = "Failed to poll";
+      cages.traces.pollDone = "Cache updated";
+      supervisor.emplace( cages, Limits{}, now );
+   }
+
+   /// Reads an object with these traces on the way; the one value that comes of it.
+   ValueReport read( std::size_t object, const std::vector<std::string> &traces,
+                     const Reading &given ) {
+      runTo( "read " + std::to_string( object ) );
+      for ( const std::string &text : traces )
+         hear( Trace{ 3, text } );
+      hear( given );
+      good();
+      const ObjectReport report = PlayedChild::object( object );
+      for ( const ValueReport &value : report.values )
+         if ( value.reading.name == given.name )
+            return value;
+      ADD_FAILURE() << "no " << given.name;
+      return {};
+   }
+   ValueReport readCage( std::size_t object ) {
+      return read( object, {}, { .name = "presence", .value = true } );
+   }
+   void poll( std::size_t madeFor, bool well ) {
+      if ( !well )
+         hear( Trace{ 3, "execute: failure in response nack", madeFor } );
+      hear( Trace{ 0, well ? "Cache updated for X" : "Failed to poll X", madeFor } );
+   }
+   Reading readBay( const std::vector<std::string> &traces ) {
+      return read( 3, traces, { .name = "presence", .state = State::Absent, .fault = { 1, "" } } )
+         .reading;
+   }
+
+   Board cages = makeBoard();
+};
+
+TEST_F( PollsTest, AreGoodAsLongAsNothingElseIsHeard ) {
+   runAll();
+   poll( 0, true );
+   now += 1s;
+   EXPECT_EQ( readCage( 0 ).reading.state, State::Ok );
+}
+
+TEST_F( PollsTest, LeaveCagesStaleSinceTheLastPollThatWentWell ) {
+   runAll();
+   poll( 0, true );
+   now += 1s;
+   poll( 0, false );
+   const ValueReport cage = readCage( 1 ); // of the same device as the one whose add made the timer
+   EXPECT_EQ( cage.reading.state, State::Stale );
+   EXPECT_EQ( cage.reading.value, Scalar( true ) );
+   EXPECT_EQ( cage.age, 1 );
+   EXPECT_EQ( cage.reading.fault.words, "nack" );
+   EXPECT_EQ( readCage( 2 ).reading.state, State::Ok ); // of another one
+   poll( 0, true );
+   now += 1s;
+   EXPECT_EQ( readCage( 1 ).reading.state, State::Ok );
+}
+
+TEST_F( PollsTest, LeaveCagesUnreadableThatNeverWerePolledWell ) {
+   runTo( "add 0" );
+   hear( Trace{ 3, "execute: failure in response nack" } );
+   hear( Trace{ 0, "Failed to poll X" } );
+   good();
+   const ValueReport cage = readCage( 1 );
+   EXPECT_EQ( cage.reading.state, State::Unreadable );
+   EXPECT_EQ( cage.reading.value, Scalar() );
+   EXPECT_EQ( cage.reading.fault.words, "nack" );
+}
+
+TEST_F( PollsTest, AreNoWordsOfTheOperationInHand ) {
+   runTo( "read 3" );
+   poll( 0, false );
+   hear( Reading{ .name = "presence", .state = State::Absent } );
+   good();
+   EXPECT_EQ( supervisor->report( now )[3].values.at( 0 ).reading.state, State::Absent );
+}
+
+TEST_F( PollsTest, SlotsAreEmptyWhenNobodyAnswersAtTheirModulesAddress ) {
+   const std::string fault = "execute: failure in response request 3 of 4: read of 1 byte from ";
+   EXPECT_EQ( readBay( { fault + "0x58 register 0x9a: no acknowledge of the address" } ).state,
+              State::Absent );
+   now += 1s;
+   const Reading mux = readBay( { fault + "0x70 register 0: no acknowledge of the address" } );
+   EXPECT_EQ( mux.state, State::Unreadable );
+   EXPECT_EQ( mux.fault.status, 1 );
+   now += 1s;
+   EXPECT_EQ( readBay( { fault + "0x58 register 0x9a: PEC 0x01 where 0x02 is due" } ).state,
+              State::Unreadable );
+}
+
+TEST_F( PollsTest, SlotsTellAnUnknownModuleFromOneThatCanNotBeMadeOut ) {
+   EXPECT_EQ( readBay( { "Unknown modelName. PSU is unmanaged" } ).state, State::Unmanaged );
+   now += 1s;
+   EXPECT_EQ( readBay( { "Failed to read PSU info '' ''" } ).state, State::Unreadable );
+   now += 1s;
+   EXPECT_EQ( readBay( {} ).state, State::Absent );
+}
+
+TEST_F( PollsTest, FansTellTheirShareOfTheHighestSpeed ) {
+   read( 4, {}, { .name = "speed", .unit = "rpm", .value = std::int64_t{ 9135 } } );
+   const Reading share = supervisor->report( now )[4].values.at( 1 ).reading;
+   EXPECT_EQ( share.name, "share" );
+   EXPECT_EQ( share.unit, "%" );
+   EXPECT_EQ( share.value, Scalar( 50.8 ) ); // 50.75
+   now += 1s;
+   read( 4, {}, { .name = "speed", .state = State::Unreadable, .fault = { 2, "" } } );
+   EXPECT_EQ( supervisor->report( now )[4].values.at( 1 ).reading.state, State::Unreadable );
+}
+
+} // namespace
+} // namespace Host

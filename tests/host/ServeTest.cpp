@@ -1,0 +1,186 @@
+#include "serve/Client.h"
+#include "serve/HttpServer.h"
+#include "support/Program.h"
+
+#include <boost/asio.hpp>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+namespace Host {
+namespace {
+
+using boost::asio::local::stream_protocol;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+// The server on a socket of the test's own, spoken to in plain bytes.
+class HttpServerTest : public ::testing::Test {
+ protected:
+   void serve( HttpLimits limits = {} ) { server_.emplace( loop_, path_, api_, limits ); }
+
+   /// Sends bytes on a new connection and runs the loop until the server ends it; what it said.
+   std::string say( const std::string &bytes ) {
+      stream_protocol::socket socket( loop_ );
+      socket.connect( path_.string() );
+      boost::asio::write( socket, boost::asio::buffer( bytes ) );
+      std::string heard;
+      bool ended = false;
+      boost::asio::async_read( socket, boost::asio::dynamic_buffer( heard ),
+                               [&ended]( const auto &, std::size_t ) { ended = true; } );
+      const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 20 );
+      while ( !ended && std::chrono::steady_clock::now() < end )
+         loop_.run_one_for( std::chrono::seconds( 1 ) );
+      EXPECT_TRUE( ended ) << heard;
+      return heard;
+   }
+   std::string get( const std::string &path ) {
+      return say( "GET " + path + " HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n" );
+   }
+
+   const TempFolder folder_;
+   const std::filesystem::path path_ = folder_.path() / "host.sock";
+   boost::asio::io_context loop_{ 1 };
+   const Board board_{ .topology = "[]", .objects = { { .kind = Kind::Led, .name = "led" } } };
+   std::vector<std::function<void( const Reading & )>> unanswered_;
+   const Api api_{ board_,
+                   "b",
+                   { .report = [] { return BoardReport{ { .name = "led", .type = "led" } }; },
+                     .ask = [this]( std::size_t, const Action &,
+                                    auto answer ) { unanswered_.push_back( answer ); } } };
+   std::optional<HttpServer> server_;
+};
+
+TEST_F( HttpServerTest, AnswersOneRequestAfterAnotherOnAConnection ) {
+   serve();
+   const std::string answer = say( "GET /v1/topology HTTP/1.1\r\nHost: x\r\n\r\n"
+                                   "GET /v1/nothing?x=1 HTTP/1.1\r\nHost: x\r\n"
+                                   "Connection: close\r\n\r\n" );
+   EXPECT_THAT( answer, HasSubstr( "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n" ) );
+   EXPECT_THAT( answer, HasSubstr( "HTTP/1.1 404 Not Found" ) );
+   EXPECT_THAT( answer, HasSubstr( R"({"error":"there is nothing at /v1/nothing"})" ) );
+}
+
+TEST_F( HttpServerTest, NamesTheMethodOfAPath ) {
+   serve();
+   EXPECT_THAT( say( "PUT /v1/board HTTP/1.0\r\n\r\n" ), HasSubstr( "Allow: GET\r\n" ) );
+}
+
+TEST_F( HttpServerTest, RefusesWhatIsTooLongOrNoHttp ) {
+   serve();
+   EXPECT_THAT( say( "POST /v1/objects/led/action HTTP/1.1\r\nContent-Length: 65537\r\n\r\n" ),
+                HasSubstr( "HTTP/1.1 413" ) );
+   EXPECT_THAT( say( "GET / HTTP/1.1\r\nX: " + std::string( 9000, 'x' ) + "\r\n\r\n" ),
+                HasSubstr( "HTTP/1.1 431" ) );
+   EXPECT_THAT( say( "what?\r\n\r\n" ), HasSubstr( "HTTP/1.1 400" ) );
+}
+
+TEST_F( HttpServerTest, EndsAConnectionThatAsksNothing ) {
+   serve( { .idle = std::chrono::milliseconds( 20 ) } );
+   EXPECT_EQ( say( "" ), "" );
+}
+
+TEST_F( HttpServerTest, TellsThatAnObjectDidNotAnswerInTimeAndTakesNoLaterAnswer ) {
+   serve( { .action = std::chrono::milliseconds( 20 ) } );
+   const std::string body = R"({"words":["off"]})";
+   EXPECT_THAT( say( "POST /v1/objects/led/action HTTP/1.0\r\nContent-Length: " +
+                     std::to_string( body.size() ) + "\r\n\r\n" + body ),
+                HasSubstr( "HTTP/1.1 504" ) );
+   unanswered_.at( 0 )( Reading{} );
+   EXPECT_THAT( get( "/v1/topology" ), HasSubstr( "200 OK" ) );
+}
+
+TEST_F( HttpServerTest, RefusesOneConnectionTooMany ) {
+   serve( { .connections = 1 } );
+   stream_protocol::socket first( loop_ );
+   first.connect( path_.string() );
+   EXPECT_THAT( get( "/v1/topology" ), HasSubstr( "HTTP/1.1 503" ) );
+   first.close();
+   loop_.run_for( std::chrono::milliseconds( 20 ) );
+   EXPECT_THAT( get( "/v1/topology" ), HasSubstr( "200 OK" ) );
+}
+
+TEST_F( HttpServerTest, TakesTheSocketOfNobodyButNotThatOfAnotherServer ) {
+   folder_.write( "host.sock", "left behind" );
+   serve();
+   struct stat status {};
+   ASSERT_EQ( ::stat( path_.c_str(), &status ), 0 );
+   EXPECT_EQ( status.st_mode & 0777u, 0660u );
+   EXPECT_THROW( HttpServer( loop_, path_, api_ ), std::runtime_error );
+   server_.reset();
+   EXPECT_FALSE( std::filesystem::exists( path_ ) );
+}
+
+TEST_F( HttpServerTest, IsNotThereForAClientWithoutASocket ) {
+   EXPECT_FALSE( Client( path_ ).report() );
+   EXPECT_EQ( Client( path_ ).act( "led", { "off" } ).state, State::Unreadable );
+}
+
+// The program's commands beside a serve of the same board.
+class ServeTest : public ::testing::Test {
+ protected:
+   ServeTest() { serve_.waitFor( "err.txt", "led: ok" ); }
+
+   int run( const std::vector<std::string> &arguments ) {
+      Program program( client_, arguments, serve_ );
+      const int code = program.exitCode();
+      out = program.out();
+      err = program.err();
+      return code;
+   }
+   std::string calls() const { return folder_.read( "calls" ); }
+
+   const TempFolder folder_, client_; // scripts and calls of either
+   Program serve_{ folder_, { "serve", SCRIPTED_BOARD, "--period", "0.1" } };
+   std::string out, err;
+};
+
+TEST_F( ServeTest, IsAskedByShow ) {
+   folder_.write( "temp.temperature", "-7.5" );
+   serve_.waitFor( "err.txt", "gpio bit: ok" );
+   EXPECT_THAT( run( { "show", "-v", SCRIPTED_BOARD } ), ::testing::AnyOf( 0, 1 ) );
+   EXPECT_THAT( out, HasSubstr( "temp    temp_sensor" ) );
+   EXPECT_THAT( err, HasSubstr( "asks the serve at " ) );
+   EXPECT_EQ( client_.read( "calls" ), "" ); // it brought nothing up itself
+}
+
+TEST_F( ServeTest, CarriesActionsOutAndKeepsTheLastSetting ) {
+   EXPECT_EQ( run( { "led", "led", "beacon", "--board", SCRIPTED_BOARD } ), 0 ) << err;
+   EXPECT_THAT( calls(), HasSubstr( "led.set_light_setting 6\n" ) );
+   EXPECT_THAT( err, Not( HasSubstr( "Ctrl-C" ) ) );
+   run( { "show", SCRIPTED_BOARD } );
+   EXPECT_THAT( out, HasSubstr( "setting         beacon" ) );
+   EXPECT_EQ( run( { "xcvr", "qsfp", "lpmode", "on", "--board", SCRIPTED_BOARD } ), 1 );
+   EXPECT_THAT( err, HasSubstr( "qsfp: the driver doesn't support this" ) );
+   folder_.write( "fan.set_rpm", "assert" );
+   EXPECT_EQ( run( { "fan", "fan", "1", "--board", SCRIPTED_BOARD } ), 1 );
+   EXPECT_THAT( err, HasSubstr( "Assertion `chipAnswers' failed." ) );
+}
+
+TEST_F( ServeTest, IsWatchedAndReplacedOnceItHasGone ) {
+   Program watch( client_, { "watch", "-v", SCRIPTED_BOARD, "--period", "0.1" }, serve_ );
+   watch.waitFor( "out.txt", "temp    temp_sensor" );
+   EXPECT_EQ( client_.read( "calls" ), "" );
+   serve_.signal( SIGTERM );
+   EXPECT_EQ( serve_.exitCode(), 0 );
+   watch.waitFor( "err.txt", "has gone" );
+   watch.waitFor( "err.txt", "itself" );
+   watch.signal( SIGINT );
+   EXPECT_EQ( watch.exitCode(), 0 );
+   EXPECT_FALSE( std::filesystem::exists( folder_.path() / "host.sock" ) );
+}
+
+TEST_F( ServeTest, IsNotAskedForAnotherBoard ) {
+   std::filesystem::copy( SCRIPTED_BOARD, client_.path(),
+                          std::filesystem::copy_options::recursive );
+   EXPECT_EQ( run( { "show", "-v", client_.path() } ), 0 ) << err;
+   EXPECT_THAT( err, HasSubstr( "up itself" ) );
+}
+
+TEST_F( ServeTest, LeavesASecondServeNoSocket ) {
+   EXPECT_EQ( run( { "serve", SCRIPTED_BOARD } ), 5 );
+   EXPECT_THAT( err, HasSubstr( "is served already" ) );
+}
+
+} // namespace
+} // namespace Host

@@ -1,0 +1,79 @@
+#ifndef ORBIS_TESTS_HOST_PLAYEDCHILD_H
+#define ORBIS_TESTS_HOST_PLAYEDCHILD_H
+
+#include "session/Supervisor.h"
+
+#include <gtest/gtest.h>
+
+namespace Host {
+
+/// A board of two sensors and an LED, and a child that is played by hand.
+class PlayedChild : public ::testing::Test {
+ protected:
+   static Board makeBoard() {
+      return { .folder = "b",
+               .topology = "[]",
+               .objects = { { .kind = Kind::TempSensor, .name = "a", .did = 1 },
+                            { .kind = Kind::TempSensor, .name = "b", .did = 2 },
+                            { .kind = Kind::Led, .name = "led", .did = 3 } },
+               .traces = { .faults = { "execute: failure in response ", "execute: " } } };
+   }
+
+   /// The next command in short: "load", "init led", "add 0", "read 0", "act 0"; "-" when there is
+   /// none.
+   std::string next() {
+      const auto command = supervisor->next( now );
+      if ( !command )
+         return "-";
+      if ( const auto *init = std::get_if<InitCommand>( &*command ) )
+         return "init " + std::string( nameOf( init->kind ) );
+      if ( const auto *add = std::get_if<AddCommand>( &*command ) )
+         return "add " + std::to_string( add->object );
+      if ( const auto *act = std::get_if<ActCommand>( &*command ) )
+         return "act " + std::to_string( act->object );
+      if ( const auto *read = std::get_if<ReadCommand>( &*command ) )
+         return "read " + std::to_string( read->object );
+      return "load";
+   }
+   void begin( const char *operation = "op" ) { hear( Begun{ operation } ); }
+   void hear( const Event &event ) { supervisor->heard( event, now ); }
+   void good() { hear( Done{} ); }
+
+   /// Lets commands go well until none is left; what they were.
+   std::vector<std::string> runAll( double celsius = 20 ) {
+      std::vector<std::string> commands;
+      for ( std::string command; ( command = next() ) != "-"; good() ) {
+         begin();
+         if ( command.starts_with( "read" ) && command != "read 2" )
+            hear( Reading{ .name = "temperature", .value = celsius } );
+         commands.push_back( command );
+      }
+      return commands;
+   }
+   /// Plays a child until `command` is in hand.
+   void runTo( const std::string &command ) {
+      for ( std::string current; ( current = next() ) != command; good() ) {
+         ASSERT_NE( current, "-" ) << command << " never came";
+         begin();
+      }
+      begin( command.c_str() );
+   }
+   void die( const std::string &cause = "Assertion `x' failed." ) {
+      supervisor->childDied( cause, now );
+      supervisor->childStarted();
+   }
+   ObjectReport object( std::size_t index ) const { return supervisor->report( now )[index]; }
+   Reading reading( std::size_t index ) const { return object( index ).values.at( 0 ).reading; }
+
+   void restart( const Limits &limits ) { supervisor.emplace( board, limits, now ); }
+
+   const Board board = makeBoard();
+   Time now = Time( std::chrono::hours( 1 ) );
+   std::optional<Supervisor> supervisor{ std::in_place, board, Limits{}, now };
+};
+
+using Commands = std::vector<std::string>;
+
+} // namespace Host
+
+#endif
