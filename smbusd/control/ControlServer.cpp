@@ -97,7 +97,7 @@ void ControlSession::sendNext() {
       sending_ += bytes;
    asio::async_write( socket_, asio::buffer( sending_ ),
                       [this, count, self = shared_from_this()]( error_code error, size_t ) {
-                         // Answers were never counted as under way.
+                         // Answers among them were not counted.
                          const unsigned before = *underWay_;
                          *underWay_ -= std::min( before, count );
                          if ( error )
