@@ -2,6 +2,7 @@
 #include "RootBusId.h"
 #include "SimulationClock.h"
 #include "board/SimulatedBoard.h"
+#include "control/ControlServer.h"
 #include "server/Server.h"
 
 #include <CLI/CLI.hpp>
@@ -21,6 +22,7 @@ enum ExitCode { Stopped = 0, NotStarted = 1, Usage = 2 };
 
 struct Options {
    std::string socket = "/run/orbis/smbus.sock";
+   std::string control;
    std::string group;
    std::string topology;
    std::string simulation;
@@ -34,6 +36,9 @@ void describe( CLI::App &app, Options &options ) {
    app.add_option( "--socket", options.socket, "The Unix socket to serve at" )
       ->envname( "ORBIS_SMBUS_SOCKET" )
       ->capture_default_str();
+   app.add_option( "--control", options.control,
+                   "The Unix socket for the bench's side of the simulation; SOCKET.control "
+                   "without it" );
    app.add_option( "--group", options.group, "The group that may use the socket" );
    auto *simulate =
       app.add_option( "--simulate", options.topology,
@@ -62,15 +67,23 @@ void serve( const Options &options ) {
    const RealClock clock;
    SimulationClock simulated( clock, options.speed );
    SimulatedBoard board( options.topology, options.simulation, simulated );
+   Tracer tracer;
+   board.traceTo( tracer );
+   Controls controls( board.bench(), simulated );
    boost::asio::io_context context( 1 );
    Dispatcher dispatcher( board.busses(), clock,
                           std::chrono::milliseconds( options.transactionLimit ) );
    Server server( context, std::make_unique<SocketFile>( options.socket, options.group ),
                   dispatcher );
+   const std::string control =
+      options.control.empty() ? options.socket + ".control" : options.control;
+   ControlServer controlServer( context, std::make_unique<SocketFile>( control, options.group ),
+                                controls, tracer );
    boost::asio::signal_set signals( context, SIGTERM, SIGINT );
    signals.async_wait( [&]( const auto &, int number ) {
       spdlog::info( "stopping on {}", number == SIGTERM ? "SIGTERM" : "SIGINT" );
       server.stop();
+      controlServer.stop();
    } );
    for ( const auto &[id, bus] : board.busses() )
       spdlog::debug( "bus {}", toString( id ) );

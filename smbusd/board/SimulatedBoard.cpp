@@ -12,7 +12,8 @@ namespace Smbusd {
 
 SimulatedBoard::SimulatedBoard( const std::string &topologyPath, const std::string &simulationPath,
                                 const Clock &clock )
-   : topology_( loadTopology( topologyPath ) ), simulation_( loadSimulation( simulationPath ) ) {
+   : topology_( loadTopology( topologyPath ) ), simulation_( loadSimulation( simulationPath ) ),
+     clock_( clock ) {
    for ( const TopologyRoot &root : topology_.roots ) {
       Wire *&wire = roots_[root.id];
       if ( !wire ) // described in pieces otherwise
@@ -27,8 +28,26 @@ SimulatedBoard::SimulatedBoard( const std::string &topologyPath, const std::stri
 Busses SimulatedBoard::busses() {
    Busses busses;
    for ( const auto &[id, wire] : roots_ )
-      busses.emplace( id, std::make_unique<SimulatedBus>( *wire, bench_.mutex() ) );
+      busses.emplace(
+         id, std::make_unique<SimulatedBus>(
+                *wire, bench_.mutex(), std::bind_front( &SimulatedBoard::report, this, id ) ) );
    return busses;
+}
+
+void SimulatedBoard::report( const RootBusId &bus, const Transfer &transfer, const Outcome &outcome,
+                             const Chip *chip ) const {
+   if ( !tracer_ || !tracer_->heard() )
+      return;
+   SmbusControl::Transfer told;
+   told.set_seconds( std::chrono::duration<double>( clock_.now() ).count() );
+   told.set_bus( toString( bus ) );
+   told.set_chip( chip ? chip->name() : "" );
+   told.set_address( transfer.address );
+   told.set_operation( describe( transfer ) );
+   told.set_written( transfer.data );
+   told.set_read( outcome.data );
+   told.set_error( outcome.error );
+   tracer_->tell( told );
 }
 
 Wire &SimulatedBoard::newWire() { return *wires_.emplace_back( std::make_unique<Wire>() ); }

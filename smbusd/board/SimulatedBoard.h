@@ -6,6 +6,7 @@
 #include "board/TopologyFile.h"
 #include "busses/RootBus.h"
 #include "busses/Wire.h"
+#include "control/Tracer.h"
 
 #include <map>
 #include <memory>
@@ -24,6 +25,9 @@ class SimulatedBoard {
 
    // One for each root bus of the topology. The board outlives them.
    Busses busses();
+
+   // Tells the tracer, which outlives the board's busses, of every transfer.
+   void traceTo( Tracer &tracer ) { tracer_ = &tracer; }
 
    Bench &bench() { return bench_; }
 
@@ -53,6 +57,7 @@ class SimulatedBoard {
    void seatChips( const Clock & );
    void joinChannels();
    void addModules();
+   void report( const RootBusId &, const Transfer &, const Outcome &, const Chip * ) const;
 
    const TopologyFile topology_;
    const std::unique_ptr<const SimulationFile> simulation_;
@@ -62,6 +67,8 @@ class SimulatedBoard {
    std::vector<Channel> channels_;
    std::map<Place, const PCA9548 *> muxes_;
    Bench bench_;
+   const Clock &clock_;
+   Tracer *tracer_ = nullptr;
 };
 
 } // namespace Smbusd

@@ -101,7 +101,7 @@ std::string carryOut( Cycle &cycle, const Transfer &transfer ) {
 
 } // namespace
 
-Outcome SimulatedBus::carryOutOnce( const Transfer &transfer, std::chrono::milliseconds &slow ) {
+Outcome SimulatedBus::carryOutOnce( const Transfer &transfer, const Chip *&answering ) {
    Outcome outcome;
    try {
       Cycle cycle( wire_, transfer.address );
@@ -110,8 +110,7 @@ Outcome SimulatedBus::carryOutOnce( const Transfer &transfer, std::chrono::milli
       } catch ( const BusFault &fault ) {
          outcome.error = fault.what();
       }
-      if ( const Chip *chip = cycle.answering() )
-         slow = chip->faults().slow;
+      answering = cycle.answering();
       if ( const std::string collision = cycle.collision(); !collision.empty() )
          outcome = { {}, collision };
    } catch ( const BusFault &fault ) {
@@ -125,7 +124,12 @@ Outcome SimulatedBus::transfer( const Transfer &transfer ) {
    Outcome outcome;
    {
       const std::lock_guard lock( mutex_ );
-      outcome = carryOutOnce( transfer, slow );
+      const Chip *answering = nullptr;
+      outcome = carryOutOnce( transfer, answering );
+      if ( answering )
+         slow = answering->faults().slow;
+      if ( report_ )
+         report_( transfer, outcome, answering );
    }
    std::this_thread::sleep_for( slow ); // other busses go on meanwhile
    return outcome;

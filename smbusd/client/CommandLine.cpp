@@ -1,5 +1,7 @@
 #include "client/CommandLine.h"
 
+#include "client/SimWords.h"
+
 #include <CLI/CLI.hpp>
 
 namespace SmbusClient {
@@ -90,6 +92,16 @@ void describeScan( CLI::App &app, Options &options ) {
       ->required();
 }
 
+void describeSimulation( CLI::App &app, Options &options ) {
+   auto *sim = app.add_subcommand( "sim", "Drive the bench's side of a simulated board" );
+   sim->add_option( "COMMAND", options.words, "A command and its words" )->required();
+   sim->footer( std::string( "Commands:\n" ) + simCommands );
+   auto *trace = app.add_subcommand( "trace", "Print every transfer as it passes, until Ctrl-C" );
+   for ( auto *command : { sim, trace } )
+      command->add_option( "--control", options.control,
+                           "The control socket, instead of the server's with .control behind it" );
+}
+
 } // namespace
 
 void describe( CLI::App &app, Options &options ) {
@@ -114,6 +126,7 @@ void describe( CLI::App &app, Options &options ) {
    describeWrite( app, options );
    describeDump( app, options );
    describeScan( app, options );
+   describeSimulation( app, options );
    app.footer(
       "Exit codes: 0 done, 1 a transfer failed, 2 wrong usage, 3 the server can't be asked." );
 }

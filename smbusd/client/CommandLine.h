@@ -23,6 +23,8 @@ struct Options {
    std::vector<uint32_t> values; // to write
    uint32_t first = 0;           // to dump
    uint32_t last = 0xFF;
+   std::string control;            // empty: beside the server's socket
+   std::vector<std::string> words; // behind sim
 };
 
 // Parsing fills the options, which outlive the app, and runs nothing.

@@ -1,13 +1,18 @@
 #include "client/Commands.h"
 
 #include "busses/RootBus.h"
+#include "client/ControlConversation.h"
 #include "client/Conversation.h"
 #include "client/Output.h"
+#include "client/Scenario.h"
+#include "client/SimOutput.h"
+#include "client/SimWords.h"
 
 #include <CLI/Error.hpp>
 #include <fmt/format.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 
 namespace SmbusClient {
@@ -44,6 +49,13 @@ Reading tryToRead( Conversation &server, const Target &target, uint32_t offset, 
    } catch ( const Failed &failure ) {
       return { {}, failure.what() };
    }
+}
+
+std::string controlPath( const Options &options ) {
+   if ( !options.control.empty() )
+      return options.control;
+   const char *told = std::getenv( "ORBIS_SMBUS_SOCKET" ); // --socket has gone there
+   return std::string( told && *told ? told : "/run/orbis/smbus.sock" ) + ".control";
 }
 
 } // namespace
@@ -99,6 +111,34 @@ void scan( const Options &options ) {
       readings.emplace( address, reading );
    }
    print( formatScan( options.target.bus, readings, options.json ) );
+}
+
+void sim( const Options &options ) {
+   if ( options.words.front() == "play" ) {
+      if ( options.words.size() != 2 )
+         throw NoCommand( "play takes a file" );
+      const Scenario scenario( options.words[1] );
+      ControlConversation bench( controlPath( options ) );
+      return scenario.play( bench );
+   }
+   const SmbusControl::Request request = parseSim( options.words );
+   ControlConversation bench( controlPath( options ) );
+   const SmbusControl::Response response = bench.ask( request );
+   if ( response.has_state() )
+      print( formatState( response.state(), options.json ) );
+   if ( response.has_quantity() )
+      print( formatQuantity( response.quantity(), options.json ) );
+}
+
+void trace( const Options &options ) {
+   ControlConversation bench( controlPath( options ) );
+   SmbusControl::Request request;
+   request.set_trace( true );
+   bench.ask( request );
+   for ( ;; ) {
+      print( formatTransfer( bench.receive().transfer(), options.json ) );
+      std::fflush( stdout );
+   }
 }
 
 } // namespace SmbusClient

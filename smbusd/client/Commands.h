@@ -15,4 +15,8 @@ void dump( const Options & );
 // Asks every address for a byte: the one question that leaves most chips as they are.
 void scan( const Options & );
 
+// On the bench's side of a simulated board. They throw NoCommand for words that are none, too.
+void sim( const Options & );
+void trace( const Options & ); // until the server ends
+
 } // namespace SmbusClient

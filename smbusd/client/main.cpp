@@ -3,6 +3,7 @@
 #include "client/Commands.h"
 #include "client/Conversation.h"
 #include "client/Output.h"
+#include "client/SimWords.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -21,7 +22,8 @@ enum ExitCode { Done = 0, TransferFailed = 1, Usage = 2, NoServer = 3 };
 
 void carryOut( const CLI::App &app, const Options &options ) {
    const std::map<std::string, void ( * )( const Options & )> commands{
-      { "read", read }, { "write", write }, { "dump", dump }, { "scan", scan }
+      { "read", read }, { "write", write }, { "dump", dump },
+      { "scan", scan }, { "sim", sim },     { "trace", trace }
    };
    commands.at( app.get_subcommands().front()->get_name() )( options );
 }
@@ -45,6 +47,8 @@ int main( int argc, char **argv ) {
       carryOut( app, options );
    } catch ( const CLI::ParseError &error ) {
       return app.exit( error ) == 0 ? Done : Usage;
+   } catch ( const NoCommand &error ) {
+      return complain( options, error, Usage );
    } catch ( const Failed &error ) {
       return complain( options, error, TransferFailed );
    } catch ( const Unreachable &error ) {

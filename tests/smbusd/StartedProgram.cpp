@@ -1,6 +1,7 @@
 #include "StartedProgram.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -61,6 +62,11 @@ bool StartedProgram::waitForError( const std::string &words ) {
          return false;
    }
    return true;
+}
+
+bool StartedProgram::hasOutput() const {
+   pollfd output{ outputPipe_, POLLIN, 0 };
+   return poll( &output, 1, 0 ) == 1 && output.revents & POLLIN;
 }
 
 void StartedProgram::signal( int number ) { kill( pid_, number ); }

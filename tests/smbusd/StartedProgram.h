@@ -18,6 +18,8 @@ class StartedProgram {
 
    // Reads standard error until these words have come; false when it ends without them.
    bool waitForError( const std::string &words );
+   // Whether it has printed anything that nobody has read yet.
+   bool hasOutput() const;
    void signal( int number );
    // Waits for its end. The exit code; minus the number of the signal that ended it.
    int wait();

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "control/Controls.h"
+#include "control/Tracer.h"
+#include "server/SocketFile.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/local/stream_protocol.hpp>
+
+#include <memory>
+#include <set>
+
+namespace Smbusd {
+
+// One client of the control socket. The tracer's transfers wait for it up to a limit; beyond that
+// they are lost, and the next one tells how many.
+class ControlSession : public std::enable_shared_from_this<ControlSession> {
+ public:
+   using Socket = boost::asio::local::stream_protocol::socket;
+   using Ended = std::function<void( const std::shared_ptr<ControlSession> & )>;
+
+   ControlSession( Socket, Controls &, Tracer &, Ended );
+
+   void start() { readMore(); }
+   void end();
+
+ private:
+   void readMore();
+   void takeFrames();
+   void take( std::string_view message );
+   void trace();
+   void send( std::string bytes );
+   void sendNext();
+
+   Socket socket_;
+   Controls &controls_;
+   Tracer &tracer_;
+   const Ended ended_;
+   bool over_ = false;
+   std::array<char, 4096> chunk_;
+   std::string received_;
+   std::vector<std::string> waiting_; // to be sent, behind what is being sent
+   std::string sending_;
+   std::shared_ptr<std::atomic<unsigned>> underWay_ = std::make_shared<std::atomic<unsigned>>( 0 );
+};
+
+// The socket at which the bench's side of a simulated board is driven. Everything runs in the
+// io_context's thread; controls and tracer outlive it.
+class ControlServer {
+ public:
+   static constexpr size_t maxClients = 16; // further ones are turned away without a word
+
+   ControlServer( boost::asio::io_context &, std::unique_ptr<SocketFile>, Controls &, Tracer & );
+   void stop();
+
+ private:
+   using Protocol = boost::asio::local::stream_protocol;
+
+   void accept();
+
+   std::unique_ptr<SocketFile> file_;
+   Controls &controls_;
+   Tracer &tracer_;
+   Protocol::acceptor acceptor_;
+   std::set<std::shared_ptr<ControlSession>> sessions_;
+};
+
+} // namespace Smbusd
