@@ -116,6 +116,8 @@ TEST_F( ProgramTest, EndsWith2ForWrongUsageAndTellsItsHelpAndVersion ) {
    EXPECT_EQ( run( { "show", "/no/such/folder" } ), 2 );
    EXPECT_EQ( run( { "show", SCRIPTED_BOARD, "-t", "8" } ), 2 );
    EXPECT_EQ( run( { "watch", SCRIPTED_BOARD, "--period", "0" } ), 2 );
+   for ( const char *period : { "psu", "psu=0", "psu=x", "relay=1", "psu=3601" } )
+      EXPECT_EQ( run( { "serve", SCRIPTED_BOARD, "--period-of", period } ), 2 ) << period;
    EXPECT_EQ( run( { "--help" } ), 0 );
    EXPECT_THAT( out, HasSubstr( "write to the board" ) );
    EXPECT_THAT( out, HasSubstr( "Exit codes: 0" ) );

@@ -38,6 +38,26 @@ TEST_F( ServicesTest, RunATimerOnceForEverySetting ) {
    EXPECT_EQ( expired, 2 );
 }
 
+TEST_F( ServicesTest, TellWhoseTimerRunsWhileItRuns ) {
+   struct Seen {
+      const Services &services;
+      std::optional<std::size_t> timerOf{};
+   } seen{ services };
+   services.madeFor( 7 );
+   const pl_timer_handle another = pl_timer_add(
+      []( void *context ) {
+         auto *what = static_cast<Seen *>( context );
+         what->timerOf = what->services.timerOf();
+      },
+      &seen );
+   services.madeFor( 8 );
+   pl_timer_set( another, 0 );
+   EXPECT_FALSE( services.timerOf() );
+   loop.run();
+   EXPECT_EQ( seen.timerOf, 7u );
+   EXPECT_FALSE( services.timerOf() );
+}
+
 TEST_F( ServicesTest, CountASecondSettingInPlaceOfTheFirst ) {
    pl_timer_set( timer, 3'600'000 );
    pl_timer_set( timer, 0 );

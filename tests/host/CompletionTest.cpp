@@ -1,0 +1,67 @@
+#include "plugin/Action.h"
+#include "support/TempFolder.h"
+
+#include <cstdlib>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <gmock/gmock.h>
+#include <sstream>
+
+namespace Host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::UnorderedElementsAre;
+
+class CompletionTest : public ::testing::Test {
+ protected:
+   /// What the shell offers for the last of these words.
+   std::vector<std::string> complete( const std::vector<std::string> &words ) const {
+      folder_.write( "ask.sh", fmt::format( ". {}\nCOMP_WORDS=( orbis-host {} )\nCOMP_CWORD={}\n"
+                                            "_orbis_host\nprintf '%s\\n' \"${{COMPREPLY[@]}}\"\n",
+                                            COMPLETION, fmt::join( words, " " ), words.size() ) );
+      const std::string out = ( folder_.path() / "out" ).string();
+      EXPECT_EQ(
+         std::system(
+            fmt::format( "bash {}/ask.sh > {} 2>&1", folder_.path().string(), out ).c_str() ),
+         0 );
+      std::istringstream lines( folder_.read( "out" ) );
+      std::vector<std::string> offered;
+      for ( std::string line; std::getline( lines, line ); )
+         offered.push_back( line );
+      return offered;
+   }
+
+   const TempFolder folder_;
+};
+
+TEST_F( CompletionTest, OffersCommandsAndOptions ) {
+   EXPECT_THAT( complete( { "s" } ), UnorderedElementsAre( "show", "serve", "smbus", "system" ) );
+   EXPECT_THAT( complete( { "serve", "--per" } ), ElementsAre( "--period", "--period-of" ) );
+   EXPECT_THAT( complete( { "system", "power" } ), ElementsAre( "powercycle", "poweroff" ) );
+}
+
+TEST_F( CompletionTest, OffersTheBoardsObjectsOfTheCommandsType ) {
+   EXPECT_THAT( complete( { "fan", "--board", SCRIPTED_BOARD, "p" } ), ElementsAre( "pair" ) );
+   EXPECT_THAT( complete( { "xcvr", "--board", SCRIPTED_BOARD, "''" } ),
+                ElementsAre( "sfp", "qsfp" ) );
+   EXPECT_THAT( complete( { "xcvr", "--board", SCRIPTED_BOARD, "sfp", "reset", "o" } ),
+                ElementsAre( "on", "off" ) );
+}
+
+TEST_F( CompletionTest, OffersEveryVerbThatIsTaken ) {
+   const std::vector<std::pair<std::string, Kind>> kinds{ { "xcvr", Kind::Xcvr },
+                                                          { "gpio", Kind::Gpio },
+                                                          { "smbus", Kind::Smbus } };
+   for ( const auto &[command, kind] : kinds ) {
+      std::vector<std::string> verbs;
+      for ( const std::string &usage : usageOf( kind ) )
+         verbs.push_back( usage.substr( 0, usage.find( ' ' ) ) );
+      EXPECT_THAT( complete( { command, "x", "''" } ),
+                   ::testing::UnorderedElementsAreArray( verbs ) );
+   }
+   EXPECT_THAT( complete( { "led", "x", "be" } ), ElementsAre( "beacon" ) );
+}
+
+} // namespace
+} // namespace Host
