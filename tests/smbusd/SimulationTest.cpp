@@ -1,5 +1,6 @@
 // The bench's side of the simulated Kelt board, as people and scripts drive it.
 #include "PrivateFolder.h"
+#include "RunningServer.h"
 #include "StartedProgram.h"
 
 #include <gmock/gmock.h>
@@ -177,6 +178,20 @@ TEST_F( SimulationTest, TellsWhatItCannotDoAndWhatIsNoCommand ) {
    EXPECT_EQ( sim( { "power", "maybe" } ), "2\n" );
    EXPECT_EQ( sim( { "nack", "psu1", "often" } ), "2\n" );
    EXPECT_EQ( sim( { "play", folder.file( "none" ) } ), "1\n" );
+}
+
+TEST_F( SimulationTest, OutlivesClientsThatTalkNonsense ) {
+   RawClient endless( path + ".control" );
+   endless.send( std::string( 11, '\xFF' ) ); // a length that never ends
+   EXPECT_FALSE( endless.receive() );
+   RawClient garbled( path + ".control" );
+   garbled.send( "\x02\xFF\xFF" );
+   EXPECT_TRUE( garbled.receive() ); // it is told, and may go on
+   garbled.send( std::string( 1, '\0' ) );
+   EXPECT_TRUE( garbled.receive() );
+   garbled.send( "\x7F" );
+   garbled.leave();
+   EXPECT_THAT( sim( { "list" } ), StartsWith( "0\n" ) );
 }
 
 TEST_F( SimulationTest, LeavesNoSocketBehind ) {
