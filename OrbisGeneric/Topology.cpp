@@ -151,7 +151,7 @@ Topology *Topology::fromJSON( Document const &json ) {
       assert( it->IsObject() );
       assert( it->HasMember( "type" ) );
       assert( it->HasMember( "ham" ) );
-      const std::string type = ( *it )[ "type" ].GetString();
+      const std::string type = ( *it )["type"].GetString();
       std::shared_ptr<MediumNode> medium;
       if ( type == "SCD" )
          medium = SCD::fromJSON( *it );

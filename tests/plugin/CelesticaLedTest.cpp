@@ -1,5 +1,5 @@
-#include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Drivers/Kelt/CelesticaLed.h"
+#include "OrbisGeneric/Drivers/Drivers.h"
 #include "support/PluginTest.h"
 #include "support/ScriptedHam.h"
 
