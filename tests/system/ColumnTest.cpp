@@ -11,11 +11,11 @@ TEST( ColumnTest, ShowsEveryTemperatureOfTheKeltBoardAsItsChipHasIt ) {
    RunningBoard board( "kelt" );
    const Shown shown = board.show();
    EXPECT_EQ( shown.exitCode, 0 );
-   EXPECT_EQ( shown.values.at( "temp-front" ), 24.5 ); // behind a mux
-   EXPECT_EQ( shown.values.at( "temp-rear" ), 31.0 );  // same address, another channel
-   EXPECT_EQ( shown.values.at( "temp-asic" ), 58.5 );  // behind two muxes
-   EXPECT_EQ( shown.values.at( "temp-board" ), -3.0 ); // on the accelerator's bus
-   EXPECT_EQ( shown.values.at( "temp-cpu" ), 47.0 );   // on an I2C adapter
+   EXPECT_EQ( shown.values.at( "temp-front temperature" ), 24.5 ); // behind a mux
+   EXPECT_EQ( shown.values.at( "temp-rear temperature" ), 31.0 );  // same address, another channel
+   EXPECT_EQ( shown.values.at( "temp-asic temperature" ), 58.5 );  // behind two muxes
+   EXPECT_EQ( shown.values.at( "temp-board temperature" ), -3.0 ); // on the accelerator's bus
+   EXPECT_EQ( shown.values.at( "temp-cpu temperature" ), 47.0 );   // on an I2C adapter
 }
 
 class ThermometerTest : public ::testing::Test {
@@ -36,7 +36,7 @@ class ThermometerTest : public ::testing::Test {
 TEST_F( ThermometerTest, ReadsEitherSideOfZeroAndBothEndsOfTheRange ) {
    for ( double celsius : { -55.0, -25.0, -1.0, 0.0, 0.5, 1.0, 25.5, 124.5 } ) {
       RunningBoard board( topology, objects, simulation( celsius ) );
-      EXPECT_EQ( board.show().values.at( "t" ), celsius );
+      EXPECT_EQ( board.show().values.at( "t temperature" ), celsius );
    }
 }
 
@@ -44,7 +44,7 @@ TEST_F( ThermometerTest, ReadsEitherSideOfZeroAndBothEndsOfTheRange ) {
 TEST_F( ThermometerTest, AHalfDegreeBelowZeroReadsADegreeLow ) {
    for ( double celsius : { -0.5, -3.5 } ) {
       RunningBoard board( topology, objects, simulation( celsius ) );
-      EXPECT_EQ( board.show().values.at( "t" ), celsius - 1 );
+      EXPECT_EQ( board.show().values.at( "t temperature" ), celsius - 1 );
    }
 }
 
@@ -62,7 +62,7 @@ TEST_F( ThermometerTest, ABadBoardFileIsRefusedBeforeThePlugInIsLoaded ) {
                        R"([{"type":"temp_sensor","name":"t","device":{"did":1,"driver":"LM75"},)"
                        R"("alert":60.0,"critical":72.5}])",
                        simulation( 20 ) );
-   EXPECT_EQ( board.hostExitCode( "show" ), 3 );
+   EXPECT_EQ( board.host( { "show" } ), 3 );
 }
 
 } // namespace

@@ -34,7 +34,7 @@ TEST_F( FaultTest, AChipThatDoesNotAnswerIsUnreadableAndHidesNoOther ) {
    RunningBoard board( topology, objects, simulation( "false" ) );
    const Shown shown = board.show();
    EXPECT_EQ( shown.exitCode, 1 );
-   EXPECT_EQ( shown.values.at( "first" ), 24.5 );
+   EXPECT_EQ( shown.values.at( "first temperature" ), 24.5 );
    EXPECT_THAT( shown.faults.at( "second" ), StartsWith( "unreadable: " ) );
    EXPECT_THAT( shown.faults.at( "second" ),
                 HasSubstr( "Assertion `device_->setThreshold( Threshold::Alert, value ) == "

@@ -62,14 +62,29 @@ Shown RunningBoard::show() {
             shown.faults[name] = std::string( value["state"].GetString() ) + ": " +
                                  ( value.HasMember( "fault" ) ? value["fault"].GetString() : "" );
          else if ( value["value"].IsNumber() )
-            shown.values[name] = value["value"].GetDouble();
+            shown.values[name + " " + value["name"].GetString()] = value["value"].GetDouble();
       }
    }
    return shown;
 }
 
-int RunningBoard::hostExitCode( const std::string &command ) {
-   return StartedProgram( { ORBIS_HOST, command, board_ } ).wait();
+int RunningBoard::host( const std::vector<std::string> &words ) {
+   std::vector<std::string> command = { ORBIS_HOST };
+   command.insert( command.end(), words.begin(), words.end() );
+   if ( words.size() > 1 )
+      command.push_back( "--board" );
+   command.push_back( board_ );
+   return StartedProgram( command ).wait();
+}
+
+double RunningBoard::quantity( const std::string &whose, const std::string &name ) {
+   rapidjson::Document document;
+   document.Parse( smbus( { "--json", "sim", "get", whose, name } ).c_str() );
+   if ( document.HasParseError() || !document.HasMember( "value" ) ) {
+      ADD_FAILURE() << whose << " tells no " << name;
+      return 0;
+   }
+   return document["value"].GetDouble();
 }
 
 std::string RunningBoard::smbus( const std::vector<std::string> &words ) {

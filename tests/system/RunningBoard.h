@@ -28,7 +28,10 @@ class RunningBoard {
 
    // Each runs to its end.
    Shown show();
-   int hostExitCode( const std::string &command );
+   // Exit code of an orbis-host command, the board named for it; of show and its like, this board.
+   int host( const std::vector<std::string> &words );
+   // A quantity of the simulation's physical model.
+   double quantity( const std::string &whose, const std::string &name );
    std::string smbus( const std::vector<std::string> &words );
 
    // Starts `orbis-host watch` into a file that can be looked at meanwhile.
