@@ -52,14 +52,25 @@ CLI::App *addBoardCommand( CLI::App &app, Options &options, Options::Command com
    return sub;
 }
 
+// Asked only where no board is named: CLI11 looks at the environment for every sub-command, and
+// would put this board in the place of the one that another sub-command is given.
+void boardFromEnvironment( Options &options ) {
+   if ( !options.board.empty() )
+      return;
+   const char *named = std::getenv( "ORBIS_BOARD" );
+   if ( !named || !*named )
+      throw CLI::RequiredError( "--board or ORBIS_BOARD" );
+   if ( const std::string why = CLI::ExistingDirectory( named ); !why.empty() )
+      throw CLI::ValidationError( "ORBIS_BOARD", why );
+   options.board = named;
+}
+
 // A sub-command that has an object of a kind do something.
 void addAction( CLI::App &app, Options &options, Kind kind, const char *what ) {
    CLI::App *sub = app.add_subcommand( std::string( nameOf( kind ) ), what );
    sub->fallthrough();
    sub->footer( fmt::format( "{}", fmt::join( usageOf( kind ), "\n" ) ) );
-   sub->add_option( "--board", options.board, "The board's folder" )
-      ->envname( "ORBIS_BOARD" )
-      ->required()
+   sub->add_option( "--board", options.board, "The board's folder, else ORBIS_BOARD" )
       ->check( CLI::ExistingDirectory );
    if ( kind == Kind::System )
       sub->add_flag( "-y,--yes", options.yes, "Don't ask before power is cut" );
@@ -67,6 +78,7 @@ void addAction( CLI::App &app, Options &options, Kind kind, const char *what ) {
       sub->add_option( "NAME", options.object, "The object's name" )->required();
    sub->add_option( "WORDS", options.words, "What it is to do" )->required();
    sub->callback( [&options, kind] {
+      boardFromEnvironment( options );
       options.command = Options::Command::Act;
       options.kind = kind;
    } );

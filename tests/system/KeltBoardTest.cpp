@@ -79,6 +79,20 @@ TEST_F( KeltBoardTest, DrivesFansAndCages ) {
    EXPECT_TRUE( becomes( "sfp1", "txDisable", 1 ) );
 }
 
+TEST_F( KeltBoardTest, TheEnvironmentNamesABoardOnlyWhereNoneIsNamed ) {
+   setenv( "ORBIS_BOARD", "/nowhere", 1 );
+   EXPECT_EQ( board.host( { "check" } ), 0 );
+   EXPECT_EQ( board.host( { "gpio", "usb-power", "read" } ), 0 );
+   const auto read = [] {
+      return SmbusdTest::StartedProgram( { ORBIS_HOST, "gpio", "usb-power", "read" } ).wait();
+   };
+   EXPECT_EQ( read(), 2 );
+   setenv( "ORBIS_BOARD", BOARDS "/kelt", 1 );
+   EXPECT_EQ( read(), 0 );
+   unsetenv( "ORBIS_BOARD" );
+   EXPECT_EQ( read(), 2 );
+}
+
 TEST_F( KeltBoardTest, WhatIsPulledWhileWatchedIsMissedAndComesBack ) {
    auto watch = board.watch( "0.5" );
    size_t at = board.waitForRow( "psu1-slot", "KP-850AC-F", 0 );
