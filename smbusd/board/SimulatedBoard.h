@@ -5,6 +5,7 @@
 #include "board/SimulationFile.h"
 #include "board/TopologyFile.h"
 #include "busses/RootBus.h"
+#include "busses/SimulatedBus.h"
 #include "busses/Wire.h"
 #include "control/Tracer.h"
 
@@ -57,7 +58,7 @@ class SimulatedBoard {
    void seatChips( const Clock & );
    void joinChannels();
    void addModules();
-   void report( const RootBusId &, const Transfer &, const Outcome &, const Chip * ) const;
+   void report( const RootBusId &, const Transfer &, const SimulatedBus::Carried & );
 
    const TopologyFile topology_;
    const std::unique_ptr<const SimulationFile> simulation_;

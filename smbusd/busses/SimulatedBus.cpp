@@ -101,38 +101,38 @@ std::string carryOut( Cycle &cycle, const Transfer &transfer ) {
 
 } // namespace
 
-Outcome SimulatedBus::carryOutOnce( const Transfer &transfer, const Chip *&answering ) {
-   Outcome outcome;
+SimulatedBus::Carried SimulatedBus::carryOutOnce( const Transfer &transfer ) {
+   Carried carried;
    try {
       Cycle cycle( wire_, transfer.address );
       try {
-         outcome.data = carryOut( cycle, transfer );
+         carried.outcome.data = carryOut( cycle, transfer );
       } catch ( const BusFault &fault ) {
-         outcome.error = fault.what();
+         carried.outcome.error = fault.what();
       }
-      answering = cycle.answering();
+      carried.answering = cycle.answering();
+      carried.bytes = cycle.bytes();
       if ( const std::string collision = cycle.collision(); !collision.empty() )
-         outcome = { {}, collision };
+         carried.outcome = { {}, collision };
    } catch ( const BusFault &fault ) {
-      outcome.error = fault.what();
+      carried.outcome.error = fault.what();
    }
-   return outcome;
+   return carried;
 }
 
 Outcome SimulatedBus::transfer( const Transfer &transfer ) {
    std::chrono::milliseconds slow{ 0 };
-   Outcome outcome;
+   Carried carried;
    {
       const std::lock_guard lock( mutex_ );
-      const Chip *answering = nullptr;
-      outcome = carryOutOnce( transfer, answering );
-      if ( answering )
-         slow = answering->faults().slow;
+      carried = carryOutOnce( transfer );
+      if ( carried.answering )
+         slow = carried.answering->faults().slow;
       if ( report_ )
-         report_( transfer, outcome, answering );
+         report_( transfer, carried );
    }
    std::this_thread::sleep_for( slow ); // other busses go on meanwhile
-   return outcome;
+   return carried.outcome;
 }
 
 } // namespace Smbusd

@@ -6,19 +6,30 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
+#include <vector>
 
 // What orbis-host show told.
 struct Shown {
    int exitCode;
    std::map<std::string, double> values;      // of objects that are "ok", by name
+   std::map<std::string, std::string> texts;  // of slots, whose module describes itself
+   std::set<std::string> absent;              // of what can be pulled
    std::map<std::string, std::string> faults; // of the others: "state: words"
+};
+
+// How a program ended, and what it said.
+struct Ran {
+   int exitCode;
+   std::string output;
+   std::string errors;
 };
 
 class RunningBoard {
  public:
-   // The board of the project's boards folder.
-   explicit RunningBoard( const std::string &name );
+   // The board of the project's boards folder; `server` is said to the server besides.
+   explicit RunningBoard( const std::string &name, std::vector<std::string> server = {} );
    // A board of these files.
    RunningBoard( const std::string &topology, const std::string &objects,
                  const std::string &simulation );
@@ -28,20 +39,35 @@ class RunningBoard {
 
    // Each runs to its end.
    Shown show();
-   // Exit code of an orbis-host command, the board named for it; of show and its like, this board.
-   int host( const std::vector<std::string> &words );
+   // An orbis-host command, the board named for it; of show and its like, this board.
+   Ran host( const std::vector<std::string> &words );
    // A quantity of the simulation's physical model.
    double quantity( const std::string &whose, const std::string &name );
+   // All of them by whose they are: of a chip itself, or of what it has ("fan3.inlet").
+   std::map<std::string, std::map<std::string, double>> quantities();
    std::string smbus( const std::vector<std::string> &words );
+   // Starts `orbis-host serve` and more words; what is asked of the host from now on, it asks that.
+   std::unique_ptr<SmbusdTest::StartedProgram> serve( const std::vector<std::string> &words );
+   std::string served() const { return folder_.read( "served" ); } // what that has said so far
 
    // Starts `orbis-host watch` into a file that can be looked at meanwhile.
    std::unique_ptr<SmbusdTest::StartedProgram> watch( const std::string &period );
    // Waits until the watched table's rows of `object` hold `text` from `start` on; the new end.
    size_t waitForRow( const std::string &object, const std::string &text, size_t start );
+   // How far the watched table has come.
+   size_t watched() const;
+   // How many of its rows of `object` from `start` to `end` hold `text`.
+   int countRows( const std::string &object, const std::string &text, size_t start,
+                  size_t end ) const;
 
  private:
+   // A sub-command of orbis-host on this board; all it prints goes to the file.
+   std::unique_ptr<SmbusdTest::StartedProgram> start( const std::vector<std::string> &words,
+                                                      const std::string &file );
+
    TestSupport::PrivateFolder folder_;
    std::string board_;
+   const std::vector<std::string> serverWords_{};
    std::string socket_ = folder_.file( "smbus.sock" );
    std::unique_ptr<SmbusdTest::StartedProgram> server_;
 };
