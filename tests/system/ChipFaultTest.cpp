@@ -3,8 +3,7 @@
 
 #include <gmock/gmock.h>
 
-#include <fmt/format.h>
-#include <fmt/ranges.h>
+#include <ostream>
 
 namespace {
 

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <thread>
 
 namespace {

@@ -4,7 +4,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 #include <thread>
@@ -35,8 +34,8 @@ void RunningBoard::startServer() {
    std::vector<std::string> command = { ORBIS_SMBUSD, "--simulate", board_ + "/topology.json",
                                         "--simulation", board_ + "/simulation.json" };
    command.insert( command.end(), serverWords_.begin(), serverWords_.end() );
-   server_ = std::make_unique<StartedProgram>( command );
-   ASSERT_TRUE( server_->waitForError( "serving" ) );
+   server_ = start( command, "server" );
+   ASSERT_TRUE( says( "server", "serving" ) );
 }
 
 void RunningBoard::killServer() {
@@ -87,26 +86,32 @@ Ran RunningBoard::host( const std::vector<std::string> &words ) {
    return { exitCode, host.output(), host.errors() };
 }
 
-std::unique_ptr<StartedProgram> RunningBoard::start( const std::vector<std::string> &words,
+std::unique_ptr<StartedProgram> RunningBoard::start( const std::vector<std::string> &command,
                                                      const std::string &file ) {
+   std::string words = "exec";
+   for ( const std::string &word : command )
+      words += fmt::format( " '{}'", word );
    return std::make_unique<StartedProgram>( std::vector<std::string>{
-      "/bin/sh", "-c",
-      fmt::format( "exec '{}' {} '{}' >'{}' 2>&1", ORBIS_HOST, fmt::join( words, " " ), board_,
-                   folder_.file( file ) ) } );
+      "/bin/sh", "-c", fmt::format( "{} >'{}' 2>&1", words, folder_.file( file ) ) } );
 }
 
-std::unique_ptr<StartedProgram> RunningBoard::serve( const std::vector<std::string> &words ) {
-   std::vector<std::string> command = { "serve" };
-   command.insert( command.end(), words.begin(), words.end() );
-   auto serve = start( command, "served" );
+bool RunningBoard::says( const std::string &file, const std::string &words ) const {
    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 20 );
-   while ( folder_.read( "served" ).find( "serves " ) == std::string::npos ) {
+   while ( folder_.read( file ).find( words ) == std::string::npos ) {
       if ( std::chrono::steady_clock::now() > end ) {
-         ADD_FAILURE() << "serve did not start: " << folder_.read( "served" );
-         break;
+         ADD_FAILURE() << "no \"" << words << "\" but: " << folder_.read( file );
+         return false;
       }
       std::this_thread::sleep_for( std::chrono::milliseconds( 5 ) );
    }
+   return true;
+}
+
+std::unique_ptr<StartedProgram> RunningBoard::serve( const std::vector<std::string> &words ) {
+   std::vector<std::string> command = { ORBIS_HOST, "serve", board_ };
+   command.insert( command.end(), words.begin(), words.end() );
+   auto serve = start( command, "served" );
+   EXPECT_TRUE( says( "served", "serves " ) );
    return serve;
 }
 
@@ -139,6 +144,18 @@ std::map<std::string, std::map<std::string, double>> RunningBoard::quantities() 
    return all;
 }
 
+uint64_t RunningBoard::transfers() {
+   rapidjson::Document document;
+   document.Parse( smbus( { "--json", "sim", "list" } ).c_str() );
+   return document["transfers"].GetUint64();
+}
+
+Ran RunningBoard::play( const std::string &path ) {
+   StartedProgram client( { ORBIS_SMBUS, "sim", "play", path } );
+   const int exitCode = client.wait();
+   return { exitCode, client.output(), client.errors() };
+}
+
 std::string RunningBoard::smbus( const std::vector<std::string> &words ) {
    std::vector<std::string> command = { ORBIS_SMBUS };
    command.insert( command.end(), words.begin(), words.end() );
@@ -148,7 +165,7 @@ std::string RunningBoard::smbus( const std::vector<std::string> &words ) {
 }
 
 std::unique_ptr<StartedProgram> RunningBoard::watch( const std::string &period ) {
-   return start( { "watch", "--period", period }, "watched" );
+   return start( { ORBIS_HOST, "watch", "--period", period, board_ }, "watched" );
 }
 
 namespace {

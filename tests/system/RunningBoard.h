@@ -34,6 +34,7 @@ class RunningBoard {
    RunningBoard( const std::string &topology, const std::string &objects,
                  const std::string &simulation );
 
+   const SmbusdTest::StartedProgram &server() const { return *server_; }
    void startServer();
    void killServer();
 
@@ -46,6 +47,10 @@ class RunningBoard {
    // All of them by whose they are: of a chip itself, or of what it has ("fan3.inlet").
    std::map<std::string, std::map<std::string, double>> quantities();
    std::string smbus( const std::vector<std::string> &words );
+   // Plays a scenario, by its path.
+   Ran play( const std::string &path );
+   // How many transfers have passed on the board's wires.
+   uint64_t transfers();
    // Starts `orbis-host serve` and more words; what is asked of the host from now on, it asks that.
    std::unique_ptr<SmbusdTest::StartedProgram> serve( const std::vector<std::string> &words );
    std::string served() const { return folder_.read( "served" ); } // what that has said so far
@@ -61,9 +66,11 @@ class RunningBoard {
                   size_t end ) const;
 
  private:
-   // A sub-command of orbis-host on this board; all it prints goes to the file.
-   std::unique_ptr<SmbusdTest::StartedProgram> start( const std::vector<std::string> &words,
+   // A program whose words all go to a file, so that it never waits for a reader.
+   std::unique_ptr<SmbusdTest::StartedProgram> start( const std::vector<std::string> &command,
                                                       const std::string &file );
+   // Waits until it has said this; false when it does not within twenty seconds.
+   bool says( const std::string &file, const std::string &words ) const;
 
    TestSupport::PrivateFolder folder_;
    std::string board_;
