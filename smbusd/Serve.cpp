@@ -1,0 +1,122 @@
+#include "Serve.h"
+
+#include "SimulationClock.h"
+#include "board/SimulatedBoard.h"
+#include "control/ControlServer.h"
+#include "routes/RoutedBusses.h"
+#include "server/Server.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/signal_set.hpp>
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+namespace Smbusd {
+
+namespace {
+
+// A simulated board with its clock and its bench's side.
+struct Simulation {
+   Simulation( const Options &options, const Clock &real )
+      : clock( real, options.speed ), board( options.topology, options.simulation, clock ) {
+      board.traceTo( tracer );
+   }
+   SimulationClock clock;
+   SimulatedBoard board;
+   Tracer tracer;
+   Controls controls{ board.bench(), clock };
+};
+
+Busses routed( const std::string &path, Busses simulated ) {
+   const auto routes = loadRoutes( path );
+   RoutedBusses busses( std::move( simulated ), {} );
+   for ( const Route &route : routes->routes ) {
+      busses.add( route, []( const std::string &why ) { spdlog::warn( "not yet: {}", why ); } );
+      if ( !busses.lastCarrier().empty() )
+         spdlog::info( "{} is {}", toString( route.bus ), busses.lastCarrier() );
+   }
+   return busses.take();
+}
+
+// A transfer that the kernel never ends can't be ended here either, and its thread can't be joined.
+void leaveBehind( Dispatcher &dispatcher ) {
+   if ( dispatcher.stop( std::chrono::seconds( 5 ) ) )
+      return;
+   spdlog::error( "a bus is stuck; its transaction is left behind" );
+   spdlog::shutdown();
+   std::_Exit( EXIT_SUCCESS );
+}
+
+} // namespace
+
+void serve( const Options &options ) {
+   const RealClock clock;
+   std::optional<Simulation> simulation;
+   if ( !options.topology.empty() )
+      simulation.emplace( options, clock );
+   Busses busses = simulation ? simulation->board.busses() : Busses();
+   if ( !options.routes.empty() )
+      busses = routed( options.routes, std::move( busses ) );
+
+   for ( const auto &[id, bus] : busses )
+      spdlog::debug( "bus {}", toString( id ) );
+   boost::asio::io_context context( 1 );
+   Dispatcher dispatcher( std::move( busses ), clock,
+                          std::chrono::milliseconds( options.transactionLimit ) );
+   Server server( context, std::make_unique<SocketFile>( options.socket, options.group ),
+                  dispatcher );
+   std::optional<ControlServer> control;
+   if ( simulation ) {
+      const std::string path =
+         options.control.empty() ? options.socket + ".control" : options.control;
+      control.emplace( context, std::make_unique<SocketFile>( path, options.group ),
+                       simulation->controls, simulation->tracer );
+   }
+   boost::asio::signal_set signals( context, SIGTERM, SIGINT );
+   signals.async_wait( [&]( const auto &, int number ) {
+      spdlog::info( "stopping on {}", number == SIGTERM ? "SIGTERM" : "SIGINT" );
+      server.stop();
+      if ( control )
+         control->stop();
+   } );
+   spdlog::info( "serving {} at {}", options.routes.empty() ? options.topology : options.routes,
+                 options.socket );
+   context.run();
+   leaveBehind( dispatcher );
+}
+
+bool checkRoutes( const Options &options ) {
+   const auto routes = loadRoutes( options.routesToCheck );
+   if ( options.elsewhere )
+      return true;
+   RoutedBusses busses( {}, {} );
+   bool well = true;
+   for ( const Route &route : routes->routes ) {
+      const auto tell = [&]( const std::string &what ) {
+         fmt::print( "{:16} {}\n", toString( route.bus ), what );
+      };
+      if ( std::holds_alternative<SimulatedRoute>( route.to ) ) {
+         tell( "simulated" );
+         continue;
+      }
+      try {
+         std::string missing;
+         busses.add( route, [&]( const std::string &why ) { missing = why; } );
+         tell( missing.empty() ? busses.lastCarrier() : "not yet" );
+         if ( !missing.empty() )
+            fmt::print( stderr, "{}\n", missing );
+      } catch ( const BoardError &error ) {
+         well = false;
+         fmt::print( stderr, "{}\n", error.what() );
+      }
+   }
+   return well;
+}
+
+} // namespace Smbusd
