@@ -18,10 +18,18 @@ void describeSources( CLI::App &app, Options &options ) {
       ->check( CLI::Range( 0.0, 1e6 ) )
       ->needs( simulate )
       ->capture_default_str();
-   app.add_option( "--routes", options.routes,
-                   "Serve the busses of this file: Linux adapters, I/O ports, simulated ones. "
-                   "Without it all that are simulated are served" )
-      ->option_text( "FILE" );
+   auto *routes =
+      app.add_option( "--routes", options.routes,
+                      "Serve the busses of this file: Linux adapters, I/O ports, simulated ones. "
+                      "Without it all that are simulated are served" )
+         ->option_text( "FILE" );
+   auto *replay = app.add_option( "--replay", options.replayFrom,
+                                  "Answer from a recording: every transaction as it was then" )
+                     ->option_text( "FILE" )
+                     ->excludes( simulate )
+                     ->excludes( routes );
+   app.add_flag( "--as-slow", options.asSlow, "Take as long over each answer as it took then" )
+      ->needs( replay );
 }
 
 void describeSockets( CLI::App &app, Options &options ) {
@@ -57,13 +65,17 @@ void describe( CLI::App &app, Options &options ) {
    app.add_option( "--log-level", options.logLevel, "How much is logged to standard error" )
       ->check( CLI::IsMember( { "trace", "debug", "info", "warn", "error", "critical", "off" } ) )
       ->capture_default_str();
+   app.add_option( "--record", options.recordTo,
+                   "Add every transaction with its answer and times to this file" )
+      ->option_text( "FILE" );
    describeChecks( app, options );
    app.footer( "Exit codes: 0 stopped by SIGTERM or SIGINT, 1 could not start, 2 wrong usage." );
 }
 
 void checkTogether( const CLI::App &app, const Options &options ) {
-   if ( app.get_subcommands().empty() && options.topology.empty() && options.routes.empty() )
-      throw CLI::RequiredError( "--simulate or --routes" );
+   if ( app.get_subcommands().empty() && options.topology.empty() && options.routes.empty() &&
+        options.replayFrom.empty() )
+      throw CLI::RequiredError( "--simulate, --routes or --replay" );
 }
 
 } // namespace Smbusd

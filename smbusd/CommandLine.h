@@ -15,6 +15,9 @@ struct Options {
    std::string topology;
    std::string simulation;
    std::string routes;
+   std::string recordTo;
+   std::string replayFrom;
+   bool asSlow = false; // as what is replayed
    std::string logLevel = "info";
    unsigned transactionLimit = 2000; // ms
    double speed = 1;

@@ -3,6 +3,8 @@
 #include "SimulationClock.h"
 #include "board/SimulatedBoard.h"
 #include "control/ControlServer.h"
+#include "record/Recorder.h"
+#include "record/Replay.h"
 #include "routes/RoutedBusses.h"
 #include "server/Server.h"
 
@@ -14,8 +16,10 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <thread>
 
 namespace Smbusd {
 
@@ -44,6 +48,25 @@ Busses routed( const std::string &path, Busses simulated ) {
    return busses.take();
 }
 
+Carriers carriersFor( const Options &options, Simulation *simulation, const Clock &clock ) {
+   if ( !options.replayFrom.empty() )
+      return replay( options.replayFrom, [asSlow = options.asSlow]( Clock::Time took ) {
+         if ( asSlow )
+            std::this_thread::sleep_for( took );
+      } );
+   Busses busses = simulation ? simulation->board.busses() : Busses();
+   if ( !options.routes.empty() )
+      busses = routed( options.routes, std::move( busses ) );
+   return carriersOn( std::move( busses ), clock );
+}
+
+// What is served, by its file.
+const std::string &servedBy( const Options &options ) {
+   if ( !options.replayFrom.empty() )
+      return options.replayFrom;
+   return options.routes.empty() ? options.topology : options.routes;
+}
+
 // A transfer that the kernel never ends can't be ended here either, and its thread can't be joined.
 void leaveBehind( Dispatcher &dispatcher ) {
    if ( dispatcher.stop( std::chrono::seconds( 5 ) ) )
@@ -60,15 +83,19 @@ void serve( const Options &options ) {
    std::optional<Simulation> simulation;
    if ( !options.topology.empty() )
       simulation.emplace( options, clock );
-   Busses busses = simulation ? simulation->board.busses() : Busses();
-   if ( !options.routes.empty() )
-      busses = routed( options.routes, std::move( busses ) );
-
-   for ( const auto &[id, bus] : busses )
+   Carriers carriers = carriersFor( options, simulation ? &*simulation : nullptr, clock );
+   for ( const auto &[id, carrier] : carriers )
       spdlog::debug( "bus {}", toString( id ) );
+   std::optional<Recorder> recorder;
+   Dispatcher::Observer observer;
+   if ( !options.recordTo.empty() ) {
+      recorder.emplace( options.recordTo, ORBIS_VERSION, clock );
+      observer = std::bind_front( &Recorder::write, &*recorder );
+   }
    boost::asio::io_context context( 1 );
-   Dispatcher dispatcher( std::move( busses ), clock,
-                          std::chrono::milliseconds( options.transactionLimit ) );
+   Dispatcher dispatcher( std::move( carriers ), clock,
+                          std::chrono::milliseconds( options.transactionLimit ),
+                          std::move( observer ) );
    Server server( context, std::make_unique<SocketFile>( options.socket, options.group ),
                   dispatcher );
    std::optional<ControlServer> control;
@@ -85,8 +112,7 @@ void serve( const Options &options ) {
       if ( control )
          control->stop();
    } );
-   spdlog::info( "serving {} at {}", options.routes.empty() ? options.topology : options.routes,
-                 options.socket );
+   spdlog::info( "serving {} at {}", servedBy( options ), options.socket );
    context.run();
    leaveBehind( dispatcher );
 }
