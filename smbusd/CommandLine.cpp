@@ -18,6 +18,22 @@ void describeSources( CLI::App &app, Options &options ) {
       ->check( CLI::Range( 0.0, 1e6 ) )
       ->needs( simulate )
       ->capture_default_str();
+   app.add_option_function<std::vector<std::string>>(
+         "--lend-adapter",
+         [&options]( const std::vector<std::string> &texts ) {
+            for ( const std::string &text : texts ) {
+               const auto bus = parseRootBusId( text );
+               if ( !bus )
+                  throw CLI::ValidationError( "not a bus: " + text );
+               options.lent.push_back( *bus );
+            }
+         },
+         "Lend a simulated bus to this machine's kernel as an adapter, for its drivers and all "
+         "programs for i2c (root; the modules vhci-hcd, i2c-tiny-usb and i2c-dev). Repeated for "
+         "several" )
+      ->allow_extra_args( false )
+      ->needs( simulate )
+      ->option_text( "BUS" );
    auto *routes =
       app.add_option( "--routes", options.routes,
                       "Serve the busses of this file: Linux adapters, I/O ports, simulated ones. "

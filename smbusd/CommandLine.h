@@ -1,5 +1,7 @@
 #pragma once
 
+#include "RootBusId.h"
+
 #include <CLI/App.hpp>
 
 #include <string>
@@ -17,6 +19,7 @@ struct Options {
    std::string routes;
    std::string recordTo;
    std::string replayFrom;
+   std::vector<RootBusId> lent;
    bool asSlow = false; // as what is replayed
    std::string logLevel = "info";
    unsigned transactionLimit = 2000; // ms

@@ -3,6 +3,7 @@
 #include "SimulationClock.h"
 #include "board/SimulatedBoard.h"
 #include "control/ControlServer.h"
+#include "lend/LentAdapter.h"
 #include "record/Recorder.h"
 #include "record/Replay.h"
 #include "routes/RoutedBusses.h"
@@ -19,7 +20,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <thread>
+#include <vector>
 
 namespace Smbusd {
 
@@ -60,6 +63,26 @@ Carriers carriersFor( const Options &options, Simulation *simulation, const Cloc
    return carriersOn( std::move( busses ), clock );
 }
 
+std::vector<std::unique_ptr<Lend::LentAdapter>> lend( const Options &options,
+                                                      Simulation *simulation ) {
+   std::vector<std::unique_ptr<Lend::LentAdapter>> lent;
+   for ( const RootBusId &id : options.lent ) {
+      const std::string name = toString( id );
+      try {
+         lent.push_back( std::make_unique<Lend::LentAdapter>( simulation->board.bus( id ), name ) );
+      } catch ( const std::out_of_range & ) {
+         throw Lend::LendError( fmt::format( "the simulated board has no {} to lend", name ) );
+      }
+      if ( const auto number = lent.back()->adapter( std::chrono::seconds( 10 ) ) )
+         spdlog::info( "{} is lent as {}", name, Linux::describeAdapter( *number, {} ) );
+      else
+         spdlog::warn( "{} is lent, and the kernel makes no adapter of it; the module i2c-tiny-usb "
+                       "does",
+                       name );
+   }
+   return lent;
+}
+
 // What is served, by its file.
 const std::string &servedBy( const Options &options ) {
    if ( !options.replayFrom.empty() )
@@ -98,6 +121,7 @@ void serve( const Options &options ) {
                           std::move( observer ) );
    Server server( context, std::make_unique<SocketFile>( options.socket, options.group ),
                   dispatcher );
+   const auto lent = lend( options, simulation ? &*simulation : nullptr );
    std::optional<ControlServer> control;
    if ( simulation ) {
       const std::string path =

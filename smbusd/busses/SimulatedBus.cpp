@@ -99,7 +99,76 @@ std::string carryOut( Cycle &cycle, const Transfer &transfer ) {
    return answer;
 }
 
+// The bytes that come first are the chip's command, as many as it takes.
+void write( Cycle &cycle, std::string_view bytes, uint32_t &command ) {
+   const size_t width = cycle.answering()->commandBytes();
+   if ( bytes.size() >= width ) {
+      command = 0;
+      for ( const char byte : bytes.substr( 0, width ) )
+         command = command << 8 | static_cast<uint8_t>( byte );
+      cycle.command( command );
+      bytes.remove_prefix( width );
+   }
+   for ( const char byte : bytes ) {
+      if ( !cycle.write( static_cast<uint8_t>( byte ) ) )
+         throw BusFault( "no acknowledge of a byte" );
+   }
+}
+
+// In the words of transfers, as far as they have any for it.
+Transfer transferOf( const std::vector<WireMessage> &messages, uint32_t command ) {
+   const WireMessage &last = messages.back();
+   Transfer transfer{ .address = last.address, .offset = command };
+   if ( last.direction == Direction::Write ) {
+      transfer.kind = Transfer::Kind::Write;
+      transfer.data = last.bytes.empty() ? "" : last.bytes.substr( 1 );
+      transfer.length = static_cast<unsigned>( transfer.data.size() );
+   } else {
+      transfer.length = messages.size() > 1 ? static_cast<unsigned>( last.bytes.size() ) : 0;
+   }
+   return transfer;
+}
+
 } // namespace
+
+Outcome SimulatedBus::exchangeOnce( std::vector<WireMessage> &messages, uint32_t &command,
+                                    const Chip *&answering ) {
+   Outcome outcome;
+   try {
+      Cycle cycle( wire_, messages.front().address );
+      for ( WireMessage &message : messages ) {
+         cycle.start( message.direction );
+         answering = cycle.answering();
+         if ( message.direction == Direction::Write )
+            write( cycle, message.bytes, command );
+         else
+            message.bytes = read( cycle, static_cast<unsigned>( message.bytes.size() ) );
+      }
+      outcome.error = cycle.collision();
+   } catch ( const BusFault &fault ) {
+      outcome.error = fault.what();
+   }
+   if ( outcome.ok() && messages.back().direction == Direction::Read )
+      outcome.data = messages.back().bytes;
+   return outcome;
+}
+
+bool SimulatedBus::exchange( std::vector<WireMessage> &messages ) {
+   std::chrono::milliseconds slow{ 0 };
+   Outcome outcome;
+   {
+      const std::lock_guard lock( mutex_ );
+      const Chip *answering = nullptr;
+      uint32_t command = 0;
+      outcome = exchangeOnce( messages, command, answering );
+      if ( answering )
+         slow = answering->faults().slow;
+      if ( report_ )
+         report_( transferOf( messages, command ), outcome, answering );
+   }
+   std::this_thread::sleep_for( slow );
+   return outcome.ok();
+}
 
 Outcome SimulatedBus::carryOutOnce( const Transfer &transfer, const Chip *&answering ) {
    Outcome outcome;

@@ -5,8 +5,17 @@
 
 #include <functional>
 #include <mutex>
+#include <string>
+#include <vector>
 
 namespace Smbusd {
+
+// What another master sends or reads as plain bytes between a start and the next.
+struct WireMessage {
+   uint8_t address = 0;
+   Direction direction = Direction::Write;
+   std::string bytes; // to write, or in place of what is to be read
+};
 
 // A root bus made of simulated wires, which outlive it. A transfer holds the mutex, under which
 // everything that touches the chips happens.
@@ -20,8 +29,12 @@ class SimulatedBus final : public RootBus {
       : wire_( wire ), mutex_( mutex ), report_( std::move( report ) ) {}
    // Two chips that answer are an error, though both have taken what was written.
    Outcome transfer( const Transfer & ) override;
+   // Messages from a start to the stop; what is read takes the place of the bytes. False when
+   // something of it isn't acknowledged, or two chips answer.
+   bool exchange( std::vector<WireMessage> & );
 
  private:
+   Outcome exchangeOnce( std::vector<WireMessage> &, uint32_t &command, const Chip *&answering );
    Outcome carryOutOnce( const Transfer &, const Chip *&answering );
 
    const Wire &wire_;
