@@ -39,6 +39,12 @@ class Bench {
       uint8_t address;
    };
 
+   // What has passed on all wires since the board was made.
+   struct Traffic {
+      uint64_t transfers = 0;
+      uint64_t bytes = 0;
+   };
+
    std::mutex &mutex() { return mutex_; }
 
    // Throws BenchError when another chip is present at the place.
@@ -57,6 +63,13 @@ class Bench {
    void insert( const std::string &module );
    void pull( const std::string &module );
 
+   // A transfer of so many bytes has passed.
+   void count( unsigned bytes ) {
+      ++traffic_.transfers;
+      traffic_.bytes += bytes;
+   }
+   const Traffic &traffic() const { return traffic_; }
+
    // Without power no chip answers; with it again all have just powered up.
    bool powered() const { return powered_; }
    void powerIs( bool );
@@ -71,6 +84,7 @@ class Bench {
    std::vector<Seated> chips_;
    std::vector<Module> modules_;
    bool powered_ = true;
+   Traffic traffic_;
 };
 
 } // namespace Smbusd

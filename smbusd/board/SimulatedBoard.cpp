@@ -36,19 +36,20 @@ std::unique_ptr<SimulatedBus> SimulatedBoard::bus( const RootBusId &id ) {
                                           std::bind_front( &SimulatedBoard::report, this, id ) );
 }
 
-void SimulatedBoard::report( const RootBusId &bus, const Transfer &transfer, const Outcome &outcome,
-                             const Chip *chip ) const {
+void SimulatedBoard::report( const RootBusId &bus, const Transfer &transfer,
+                             const SimulatedBus::Carried &carried ) {
+   bench_.count( carried.bytes );
    if ( !tracer_ || !tracer_->heard() )
       return;
    SmbusControl::Transfer told;
    told.set_seconds( std::chrono::duration<double>( clock_.now() ).count() );
    told.set_bus( toString( bus ) );
-   told.set_chip( chip ? chip->name() : "" );
+   told.set_chip( carried.answering ? carried.answering->name() : "" );
    told.set_address( transfer.address );
    told.set_operation( describe( transfer ) );
    told.set_written( transfer.data );
-   told.set_read( outcome.data );
-   told.set_error( outcome.error );
+   told.set_read( carried.outcome.data );
+   told.set_error( carried.outcome.error );
    tracer_->tell( told );
 }
 

@@ -60,7 +60,7 @@ class SimulatedBoard {
    void seatChips( const Clock & );
    void joinChannels();
    void addModules();
-   void report( const RootBusId &, const Transfer &, const Outcome &, const Chip * ) const;
+   void report( const RootBusId &, const Transfer &, const SimulatedBus::Carried & );
 
    const TopologyFile topology_;
    const std::unique_ptr<const SimulationFile> simulation_;

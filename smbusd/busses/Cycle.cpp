@@ -21,7 +21,10 @@ Cycle::~Cycle() {
 
 const Chip *Cycle::answering() const { return answering_.empty() ? nullptr : answering_.front(); }
 
-void Cycle::count( uint8_t byte ) { pec_ = pecStep( pec_, byte ); }
+void Cycle::count( uint8_t byte ) {
+   pec_ = pecStep( pec_, byte );
+   ++bytes_;
+}
 
 void Cycle::start( Direction direction ) {
    answering_.clear();
@@ -29,8 +32,10 @@ void Cycle::start( Direction direction ) {
       if ( chip->addressed( direction ) )
          answering_.push_back( chip );
    }
-   if ( answering_.empty() )
+   if ( answering_.empty() ) {
+      ++bytes_;
       throw BusFault( std::string( noAddressAcknowledge ) );
+   }
    count( static_cast<uint8_t>( address_ << 1 | static_cast<uint8_t>( direction ) ) );
 }
 

@@ -29,7 +29,8 @@ class Cycle {
       command( uint32_t ); // BusFault when it isn't acknowledged or doesn't fit the chip's command
    bool write( uint8_t );  // the acknowledge
    uint8_t read();
-   uint8_t pec() const { return pec_; } // over everything so far
+   uint8_t pec() const { return pec_; }      // over everything so far
+   unsigned bytes() const { return bytes_; } // that have passed, addresses among them
 
    // The first chip of those that answered the last start; null when there was none.
    const Chip *answering() const;
@@ -43,6 +44,7 @@ class Cycle {
    std::vector<Chip *> hearing_; // fixed: what a multiplexer joins changes at the stop
    std::vector<Chip *> answering_;
    uint8_t pec_ = 0;
+   unsigned bytes_ = 0;
 };
 
 } // namespace Smbusd

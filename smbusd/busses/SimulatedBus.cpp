@@ -131,77 +131,81 @@ Transfer transferOf( const std::vector<WireMessage> &messages, uint32_t command 
 
 } // namespace
 
-Outcome SimulatedBus::exchangeOnce( std::vector<WireMessage> &messages, uint32_t &command,
-                                    const Chip *&answering ) {
-   Outcome outcome;
+SimulatedBus::Carried SimulatedBus::exchangeOnce( std::vector<WireMessage> &messages,
+                                                  uint32_t &command ) {
+   Carried carried;
    try {
       Cycle cycle( wire_, messages.front().address );
-      for ( WireMessage &message : messages ) {
-         cycle.start( message.direction );
-         answering = cycle.answering();
-         if ( message.direction == Direction::Write )
-            write( cycle, message.bytes, command );
-         else
-            message.bytes = read( cycle, static_cast<unsigned>( message.bytes.size() ) );
+      try {
+         for ( WireMessage &message : messages ) {
+            cycle.start( message.direction );
+            if ( message.direction == Direction::Write )
+               write( cycle, message.bytes, command );
+            else
+               message.bytes = read( cycle, static_cast<unsigned>( message.bytes.size() ) );
+         }
+         if ( messages.back().direction == Direction::Read )
+            carried.outcome.data = messages.back().bytes;
+         carried.outcome.error = cycle.collision();
+      } catch ( const BusFault &fault ) {
+         carried.outcome.error = fault.what();
       }
-      outcome.error = cycle.collision();
+      carried.answering = cycle.answering();
+      carried.bytes = cycle.bytes();
    } catch ( const BusFault &fault ) {
-      outcome.error = fault.what();
+      carried.outcome.error = fault.what();
    }
-   if ( outcome.ok() && messages.back().direction == Direction::Read )
-      outcome.data = messages.back().bytes;
-   return outcome;
+   return carried;
 }
 
 bool SimulatedBus::exchange( std::vector<WireMessage> &messages ) {
    std::chrono::milliseconds slow{ 0 };
-   Outcome outcome;
+   Carried carried;
    {
       const std::lock_guard lock( mutex_ );
-      const Chip *answering = nullptr;
       uint32_t command = 0;
-      outcome = exchangeOnce( messages, command, answering );
-      if ( answering )
-         slow = answering->faults().slow;
+      carried = exchangeOnce( messages, command );
+      if ( carried.answering )
+         slow = carried.answering->faults().slow;
       if ( report_ )
-         report_( transferOf( messages, command ), outcome, answering );
+         report_( transferOf( messages, command ), carried );
    }
    std::this_thread::sleep_for( slow );
-   return outcome.ok();
+   return carried.outcome.ok();
 }
 
-Outcome SimulatedBus::carryOutOnce( const Transfer &transfer, const Chip *&answering ) {
-   Outcome outcome;
+SimulatedBus::Carried SimulatedBus::carryOutOnce( const Transfer &transfer ) {
+   Carried carried;
    try {
       Cycle cycle( wire_, transfer.address );
       try {
-         outcome.data = carryOut( cycle, transfer );
+         carried.outcome.data = carryOut( cycle, transfer );
       } catch ( const BusFault &fault ) {
-         outcome.error = fault.what();
+         carried.outcome.error = fault.what();
       }
-      answering = cycle.answering();
+      carried.answering = cycle.answering();
+      carried.bytes = cycle.bytes();
       if ( const std::string collision = cycle.collision(); !collision.empty() )
-         outcome = { {}, collision };
+         carried.outcome = { {}, collision };
    } catch ( const BusFault &fault ) {
-      outcome.error = fault.what();
+      carried.outcome.error = fault.what();
    }
-   return outcome;
+   return carried;
 }
 
 Outcome SimulatedBus::transfer( const Transfer &transfer ) {
    std::chrono::milliseconds slow{ 0 };
-   Outcome outcome;
+   Carried carried;
    {
       const std::lock_guard lock( mutex_ );
-      const Chip *answering = nullptr;
-      outcome = carryOutOnce( transfer, answering );
-      if ( answering )
-         slow = answering->faults().slow;
+      carried = carryOutOnce( transfer );
+      if ( carried.answering )
+         slow = carried.answering->faults().slow;
       if ( report_ )
-         report_( transfer, outcome, answering );
+         report_( transfer, carried );
    }
    std::this_thread::sleep_for( slow ); // other busses go on meanwhile
-   return outcome;
+   return carried.outcome;
 }
 
 } // namespace Smbusd

@@ -21,9 +21,14 @@ struct WireMessage {
 // everything that touches the chips happens.
 class SimulatedBus final : public RootBus {
  public:
-   // What became of a transfer, and the chip that acknowledged it, null when there was none. Called
-   // with the mutex held.
-   using Report = std::function<void( const Transfer &, const Outcome &, const Chip * )>;
+   // What became of a transfer, and what it took.
+   struct Carried {
+      Outcome outcome;
+      const Chip *answering = nullptr; // who acknowledged it; null when nobody did
+      unsigned bytes = 0;              // on the wires, addresses and packet error codes among them
+   };
+   // Called with the mutex held.
+   using Report = std::function<void( const Transfer &, const Carried & )>;
 
    SimulatedBus( const Wire &wire, std::mutex &mutex, Report report = {} )
       : wire_( wire ), mutex_( mutex ), report_( std::move( report ) ) {}
@@ -34,8 +39,8 @@ class SimulatedBus final : public RootBus {
    bool exchange( std::vector<WireMessage> & );
 
  private:
-   Outcome exchangeOnce( std::vector<WireMessage> &, uint32_t &command, const Chip *&answering );
-   Outcome carryOutOnce( const Transfer &, const Chip *&answering );
+   Carried exchangeOnce( std::vector<WireMessage> &, uint32_t &command );
+   Carried carryOutOnce( const Transfer & );
 
    const Wire &wire_;
    std::mutex &mutex_;

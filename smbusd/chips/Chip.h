@@ -32,9 +32,10 @@ class Chip {
       present_ = present;
    }
    void poweredIs( bool powered ) {
-      if ( powered && !powered_ )
-         reset();
+      if ( powered == powered_ )
+         return;
       powered_ = powered;
+      powered ? reset() : powerLost();
    }
    bool answers() const { return present_ && powered_; }
    const Faults &faults() const { return faults_; }
@@ -44,7 +45,8 @@ class Chip {
    }
    // Whether the chip misses the transfer that begins now; counts it.
    bool misses() { return faults_.missed > 0 && transfers_++ % faults_.among < faults_.missed; }
-   virtual void reset() = 0; // power on
+   virtual void reset() = 0;   // power on
+   virtual void powerLost() {} // what it drives runs down
    virtual std::vector<Quantity> quantities() { return {}; }
 
    // The bus's side. The command comes whole; on the wires it takes commandBytes().

@@ -109,6 +109,11 @@ void EMC2305::reset() {
    }
 }
 
+void EMC2305::powerLost() {
+   for ( Driven &driven : rotors_ )
+      driven.rpm.targetIs( 0 );
+}
+
 // Closed loop, the chip itself finds the drive for the speed in its target registers.
 double EMC2305::targetRpm( unsigned channel ) const {
    const double most = rotors_[channel].rotor.maxRpm;

@@ -32,6 +32,7 @@ class EMC2305 final : public Chip {
    void seatedIs( unsigned channel, bool );     // so does one whose module is pulled
 
    void reset() override;
+   void powerLost() override; // the rotors run down
    std::vector<Quantity> quantities() override;
    bool command( uint32_t ) override;
    bool write( uint8_t ) override;

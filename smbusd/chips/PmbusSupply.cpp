@@ -112,9 +112,12 @@ void PmbusSupply::reset() {
    fanCommand_ = {};
    operation_ = 0x80;
    model_.enabledIs( true );
+   model_.cutOffIs( false );
    model_.dutyIs( 0, 0 );
    model_.dutyIs( 1, 0 );
 }
+
+void PmbusSupply::powerLost() { model_.cutOffIs( true ); }
 
 bool PmbusSupply::commandFan( unsigned fan, const std::string &data ) {
    const double percent = fromLinear11( wordOf( data ) );

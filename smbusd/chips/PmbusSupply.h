@@ -27,6 +27,7 @@ class PmbusSupply final : public Chip {
    SupplyModel &model() { return model_; }
 
    void reset() override;
+   void powerLost() override;
    std::vector<Quantity> quantities() override;
    bool addressed( Direction ) override;
    bool command( uint32_t ) override;

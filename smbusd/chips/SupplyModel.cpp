@@ -45,7 +45,7 @@ void SupplyModel::follow() {
       if ( stalled_[fan] )
          fans_[fan].valueIs( 0 );
       else
-         fans_[fan].targetIs( line_ > 0 ? rating_.maxRpm[fan] * duty( fan ) / 100 : 0 );
+         fans_[fan].targetIs( line_ > 0 && !cutOff_ ? rating_.maxRpm[fan] * duty( fan ) / 100 : 0 );
    }
    hotSpot_.targetIs( hotSpotTarget() );
 }
@@ -61,6 +61,7 @@ void SupplyModel::loadIs( double amperes ) { load_ = amperes, follow(); }
 void SupplyModel::ambientIs( double celsius ) { ambient_ = celsius, follow(); }
 void SupplyModel::failedIs( bool failed ) { failed_ = failed, follow(); }
 void SupplyModel::enabledIs( bool enabled ) { enabled_ = enabled, follow(); }
+void SupplyModel::cutOffIs( bool cutOff ) { cutOff_ = cutOff, follow(); }
 void SupplyModel::fanStalledIs( unsigned fan, bool stalled ) { stalled_[fan] = stalled, follow(); }
 void SupplyModel::dutyIs( unsigned fan, double percent ) { duty_[fan] = percent, follow(); }
 

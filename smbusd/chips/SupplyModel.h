@@ -26,6 +26,7 @@ class SupplyModel {
    void ambientIs( double celsius );
    void failedIs( bool ); // the converter gives nothing, though it is told to
    void enabledIs( bool );
+   void cutOffIs( bool ); // gives nothing and turns no fan, by whatever switches the whole board
    void fanStalledIs( unsigned fan, bool );
    void dutyIs( unsigned fan, double percent ); // asked for; the supply itself may want more
 
@@ -38,7 +39,7 @@ class SupplyModel {
    bool fanStalled( unsigned fan ) const { return stalled_[fan]; }
 
    bool lineGood() const { return line_ >= 85; }
-   bool delivers() const { return enabled_ && lineGood() && !failed_; }
+   bool delivers() const { return enabled_ && lineGood() && !failed_ && !cutOff_; }
    double outputVolts() const { return delivers() ? rating_.nominalVolts - 0.002 * load_ : 0; }
    double outputAmperes() const { return delivers() ? load_ : 0; }
    double outputWatts() const { return outputVolts() * outputAmperes(); }
@@ -62,6 +63,7 @@ class SupplyModel {
    double ambient_ = 25;
    bool failed_ = false;
    bool enabled_ = true;
+   bool cutOff_ = false;
    std::array<bool, 2> stalled_{};
    std::array<double, 2> duty_{};
    Inertia hotSpot_;

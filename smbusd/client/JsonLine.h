@@ -4,6 +4,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -33,6 +34,11 @@ inline void add( Json &json, const char *key, double value ) {
 inline void add( Json &json, const char *key, bool truth ) {
    json.Key( key );
    json.Bool( truth );
+}
+
+inline void add( Json &json, const char *key, uint64_t number ) {
+   json.Key( key );
+   json.Uint64( number );
 }
 
 inline void addBytes( Json &json, const char *key, const std::string &bytes ) {

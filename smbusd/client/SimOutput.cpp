@@ -35,6 +35,8 @@ std::string formatState( const SmbusControl::State &state, bool json ) {
          add( to, "seconds", state.seconds() );
          add( to, "speed", state.speed() );
          add( to, "powered", state.powered() );
+         add( to, "transfers", state.transfers() );
+         add( to, "bytes", state.bytes() );
          to.Key( "modules" );
          to.StartArray();
          for ( const auto &module : state.module() ) {
@@ -66,8 +68,9 @@ std::string formatState( const SmbusControl::State &state, bool json ) {
          }
          to.EndArray();
       } );
-   std::string text = fmt::format( "{:.3f} s, speed {:g}, power {}\n", state.seconds(),
-                                   state.speed(), state.powered() ? "on" : "off" );
+   std::string text = fmt::format( "{:.3f} s, speed {:g}, power {}, {} transfers of {} bytes\n",
+                                   state.seconds(), state.speed(), state.powered() ? "on" : "off",
+                                   state.transfers(), state.bytes() );
    for ( const auto &module : state.module() )
       text += fmt::format( "module {:16} {}\n", module.name(), module.present() ? "in" : "out" );
    for ( const auto &chip : state.chip() ) {
@@ -92,8 +95,7 @@ std::string formatTransfer( const SmbusControl::Transfer &transfer, bool json ) 
          addBytes( to, "written", transfer.written() );
          addBytes( to, "read", transfer.read() );
          add( to, "error", transfer.error() );
-         to.Key( "lost" );
-         to.Uint64( transfer.lost() );
+         add( to, "lost", transfer.lost() );
       } );
    std::string line =
       transfer.lost() ? fmt::format( "({} transfers lost)\n", transfer.lost() ) : "";

@@ -74,6 +74,8 @@ void Controls::describe( SmbusControl::State &state, bool whole ) const {
    state.set_seconds( std::chrono::duration<double>( clock_.now() ).count() );
    state.set_speed( clock_.speed() );
    state.set_powered( bench_.powered() );
+   state.set_transfers( bench_.traffic().transfers );
+   state.set_bytes( bench_.traffic().bytes );
    if ( !whole )
       return;
    for ( const Bench::Seated &seated : bench_.chips() ) {

@@ -37,24 +37,15 @@ unsigned findFree( const std::string &controller ) {
 
 } // namespace
 
-VhciPort::VhciPort( const std::string &controller )
-   : controller_( controller ), number_( findFree( controller ) ) {
+VhciPort::VhciPort( const std::string &controller ) : controller_( controller ) {
+   const unsigned number = findFree( controller );
    int ends[2];
    if ( socketpair( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends ) != 0 )
       throw LendError( fmt::format( "socketpair: {}", std::strerror( errno ) ) );
    connection_ = std::make_unique<UsbIpConnection>( ends[0] );
    const UsbIpConnection kernels( ends[1] ); // which takes the socket for itself
    // Port, socket, a device number that is not 0, speed.
-   write( "attach", fmt::format( "{} {} {} {}", number_, ends[1], number_ + 1, fullSpeed ) );
-}
-
-VhciPort::~VhciPort() {
-   connection_->end();
-   try {
-      write( "detach", std::to_string( number_ ) );
-   } catch ( const LendError & ) {
-      // The end of the connection has unplugged it already.
-   }
+   write( "attach", fmt::format( "{} {} {} {}", number, ends[1], number + 1, fullSpeed ) );
 }
 
 void VhciPort::write( const std::string &file, const std::string &text ) const {

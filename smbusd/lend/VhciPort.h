@@ -19,18 +19,14 @@ class VhciPort {
    // The controller's folder in sysfs. Plugs a full-speed device into its first free port. Throws
    // LendError: no such module, no right, or no port free.
    explicit VhciPort( const std::string &controller = "/sys/devices/platform/vhci_hcd.0" );
-   ~VhciPort(); // unplugs it
-   VhciPort( const VhciPort & ) = delete;
-   VhciPort &operator=( const VhciPort & ) = delete;
 
-   unsigned number() const { return number_; }
+   // Its end unplugs the device.
    UsbIpConnection &connection() { return *connection_; }
 
  private:
    void write( const std::string &file, const std::string &text ) const;
 
    const std::string controller_;
-   unsigned number_ = 0;
    std::unique_ptr<UsbIpConnection> connection_;
 };
 

@@ -11,6 +11,7 @@ extern "C" {
 #include <i2c/smbus.h>
 }
 
+#include <cctype>
 #include <filesystem>
 #include <fmt/format.h>
 #include <fstream>
@@ -58,6 +59,16 @@ unsigned adapterNamed( const std::string &beginning ) {
    }
    ADD_FAILURE() << "no adapter is named " << beginning;
    return 0;
+}
+
+std::vector<std::string> devicesOf( const std::string &driver ) {
+   std::vector<std::string> devices;
+   for ( const auto &entry : fs::directory_iterator( "/sys/bus/i2c/drivers/" + driver ) ) {
+      const std::string name = entry.path().filename();
+      if ( std::isdigit( static_cast<unsigned char>( name[0] ) ) )
+         devices.push_back( name );
+   }
+   return devices;
 }
 
 KernelDriver::KernelDriver( unsigned adapter, const std::string &type, uint8_t address )

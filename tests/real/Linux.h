@@ -17,6 +17,9 @@ void loadModule( const std::string &name, const std::vector<std::string> &parame
 // The number of the adapter whose name begins so. Fails the test when there is none.
 unsigned adapterNamed( const std::string &beginning );
 
+// What a kernel driver of i2c devices has bound to: 3-004a and its like.
+std::vector<std::string> devicesOf( const std::string &driver );
+
 // A kernel driver on one address of an adapter, as long as this object lives.
 class KernelDriver {
  public:

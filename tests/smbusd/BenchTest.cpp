@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <set>
 
 namespace SmbusdTest {
@@ -134,6 +135,33 @@ TEST_F( BenchTest, IsSilentFromPowerOffToPowerOn ) {
       EXPECT_EQ( read( bus, static_cast<uint8_t>( address ), 0, 1 ).error, noAddressAcknowledge );
    bench.powerIs( true );
    EXPECT_EQ( read( fans, 0x20, 0x8A, 2 ).data, std::string( 2, '\0' ) );
+}
+
+TEST_F( BenchTest, LetsRotorsAndSuppliesRunDownWithoutPower ) {
+   const double before = bench.quantity( "fan1.inlet", "rpm" ).get();
+   bench.powerIs( false );
+   clock.advance( 800ms );
+   EXPECT_NEAR( bench.quantity( "fan1.inlet", "rpm" ).get(), before / std::exp( 1 ), 1 );
+   clock.advance( 60s );
+   for ( const char *rotor : { "fan1.inlet", "fan5.outlet", "psu1.fan1", "psu2.fan2" } )
+      EXPECT_EQ( bench.quantity( rotor, "rpm" ).get(), 0 ) << rotor;
+   EXPECT_EQ( bench.quantity( "psu1", "outputVoltage" ).get(), 0 );
+   bench.powerIs( true );
+   clock.advance( 60s );
+   EXPECT_EQ( bench.quantity( "fan1.inlet", "rpm" ).get(), before );
+   EXPECT_GT( bench.quantity( "psu1.fan1", "rpm" ).get(), 0 );
+   EXPECT_GT( bench.quantity( "psu1", "outputVoltage" ).get(), 11 );
+}
+
+TEST_F( BenchTest, CountsWhatPasses ) {
+   const auto passed = [&] {
+      return std::pair( bench.traffic().transfers, bench.traffic().bytes );
+   };
+   EXPECT_EQ( passed(), std::pair( uint64_t( 0 ), uint64_t( 0 ) ) );
+   read( psus, 0x58, 0x88, 2 ); // address, command, address, two bytes
+   EXPECT_EQ( passed(), std::pair( uint64_t( 1 ), uint64_t( 5 ) ) );
+   read( psus, 0x11, 0, 2 ); // nobody acknowledges
+   EXPECT_EQ( passed(), std::pair( uint64_t( 2 ), uint64_t( 6 ) ) );
 }
 
 TEST_F( BenchTest, LeavesAPulledModuleAbsentOverAPowerCycle ) {

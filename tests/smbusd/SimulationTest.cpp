@@ -56,7 +56,7 @@ TEST_F( SimulationTest, ReadsAndSetsWhatChipsHold ) {
 
 TEST_F( SimulationTest, ListsChipsAndModulesWithTheClock ) {
    const std::string list = sim( { "list" } );
-   EXPECT_THAT( list, StartsWith( "0\n0.000 s, speed 0, power on\n" ) );
+   EXPECT_THAT( list, StartsWith( "0\n0.000 s, speed 0, power on, 0 transfers of 0 bytes\n" ) );
    EXPECT_THAT( list, HasSubstr( "module spare1           out\n" ) );
    EXPECT_THAT( list, HasSubstr( "chip temp-front         LM75         0x48\n" ) );
    EXPECT_THAT( list, HasSubstr( "   fan1.inlet rpm           12047.1 rpm\n" ) );

@@ -20,6 +20,7 @@ class StartedProgram {
    bool waitForError( const std::string &words );
    // Whether it has printed anything that nobody has read yet.
    bool hasOutput() const;
+   pid_t pid() const { return pid_; }
    void signal( int number );
    // Waits for its end. The exit code; minus the number of the signal that ended it.
    int wait();

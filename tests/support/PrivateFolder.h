@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -24,6 +25,11 @@ class PrivateFolder {
    std::string write( const std::string &name, const std::string &text ) const {
       std::ofstream( file( name ) ) << text;
       return file( name );
+   }
+   // What is in a file; nothing when it isn't there.
+   std::string read( const std::string &name ) const {
+      std::ifstream stream( file( name ) );
+      return { std::istreambuf_iterator<char>( stream ), {} };
    }
 
  private:

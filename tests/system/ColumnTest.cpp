@@ -62,7 +62,7 @@ TEST_F( ThermometerTest, ABadBoardFileIsRefusedBeforeThePlugInIsLoaded ) {
                        R"([{"type":"temp_sensor","name":"t","device":{"did":1,"driver":"LM75"},)"
                        R"("alert":60.0,"critical":72.5}])",
                        simulation( 20 ) );
-   EXPECT_EQ( board.host( { "show" } ), 3 );
+   EXPECT_EQ( board.host( { "show" } ).exitCode, 3 );
 }
 
 } // namespace

@@ -6,12 +6,12 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
-#include <sstream>
 #include <thread>
 
 using SmbusdTest::StartedProgram;
 
-RunningBoard::RunningBoard( const std::string &name ) : board_( BOARDS "/" + name ) {
+RunningBoard::RunningBoard( const std::string &name, std::vector<std::string> server )
+   : board_( BOARDS "/" + name ), serverWords_( std::move( server ) ) {
    startServer();
 }
 
@@ -30,10 +30,12 @@ RunningBoard::RunningBoard( const std::string &topology, const std::string &obje
 
 void RunningBoard::startServer() {
    setenv( "ORBIS_SMBUS_SOCKET", socket_.c_str(), 1 );
-   server_ = std::make_unique<StartedProgram>(
-      std::vector<std::string>{ ORBIS_SMBUSD, "--simulate", board_ + "/topology.json",
-                                "--simulation", board_ + "/simulation.json" } );
-   ASSERT_TRUE( server_->waitForError( "serving" ) );
+   setenv( "ORBIS_HOST_SOCKET", folder_.file( "host.sock" ).c_str(), 1 );
+   std::vector<std::string> command = { ORBIS_SMBUSD, "--simulate", board_ + "/topology.json",
+                                        "--simulation", board_ + "/simulation.json" };
+   command.insert( command.end(), serverWords_.begin(), serverWords_.end() );
+   server_ = start( command, "server" );
+   ASSERT_TRUE( says( "server", "serving" ) );
 }
 
 void RunningBoard::killServer() {
@@ -41,40 +43,46 @@ void RunningBoard::killServer() {
    server_->wait();
 }
 
-Shown RunningBoard::show() {
-   StartedProgram host( { ORBIS_HOST, "show", "--json", board_ } );
-   Shown shown;
-   shown.exitCode = host.wait();
-   rapidjson::Document document;
-   document.Parse( host.output().c_str() );
-   if ( document.HasParseError() || !document.IsObject() ) {
-      ADD_FAILURE() << "not a JSON object: " << host.output() << host.errors();
-      return shown;
-   }
-   for ( const auto &object : document["objects"].GetArray() ) {
-      const std::string name = object["name"].GetString();
-      const std::string state = object["state"].GetString();
-      if ( state != "ok" )
-         shown.faults[name] =
-            state + ": " + ( object.HasMember( "fault" ) ? object["fault"].GetString() : "" );
-      for ( const auto &value : object["values"].GetArray() ) {
-         if ( std::string( value["state"].GetString() ) != "ok" )
-            shown.faults[name] = std::string( value["state"].GetString() ) + ": " +
-                                 ( value.HasMember( "fault" ) ? value["fault"].GetString() : "" );
-         else if ( value["value"].IsNumber() )
-            shown.values[name + " " + value["name"].GetString()] = value["value"].GetDouble();
-      }
-   }
-   return shown;
-}
+Shown RunningBoard::show() { return showBoard( board_, socket_ ); }
 
-int RunningBoard::host( const std::vector<std::string> &words ) {
+Ran RunningBoard::host( const std::vector<std::string> &words ) {
    std::vector<std::string> command = { ORBIS_HOST };
    command.insert( command.end(), words.begin(), words.end() );
    if ( words.size() > 1 )
       command.push_back( "--board" );
    command.push_back( board_ );
-   return StartedProgram( command ).wait();
+   StartedProgram host( command );
+   const int exitCode = host.wait();
+   return { exitCode, host.output(), host.errors() };
+}
+
+std::unique_ptr<StartedProgram> RunningBoard::start( const std::vector<std::string> &command,
+                                                     const std::string &file ) {
+   std::string words = "exec";
+   for ( const std::string &word : command )
+      words += fmt::format( " '{}'", word );
+   return std::make_unique<StartedProgram>( std::vector<std::string>{
+      "/bin/sh", "-c", fmt::format( "{} >'{}' 2>&1", words, folder_.file( file ) ) } );
+}
+
+bool RunningBoard::says( const std::string &file, const std::string &words ) const {
+   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 20 );
+   while ( folder_.read( file ).find( words ) == std::string::npos ) {
+      if ( std::chrono::steady_clock::now() > end ) {
+         ADD_FAILURE() << "no \"" << words << "\" but: " << folder_.read( file );
+         return false;
+      }
+      std::this_thread::sleep_for( std::chrono::milliseconds( 5 ) );
+   }
+   return true;
+}
+
+std::unique_ptr<StartedProgram> RunningBoard::serve( const std::vector<std::string> &words ) {
+   std::vector<std::string> command = { ORBIS_HOST, "serve", board_ };
+   command.insert( command.end(), words.begin(), words.end() );
+   auto serve = start( command, "served" );
+   EXPECT_TRUE( says( "served", "serves " ) );
+   return serve;
 }
 
 double RunningBoard::quantity( const std::string &whose, const std::string &name ) {
@@ -87,6 +95,37 @@ double RunningBoard::quantity( const std::string &whose, const std::string &name
    return document["value"].GetDouble();
 }
 
+std::map<std::string, std::map<std::string, double>> RunningBoard::quantities() {
+   rapidjson::Document document;
+   document.Parse( smbus( { "--json", "sim", "list" } ).c_str() );
+   std::map<std::string, std::map<std::string, double>> all;
+   if ( document.HasParseError() ) {
+      ADD_FAILURE() << "no list of the simulation";
+      return all;
+   }
+   for ( const auto &chip : document["chips"].GetArray() )
+      for ( const auto &quantity : chip["quantities"].GetArray() ) {
+         const std::string name = quantity["name"].GetString();
+         const size_t space = name.find( ' ' );
+         const bool own = space == std::string::npos;
+         all[own ? chip["name"].GetString() : name.substr( 0, space )]
+            [own ? name : name.substr( space + 1 )] = quantity["value"].GetDouble();
+      }
+   return all;
+}
+
+uint64_t RunningBoard::transfers() {
+   rapidjson::Document document;
+   document.Parse( smbus( { "--json", "sim", "list" } ).c_str() );
+   return document["transfers"].GetUint64();
+}
+
+Ran RunningBoard::play( const std::string &path ) {
+   StartedProgram client( { ORBIS_SMBUS, "sim", "play", path } );
+   const int exitCode = client.wait();
+   return { exitCode, client.output(), client.errors() };
+}
+
 std::string RunningBoard::smbus( const std::vector<std::string> &words ) {
    std::vector<std::string> command = { ORBIS_SMBUS };
    command.insert( command.end(), words.begin(), words.end() );
@@ -96,31 +135,45 @@ std::string RunningBoard::smbus( const std::vector<std::string> &words ) {
 }
 
 std::unique_ptr<StartedProgram> RunningBoard::watch( const std::string &period ) {
-   return std::make_unique<StartedProgram>(
-      std::vector<std::string>{ "/bin/sh", "-c",
-                                fmt::format( "exec '{}' watch --period {} '{}' >'{}'", ORBIS_HOST,
-                                             period, board_, folder_.file( "watched" ) ) } );
+   return start( { ORBIS_HOST, "watch", "--period", period, board_ }, "watched" );
 }
+
+namespace {
+
+// The end of the first complete line from `at` on that is a row of `object` and holds `text`.
+size_t endOfRow( const std::string &table, const std::string &object, const std::string &text,
+                 size_t at ) {
+   for ( size_t newline; ( newline = table.find( '\n', at ) ) != std::string::npos;
+         at = newline + 1 ) {
+      const std::string row = table.substr( at, newline - at );
+      if ( row.starts_with( object + " " ) && row.find( text ) != std::string::npos )
+         return newline + 1;
+   }
+   return std::string::npos;
+}
+
+} // namespace
 
 size_t RunningBoard::waitForRow( const std::string &object, const std::string &text,
                                  size_t start ) {
    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 20 );
    while ( std::chrono::steady_clock::now() < end ) {
-      std::ifstream file( folder_.file( "watched" ) );
-      std::stringstream all;
-      all << file.rdbuf();
-      const std::string seen = all.str();
-      for ( size_t at = start; at < seen.size(); ) {
-         const size_t newline = seen.find( '\n', at );
-         if ( newline == std::string::npos )
-            break;
-         const std::string row = seen.substr( at, newline - at );
-         at = newline + 1;
-         if ( row.starts_with( object + " " ) && row.find( text ) != std::string::npos )
-            return at;
-      }
+      if ( const size_t at = endOfRow( folder_.read( "watched" ), object, text, start );
+           at != std::string::npos )
+         return at;
       std::this_thread::sleep_for( std::chrono::milliseconds( 5 ) );
    }
    ADD_FAILURE() << "no row of " << object << " came with: " << text;
    return start;
+}
+
+size_t RunningBoard::watched() const { return folder_.read( "watched" ).size(); }
+
+int RunningBoard::countRows( const std::string &object, const std::string &text, size_t start,
+                             size_t end ) const {
+   const std::string seen = folder_.read( "watched" );
+   int count = 0;
+   for ( size_t at = start; ( at = endOfRow( seen, object, text, at ) ) <= end; )
+      ++count;
+   return count;
 }

@@ -1,0 +1,21 @@
+// The board's scenarios come out as they say, in no time.
+#include "RunningBoard.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+TEST( ScenarioTest, EveryScenarioOfTheKeltBoardComesOutAsItSays ) {
+   int played = 0;
+   for ( const auto &entry : std::filesystem::directory_iterator( BOARDS "/kelt/scenarios" ) ) {
+      RunningBoard board( "kelt", { "--speed", "0" } );
+      const Ran ran = board.play( entry.path() );
+      EXPECT_EQ( ran.exitCode, 0 ) << ran.output << ran.errors;
+      ++played;
+   }
+   EXPECT_GT( played, 0 );
+}
+
+} // namespace

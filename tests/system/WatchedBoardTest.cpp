@@ -1,0 +1,57 @@
+// What is pulled while the board is watched is missed within two periods, and seen again when it is
+// put back; a server that dies is told within one.
+#include "RunningBoard.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace {
+
+class WatchedBoardTest : public ::testing::Test {
+ protected:
+   void TearDown() override {
+      table->signal( SIGINT );
+      EXPECT_EQ( table->wait(), 0 );
+   }
+   // Does something; `was` may stand in the object's row `periods` times more before `is` does.
+   void expect( const char *object, const char *was, const char *is, int periods,
+                const std::function<void()> &happens ) {
+      board.waitForRow( object, was, at );
+      happens();
+      const size_t done = board.watched();
+      at = board.waitForRow( object, is, done );
+      EXPECT_LE( board.countRows( object, was, done, at ), periods ) << object << " " << is;
+   }
+   void pullAndInsert( const char *period, const char *module, const char *object,
+                       const char *there, const char *gone ) {
+      table = board.watch( period );
+      expect( object, there, gone, 2, [&] { board.smbus( { "sim", "pull", module } ); } );
+      expect( object, gone, there, 2, [&] { board.smbus( { "sim", "insert", module } ); } );
+   }
+   RunningBoard board{ "kelt" };
+   std::unique_ptr<SmbusdTest::StartedProgram> table;
+   size_t at = 0;
+};
+
+TEST_F( WatchedBoardTest, ASupplyThatIsPulledIsMissedWithinTwoPeriods ) {
+   pullAndInsert( "0.2", "psu1", "psu1-slot", "KP-850AC-F", "absent" );
+}
+
+TEST_F( WatchedBoardTest, AFanModuleThatIsPulledIsMissedWithinTwoPeriods ) {
+   // The expander's inputs are read anew once they are more than two seconds old.
+   pullAndInsert( "2", "fan1", "fan1-slot", "KF-4056", "absent" );
+}
+
+TEST_F( WatchedBoardTest, ATransceiverThatIsPulledIsMissedWithinTwoPeriods ) {
+   pullAndInsert( "1", "qsfp1", "qsfp1", "qsfp1 #", "qsfp1 ." ); // the CPLD is polled every second
+}
+
+TEST_F( WatchedBoardTest, AServerThatDiesIsToldWithinAPeriod ) {
+   table = board.watch( "0.2" );
+   expect( "temp-front", "24.5", "unreadable", 1, [&] { board.killServer(); } );
+   board.startServer();
+   board.waitForRow( "temp-front", "24.5", at );
+}
+
+} // namespace
