@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <optional>
 #include <thread>
 
 namespace Smbusd {
@@ -131,27 +132,42 @@ Transfer transferOf( const std::vector<WireMessage> &messages, uint32_t command 
 
 } // namespace
 
+void SimulatedBus::exchange( Cycle &cycle, WireMessage &message, uint32_t &command,
+                             Carried &carried ) {
+   const unsigned before = cycle.bytes();
+   const auto told = [&] {
+      carried.answering = cycle.answering();
+      carried.bytes += cycle.bytes() - before;
+   };
+   try {
+      cycle.start( message.direction );
+      if ( message.direction == Direction::Write )
+         write( cycle, message.bytes, command );
+      else
+         message.bytes = read( cycle, static_cast<unsigned>( message.bytes.size() ) );
+   } catch ( const BusFault & ) {
+      told();
+      throw;
+   }
+   told();
+   if ( const std::string collision = cycle.collision(); !collision.empty() )
+      throw BusFault( collision );
+}
+
 SimulatedBus::Carried SimulatedBus::exchangeOnce( std::vector<WireMessage> &messages,
                                                   uint32_t &command ) {
    Carried carried;
    try {
-      Cycle cycle( wire_, messages.front().address );
-      try {
-         for ( WireMessage &message : messages ) {
-            cycle.start( message.direction );
-            if ( message.direction == Direction::Write )
-               write( cycle, message.bytes, command );
-            else
-               message.bytes = read( cycle, static_cast<unsigned>( message.bytes.size() ) );
-         }
-         if ( messages.back().direction == Direction::Read )
-            carried.outcome.data = messages.back().bytes;
-         carried.outcome.error = cycle.collision();
-      } catch ( const BusFault &fault ) {
-         carried.outcome.error = fault.what();
+      std::optional<Cycle> cycle;
+      uint8_t address = 0;
+      for ( WireMessage &message : messages ) {
+         // A chip that isn't addressed again lets go of the bus as at a stop.
+         if ( !cycle || message.address != address )
+            cycle.emplace( wire_, address = message.address );
+         exchange( *cycle, message, command, carried );
       }
-      carried.answering = cycle.answering();
-      carried.bytes = cycle.bytes();
+      if ( messages.back().direction == Direction::Read )
+         carried.outcome.data = messages.back().bytes;
    } catch ( const BusFault &fault ) {
       carried.outcome.error = fault.what();
    }

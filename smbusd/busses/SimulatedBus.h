@@ -1,5 +1,6 @@
 #pragma once
 
+#include "busses/Cycle.h"
 #include "busses/RootBus.h"
 #include "busses/Wire.h"
 
@@ -39,6 +40,7 @@ class SimulatedBus final : public RootBus {
    bool exchange( std::vector<WireMessage> & );
 
  private:
+   static void exchange( Cycle &, WireMessage &, uint32_t &command, Carried & );
    Carried exchangeOnce( std::vector<WireMessage> &, uint32_t &command );
    Carried carryOutOnce( const Transfer & );
 
