@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 namespace SmbusdTest {
 
 namespace {
@@ -54,6 +57,15 @@ TEST_F( RoutesFileTest, ReadsEveryKindOfRoute ) {
    EXPECT_EQ( std::get<PortsRoute>( routes[3].to ).base, 512u );
    EXPECT_EQ( std::get<PortsRoute>( routes[3].to ).size, 16u );
    EXPECT_TRUE( std::holds_alternative<SimulatedRoute>( routes[4].to ) );
+}
+
+TEST_F( RoutesFileTest, ReadsTheExampleInTheDocuments ) {
+   std::ifstream stream( DOCS "/real-board.md" );
+   std::string text{ std::istreambuf_iterator<char>( stream ), {} };
+   const size_t start = text.find( "```json\n" ) + 8;
+   const auto file = loadRoutes(
+      folder.write( "example.json", text.substr( start, text.find( "```", start ) - start ) ) );
+   EXPECT_EQ( file->routes.size(), 6u );
 }
 
 TEST_F( RoutesFileTest, RefusesWhatTheSchemaDoesntHave ) {
