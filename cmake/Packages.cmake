@@ -4,6 +4,9 @@ find_package( Threads REQUIRED )
 find_package( RapidJSON REQUIRED )
 find_package( Boost 1.74 REQUIRED )
 find_package( CLI11 REQUIRED )
+find_library( I2C_LIBRARY i2c REQUIRED )
+add_library( i2c INTERFACE ) # has no package of its own
+target_link_libraries( i2c INTERFACE ${I2C_LIBRARY} )
 
 if( CMAKE_SIZEOF_VOID_P EQUAL 8 )
    find_package( fmt REQUIRED )

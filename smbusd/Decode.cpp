@@ -22,7 +22,11 @@ struct AddressWord {
    uint32_t address() const { return field( 32, 7 ); }
    uint32_t bus() const { return field( 39, 7 ); }
    uint32_t accelerator() const { return field( 46, 7 ); }
+   uint32_t busTimeout() const { return field( 54, 3 ); }
    uint32_t offsetBytes() const { return field( 57, 2 ); }
+   bool extraDelay() const { return field( 59, 1 ) != 0; }
+   uint32_t writeDelay() const { return field( 60, 2 ); }
+   uint32_t readDelay() const { return field( 62, 2 ); }
 
  private:
    uint32_t field( unsigned from, unsigned width ) const {
@@ -89,6 +93,16 @@ bool carriesData( Transfer::Kind kind ) {
    return kind != Transfer::Kind::Read && kind != Transfer::Kind::BlockRead;
 }
 
+// A rest of 0, 1, 5 or 10 ms behind what was written or read (memories take 5 or 10 to keep what
+// was written), and one of 1 ms more for chips that are slow to let go of the bus.
+std::chrono::milliseconds pauseBehind( const AddressWord &word, Transfer::Kind kind ) {
+   using std::chrono::milliseconds;
+   constexpr milliseconds rests[] = { milliseconds( 0 ), milliseconds( 1 ), milliseconds( 5 ),
+                                      milliseconds( 10 ) };
+   const bool writes = kind == Transfer::Kind::Write || kind == Transfer::Kind::BlockWrite;
+   return rests[writes ? word.writeDelay() : word.readDelay()] + milliseconds( word.extraDelay() );
+}
+
 Transfer decodeTransfer( const Smbus::Request &request ) {
    const AddressWord word( request.addr() );
    if ( word.offsetBytes() == 3 )
@@ -99,7 +113,9 @@ Transfer decodeTransfer( const Smbus::Request &request ) {
                       .offsetBytes = std::max( word.offsetBytes(), 1u ),
                       .length = request.length(),
                       .data = request.data(),
-                      .pec = request.pec() };
+                      .pec = request.pec(),
+                      .timeout = 10 * std::chrono::milliseconds( word.busTimeout() ) };
+   transfer.pause = pauseBehind( word, transfer.kind );
    checkLength( transfer );
    const size_t due = carriesData( transfer.kind ) ? transfer.length : 0;
    if ( transfer.data.size() != due )

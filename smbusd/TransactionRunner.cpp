@@ -64,11 +64,12 @@ Outcome TransactionRunner::attempt( const Transfer &transfer, const Transaction 
       if ( outcome.ok() )
          return outcome;
       const bool late = clock_.now() >= end;
-      if ( tries <= transaction.retries && !late )
+      const bool again = tries <= transaction.retries && !outcome.final;
+      if ( again && !late )
          continue;
       if ( tries > 1 )
          outcome.error += fmt::format( ", {} tries", tries );
-      if ( tries <= transaction.retries )
+      if ( again )
          outcome.error += ", " + timeIsUp( transaction );
       return outcome;
    }

@@ -20,6 +20,10 @@ struct Transfer {
    unsigned length = 0;      // data bytes to read or write; 0 for a block read
    std::string data = {};    // to write, `length` bytes
    bool pec = false;         // with a packet error code behind the data
+   // On a real bus: how long its adapter waits for the chip, 0 for as long as it always does, and
+   // the rest that the chip gets behind the transfer.
+   std::chrono::milliseconds timeout{ 0 };
+   std::chrono::milliseconds pause{ 0 };
 
    // The offset is the byte that is sent, and nothing follows it. Multiplexers are set so.
    bool isSendByte() const { return kind == Kind::Write && length == 0; }

@@ -27,10 +27,13 @@ SimulatedBoard::SimulatedBoard( const std::string &topologyPath, const std::stri
 Busses SimulatedBoard::busses() {
    Busses busses;
    for ( const auto &[id, wire] : roots_ )
-      busses.emplace(
-         id, std::make_unique<SimulatedBus>(
-                *wire, bench_.mutex(), std::bind_front( &SimulatedBoard::report, this, id ) ) );
+      busses.emplace( id, bus( id ) );
    return busses;
+}
+
+std::unique_ptr<SimulatedBus> SimulatedBoard::bus( const RootBusId &id ) {
+   return std::make_unique<SimulatedBus>( *roots_.at( id ), bench_.mutex(),
+                                          std::bind_front( &SimulatedBoard::report, this, id ) );
 }
 
 void SimulatedBoard::report( const RootBusId &bus, const Transfer &transfer,

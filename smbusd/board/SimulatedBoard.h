@@ -26,6 +26,8 @@ class SimulatedBoard {
 
    // One for each root bus of the topology. The board outlives them.
    Busses busses();
+   // Another one on the same wires. Throws std::out_of_range when the topology has none such.
+   std::unique_ptr<SimulatedBus> bus( const RootBusId & );
 
    // Tells the tracer, which outlives the board's busses, of every transfer.
    void traceTo( Tracer &tracer ) { tracer_ = &tracer; }

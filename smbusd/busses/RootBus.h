@@ -16,8 +16,9 @@ inline constexpr std::string_view noAddressAcknowledge = "no acknowledge of the 
 inline constexpr std::string_view noSuchBus = "no such bus";
 
 struct Outcome {
-   std::string data;  // what was read: empty for writes, without the count for block reads
-   std::string error; // why the transfer failed; empty when it did not
+   std::string data;   // what was read: empty for writes, without the count for block reads
+   std::string error;  // why the transfer failed; empty when it did not
+   bool final = false; // it failed in a way that no further try can mend
 
    bool ok() const { return error.empty(); }
 };

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <optional>
 #include <thread>
 
 namespace Smbusd {
@@ -99,7 +100,95 @@ std::string carryOut( Cycle &cycle, const Transfer &transfer ) {
    return answer;
 }
 
+// The bytes that come first are the chip's command, as many as it takes.
+void write( Cycle &cycle, std::string_view bytes, uint32_t &command ) {
+   const size_t width = cycle.answering()->commandBytes();
+   if ( bytes.size() >= width ) {
+      command = 0;
+      for ( const char byte : bytes.substr( 0, width ) )
+         command = command << 8 | static_cast<uint8_t>( byte );
+      cycle.command( command );
+      bytes.remove_prefix( width );
+   }
+   for ( const char byte : bytes ) {
+      if ( !cycle.write( static_cast<uint8_t>( byte ) ) )
+         throw BusFault( "no acknowledge of a byte" );
+   }
+}
+
+// In the words of transfers, as far as they have any for it.
+Transfer transferOf( const std::vector<WireMessage> &messages, uint32_t command ) {
+   const WireMessage &last = messages.back();
+   Transfer transfer{ .address = last.address, .offset = command };
+   if ( last.direction == Direction::Write ) {
+      transfer.kind = Transfer::Kind::Write;
+      transfer.data = last.bytes.empty() ? "" : last.bytes.substr( 1 );
+      transfer.length = static_cast<unsigned>( transfer.data.size() );
+   } else {
+      transfer.length = messages.size() > 1 ? static_cast<unsigned>( last.bytes.size() ) : 0;
+   }
+   return transfer;
+}
+
 } // namespace
+
+void SimulatedBus::exchange( Cycle &cycle, WireMessage &message, uint32_t &command,
+                             Carried &carried ) {
+   const unsigned before = cycle.bytes();
+   const auto told = [&] {
+      carried.answering = cycle.answering();
+      carried.bytes += cycle.bytes() - before;
+   };
+   try {
+      cycle.start( message.direction );
+      if ( message.direction == Direction::Write )
+         write( cycle, message.bytes, command );
+      else
+         message.bytes = read( cycle, static_cast<unsigned>( message.bytes.size() ) );
+   } catch ( const BusFault & ) {
+      told();
+      throw;
+   }
+   told();
+   if ( const std::string collision = cycle.collision(); !collision.empty() )
+      throw BusFault( collision );
+}
+
+SimulatedBus::Carried SimulatedBus::exchangeOnce( std::vector<WireMessage> &messages,
+                                                  uint32_t &command ) {
+   Carried carried;
+   try {
+      std::optional<Cycle> cycle;
+      uint8_t address = 0;
+      for ( WireMessage &message : messages ) {
+         // A chip that isn't addressed again lets go of the bus as at a stop.
+         if ( !cycle || message.address != address )
+            cycle.emplace( wire_, address = message.address );
+         exchange( *cycle, message, command, carried );
+      }
+      if ( messages.back().direction == Direction::Read )
+         carried.outcome.data = messages.back().bytes;
+   } catch ( const BusFault &fault ) {
+      carried.outcome.error = fault.what();
+   }
+   return carried;
+}
+
+bool SimulatedBus::exchange( std::vector<WireMessage> &messages ) {
+   std::chrono::milliseconds slow{ 0 };
+   Carried carried;
+   {
+      const std::lock_guard lock( mutex_ );
+      uint32_t command = 0;
+      carried = exchangeOnce( messages, command );
+      if ( carried.answering )
+         slow = carried.answering->faults().slow;
+      if ( report_ )
+         report_( transferOf( messages, command ), carried );
+   }
+   std::this_thread::sleep_for( slow );
+   return carried.outcome.ok();
+}
 
 SimulatedBus::Carried SimulatedBus::carryOutOnce( const Transfer &transfer ) {
    Carried carried;

@@ -1,12 +1,22 @@
 #pragma once
 
+#include "busses/Cycle.h"
 #include "busses/RootBus.h"
 #include "busses/Wire.h"
 
 #include <functional>
 #include <mutex>
+#include <string>
+#include <vector>
 
 namespace Smbusd {
+
+// What another master sends or reads as plain bytes between a start and the next.
+struct WireMessage {
+   uint8_t address = 0;
+   Direction direction = Direction::Write;
+   std::string bytes; // to write, or in place of what is to be read
+};
 
 // A root bus made of simulated wires, which outlive it. A transfer holds the mutex, under which
 // everything that touches the chips happens.
@@ -25,8 +35,13 @@ class SimulatedBus final : public RootBus {
       : wire_( wire ), mutex_( mutex ), report_( std::move( report ) ) {}
    // Two chips that answer are an error, though both have taken what was written.
    Outcome transfer( const Transfer & ) override;
+   // Messages from a start to the stop; what is read takes the place of the bytes. False when
+   // something of it isn't acknowledged, or two chips answer.
+   bool exchange( std::vector<WireMessage> & );
 
  private:
+   static void exchange( Cycle &, WireMessage &, uint32_t &command, Carried & );
+   Carried exchangeOnce( std::vector<WireMessage> &, uint32_t &command );
    Carried carryOutOnce( const Transfer & );
 
    const Wire &wire_;

@@ -96,7 +96,10 @@ void describeSimulation( CLI::App &app, Options &options ) {
    auto *sim = app.add_subcommand( "sim", "Drive the bench's side of a simulated board" );
    sim->add_option( "COMMAND", options.words, "A command and its words" )->required();
    sim->footer( std::string( "Commands:\n" ) + simCommands );
-   auto *trace = app.add_subcommand( "trace", "Print every transfer as it passes, until Ctrl-C" );
+   auto *trace = app.add_subcommand(
+      "trace", "Print every transfer of a simulated board as it passes, until Ctrl-C; or what a "
+               "recording holds" );
+   trace->add_option( "FILE", options.recording, "A recording of orbis-smbusd --record" );
    for ( auto *command : { sim, trace } )
       command->add_option( "--control", options.control,
                            "The control socket, instead of the server's with .control behind it" );

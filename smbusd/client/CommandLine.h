@@ -25,6 +25,7 @@ struct Options {
    uint32_t last = 0xFF;
    std::string control;            // empty: beside the server's socket
    std::vector<std::string> words; // behind sim
+   std::string recording;          // to be printed; empty: trace what passes
 };
 
 // Parsing fills the options, which outlive the app, and runs nothing.

@@ -4,9 +4,11 @@
 #include "client/ControlConversation.h"
 #include "client/Conversation.h"
 #include "client/Output.h"
+#include "client/RecordingOutput.h"
 #include "client/Scenario.h"
 #include "client/SimOutput.h"
 #include "client/SimWords.h"
+#include "record/RecordingFile.h"
 
 #include <CLI/Error.hpp>
 #include <fmt/format.h>
@@ -131,6 +133,10 @@ void sim( const Options &options ) {
 }
 
 void trace( const Options &options ) {
+   if ( !options.recording.empty() )
+      return Smbusd::readRecording( options.recording, [&]( const SmbusRecording::Entry &entry ) {
+         print( formatEntry( entry, options.json ) );
+      } );
    ControlConversation bench( controlPath( options ) );
    SmbusControl::Request request;
    request.set_trace( true );

@@ -17,6 +17,7 @@ void scan( const Options & );
 
 // On the bench's side of a simulated board. They throw NoCommand for words that are none, too.
 void sim( const Options & );
-void trace( const Options & ); // until the server ends
+// Until the server ends; or what a recording holds, and throws RecordingError where that ends.
+void trace( const Options & );
 
 } // namespace SmbusClient

@@ -1,32 +1,13 @@
 #include "client/Output.h"
 
 #include "busses/RootBus.h"
+#include "client/JsonLine.h"
 
 #include <fmt/format.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
-#include <functional>
 
 namespace SmbusClient {
 
 namespace {
-
-using Json = rapidjson::Writer<rapidjson::StringBuffer>;
-
-std::string jsonObject( const std::function<void( Json & )> &fill ) {
-   rapidjson::StringBuffer buffer;
-   Json json( buffer );
-   json.StartObject();
-   fill( json );
-   json.EndObject();
-   return std::string( buffer.GetString(), buffer.GetSize() ) + "\n";
-}
-
-void add( Json &json, const char *key, const std::string &text ) {
-   json.Key( key );
-   json.String( text.c_str(), static_cast<rapidjson::SizeType>( text.size() ) );
-}
 
 unsigned byteAt( const std::string &data, size_t index ) {
    return static_cast<unsigned char>( data[index] );
@@ -41,11 +22,7 @@ bool isWord( const Size &size, const std::string &data ) {
 void addReading( Json &json, const Size &size, const Reading &reading ) {
    if ( !reading.error.empty() )
       return add( json, "error", reading.error );
-   json.Key( "data" );
-   json.StartArray();
-   for ( size_t i = 0; i < reading.data.size(); ++i )
-      json.Uint( byteAt( reading.data, i ) );
-   json.EndArray();
+   addBytes( json, "data", reading.data );
    if ( isWord( size, reading.data ) ) {
       json.Key( "word" );
       json.Uint( wordOf( reading.data ) );

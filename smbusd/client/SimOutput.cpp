@@ -1,65 +1,19 @@
 #include "client/SimOutput.h"
 
+#include "client/Hex.h"
+#include "client/JsonLine.h"
+
 #include <fmt/format.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 namespace SmbusClient {
 
 namespace {
-
-using Json = rapidjson::Writer<rapidjson::StringBuffer>;
-
-void add( Json &json, const char *key, const std::string &text ) {
-   json.Key( key );
-   json.String( text.c_str(), static_cast<rapidjson::SizeType>( text.size() ) );
-}
-
-void add( Json &json, const char *key, double value ) {
-   json.Key( key );
-   json.Double( value );
-}
-
-void add( Json &json, const char *key, bool truth ) {
-   json.Key( key );
-   json.Bool( truth );
-}
-
-void add( Json &json, const char *key, uint64_t number ) {
-   json.Key( key );
-   json.Uint64( number );
-}
-
-void addBytes( Json &json, const char *key, const std::string &bytes ) {
-   json.Key( key );
-   json.StartArray();
-   for ( const char byte : bytes )
-      json.Uint( static_cast<unsigned char>( byte ) );
-   json.EndArray();
-}
 
 void addFields( Json &json, const SmbusControl::Quantity &quantity ) {
    add( json, "name", quantity.name() );
    add( json, "value", quantity.value() );
    add( json, "unit", quantity.unit() );
    add( json, "settable", quantity.settable() );
-}
-
-template <typename Fill>
-std::string object( Fill fill ) {
-   rapidjson::StringBuffer buffer;
-   Json json( buffer );
-   json.StartObject();
-   fill( json );
-   json.EndObject();
-   return std::string( buffer.GetString(), buffer.GetSize() ) + "\n";
-}
-
-std::string hex( const std::string &bytes ) {
-   std::string text;
-   for ( const char byte : bytes )
-      text += fmt::format( " {:02x}", static_cast<unsigned char>( byte ) );
-   return text;
 }
 
 std::string valueOf( const SmbusControl::Quantity &quantity ) {
@@ -71,13 +25,13 @@ std::string valueOf( const SmbusControl::Quantity &quantity ) {
 
 std::string formatQuantity( const SmbusControl::Quantity &quantity, bool json ) {
    if ( json )
-      return object( [&]( Json &to ) { addFields( to, quantity ); } );
+      return jsonObject( [&]( Json &to ) { addFields( to, quantity ); } );
    return valueOf( quantity ) + "\n";
 }
 
 std::string formatState( const SmbusControl::State &state, bool json ) {
    if ( json )
-      return object( [&]( Json &to ) {
+      return jsonObject( [&]( Json &to ) {
          add( to, "seconds", state.seconds() );
          add( to, "speed", state.speed() );
          add( to, "powered", state.powered() );
@@ -131,7 +85,7 @@ std::string formatState( const SmbusControl::State &state, bool json ) {
 
 std::string formatTransfer( const SmbusControl::Transfer &transfer, bool json ) {
    if ( json )
-      return object( [&]( Json &to ) {
+      return jsonObject( [&]( Json &to ) {
          add( to, "seconds", transfer.seconds() );
          add( to, "bus", transfer.bus() );
          add( to, "chip", transfer.chip() );

@@ -4,6 +4,7 @@
 #include "client/Conversation.h"
 #include "client/Output.h"
 #include "client/SimWords.h"
+#include "record/RecordingFile.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -48,6 +49,8 @@ int main( int argc, char **argv ) {
    } catch ( const CLI::ParseError &error ) {
       return app.exit( error ) == 0 ? Done : Usage;
    } catch ( const NoCommand &error ) {
+      return complain( options, error, Usage );
+   } catch ( const Smbusd::RecordingError &error ) {
       return complain( options, error, Usage );
    } catch ( const Failed &error ) {
       return complain( options, error, TransferFailed );

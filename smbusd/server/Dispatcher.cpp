@@ -8,10 +8,11 @@
 
 namespace Smbusd {
 
-Dispatcher::Dispatcher( Busses busses, const Clock &clock, std::chrono::milliseconds bound )
-   : bound_( bound ) {
-   for ( auto &[id, bus] : busses )
-      workers_.try_emplace( id, std::move( bus ), clock );
+Dispatcher::Dispatcher( Carriers carriers, const Clock &clock, std::chrono::milliseconds bound,
+                        Observer observer )
+   : clock_( clock ), bound_( bound ), observer_( std::move( observer ) ) {
+   for ( auto &[id, carrier] : carriers )
+      workers_[id].carrier = std::move( carrier );
 }
 
 Dispatcher::~Dispatcher() {
@@ -25,15 +26,52 @@ Dispatcher::~Dispatcher() {
    }
 }
 
+bool Dispatcher::stop( std::chrono::milliseconds patience ) {
+   std::unique_lock lock( mutex_ );
+   stopped_ = true;
+   return idle_.wait_for( lock, patience, [this] { return busy_ == 0; } );
+}
+
 Dispatcher::Worker &Dispatcher::workerOf( const Transaction &transaction ) {
-   const auto found = workers_.find( transaction.bus );
-   if ( found == workers_.end() )
+   const auto refuse = [&]( std::string_view reason ) {
       throw Refused( fmt::format( "request 1 of {}: {} on {}: {}", transaction.transfers.size(),
                                   describe( transaction.transfers.front() ),
-                                  toString( transaction.bus ), noSuchBus ) );
-   if ( !found->second.thread )
-      found->second.thread.emplace( 1 );
-   return found->second;
+                                  toString( transaction.bus ), reason ) );
+   };
+   const auto found = workers_.find( transaction.bus );
+   if ( found == workers_.end() )
+      refuse( noSuchBus );
+   Worker &worker = found->second;
+   {
+      const std::lock_guard lock( mutex_ );
+      if ( const auto since = worker.busySince; since && clock_.now() - *since > 2 * bound_ )
+         refuse( fmt::format( "the bus is stuck, a transaction has not ended for {} ms",
+                              ( clock_.now() - *since ) / std::chrono::milliseconds( 1 ) ) );
+   }
+   if ( !worker.thread )
+      worker.thread.emplace( 1 );
+   return worker;
+}
+
+void Dispatcher::busyIs( Worker &worker, std::optional<Clock::Time> since ) {
+   const std::lock_guard lock( mutex_ );
+   worker.busySince = since;
+   since ? ++busy_ : --busy_;
+   if ( busy_ == 0 )
+      idle_.notify_all();
+}
+
+void Dispatcher::run( Worker &worker, const Transaction &transaction,
+                      const Smbus::TransactionRequest &message, const Answer &answer ) {
+   const Clock::Time begun = clock_.now();
+   busyIs( worker, begun );
+   Smbus::TransactionResponse response = worker.carrier->run( transaction );
+   if ( observer_ )
+      observer_( message, response, begun, clock_.now() - begun );
+   busyIs( worker, {} );
+   if ( response.failed() )
+      spdlog::debug( "failed: {}", response.error() );
+   answer( std::move( response ) );
 }
 
 void Dispatcher::carryOut( const Smbus::TransactionRequest &message,
@@ -43,20 +81,25 @@ void Dispatcher::carryOut( const Smbus::TransactionRequest &message,
       if ( transaction.transfers.empty() )
          return answer( {} );
       Worker &worker = workerOf( transaction );
+      const auto kept = observer_ ? message : Smbus::TransactionRequest();
       boost::asio::post( *worker.thread,
-                         [&worker, transaction = std::move( transaction ),
+                         [this, &worker, kept, transaction = std::move( transaction ),
                           client = std::move( client ), answer = std::move( answer )] {
-                            if ( client->gone )
-                               return;
-                            Smbus::TransactionResponse response = worker.runner.run( transaction );
-                            if ( response.failed() )
-                               spdlog::debug( "failed: {}", response.error() );
-                            answer( std::move( response ) );
+                            if ( !client->gone && !stopped() )
+                               run( worker, transaction, kept, answer );
                          } );
    } catch ( const Refused &reason ) {
       spdlog::warn( "refused: {}", reason.what() );
-      answer( failure( reason.what() ) );
+      const Smbus::TransactionResponse refusal = failure( reason.what() );
+      if ( observer_ )
+         observer_( message, refusal, clock_.now(), Clock::Time( 0 ) );
+      answer( refusal );
    }
+}
+
+bool Dispatcher::stopped() {
+   const std::lock_guard lock( mutex_ );
+   return stopped_;
 }
 
 } // namespace Smbusd

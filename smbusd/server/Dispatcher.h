@@ -1,14 +1,17 @@
 #pragma once
 
-#include "TransactionRunner.h"
+#include "Clock.h"
+#include "server/Carrier.h"
 
 #include <boost/asio/thread_pool.hpp>
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 namespace Smbusd {
@@ -19,13 +22,21 @@ struct Client {
 };
 
 // Hands each transaction to its root bus, where a thread works them off one by one: a slow bus
-// holds up no other.
+// holds up no other. Where one has been in hand for twice its bound, the bus is stuck, and further
+// ones are refused until it ends.
 class Dispatcher {
  public:
    using Answer = std::function<void( Smbus::TransactionResponse )>;
+   // A transaction with its answer, when it began and how long it took.
+   using Observer =
+      std::function<void( const Smbus::TransactionRequest &, const Smbus::TransactionResponse &,
+                          Clock::Time begun, Clock::Time took )>;
 
-   // bound limits the time of every transaction. Clock and busses are for all threads.
-   Dispatcher( Busses busses, const Clock &clock, std::chrono::milliseconds bound );
+   // bound limits the time of every transaction. Clock and busses are for all threads. The observer
+   // is called in the threads of the busses, and in the caller's for what is refused.
+   Dispatcher( Carriers, const Clock &, std::chrono::milliseconds bound, Observer observer = {} );
+   Dispatcher( Busses busses, const Clock &clock, std::chrono::milliseconds bound )
+      : Dispatcher( carriersOn( std::move( busses ), clock ), clock, bound ) {}
    // The transactions in hand are carried out to their end, those that wait are not begun.
    ~Dispatcher();
 
@@ -33,18 +44,29 @@ class Dispatcher {
    // A client that is gone gets none.
    void carryOut( const Smbus::TransactionRequest &, std::shared_ptr<const Client>, Answer );
 
+   // Begins nothing more and waits for what is in hand; false when that takes longer. Then only the
+   // process's end can end it.
+   bool stop( std::chrono::milliseconds patience );
+
  private:
    struct Worker {
-      Worker( std::unique_ptr<RootBus> itsBus, const Clock &clock )
-         : bus( std::move( itsBus ) ), runner( *bus, clock ) {}
-      std::unique_ptr<RootBus> bus;
-      TransactionRunner runner;
+      std::unique_ptr<Carrier> carrier;
+      std::optional<Clock::Time> busySince;           // guarded by mutex_
       std::optional<boost::asio::thread_pool> thread; // from the first transaction on
    };
    Worker &workerOf( const Transaction & );
+   void run( Worker &, const Transaction &, const Smbus::TransactionRequest &, const Answer & );
+   bool stopped();
+   void busyIs( Worker &, std::optional<Clock::Time> since );
 
+   const Clock &clock_;
    const std::chrono::milliseconds bound_;
+   const Observer observer_;
    std::map<RootBusId, Worker> workers_;
+   std::mutex mutex_;
+   std::condition_variable idle_;
+   unsigned busy_ = 0; // workers
+   bool stopped_ = false;
 };
 
 } // namespace Smbusd

@@ -57,6 +57,26 @@ TEST( DecodeTest, ReadsEveryFieldOfTheAddressWordInItsPlace ) {
    EXPECT_EQ( toString( decode( transaction( each ), 2s ).bus ), "scd(4):0:0" );
 }
 
+TEST( DecodeTest, TurnsDelaysAndTimeoutIntoMilliseconds ) {
+   const auto timing = []( Smbus::RequestType type, uint64_t bits ) {
+      Request each = request( type, 0x48, 0, 1, type == Smbus::REQUEST_WRITE ? "x" : "" );
+      each.set_addr( each.addr() | bits );
+      const Transfer transfer = decode( transaction( each ), 2s ).transfers[0];
+      return std::pair( transfer.timeout, transfer.pause );
+   };
+   const auto reads = Smbus::REQUEST_READ, writes = Smbus::REQUEST_WRITE;
+   EXPECT_EQ( timing( reads, 0 ), std::pair( 0ms, 0ms ) );
+   EXPECT_EQ( timing( reads, 1ull << 54 ), std::pair( 10ms, 0ms ) );
+   EXPECT_EQ( timing( reads, 7ull << 54 ), std::pair( 70ms, 0ms ) );
+   EXPECT_EQ( timing( reads, 1ull << 59 ), std::pair( 0ms, 1ms ) );
+   EXPECT_EQ( timing( writes, 1ull << 60 ), std::pair( 0ms, 1ms ) );
+   EXPECT_EQ( timing( writes, 2ull << 60 ), std::pair( 0ms, 5ms ) );
+   EXPECT_EQ( timing( writes, 3ull << 60 | 1ull << 59 ), std::pair( 0ms, 11ms ) );
+   EXPECT_EQ( timing( reads, 3ull << 60 ), std::pair( 0ms, 0ms ) ); // a write's
+   EXPECT_EQ( timing( reads, 3ull << 62 ), std::pair( 0ms, 10ms ) );
+   EXPECT_EQ( timing( writes, 3ull << 62 ), std::pair( 0ms, 0ms ) ); // a read's
+}
+
 TEST( DecodeTest, TakesTheClientsTimeLimitUpToItsOwn ) {
    Smbus::TransactionRequest message;
    EXPECT_EQ( decode( message, 2s ).limit, 2s );

@@ -63,6 +63,8 @@ class RunningServer {
    ~RunningServer();
 
    HeldBus &bus( const std::string &name ) { return *held_.at( name ); }
+   Smbusd::Dispatcher &dispatcher() { return *dispatcher_; }
+   HandClock &clock() { return clock_; }
    const std::string &path() const { return path_; }
 
  private:

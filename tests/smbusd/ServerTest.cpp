@@ -8,6 +8,7 @@ namespace SmbusdTest {
 
 namespace {
 
+using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
@@ -97,6 +98,25 @@ TEST_F( ServerTest, ServesOtherBussesWhileOneIsSlow ) {
               "i2c:0" );
    server.bus( scd ).goOn();
    EXPECT_EQ( slow.receive()->response( 0 ).data(), scd );
+}
+
+TEST_F( ServerTest, RefusesWhatIsForABusThatIsStuckAndServesOthersAndNewClients ) {
+   server.bus( scd ).stopAt( read48 );
+   RawClient first( server.path() );
+   first.send( transaction( read( 0x48, 0, 1 ) ) );
+   server.bus( scd ).waitUntilStopped();
+   server.clock().advance( 4001ms ); // twice the bound of 2 s, and over
+   RawClient late( server.path() );
+   const auto refusal = late.ask( transaction( read( 0x49, 0, 1 ) ) );
+   EXPECT_EQ( refusal.error(),
+              "request 1 of 1: read of 1 byte from 0x49 register 0x00 on scd(4):1:2: the bus is "
+              "stuck, a transaction has not ended for 4001 ms" );
+   EXPECT_EQ( late.ask( transaction( onI2c( read( 0x48, 0, 1 ) ) ) ).response( 0 ).data(),
+              "i2c:0" );
+   EXPECT_FALSE( server.dispatcher().stop( 1ms ) ); // nor does it end while that one doesn't
+   server.bus( scd ).goOn();
+   EXPECT_EQ( first.receive()->response( 0 ).data(), scd );
+   EXPECT_TRUE( server.dispatcher().stop( 10s ) );
 }
 
 TEST_F( ServerTest, RunsATransactionToItsEndBeforeAnotherOnItsBus ) {

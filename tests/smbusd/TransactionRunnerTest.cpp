@@ -25,12 +25,13 @@ class ScriptedBus final : public RootBus {
       log.push_back( what );
       onTransfer();
       if ( failures[what] > 0 && failures[what]-- > 0 )
-         return { {}, "it broke" };
+         return { {}, "it broke", final };
       const bool reads = transfer.kind == Transfer::Kind::Read;
       return { reads ? std::to_string( log.size() - 1 ) : "", {} };
    }
    std::vector<std::string> log;
    std::map<std::string, int> failures; // how often yet
+   bool final = false;                  // so that no further try helps
    std::function<void()> onTransfer = [] {};
 };
 
@@ -72,6 +73,16 @@ TEST_F( TransactionRunnerTest, SaysWhichRequestFailedAndWhy ) {
    EXPECT_EQ( response.error(),
               "request 2 of 4: read of 1 byte from 0x48 register 0x00 on scd(4):1:2: it broke" );
    EXPECT_EQ( response.response_size(), 1 );
+}
+
+TEST_F( TransactionRunnerTest, DoesNotTryAgainWhatNoTryCanMend ) {
+   retries = 3;
+   bus.failures[read48] = 1;
+   bus.final = true;
+   const auto response = run( read( 0x48, 0, 1 ) );
+   EXPECT_EQ( response.error(),
+              "request 1 of 1: read of 1 byte from 0x48 register 0x00 on scd(4):1:2: it broke" );
+   EXPECT_EQ( bus.log.size(), 1u );
 }
 
 TEST_F( TransactionRunnerTest, ClosesAfterAFailureWhatItOpened ) {

@@ -43,37 +43,7 @@ void RunningBoard::killServer() {
    server_->wait();
 }
 
-Shown RunningBoard::show() {
-   StartedProgram host( { ORBIS_HOST, "show", "--json", board_ } );
-   Shown shown;
-   shown.exitCode = host.wait();
-   rapidjson::Document document;
-   document.Parse( host.output().c_str() );
-   if ( document.HasParseError() || !document.IsObject() ) {
-      ADD_FAILURE() << "not a JSON object: " << host.output() << host.errors();
-      return shown;
-   }
-   for ( const auto &object : document["objects"].GetArray() ) {
-      const std::string name = object["name"].GetString();
-      const std::string state = object["state"].GetString();
-      if ( state != "ok" )
-         shown.faults[name] =
-            state + ": " + ( object.HasMember( "fault" ) ? object["fault"].GetString() : "" );
-      for ( const auto &value : object["values"].GetArray() ) {
-         const std::string known = value["state"].GetString();
-         if ( known == "absent" )
-            shown.absent.insert( name );
-         if ( known != "ok" )
-            shown.faults[name] =
-               known + ": " + ( value.HasMember( "fault" ) ? value["fault"].GetString() : "" );
-         else if ( value["value"].IsNumber() )
-            shown.values[name + " " + value["name"].GetString()] = value["value"].GetDouble();
-         else if ( value["value"].IsString() && value["name"] == "presence" )
-            shown.texts[name] = value["value"].GetString();
-      }
-   }
-   return shown;
-}
+Shown RunningBoard::show() { return showBoard( board_, socket_ ); }
 
 Ran RunningBoard::host( const std::vector<std::string> &words ) {
    std::vector<std::string> command = { ORBIS_HOST };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "PrivateFolder.h"
+#include "Shown.h"
 #include "StartedProgram.h"
 
 #include <map>
@@ -9,15 +10,6 @@
 #include <set>
 #include <string>
 #include <vector>
-
-// What orbis-host show told.
-struct Shown {
-   int exitCode;
-   std::map<std::string, double> values;      // of objects that are "ok", by name
-   std::map<std::string, std::string> texts;  // of slots, whose module describes itself
-   std::set<std::string> absent;              // of what can be pulled
-   std::map<std::string, std::string> faults; // of the others: "state: words"
-};
 
 // How a program ended, and what it said.
 struct Ran {

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "board/JsonFile.h"
+
+#include <rapidjson/document.h>
+#include <rapidjson/pointer.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Smbusd {
+
+// boards/*.schema.json, as they were when the program was built.
+extern const std::string_view simulationSchema;
+extern const std::string_view routesSchema;
+
+// The first thing that a schema has against a value.
+struct SchemaFinding {
+   rapidjson::Pointer place; // below the value that was checked
+   std::string keyword;      // of the schema
+   std::string reason;
+};
+std::optional<SchemaFinding> findAgainst( const rapidjson::Value &schema,
+                                          const rapidjson::Value & );
+
+std::string asText( const rapidjson::Pointer & );
+
+} // namespace Smbusd

@@ -1,0 +1,64 @@
+#include "busses/IoPortBus.h"
+
+#include <fmt/format.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace Smbusd {
+
+IoPortBus::~IoPortBus() {
+   if ( fd_ >= 0 )
+      close( fd_ );
+}
+
+void IoPortBus::open() {
+   fd_ = ::open( file_.c_str(), O_RDWR | O_CLOEXEC );
+   if ( fd_ >= 0 )
+      return;
+   const bool right = errno != EACCES && errno != EPERM;
+   throw PortError( fmt::format( "{}: {}{}", file_, std::strerror( errno ),
+                                 right ? "" : "; root with CAP_SYS_RAWIO has the right to it" ) );
+}
+
+Outcome IoPortBus::transfer( const Transfer &transfer ) {
+   const auto refused = []( std::string why ) { return Outcome{ {}, std::move( why ), true }; };
+   const bool plain =
+      transfer.kind == Transfer::Kind::Read || transfer.kind == Transfer::Kind::Write;
+   if ( !plain || transfer.length < 1 || transfer.length > 2 )
+      return refused( "I/O ports know only reads and writes of one or two bytes" );
+   if ( transfer.pec )
+      return refused( "I/O ports know no PEC" );
+   if ( transfer.offset >= size_ || transfer.length > size_ - transfer.offset )
+      return refused(
+         fmt::format( "outside the window of {} ports from {:#06x} on", size_, base_ ) );
+   try {
+      if ( fd_ < 0 )
+         open();
+   } catch ( const PortError &error ) {
+      return refused( error.what() );
+   }
+   return carryOut( transfer );
+}
+
+Outcome IoPortBus::carryOut( const Transfer &transfer ) {
+   Outcome outcome;
+   const auto port = static_cast<off_t>( base_ + transfer.offset );
+   ssize_t count = 0;
+   if ( transfer.kind == Transfer::Kind::Read ) {
+      outcome.data.resize( transfer.length );
+      count = pread( fd_, outcome.data.data(), transfer.length, port );
+   } else {
+      count = pwrite( fd_, transfer.data.data(), transfer.length, port );
+   }
+   if ( count == static_cast<ssize_t>( transfer.length ) )
+      return outcome;
+   return { {},
+            fmt::format( "port {:#06x}: {}", port,
+                         count < 0 ? std::strerror( errno ) : "fewer bytes than asked for" ) };
+}
+
+} // namespace Smbusd

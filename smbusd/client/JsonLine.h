@@ -1,0 +1,52 @@
+// One JSON object on one line, as scripts get it.
+#pragma once
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace SmbusClient {
+
+using Json = rapidjson::Writer<rapidjson::StringBuffer>;
+
+inline std::string jsonObject( const std::function<void( Json & )> &fill ) {
+   rapidjson::StringBuffer buffer;
+   Json json( buffer );
+   json.StartObject();
+   fill( json );
+   json.EndObject();
+   return std::string( buffer.GetString(), buffer.GetSize() ) + "\n";
+}
+
+inline void add( Json &json, const char *key, const std::string &text ) {
+   json.Key( key );
+   json.String( text.c_str(), static_cast<rapidjson::SizeType>( text.size() ) );
+}
+
+inline void add( Json &json, const char *key, double value ) {
+   json.Key( key );
+   json.Double( value );
+}
+
+inline void add( Json &json, const char *key, bool truth ) {
+   json.Key( key );
+   json.Bool( truth );
+}
+
+inline void add( Json &json, const char *key, uint64_t number ) {
+   json.Key( key );
+   json.Uint64( number );
+}
+
+inline void addBytes( Json &json, const char *key, const std::string &bytes ) {
+   json.Key( key );
+   json.StartArray();
+   for ( const char byte : bytes )
+      json.Uint( static_cast<unsigned char>( byte ) );
+   json.EndArray();
+}
+
+} // namespace SmbusClient

@@ -1,0 +1,45 @@
+#include "record/Recorder.h"
+
+#include "server/Frames.h"
+
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <stdexcept>
+
+namespace Smbusd {
+
+Recorder::Recorder( const std::string &path, const std::string &version, const Clock &clock )
+   : path_( path ), start_( clock.now() ), file_( path, std::ios::binary | std::ios::app ) {
+   SmbusRecording::Entry entry;
+   entry.mutable_start()->set_unix_seconds( std::time( nullptr ) );
+   entry.mutable_start()->set_version( version );
+   if ( !append( entry ) )
+      throw std::runtime_error(
+         fmt::format( "{}: can't be written: {}", path, std::strerror( errno ) ) );
+}
+
+bool Recorder::append( const SmbusRecording::Entry &entry ) {
+   file_ << framed( entry );
+   file_.flush();
+   return file_.good();
+}
+
+void Recorder::write( const Smbus::TransactionRequest &request,
+                      const Smbus::TransactionResponse &response, Clock::Time begun,
+                      Clock::Time took ) {
+   SmbusRecording::Entry entry;
+   SmbusRecording::Transaction &transaction = *entry.mutable_transaction();
+   transaction.set_begun_ns( static_cast<uint64_t>( ( begun - start_ ).count() ) );
+   transaction.set_took_ns( static_cast<uint64_t>( took.count() ) );
+   *transaction.mutable_request() = request;
+   *transaction.mutable_response() = response;
+   const std::lock_guard lock( mutex_ );
+   if ( file_.good() && !append( entry ) )
+      spdlog::error( "{}: the recording ends here: {}", path_, std::strerror( errno ) );
+}
+
+} // namespace Smbusd

@@ -1,0 +1,66 @@
+#include "routes/RoutedBusses.h"
+
+#include "busses/IoPortBus.h"
+#include "busses/linux/DevAdapter.h"
+
+#include <fmt/format.h>
+
+namespace Smbusd {
+
+using namespace Linux;
+
+void RoutedBusses::add( const Route &route, const Warn &warn ) {
+   carrier_.clear();
+   busses_.emplace(
+      route.bus,
+      std::visit( [&]( const auto &to ) { return make( route, to, warn ); }, route.to ) );
+}
+
+std::unique_ptr<RootBus> RoutedBusses::make( const Route &route, const SimulatedRoute &,
+                                             const Warn & ) {
+   const auto found = simulated_.find( route.bus );
+   if ( found == simulated_.end() )
+      route.place.fail( simulated_.empty() ? "no board is simulated"
+                                           : fmt::format( "the simulated board has no {}",
+                                                          toString( route.bus ) ) );
+   carrier_ = "simulated";
+   return std::move( found->second );
+}
+
+std::unique_ptr<RootBus> RoutedBusses::make( const Route &route, const AdapterRoute &to,
+                                             const Warn &warn ) {
+   const auto open = [spec = to.adapter, places = places_] {
+      return openDevAdapter( findAdapter( spec, places ), places );
+   };
+   auto bus = std::make_unique<LinuxBus>( open, to.chips );
+   try {
+      const unsigned number = findAdapter( to.adapter, places_ );
+      carrier_ = describeAdapter( number, places_ );
+      const auto [earlier, isNew] = adapters_.emplace( number, route.place.pointer() );
+      if ( !isNew )
+         route.place.fail(
+            fmt::format( "on the same adapter, number {}, like {}", number, earlier->second ) );
+      bus->open();
+   } catch ( const AdapterError &error ) {
+      if ( !route.optional )
+         route.place.fail( error.what() );
+      warn( fmt::format( "{}: {}", toString( route.bus ), error.what() ) );
+   }
+   return bus;
+}
+
+std::unique_ptr<RootBus> RoutedBusses::make( const Route &route, const PortsRoute &to,
+                                             const Warn &warn ) {
+   carrier_ = fmt::format( "{} ports from {:#06x} on", to.size, to.base );
+   auto bus = std::make_unique<IoPortBus>( to.base, to.size );
+   try {
+      bus->open();
+   } catch ( const PortError &error ) {
+      if ( !route.optional )
+         route.place.fail( error.what() );
+      warn( fmt::format( "{}: {}", toString( route.bus ), error.what() ) );
+   }
+   return bus;
+}
+
+} // namespace Smbusd

@@ -1,0 +1,83 @@
+// orbis-smbusd with a routes file, as it is installed.
+#include "PrivateFolder.h"
+#include "StartedProgram.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace SmbusdTest {
+
+namespace {
+
+using ::testing::HasSubstr;
+
+class RoutesProgramTest : public ::testing::Test {
+ protected:
+   std::string write( const std::string &routes ) {
+      return folder.write( "routes.json", "{ \"routes\": [" + routes + "] }" );
+   }
+   // The exit code, then what was printed; the errors beside it.
+   std::string run( const std::vector<std::string> &command ) {
+      StartedProgram program( command );
+      const int code = program.wait();
+      errors = program.errors();
+      return std::to_string( code ) + "\n" + program.output();
+   }
+   TestSupport::PrivateFolder folder;
+   const std::string socket = folder.file( "smbus.sock" );
+   std::string errors;
+};
+
+TEST_F( RoutesProgramTest, ChecksAFileAndTellsWhatCarriesEachBus ) {
+   const std::string file = write( R"({ "bus": "scd(4):1:2", "simulated": true },
+                { "bus": "i2c:0", "adapter": { "name": "none here" }, "optional": true })" );
+   EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", file } ),
+              "0\nscd(4):1:2       simulated\ni2c:0            not yet\n" );
+   EXPECT_EQ( errors, "i2c:0: no adapter named \"none here\"\n" );
+}
+
+TEST_F( RoutesProgramTest, TellsEveryAdapterThatIsMissing ) {
+   const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "name": "none here" } },
+                                      { "bus": "i2c:1", "adapter": { "name": "nor here" } })" );
+   EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", file } ), "1\n" );
+   EXPECT_EQ( errors, file + ": /routes/0: no adapter named \"none here\"\n" + file +
+                         ": /routes/1: no adapter named \"nor here\"\n" );
+   EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", "--elsewhere", file } ), "0\n" );
+}
+
+TEST_F( RoutesProgramTest, ChecksTheFileAloneForAnotherMachine ) {
+   const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "number": -1 } })" );
+   EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", "--elsewhere", file } ), "1\n" );
+   EXPECT_THAT( errors, HasSubstr( file + ": /routes/0/adapter/number: -1 is below 0" ) );
+}
+
+TEST_F( RoutesProgramTest, DoesNotStartWithoutAnAdapterThatItNeeds ) {
+   const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "name": "none here" } })" );
+   EXPECT_EQ( run( { ORBIS_SMBUSD, "--socket", socket, "--routes", file } ), "1\n" );
+   EXPECT_THAT( errors, HasSubstr( file + ": /routes/0: no adapter named \"none here\"" ) );
+}
+
+TEST_F( RoutesProgramTest, ServesWhatHasARouteAndNothingElse ) {
+   const std::string file = write( R"({ "bus": "i2c:0", "simulated": true },
+                { "bus": "i2c:1", "adapter": { "name": "none here" }, "optional": true })" );
+   StartedProgram server( { ORBIS_SMBUSD, "--socket", socket, "--simulate",
+                            KELT_BOARD "/topology.json", "--simulation",
+                            KELT_BOARD "/simulation.json", "--routes", file } );
+   ASSERT_TRUE( server.waitForError( "serving" ) ) << server.errors();
+   const auto read = [&]( const std::string &address ) {
+      return run( { ORBIS_SMBUS, "--socket", socket, "--retries", "3", "read", address, "0" } );
+   };
+   EXPECT_EQ( read( "i2c:0:0x48" ), "0\n0x2f\n" );
+   EXPECT_EQ( read( "i2c:1:0x48" ), "1\n" );
+   EXPECT_THAT( errors, HasSubstr( "no adapter named \"none here\"\n" ) ); // and asked once
+   EXPECT_EQ( read( "scd(4):1:3:0x4a" ), "1\n" );
+   EXPECT_THAT( errors, HasSubstr( "no such bus" ) );
+   server.signal( SIGTERM );
+   EXPECT_EQ( server.wait(), 0 ) << server.errors();
+}
+
+} // namespace
+
+} // namespace SmbusdTest
