@@ -1,4 +1,6 @@
 // The shared library as a host sees it that provides no trace, no timers and no watchers.
+#include "pl.h"
+
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -43,7 +45,7 @@ class BareHostTest : public ::testing::Test {
 
 TEST_F( BareHostTest, LoadsAndInitialises ) {
    ASSERT_NE( plugin, nullptr ) << dlerror();
-   auto init = symbol<int ( * )( const char * )>( "pl_led_init" );
+   auto init = symbol<decltype( &pl_led_init )>( "pl_led_init" );
    ASSERT_NE( init, nullptr );
    EXPECT_EQ( init( "[" ), 3 );
    EXPECT_EQ( init( "[]" ), 0 );

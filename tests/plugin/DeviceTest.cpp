@@ -207,7 +207,7 @@ TEST_F( CompositeTest, HandsOutTheStoredTextUnchanged ) {
 
 TEST_F( CompositeTest, HasNoRegistersToMakeAGpioOf ) {
    add();
-   EXPECT_EQ( messageOf( [this] {
+   EXPECT_EQ( messageOf( [] {
                  pl_gpio_add( json( "{'did':500,'driver':'composite','address':{'address':0},"
                                     "'isMultiDevice':true,'multiDeviceArgs':{}}" ) );
               } ),
