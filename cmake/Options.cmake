@@ -18,9 +18,6 @@ add_compile_options( -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= )
 if( ORBIS_SANITIZE )
    add_compile_options( -fsanitize=${ORBIS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer )
    add_link_options( -fsanitize=${ORBIS_SANITIZE} )
-   if( CMAKE_CXX_COMPILER_ID STREQUAL Clang )
-      add_compile_options( -fsanitize-ignorelist=${CMAKE_SOURCE_DIR}/cmake/sanitizers.ignore )
-   endif()
 endif()
 
 # What Debian hardens its packages with (dpkg-buildflags, hardening=+all), for what is installed:
