@@ -20,6 +20,17 @@ if( ORBIS_SANITIZE )
    add_link_options( -fsanitize=${ORBIS_SANITIZE} )
 endif()
 
+# What Debian hardens its packages with (dpkg-buildflags, hardening=+all), for what is installed:
+# _FORTIFY_SOURCE wants an optimising build, and sanitizers have their own idea of it. Executables are
+# position-independent; every reference is bound when a program or library is loaded and can't be
+# overwritten afterwards.
+include( CheckPIESupported )
+check_pie_supported()
+add_library( orbis_hardening INTERFACE )
+target_compile_options( orbis_hardening INTERFACE
+   $<$<CONFIG:Release>:-fstack-protector-strong -Wformat -Werror=format-security -Wdate-time -D_FORTIFY_SOURCE=2> )
+target_link_options( orbis_hardening INTERFACE -Wl,-z,relro,-z,now )
+
 # Link to this for the project's own sources; generated ones do without.
 add_library( orbis_warnings INTERFACE )
 target_compile_options( orbis_warnings INTERFACE

@@ -113,6 +113,7 @@ struct pl_fan {
 typedef struct pl_psu pl_psu;
 typedef struct pl_psu_ops {
    uint32_t size;
+   void ( *unused )( void ); /* always null */
    pl_status ( *get_power_ok )( pl_psu *, int * );
    pl_status ( *get_input_current )( pl_psu *, float * );
    pl_status ( *get_output_current )( pl_psu *, float * );

@@ -91,8 +91,8 @@ const std::string &servedBy( const Options &options ) {
 }
 
 // A transfer that the kernel never ends can't be ended here either, and its thread can't be joined.
-void leaveBehind( Dispatcher &dispatcher ) {
-   if ( dispatcher.stop( std::chrono::seconds( 5 ) ) )
+void leaveBehind( Dispatcher &dispatcher, std::chrono::milliseconds limit ) {
+   if ( dispatcher.stop( limit + std::chrono::seconds( 1 ) ) )
       return;
    spdlog::error( "a bus is stuck; its transaction is left behind" );
    spdlog::shutdown();
@@ -116,9 +116,8 @@ void serve( const Options &options ) {
       observer = std::bind_front( &Recorder::write, &*recorder );
    }
    boost::asio::io_context context( 1 );
-   Dispatcher dispatcher( std::move( carriers ), clock,
-                          std::chrono::milliseconds( options.transactionLimit ),
-                          std::move( observer ) );
+   const std::chrono::milliseconds limit( options.transactionLimit );
+   Dispatcher dispatcher( std::move( carriers ), clock, limit, std::move( observer ) );
    Server server( context, std::make_unique<SocketFile>( options.socket, options.group ),
                   dispatcher );
    const auto lent = lend( options, simulation ? &*simulation : nullptr );
@@ -138,7 +137,7 @@ void serve( const Options &options ) {
    } );
    spdlog::info( "serving {} at {}", servedBy( options ), options.socket );
    context.run();
-   leaveBehind( dispatcher );
+   leaveBehind( dispatcher, limit );
 }
 
 bool checkRoutes( const Options &options ) {

@@ -41,9 +41,11 @@ pl_status Psu::get_output_power_callback( pl_psu *psu, float *watts ) {
 }
 
 const pl_psu_ops Psu::ops_ = {
-   sizeof( pl_psu_ops ),        get_power_ok_callback,      get_input_current_callback,
-   get_output_current_callback, get_input_voltage_callback, get_output_voltage_callback,
-   get_input_power_callback,    get_output_power_callback,
+   sizeof( pl_psu_ops ),        nullptr,
+   get_power_ok_callback,       get_input_current_callback,
+   get_output_current_callback, get_input_voltage_callback,
+   get_output_voltage_callback, get_input_power_callback,
+   get_output_power_callback,
 };
 
 } // namespace Component::LogicalDevice

@@ -56,7 +56,8 @@ int connectWithin( int fd, const sockaddr_un &address, const Deadline &deadline 
       const auto left = deadline.left().count();
       if ( left == 0 )
          return ETIMEDOUT;
-      const timeval limit{ left / 1000, left % 1000 * 1000 };
+      const timeval limit{ static_cast<time_t>( left / 1000 ),
+                           static_cast<suseconds_t>( left % 1000 * 1000 ) };
       setsockopt( fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit );
       if ( connect( fd, reinterpret_cast<const sockaddr *>( &address ), sizeof address ) == 0 )
          return 0;

@@ -21,9 +21,11 @@ Frame firstFrame( std::string_view bytes ) {
    if ( length > maxFrameBytes )
       return { Frame::State::TooLong };
    const auto headBytes = static_cast<size_t>( stream.CurrentPosition() );
-   if ( bytes.size() < headBytes + length )
+   const auto messageBytes = static_cast<size_t>( length );
+   if ( bytes.size() < headBytes + messageBytes )
       return {};
-   return { Frame::State::Whole, bytes.substr( headBytes, length ), headBytes + length };
+   return { Frame::State::Whole, bytes.substr( headBytes, messageBytes ),
+            headBytes + messageBytes };
 }
 
 std::string framed( const google::protobuf::MessageLite &message ) {

@@ -1,73 +1,14 @@
 // The records that a host holds: each operation through the table lands in the right place.
-#include "OrbisGeneric/Components/Fan.h"
-#include "OrbisGeneric/Components/Gpio.h"
-#include "OrbisGeneric/Components/Led.h"
-#include "OrbisGeneric/Components/Psu.h"
-#include "OrbisGeneric/Components/Slot.h"
-#include "OrbisGeneric/Components/TempSensor.h"
-#include "OrbisGeneric/Components/Xcvr.h"
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Topology.h"
+#include "support/NotedObjects.h"
 #include "support/PluginTest.h"
-
-#include <fmt/format.h>
 
 namespace {
 
 namespace Logical = Component::LogicalDevice;
 
-// Writes the last call down.
-std::string called;
-pl_status note( const std::string &call ) {
-   called = call;
-   return PL_STATUS_DEVICE_FAULT; // so that a callback that drops the result is seen
-}
-
-struct TestSlot : Logical::Slot {
-   pl_status getPresence( char ** ) override { return note( "getPresence" ); }
-};
-struct TestLed : Logical::Led {
-   bool handleBlinkTimer( bool ) override { return true; }
-   pl_status setLightSetting( pl_led_status s ) override {
-      return note( fmt::format( "led {}", int( s ) ) );
-   }
-};
-struct TestTemp : Logical::TempSensor {
-   pl_status getTemperature( float *out ) override {
-      *out = 1.5f;
-      return note( "getTemperature" );
-   }
-};
-struct TestFan : Logical::Fan {
-   pl_status getRpm( int * ) override { return note( "getRpm" ); }
-   pl_status setRpm( int rpm ) override { return note( fmt::format( "setRpm {}", rpm ) ); }
-};
-struct TestPsu : Logical::Psu {
-   pl_status get_power_ok( int * ) override { return note( "power_ok" ); }
-   pl_status get_input_current( float * ) override { return note( "input_current" ); }
-   pl_status get_output_current( float * ) override { return note( "output_current" ); }
-   pl_status get_input_voltage( float * ) override { return note( "input_voltage" ); }
-   pl_status get_output_voltage( float * ) override { return note( "output_voltage" ); }
-   pl_status get_input_power( float * ) override { return note( "input_power" ); }
-   pl_status get_output_power( float * ) override { return note( "output_power" ); }
-};
-struct TestSfp : Logical::SfpXcvr {
-   int getPresence() override { return note( "sfp getPresence" ), 1; }
-   pl_status getTxFault( int * ) override { return note( "getTxFault" ); }
-   pl_status getRxLos( int * ) override { return note( "getRxLos" ); }
-   pl_status getTxDisable( int * ) override { return note( "getTxDisable" ); }
-   pl_status setTxDisable( int v ) override { return note( fmt::format( "setTxDisable {}", v ) ); }
-};
-struct TestQsfp : Logical::QsfpXcvr {
-   int getPresence() override { return note( "qsfp getPresence" ), 1; }
-   pl_status getModSel( int * ) override { return note( "getModSel" ); }
-   pl_status setModSel( int v ) override { return note( fmt::format( "setModSel {}", v ) ); }
-   pl_status getLpMode( int * ) override { return note( "getLpMode" ); }
-   pl_status setLpMode( int v ) override { return note( fmt::format( "setLpMode {}", v ) ); }
-   pl_status getReset( int * ) override { return note( "getReset" ); }
-   pl_status setReset( int v ) override { return note( fmt::format( "setReset {}", v ) ); }
-   pl_status getInterrupt( int * ) override { return note( "getInterrupt" ); }
-};
+using Noted::called;
 
 // A driver that makes one of everything, or nothing.
 struct TestDriver : Component::HardwareDevice {
@@ -92,14 +33,14 @@ struct TestDriver : Component::HardwareDevice {
    }
 
    bool makes = true;
-   TestSlot slot;
-   TestLed leds[2];
+   Noted::Slot slot;
+   Noted::Led leds[2];
    int nextLed = 0;
-   TestTemp temp;
-   TestFan fan;
-   TestPsu psu;
-   TestSfp sfp;
-   TestQsfp qsfp;
+   Noted::TempSensor temp;
+   Noted::Fan fan;
+   Noted::Psu psu;
+   Noted::Sfp sfp;
+   Noted::Qsfp qsfp;
 };
 
 class ExportedObjectsTest : public PluginTest {
@@ -131,6 +72,14 @@ class ExportedObjectsTest : public PluginTest {
       // Right behind the object's virtual-table pointer.
       EXPECT_EQ( reinterpret_cast<const char *>( record ) - static_cast<const char *>( object ),
                  static_cast<ptrdiff_t>( sizeof( void * ) ) );
+      // As a host that goes by offsets finds them: the table, its size first, and the object.
+      const auto *words = reinterpret_cast<const void *const *>( record );
+      EXPECT_EQ( *static_cast<const uint32_t *>( words[1] ), sizeof( *record->ops ) );
+      EXPECT_EQ( words[2], object );
+   }
+   // An object whose record is right behind its virtual-table pointer.
+   static const void *objectBefore( const void *record ) {
+      return static_cast<const std::byte *>( record ) - sizeof( void * );
    }
    static std::string pointer( const void *record ) { return fmt::format( "({})", record ); }
 
@@ -183,6 +132,7 @@ TEST_F( ExportedObjectsTest, Psu ) {
    pl_psu *psu = pl_psu_add( document() );
    expectRecord( psu, &driver.psu );
    const pl_psu_ops &ops = *psu->ops;
+   EXPECT_EQ( ops.unused, nullptr );
    expectCall( ops.get_power_ok( psu, &integer ), "power_ok", "get_power_ok_callback" );
    expectCall( ops.get_input_current( psu, &real ), "input_current", "get_input_current_callback" );
    expectCall( ops.get_output_current( psu, &real ), "output_current",
@@ -233,6 +183,16 @@ TEST_F( ExportedObjectsTest, QsfpTransceiver ) {
       expectCall( ops.set_reset( xcvr, 1 ), "setReset 1", "setResetCallback(32, 1)" );
       expectCall( ops.get_interrupt( xcvr, &integer ), "getInterrupt", "getInterruptCallback(32)" );
    }
+}
+
+TEST_F( ExportedObjectsTest, Gpio ) {
+   pl_gpio *gpio = pl_gpio_add( document( "'register':16,'bitpos':3" ) );
+   expectRecord( gpio, objectBefore( gpio ) );
+}
+
+TEST_F( ExportedObjectsTest, SmbusProxy ) {
+   pl_smbus *proxy = pl_smbus_add( "Named", 0 );
+   expectRecord( proxy, objectBefore( proxy ) );
 }
 
 TEST_F( ExportedObjectsTest, ATransceiverIdMayStandInQuotes ) {

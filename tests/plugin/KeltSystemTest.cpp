@@ -23,6 +23,10 @@ TEST_F( KeltSystemTest, EveryAddMakesARecordOfItsOwnWithTheOneTable ) {
    EXPECT_EQ( system->ops, other->ops );
    EXPECT_EQ( system->ops, &ops );
    EXPECT_EQ( system->priv, nullptr );
+   // As a host that goes by offsets finds them.
+   const auto *words = reinterpret_cast<const void *const *>( system );
+   EXPECT_EQ( words[0], nullptr );
+   EXPECT_EQ( words[1], &ops );
    EXPECT_EQ( ops.size, sizeof( pl_system_ops ) );
    EXPECT_TRUE( TestHost::traced( 0, "pl_system_add( 'not looked at' )" ) );
    delete other;
@@ -100,6 +104,10 @@ TEST_F( KeltSystemTest, EveryPowerCycleMakesAGpioWhoseFlagIsSetForTheHost ) {
    ASSERT_EQ( keeper.made.size(), 2u );
    for ( auto *gpio : keeper.made ) {
       EXPECT_TRUE( gpio->hostFlag_ );
+      // As a host that goes by offsets finds it: the byte behind the record's three pointers.
+      const auto *record = reinterpret_cast<const uint8_t *>( &gpio->record_ );
+      EXPECT_EQ( record[3 * sizeof( void * )], 1 );
+      EXPECT_EQ( static_cast<void *>( gpio ), gpio->record_.priv );
       delete gpio;
    }
    Drivers::drivers.erase( "test" );

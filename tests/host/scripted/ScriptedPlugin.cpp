@@ -116,6 +116,7 @@ const pl_temp_sensor_ops sensorOps{ sizeof sensorOps, nullptr, getter<temperatur
 const pl_fan_ops fanOps{ sizeof fanOps, nullptr, getter<speed>, setter<setRpm> };
 const pl_gpio_ops gpioOps{ sizeof gpioOps, setter<bitSet>, setter<bitClear>, getter<bit> };
 const pl_psu_ops psuOps{ .size = sizeof psuOps,
+                         .unused = nullptr,
                          .get_power_ok = getter<powerOk>,
                          .get_input_current = getter<current>,
                          .get_output_current = nullptr,

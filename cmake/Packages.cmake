@@ -1,0 +1,36 @@
+# The libraries that are used, from Debian's packages.
+find_package( Protobuf REQUIRED )
+find_package( Threads REQUIRED )
+find_package( RapidJSON REQUIRED )
+find_package( Boost 1.74 REQUIRED )
+find_package( CLI11 REQUIRED )
+
+# libi2c has neither a CMake package nor one for pkg-config.
+find_library( I2C_LIBRARY i2c REQUIRED )
+find_path( I2C_INCLUDE_DIR i2c/smbus.h REQUIRED )
+add_library( i2c::i2c UNKNOWN IMPORTED )
+set_target_properties( i2c::i2c PROPERTIES
+   IMPORTED_LOCATION ${I2C_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES ${I2C_INCLUDE_DIR} )
+
+if( CMAKE_SIZEOF_VOID_P EQUAL 8 )
+   find_package( fmt REQUIRED )
+   find_package( spdlog REQUIRED )
+   if( BUILD_TESTING )
+      find_package( GTest REQUIRED )
+   endif()
+else()
+   # The compiled libraries of fmt, spdlog and GoogleTest are the other word size's, and their CMake
+   # packages say so. The headers serve both: fmt and spdlog do without a library, and GoogleTest's
+   # package brings its sources.
+   add_library( fmt INTERFACE )
+   target_compile_definitions( fmt INTERFACE FMT_HEADER_ONLY )
+   add_library( fmt::fmt ALIAS fmt )
+   add_library( spdlog INTERFACE )
+   target_compile_definitions( spdlog INTERFACE SPDLOG_FMT_EXTERNAL )
+   target_link_libraries( spdlog INTERFACE fmt Threads::Threads )
+   add_library( spdlog::spdlog ALIAS spdlog )
+   if( BUILD_TESTING )
+      set( INSTALL_GTEST OFF )
+      add_subdirectory( /usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM )
+   endif()
+endif()

@@ -1,0 +1,69 @@
+# What `cmake --install` puts where, by component: plugin, platform, platform-dev, server, host.
+include( CMakePackageConfigHelpers )
+
+set( ORBIS_BOARDS ${CMAKE_INSTALL_FULL_DATADIR}/orbis/boards )
+set( cmake_package ${CMAKE_INSTALL_LIBDIR}/cmake/OrbisPlatform )
+set( here ${CMAKE_CURRENT_LIST_DIR} )
+set( made ${CMAKE_BINARY_DIR}/packaging )
+
+# The plug-in, what its drivers want, and the board.
+install( TARGETS OrbisDriversKelt LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT plugin )
+install( DIRECTORY boards/ DESTINATION ${CMAKE_INSTALL_DATADIR}/orbis/boards COMPONENT plugin )
+
+# The client library, and what a host or another server is written against.
+install( TARGETS PlatformLibrary platform_headers EXPORT OrbisPlatform
+   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT platform NAMELINK_COMPONENT platform-dev
+   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orbis )
+install( FILES platform/pl.h
+   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orbis COMPONENT platform-dev )
+install( FILES platform/PlatformLibrary/PLSocket.h
+   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orbis/PlatformLibrary COMPONENT platform-dev )
+install( FILES platform/OrbisUtil/Smbus.proto ${CMAKE_BINARY_DIR}/platform/generated/OrbisUtil/Smbus.pb.h
+   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orbis/OrbisUtil COMPONENT platform-dev )
+install( EXPORT OrbisPlatform NAMESPACE Orbis:: FILE OrbisPlatformTargets.cmake
+   DESTINATION ${cmake_package} COMPONENT platform-dev )
+configure_package_config_file( ${here}/cmake/OrbisPlatformConfig.cmake.in
+   ${made}/OrbisPlatformConfig.cmake INSTALL_DESTINATION ${cmake_package} )
+write_basic_package_version_file( ${made}/OrbisPlatformConfigVersion.cmake COMPATIBILITY SameMinorVersion )
+install( FILES ${made}/OrbisPlatformConfig.cmake ${made}/OrbisPlatformConfigVersion.cmake
+   DESTINATION ${cmake_package} COMPONENT platform-dev )
+configure_file( ${here}/pkgconfig/orbis-platform.pc.in ${made}/orbis-platform.pc @ONLY )
+install( FILES ${made}/orbis-platform.pc
+   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT platform-dev )
+
+# The programs.
+install( TARGETS orbis-smbusd RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT server )
+install( TARGETS orbis-smbus RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT server )
+install( TARGETS orbis-host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT host )
+install( FILES ${here}/bash-completion/orbis-host
+   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT host )
+
+# Their services. All are confined in the same way.
+file( READ ${here}/systemd/sandbox ORBIS_SANDBOX )
+foreach( service orbis-smbusd orbis-smbusd-simulation orbis-host )
+   configure_file( ${here}/systemd/${service}.service ${made}/${service}.service @ONLY )
+endforeach()
+install( FILES ${made}/orbis-smbusd.service ${made}/orbis-smbusd-simulation.service
+   DESTINATION lib/systemd/system COMPONENT server )
+install( FILES ${made}/orbis-host.service DESTINATION lib/systemd/system COMPONENT host )
+foreach( component server host )
+   install( FILES ${here}/systemd/orbis.tmpfiles
+      DESTINATION lib/tmpfiles.d RENAME orbis-${component}.conf COMPONENT ${component} )
+endforeach()
+
+# Manual pages, as a distribution wants them.
+find_program( GZIP gzip REQUIRED )
+function( orbis_compressed file destination component )
+   get_filename_component( name ${file} NAME )
+   set( compressed ${made}/${component}/${name}.gz )
+   add_custom_command( OUTPUT ${compressed}
+      COMMAND ${CMAKE_COMMAND} -E make_directory ${made}/${component}
+      COMMAND ${GZIP} -9nc ${file} > ${compressed}
+      DEPENDS ${file} VERBATIM )
+   string( MAKE_C_IDENTIFIER ${component}_${name} target )
+   add_custom_target( ${target} ALL DEPENDS ${compressed} )
+   install( FILES ${compressed} DESTINATION ${destination} COMPONENT ${component} )
+endfunction()
+orbis_compressed( ${here}/man/orbis-smbusd.8 ${CMAKE_INSTALL_MANDIR}/man8 server )
+orbis_compressed( ${here}/man/orbis-smbus.1 ${CMAKE_INSTALL_MANDIR}/man1 server )
+orbis_compressed( ${here}/man/orbis-host.1 ${CMAKE_INSTALL_MANDIR}/man1 host )

@@ -1,0 +1,92 @@
+#include "Bench.h"
+
+#include "client/Conversation.h"
+
+#include <fmt/format.h>
+
+using SmbusControl::Request;
+
+Bench::Bench( const std::string &socket ) : server_( socket ) {
+   Request list;
+   list.set_list( true );
+   const SmbusControl::Response response = server_.ask( list );
+   for ( const auto &chip : response.state().chip() ) {
+      if ( chip.kind() == "PCA9548" || chip.kind() == "PCA9506" )
+         continue;
+      chips_.push_back( chip.name() );
+      for ( const auto &quantity : chip.quantity() )
+         if ( quantity.settable() )
+            quantities_.push_back( { chip.name(), quantity.name(), quantity.value() } );
+   }
+   for ( const auto &module : response.state().module() )
+      modules_.push_back( module.name() );
+}
+
+void Bench::step( unsigned milliseconds ) {
+   Request step;
+   step.set_step( milliseconds / 1000. );
+   server_.ask( step );
+}
+
+void Bench::mend( const std::string &chip ) {
+   Request mend;
+   mend.set_mend( chip );
+   server_.ask( mend );
+}
+
+Request Bench::anything( Random &random ) const {
+   Request request;
+   switch ( random.below( 6 ) ) {
+   case 0:
+      request.set_pull( random.oneOf( modules_ ) );
+      break;
+   case 1:
+      request.set_insert( random.oneOf( modules_ ) );
+      break;
+   case 2:
+      request.mutable_fault()->set_chip( random.oneOf( chips_ ) );
+      request.mutable_fault()->set_missed( 1 );
+      request.mutable_fault()->set_among( 1 + random.below( 5 ) );
+      break;
+   case 3:
+      request.set_mend( random.oneOf( chips_ ) );
+      break;
+   default: {
+      const Quantity &quantity = random.oneOf( quantities_ );
+      request.mutable_set()->mutable_name()->set_whose( quantity.chip );
+      request.mutable_set()->mutable_name()->set_name( quantity.name );
+      // A switch is turned; what has a size is moved by up to as much again.
+      request.mutable_set()->set_value(
+         quantity.value == 0 || quantity.value == 1
+            ? random.below( 2 )
+            : quantity.value * ( static_cast<double>( random.below( 41 ) ) / 20 ) );
+   }
+   }
+   return request;
+}
+
+std::string Bench::carryOut( const Request &request ) {
+   try {
+      server_.ask( request );
+      return "done";
+   } catch ( const SmbusClient::Failed &failure ) {
+      return failure.what();
+   }
+}
+
+std::string Bench::something( Random &random ) {
+   const Request request = anything( random );
+   std::string words;
+   if ( request.has_pull() )
+      words = "pull " + request.pull();
+   else if ( request.has_insert() )
+      words = "insert " + request.insert();
+   else if ( request.has_mend() )
+      words = "mend " + request.mend();
+   else if ( request.has_fault() )
+      words = fmt::format( "nack {} 1/{}", request.fault().chip(), request.fault().among() );
+   else
+      words = fmt::format( "set {} {} {}", request.set().name().whose(),
+                           request.set().name().name(), request.set().value() );
+   return fmt::format( "{} -> {}", words, carryOut( request ) );
+}

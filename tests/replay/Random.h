@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <random>
+#include <vector>
+
+// Numbers that follow from the seed alone, the same in every ABI: the library's distributions don't
+// promise that.
+class Random {
+ public:
+   explicit Random( uint32_t seed ) : engine_( seed ) {}
+
+   uint32_t below( uint32_t end ) { return static_cast<uint32_t>( engine_() % end ); }
+   int between( int least, int most ) {
+      return least + static_cast<int>( below( static_cast<uint32_t>( most - least + 1 ) ) );
+   }
+   template <class Choice>
+   const Choice &oneOf( const std::vector<Choice> &choices ) {
+      return choices[below( static_cast<uint32_t>( choices.size() ) )];
+   }
+
+ private:
+   std::mt19937 engine_;
+};
