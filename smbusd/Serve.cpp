@@ -66,6 +66,7 @@ Carriers carriersFor( const Options &options, Simulation *simulation, const Cloc
 std::vector<std::unique_ptr<Lend::LentAdapter>> lend( const Options &options,
                                                       Simulation *simulation ) {
    std::vector<std::unique_ptr<Lend::LentAdapter>> lent;
+   std::chrono::seconds patience( 10 );
    for ( const RootBusId &id : options.lent ) {
       const std::string name = toString( id );
       try {
@@ -73,12 +74,14 @@ std::vector<std::unique_ptr<Lend::LentAdapter>> lend( const Options &options,
       } catch ( const std::out_of_range & ) {
          throw Lend::LendError( fmt::format( "the simulated board has no {} to lend", name ) );
       }
-      if ( const auto number = lent.back()->adapter( std::chrono::seconds( 10 ) ) )
+      if ( const auto number = lent.back()->adapter( patience ) )
          spdlog::info( "{} is lent as {}", name, Linux::describeAdapter( *number, {} ) );
-      else
+      else {
          spdlog::warn( "{} is lent, and the kernel makes no adapter of it; the module i2c-tiny-usb "
                        "does",
                        name );
+         patience = {}; // nor will it of the others
+      }
    }
    return lent;
 }
