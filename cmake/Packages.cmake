@@ -4,9 +4,13 @@ find_package( Threads REQUIRED )
 find_package( RapidJSON REQUIRED )
 find_package( Boost 1.74 REQUIRED )
 find_package( CLI11 REQUIRED )
+
+# libi2c has neither a CMake package nor one for pkg-config.
 find_library( I2C_LIBRARY i2c REQUIRED )
-add_library( i2c INTERFACE ) # has no package of its own
-target_link_libraries( i2c INTERFACE ${I2C_LIBRARY} )
+find_path( I2C_INCLUDE_DIR i2c/smbus.h REQUIRED )
+add_library( i2c::i2c UNKNOWN IMPORTED )
+set_target_properties( i2c::i2c PROPERTIES
+   IMPORTED_LOCATION ${I2C_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES ${I2C_INCLUDE_DIR} )
 
 if( CMAKE_SIZEOF_VOID_P EQUAL 8 )
    find_package( fmt REQUIRED )

@@ -1,15 +1,9 @@
-# orbis_add_test( NAME SOURCES ... LIBRARIES ... [DEPENDS targets that the tests run] )
-# One GoogleTest program; every case of it is a ctest test of its own, so that they run in parallel.
-function( orbis_add_test name )
-   cmake_parse_arguments( PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;DEPENDS" )
-   if( NOT arg_TIMEOUT )
-      set( arg_TIMEOUT 60 )
-   endif()
-   add_executable( ${name} ${arg_SOURCES} )
-   target_link_libraries( ${name} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gtest_main orbis_warnings )
-   # Tests are compiled once for each run of them: optimising them would take longer than it saves.
-   target_compile_options( ${name} PRIVATE $<$<CONFIG:Release>:-O0> )
-   # The first test's precompiled header serves them all.
+# A program of tests as all are compiled: without optimising, since they are compiled once for each run
+# of them, and with the first one's precompiled header.
+function( orbis_add_test_program name )
+   add_executable( ${name} ${ARGN} )
+   target_link_libraries( ${name} PRIVATE GTest::gmock GTest::gtest_main orbis_warnings )
+   target_compile_options( ${name} PRIVATE -O0 )
    get_property( precompiled GLOBAL PROPERTY orbis_precompiled_test )
    if( precompiled )
       target_precompile_headers( ${name} REUSE_FROM ${precompiled} )
@@ -17,6 +11,17 @@ function( orbis_add_test name )
       target_precompile_headers( ${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> )
       set_property( GLOBAL PROPERTY orbis_precompiled_test ${name} )
    endif()
+endfunction()
+
+# orbis_add_test( NAME SOURCES ... LIBRARIES ... [DEPENDS targets that the tests run] )
+# One GoogleTest program; every case of it is a ctest test of its own, so that they run in parallel.
+function( orbis_add_test name )
+   cmake_parse_arguments( PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;DEPENDS" )
+   if( NOT arg_TIMEOUT )
+      set( arg_TIMEOUT 60 )
+   endif()
+   orbis_add_test_program( ${name} ${arg_SOURCES} )
+   target_link_libraries( ${name} PRIVATE ${arg_LIBRARIES} )
    if( arg_DEPENDS )
       add_dependencies( ${name} ${arg_DEPENDS} )
    endif()

@@ -66,6 +66,7 @@ Carriers carriersFor( const Options &options, Simulation *simulation, const Cloc
 std::vector<std::unique_ptr<Lend::LentAdapter>> lend( const Options &options,
                                                       Simulation *simulation ) {
    std::vector<std::unique_ptr<Lend::LentAdapter>> lent;
+   std::chrono::seconds patience( 10 );
    for ( const RootBusId &id : options.lent ) {
       const std::string name = toString( id );
       try {
@@ -73,12 +74,14 @@ std::vector<std::unique_ptr<Lend::LentAdapter>> lend( const Options &options,
       } catch ( const std::out_of_range & ) {
          throw Lend::LendError( fmt::format( "the simulated board has no {} to lend", name ) );
       }
-      if ( const auto number = lent.back()->adapter( std::chrono::seconds( 10 ) ) )
+      if ( const auto number = lent.back()->adapter( patience ) )
          spdlog::info( "{} is lent as {}", name, Linux::describeAdapter( *number, {} ) );
-      else
+      else {
          spdlog::warn( "{} is lent, and the kernel makes no adapter of it; the module i2c-tiny-usb "
                        "does",
                        name );
+         patience = {}; // nor will it of the others
+      }
    }
    return lent;
 }
@@ -91,8 +94,8 @@ const std::string &servedBy( const Options &options ) {
 }
 
 // A transfer that the kernel never ends can't be ended here either, and its thread can't be joined.
-void leaveBehind( Dispatcher &dispatcher ) {
-   if ( dispatcher.stop( std::chrono::seconds( 5 ) ) )
+void leaveBehind( Dispatcher &dispatcher, std::chrono::milliseconds limit ) {
+   if ( dispatcher.stop( limit + std::chrono::seconds( 1 ) ) )
       return;
    spdlog::error( "a bus is stuck; its transaction is left behind" );
    spdlog::shutdown();
@@ -116,9 +119,8 @@ void serve( const Options &options ) {
       observer = std::bind_front( &Recorder::write, &*recorder );
    }
    boost::asio::io_context context( 1 );
-   Dispatcher dispatcher( std::move( carriers ), clock,
-                          std::chrono::milliseconds( options.transactionLimit ),
-                          std::move( observer ) );
+   const std::chrono::milliseconds limit( options.transactionLimit );
+   Dispatcher dispatcher( std::move( carriers ), clock, limit, std::move( observer ) );
    Server server( context, std::make_unique<SocketFile>( options.socket, options.group ),
                   dispatcher );
    const auto lent = lend( options, simulation ? &*simulation : nullptr );
@@ -138,7 +140,7 @@ void serve( const Options &options ) {
    } );
    spdlog::info( "serving {} at {}", servedBy( options ), options.socket );
    context.run();
-   leaveBehind( dispatcher );
+   leaveBehind( dispatcher, limit );
 }
 
 bool checkRoutes( const Options &options ) {

@@ -66,7 +66,8 @@ std::optional<Command> Supervisor::choose( Time now ) {
    for ( const Kind kind : kindOrder_ )
       if ( const KindState &state = kinds_[kind]; !state.ready && state.notBefore <= now )
          return InitCommand{ kind };
-   if ( auto asked = nextAsked() )
+   if ( auto asked =
+           asked_.next( [this]( std::size_t object ) { return objects_[object].stands; } ) )
       return asked;
    for ( std::size_t i = 0; i < objects_.size(); ++i )
       if ( wantsAdd( objects_[i], board_.objects[i].kind, now ) )
@@ -99,39 +100,16 @@ void Supervisor::startRound( Time now ) {
 }
 
 void Supervisor::ask( std::size_t object, const Action &action, Answer answer, Time now ) {
-   asked_.push_back( { object, action, std::move( answer ) } );
-   const Object &asked = objects_[object];
+   asked_.add( object, action, std::move( answer ) );
+   const Object &known = objects_[object];
    const KindState &kind = kinds_[board_.objects[object].kind];
-   if ( loadFault_ || ( !asked.stands && ( asked.notBefore > now || kind.notBefore > now ) ) )
+   if ( loadFault_ || ( !known.stands && ( known.notBefore > now || kind.notBefore > now ) ) )
       refuse( object );
-}
-
-std::optional<Command> Supervisor::nextAsked() const {
-   for ( const Asked &asked : asked_ )
-      if ( objects_[asked.object].stands )
-         return ActCommand{ asked.object, asked.action };
-   return {};
-}
-
-// Answers what was asked of the object first.
-void Supervisor::answer( std::size_t object, const Reading &reading ) {
-   const auto asked = std::find_if( asked_.begin(), asked_.end(),
-                                    [object]( const Asked &one ) { return one.object == object; } );
-   if ( asked == asked_.end() )
-      return;
-   const Answer answer = std::move( asked->answer ); // it may ask for more
-   asked_.erase( asked );
-   if ( answer )
-      answer( reading );
 }
 
 // Answers all that was asked of an object with what is wrong with it.
 void Supervisor::refuse( std::size_t object ) {
-   const auto count = std::count_if(
-      asked_.begin(), asked_.end(), [object]( const Asked &one ) { return one.object == object; } );
-   const Fault fault = loadFault_.value_or( objects_[object].record.fault() );
-   for ( auto i = count; i > 0; --i )
-      answer( object, { .state = State::Unreadable, .fault = fault } );
+   asked_.refuse( object, loadFault_.value_or( objects_[object].record.fault() ) );
 }
 
 void Supervisor::heard( const Event &event, Time now ) {
@@ -228,7 +206,7 @@ void Supervisor::done( const ActCommand &command, const Done &done, Time now ) {
       object.record.keep( { .name = "setting", .value = std::string( nameOfSetting( setting ) ) },
                           now );
    }
-   answer( command.object, result );
+   asked_.answer( command.object, result );
 }
 
 void Supervisor::take( const Reading &reading, Time now ) {

@@ -3,12 +3,12 @@
 
 #include "Board.h"
 #include "plugin/Messages.h"
+#include "session/Asked.h"
 #include "session/BackOff.h"
 #include "session/FaultWords.h"
 #include "session/ObjectRecord.h"
 #include "session/Polls.h"
 
-#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
@@ -44,8 +44,7 @@ struct Limits {
 /// no clock: both are told to it.
 class Supervisor {
  public:
-   /// Told how an action ended, as a reading with the operation's name.
-   using Answer = std::function<void( const Reading & )>;
+   using Answer = Asked::Answer;
 
    Supervisor( const Board &board, Limits limits, Time now );
 
@@ -96,11 +95,6 @@ class Supervisor {
       BackOff backOff{};
       Time nextRound{};
    };
-   struct Asked {
-      std::size_t object;
-      Action action;
-      Answer answer;
-   };
    struct InHand {
       Command command;
       Time since;
@@ -116,8 +110,6 @@ class Supervisor {
    void done( const ActCommand &command, const Done &done, Time now );
    void heardTrace( const Trace &trace, Time now );
    bool needs( std::size_t object ) const;
-   std::optional<Command> nextAsked() const;
-   void answer( std::size_t object, const Reading &reading );
    void refuse( std::size_t object );
    void judgeAbsence( Reading &reading, const ObjectDescription &slot ) const;
    void record( std::size_t object, Reading reading, Time now );
@@ -139,7 +131,7 @@ class Supervisor {
    BackOff childBackOff_{};
    std::optional<InHand> inHand_{};
    std::optional<Fault> loadFault_{};
-   std::deque<Asked> asked_{};
+   Asked asked_{};
    std::optional<Reading> result_{}; // of the action in hand
    Polls polls_;
 };

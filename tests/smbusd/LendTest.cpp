@@ -5,6 +5,7 @@
 #include "board/SimulatedBoard.h"
 #include "chips/Cpld.h"
 #include "chips/LM75.h"
+#include "lend/LentAdapter.h"
 #include "lend/TinyUsb.h"
 #include "lend/VhciPort.h"
 
@@ -186,6 +187,25 @@ TEST_F( UsbIpTest, StallsWhatTheDeviceDoesntKnowAndUnlinksWhatIsDone ) {
               words( { 3, 9, 0, 0, 0, 0xFFFFFFE0, 0, 0, 0, 0, 0, 0 } ) ); // -EPIPE
    EXPECT_EQ( ask( words( { 2, 10, 1, 0, 0, 9, 0, 0, 0, 0, 0, 0 } ), 48 ),
               words( { 4, 10, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 } ) );
+}
+
+TEST( LentAdapterFinderTest, FindsTheAdapterOfTheDeviceWithItsSerialNumber ) {
+   namespace fs = std::filesystem;
+   const TestSupport::PrivateFolder folder;
+   const Linux::Places places{ folder.file( "sys" ), folder.file( "dev" ) };
+   EXPECT_FALSE( findLent( "i2c:0", places ) ); // no USB at all
+   const auto plug = [&]( const std::string &device, const std::string &serial ) {
+      fs::create_directories( folder.file( "sys/bus/usb/devices/" + device ) );
+      folder.write( "sys/bus/usb/devices/" + device + "/serial", serial + "\n" );
+   };
+   plug( "1-1", "scd(4):1:2" );
+   plug( "1-2", "i2c:0" );
+   EXPECT_FALSE( findLent( "i2c:0", places ) ); // no driver has taken it yet
+   fs::create_directories( folder.file( "sys/bus/usb/devices/1-1/1-1:1.0/i2c-3" ) );
+   fs::create_directories( folder.file( "sys/bus/usb/devices/1-2/1-2:1.0/i2c-4" ) );
+   EXPECT_EQ( findLent( "i2c:0", places ), 4u );
+   EXPECT_EQ( findLent( "scd(4):1:2", places ), 3u );
+   EXPECT_FALSE( findLent( "i2c:1", places ) );
 }
 
 // A controller's folder with its status file.

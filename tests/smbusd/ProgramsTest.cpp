@@ -49,6 +49,36 @@ TEST_F( ProgramsTest, StopsCleanlyOnSigtermAndSigint ) {
    }
 }
 
+TEST_F( ProgramsTest, StopsThoughATransferDoesNotEnd ) {
+   StartedProgram server( { ORBIS_SMBUSD, "--socket", path, "--simulate",
+                            KELT_BOARD "/topology.json", "--simulation",
+                            KELT_BOARD "/simulation.json", "--transaction-limit", "10" } );
+   ASSERT_TRUE( server.waitForError( "serving" ) );
+   ASSERT_EQ( run( { "sim", "slow", "temp-cpu", "60000" } ), "0\n" );
+   StartedProgram client( { ORBIS_SMBUS, "--socket", path, "read", "i2c:0:0x48" } );
+   while ( run( { "--json", "sim", "list" } ).find( "\"transfers\":1," ) == std::string::npos ) {
+   } // until it is in hand
+   server.signal( SIGTERM );
+   EXPECT_EQ( server.wait(), 0 );
+   EXPECT_THAT( server.errors(), HasSubstr( "a bus is stuck; its transaction is left behind" ) );
+   EXPECT_FALSE( std::filesystem::exists( path ) );
+}
+
+TEST_F( ProgramsTest, LendsNoBusThatThereIsnt ) {
+   const auto lend = [&]( const char *bus ) {
+      StartedProgram server( { ORBIS_SMBUSD, "--socket", path, "--simulate",
+                               KELT_BOARD "/topology.json", "--simulation",
+                               KELT_BOARD "/simulation.json", "--lend-adapter", bus } );
+      const int code = server.wait();
+      errors = server.errors();
+      return code;
+   };
+   EXPECT_EQ( lend( "i2c:9" ), 1 );
+   EXPECT_THAT( errors, HasSubstr( "the simulated board has no i2c:9 to lend" ) );
+   EXPECT_EQ( lend( "nonsense" ), 2 );
+   EXPECT_THAT( errors, HasSubstr( "not a bus: nonsense" ) );
+}
+
 TEST_F( ProgramsTest, ReplacesTheSocketOfAKilledServer ) {
    startServer()->signal( SIGKILL );
    ASSERT_TRUE( std::filesystem::is_socket( path ) );

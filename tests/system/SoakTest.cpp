@@ -149,7 +149,7 @@ TEST_F( SoakTest, LivesOnInTheMemoryItBeganWithAndTellsEveryFault ) {
    fmt::print( "{} transfers, {} faults, {} assertions; server {} to {} KiB, host {} to {} KiB\n",
                board.transfers(), rounds, assertionsTold() - before, server, serverEnd, parent,
                parentEnd );
-#ifndef __SANITIZE_ADDRESS__ // which keeps what is freed, to look at it
+#ifndef ORBIS_SANITIZED // sanitizers keep what is freed, to look at it
    EXPECT_LT( serverEnd, server + 1024 );
    EXPECT_LT( parentEnd, parent + 1024 );
 #endif
