@@ -56,7 +56,7 @@ std::string cellOf( const ObjectReport &cage ) {
 
 // The first fault of a cage; empty when there is none.
 std::string faultOf( const ObjectReport &cage ) {
-   if ( const std::string fault = toText( cage.fault ); !fault.empty() )
+   if ( std::string fault = toText( cage.fault ); !fault.empty() )
       return fault;
    for ( const ValueReport &value : cage.values )
       if ( value.reading.state != State::Unsupported && value.reading.fault != Fault() )

@@ -1,6 +1,7 @@
 #include "chips/EMC2305.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 
 namespace Smbusd {
@@ -158,7 +159,7 @@ unsigned EMC2305::count( unsigned channel ) const {
    const double turning = channel < rotors_.size() ? rpm( channel ) : 0;
    if ( turning * maxCount <= rpmTimesCount( channel ) )
       return maxCount; // too slow to be measured, or standing
-   return static_cast<unsigned>( rpmTimesCount( channel ) / turning + 0.5 );
+   return static_cast<unsigned>( std::lround( rpmTimesCount( channel ) / turning ) );
 }
 
 bool EMC2305::writable( uint8_t address ) const {
@@ -187,7 +188,7 @@ uint8_t EMC2305::at( uint8_t address ) const {
       if ( ( address & 0x0F ) == TachLow )
          return static_cast<uint8_t>( count( channel ) << 3 );
       if ( ( address & 0x0F ) == Setting && channel < rotors_.size() )
-         return static_cast<uint8_t>( driveShare( channel ) * 255 + 0.5 );
+         return static_cast<uint8_t>( std::lround( driveShare( channel ) * 255 ) );
    }
    return registers_[address];
 }
