@@ -22,9 +22,9 @@ namespace RealTest {
 
 namespace {
 
-using SmbusdTest::StartedProgram;
 using ::testing::DoubleNear;
 using ::testing::HasSubstr;
+using TestSupport::StartedProgram;
 
 const std::vector<std::string> busses{ "scd(4):1:2", "scd(4):1:3", "scd(4):1:4",    "scd(4):1:5",
                                        "scd(4):2:0", "scd(4):2:1", "celestica:1:1", "i2c:0" };

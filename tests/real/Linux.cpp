@@ -38,7 +38,7 @@ void writeFile( const std::string &path, const std::string &text ) {
 }
 
 std::string run( const std::vector<std::string> &command, int exitCode ) {
-   SmbusdTest::StartedProgram program( command );
+   TestSupport::StartedProgram program( command );
    const int code = program.wait();
    EXPECT_EQ( code, exitCode ) << fmt::format( "{}: ", fmt::join( command, " " ) )
                                << program.output() << program.errors();

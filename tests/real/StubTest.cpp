@@ -19,8 +19,8 @@ namespace RealTest {
 
 namespace {
 
-using SmbusdTest::StartedProgram;
 using ::testing::HasSubstr;
+using TestSupport::StartedProgram;
 
 // The plug-in reads it once.
 constexpr const char *topology = R"([ { "type": "SCD", "ham": "OrbisSmbus", "pci": 4,

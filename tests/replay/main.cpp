@@ -19,9 +19,9 @@ void play( uint32_t seed, unsigned count ) {
    const TestSupport::PrivateFolder folder;
    const std::string socket = folder.file( "smbus.sock" ), board = KELT_BOARD;
    setenv( "ORBIS_SMBUS_SOCKET", socket.c_str(), 1 );
-   SmbusdTest::StartedProgram server( { ORBIS_SMBUSD, "--speed", "0", "--simulate",
-                                        board + "/topology.json", "--simulation",
-                                        board + "/simulation.json" } );
+   TestSupport::StartedProgram server( { ORBIS_SMBUSD, "--speed", "0", "--simulate",
+                                         board + "/topology.json", "--simulation",
+                                         board + "/simulation.json" } );
    if ( !server.waitForError( "serving" ) )
       throw std::runtime_error( "the server doesn't start: " + server.errors() );
    Bench bench( socket + ".control" );

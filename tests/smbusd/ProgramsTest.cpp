@@ -14,6 +14,7 @@ namespace SmbusdTest {
 namespace {
 
 using ::testing::HasSubstr;
+using TestSupport::StartedProgram;
 
 class ProgramsTest : public ::testing::Test {
  protected:

@@ -13,6 +13,7 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
+using TestSupport::StartedProgram;
 
 class RecordProgramTest : public ::testing::Test {
  protected:

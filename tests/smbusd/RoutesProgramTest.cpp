@@ -12,6 +12,7 @@ namespace SmbusdTest {
 namespace {
 
 using ::testing::HasSubstr;
+using TestSupport::StartedProgram;
 
 class RoutesProgramTest : public ::testing::Test {
  protected:

@@ -16,6 +16,7 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
+using TestSupport::StartedProgram;
 using Words = std::vector<std::string>;
 
 class SimulationTest : public ::testing::Test {

@@ -106,7 +106,7 @@ TEST_F( KeltBoardTest, TheEnvironmentNamesABoardOnlyWhereNoneIsNamed ) {
    EXPECT_EQ( board.host( { "check" } ).exitCode, 0 );
    EXPECT_EQ( board.host( { "gpio", "usb-power", "read" } ).exitCode, 0 );
    const auto read = [] {
-      return SmbusdTest::StartedProgram( { ORBIS_HOST, "gpio", "usb-power", "read" } ).wait();
+      return TestSupport::StartedProgram( { ORBIS_HOST, "gpio", "usb-power", "read" } ).wait();
    };
    EXPECT_EQ( read(), 2 );
    setenv( "ORBIS_BOARD", BOARDS "/kelt", 1 );

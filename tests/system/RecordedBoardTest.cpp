@@ -12,10 +12,10 @@
 
 namespace {
 
-using SmbusdTest::StartedProgram;
 using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::Pair;
+using TestSupport::StartedProgram;
 
 class RecordedBoardTest : public ::testing::Test {
  protected:

@@ -8,7 +8,7 @@
 #include <rapidjson/document.h>
 #include <thread>
 
-using SmbusdTest::StartedProgram;
+using TestSupport::StartedProgram;
 
 RunningBoard::RunningBoard( const std::string &name, std::vector<std::string> server )
    : board_( BOARDS "/" + name ), serverWords_( std::move( server ) ) {

@@ -26,7 +26,7 @@ class RunningBoard {
    RunningBoard( const std::string &topology, const std::string &objects,
                  const std::string &simulation );
 
-   const SmbusdTest::StartedProgram &server() const { return *server_; }
+   const TestSupport::StartedProgram &server() const { return *server_; }
    void startServer();
    void killServer();
 
@@ -44,11 +44,11 @@ class RunningBoard {
    // How many transfers have passed on the board's wires.
    uint64_t transfers();
    // Starts `orbis-host serve` and more words; what is asked of the host from now on, it asks that.
-   std::unique_ptr<SmbusdTest::StartedProgram> serve( const std::vector<std::string> &words );
+   std::unique_ptr<TestSupport::StartedProgram> serve( const std::vector<std::string> &words );
    std::string served() const { return folder_.read( "served" ); } // what that has said so far
 
    // Starts `orbis-host watch` into a file that can be looked at meanwhile.
-   std::unique_ptr<SmbusdTest::StartedProgram> watch( const std::string &period );
+   std::unique_ptr<TestSupport::StartedProgram> watch( const std::string &period );
    // Waits until the watched table's rows of `object` hold `text` from `start` on; the new end.
    size_t waitForRow( const std::string &object, const std::string &text, size_t start );
    // How far the watched table has come.
@@ -59,8 +59,8 @@ class RunningBoard {
 
  private:
    // A program whose words all go to a file, so that it never waits for a reader.
-   std::unique_ptr<SmbusdTest::StartedProgram> start( const std::vector<std::string> &command,
-                                                      const std::string &file );
+   std::unique_ptr<TestSupport::StartedProgram> start( const std::vector<std::string> &command,
+                                                       const std::string &file );
    // Waits until it has said this; false when it does not within twenty seconds.
    bool says( const std::string &file, const std::string &words ) const;
 
@@ -68,5 +68,5 @@ class RunningBoard {
    std::string board_;
    const std::vector<std::string> serverWords_{};
    std::string socket_ = folder_.file( "smbus.sock" );
-   std::unique_ptr<SmbusdTest::StartedProgram> server_;
+   std::unique_ptr<TestSupport::StartedProgram> server_;
 };

@@ -8,7 +8,7 @@
 
 Shown showBoard( const std::string &board, const std::string &socket ) {
    setenv( "ORBIS_SMBUS_SOCKET", socket.c_str(), 1 );
-   SmbusdTest::StartedProgram host( { ORBIS_HOST, "show", "--json", board } );
+   TestSupport::StartedProgram host( { ORBIS_HOST, "show", "--json", board } );
    Shown shown;
    shown.exitCode = host.wait();
    rapidjson::Document document;

@@ -30,7 +30,7 @@ class WatchedBoardTest : public ::testing::Test {
       expect( object, gone, there, 2, [&] { board.smbus( { "sim", "insert", module } ); } );
    }
    RunningBoard board{ "kelt" };
-   std::unique_ptr<SmbusdTest::StartedProgram> table;
+   std::unique_ptr<TestSupport::StartedProgram> table;
    size_t at = 0;
 };
 

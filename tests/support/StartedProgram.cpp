@@ -9,7 +9,7 @@
 #include <csignal>
 #include <stdexcept>
 
-namespace SmbusdTest {
+namespace TestSupport {
 
 namespace {
 
@@ -82,4 +82,4 @@ int StartedProgram::wait() {
    return WIFEXITED( status ) ? WEXITSTATUS( status ) : -WTERMSIG( status );
 }
 
-} // namespace SmbusdTest
+} // namespace TestSupport

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace SmbusdTest {
+namespace TestSupport {
 
 // A program that runs beside the test, and not longer than it.
 class StartedProgram {
@@ -36,4 +36,4 @@ class StartedProgram {
    std::string errors_;
 };
 
-} // namespace SmbusdTest
+} // namespace TestSupport
