@@ -48,7 +48,7 @@ Outcome LinuxBus::transfer( const Transfer &transfer ) {
    try {
       if ( !adapter_ )
          open();
-      const Outcome outcome = carryOut( transfer );
+      Outcome outcome = carryOut( transfer );
       adapter_->pause( transfer.pause );
       return outcome;
    } catch ( const Refusal &refusal ) {
