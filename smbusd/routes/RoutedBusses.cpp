@@ -29,8 +29,8 @@ std::unique_ptr<RootBus> RoutedBusses::make( const Route &route, const Simulated
 
 std::unique_ptr<RootBus> RoutedBusses::make( const Route &route, const AdapterRoute &to,
                                              const Warn &warn ) {
-   const auto open = [spec = to.adapter, places = places_] {
-      return openDevAdapter( findAdapter( spec, places ), places );
+   const auto open = [wanted = to.adapter, places = places_] {
+      return openDevAdapter( findAdapter( wanted, places ), places );
    };
    auto bus = std::make_unique<LinuxBus>( open, to.chips );
    try {

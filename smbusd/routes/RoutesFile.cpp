@@ -27,7 +27,7 @@ RootBusId busAt( const JsonPlace &place ) {
    return *bus;
 }
 
-Linux::AdapterSpec adapterAt( const JsonPlace &place ) {
+Linux::WantedAdapter adapterAt( const JsonPlace &place ) {
    if ( const auto number = place.find( "number" ) )
       return Linux::AdapterNumber{ number->number() };
    if ( const auto name = place.find( "name" ) )

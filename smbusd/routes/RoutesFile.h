@@ -15,7 +15,7 @@ namespace Smbusd {
 
 struct SimulatedRoute {};
 struct AdapterRoute {
-   Linux::AdapterSpec adapter;
+   Linux::WantedAdapter adapter;
    std::map<uint8_t, Linux::ChipRules> chips; // by address
 };
 struct PortsRoute {

@@ -37,9 +37,9 @@ class AdapterFinderTest : public ::testing::Test {
          folder.file( "sys/bus/i2c/devices/i2c-" + std::to_string( number ) ) );
    }
    std::string path( const std::string &device ) { return folder.file( "sys/devices/" + device ); }
-   std::string failure( const AdapterSpec &spec ) {
+   std::string failure( const WantedAdapter &wanted ) {
       try {
-         return "number " + std::to_string( findAdapter( spec, places ) );
+         return "number " + std::to_string( findAdapter( wanted, places ) );
       } catch ( const AdapterError &error ) {
          return error.what();
       }

@@ -45,15 +45,16 @@ TEST_F( RoutesFileTest, ReadsEveryKindOfRoute ) {
    EXPECT_TRUE( routes[0].optional );
    EXPECT_FALSE( routes[1].optional );
    const auto &first = std::get<AdapterRoute>( routes[0].to );
-   EXPECT_EQ( first.adapter, Linux::AdapterSpec( Linux::AdapterPath{ "/sys/devices/pci/i2c-3" } ) );
+   EXPECT_EQ( first.adapter,
+              Linux::WantedAdapter( Linux::AdapterPath{ "/sys/devices/pci/i2c-3" } ) );
    EXPECT_EQ( first.chips.at( 49 ).offsetBytes, 2u );
    EXPECT_FALSE( first.chips.at( 49 ).force );
    EXPECT_EQ( first.chips.at( 72 ).offsetBytes, 0u );
    EXPECT_TRUE( first.chips.at( 72 ).force );
    EXPECT_EQ( std::get<AdapterRoute>( routes[1].to ).adapter,
-              Linux::AdapterSpec( Linux::AdapterName{ "card bus 1" } ) );
+              Linux::WantedAdapter( Linux::AdapterName{ "card bus 1" } ) );
    EXPECT_EQ( std::get<AdapterRoute>( routes[2].to ).adapter,
-              Linux::AdapterSpec( Linux::AdapterNumber{ 7 } ) );
+              Linux::WantedAdapter( Linux::AdapterNumber{ 7 } ) );
    EXPECT_EQ( std::get<PortsRoute>( routes[3].to ).base, 512u );
    EXPECT_EQ( std::get<PortsRoute>( routes[3].to ).size, 16u );
    EXPECT_TRUE( std::holds_alternative<SimulatedRoute>( routes[4].to ) );

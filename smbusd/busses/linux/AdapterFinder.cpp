@@ -48,26 +48,26 @@ unsigned onlyOne( const std::vector<unsigned> &found, const std::string &what ) 
 }
 
 struct Finder {
-   unsigned operator()( const AdapterNumber &spec ) const {
-      if ( !fs::exists( fmt::format( "{}/i2c-{}", folderOf( places ), spec.number ) ) )
-         throw AdapterError( fmt::format( "no adapter has the number {}", spec.number ) );
-      return spec.number;
+   unsigned operator()( const AdapterNumber &wanted ) const {
+      if ( !fs::exists( fmt::format( "{}/i2c-{}", folderOf( places ), wanted.number ) ) )
+         throw AdapterError( fmt::format( "no adapter has the number {}", wanted.number ) );
+      return wanted.number;
    }
 
-   unsigned operator()( const AdapterName &spec ) const {
+   unsigned operator()( const AdapterName &wanted ) const {
       std::vector<unsigned> found;
       for ( const unsigned number : allAdapters( places ) ) {
-         if ( adapterName( number, places ) == spec.name )
+         if ( adapterName( number, places ) == wanted.name )
             found.push_back( number );
       }
-      return onlyOne( found, fmt::format( "named \"{}\"", spec.name ) );
+      return onlyOne( found, fmt::format( "named \"{}\"", wanted.name ) );
    }
 
-   unsigned operator()( const AdapterPath &spec ) const {
+   unsigned operator()( const AdapterPath &wanted ) const {
       std::error_code error;
-      const fs::path root = fs::canonical( spec.path, error );
+      const fs::path root = fs::canonical( wanted.path, error );
       if ( error )
-         throw AdapterError( fmt::format( "{}: {}", spec.path, error.message() ) );
+         throw AdapterError( fmt::format( "{}: {}", wanted.path, error.message() ) );
       if ( const auto number = numberOf( root ) )
          return *number;
       std::vector<unsigned> found;
@@ -82,7 +82,7 @@ struct Finder {
             entry.disable_recursion_pending();
       }
       std::sort( found.begin(), found.end() );
-      return onlyOne( found, fmt::format( "in {}", spec.path ) );
+      return onlyOne( found, fmt::format( "in {}", wanted.path ) );
    }
 
    static constexpr int maxDepth = 3; // a USB device's adapter is in one of its interfaces
@@ -91,8 +91,8 @@ struct Finder {
 
 } // namespace
 
-unsigned findAdapter( const AdapterSpec &spec, const Places &places ) {
-   return std::visit( Finder{ places }, spec );
+unsigned findAdapter( const WantedAdapter &wanted, const Places &places ) {
+   return std::visit( Finder{ places }, wanted );
 }
 
 std::string adapterName( unsigned number, const Places &places ) {

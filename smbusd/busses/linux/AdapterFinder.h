@@ -26,10 +26,10 @@ struct AdapterPath {
    std::string path; // of the adapter in sysfs, or of a device with one adapter in it
    friend bool operator==( const AdapterPath &, const AdapterPath & ) = default;
 };
-using AdapterSpec = std::variant<AdapterNumber, AdapterName, AdapterPath>;
+using WantedAdapter = std::variant<AdapterNumber, AdapterName, AdapterPath>;
 
 // Throws AdapterError: there is none, or there are several.
-unsigned findAdapter( const AdapterSpec &, const Places & );
+unsigned findAdapter( const WantedAdapter &, const Places & );
 
 // What the kernel calls it; empty when it isn't there.
 std::string adapterName( unsigned number, const Places & );
