@@ -12,25 +12,12 @@ add_library( i2c::i2c UNKNOWN IMPORTED )
 set_target_properties( i2c::i2c PROPERTIES
    IMPORTED_LOCATION ${I2C_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES ${I2C_INCLUDE_DIR} )
 
-if( CMAKE_SIZEOF_VOID_P EQUAL 8 )
-   find_package( fmt REQUIRED )
-   find_package( spdlog REQUIRED )
-   if( BUILD_TESTING )
-      find_package( GTest REQUIRED )
-   endif()
-else()
-   # The compiled libraries of fmt, spdlog and GoogleTest are the other word size's, and their CMake
-   # packages say so. The headers serve both: fmt and spdlog do without a library, and GoogleTest's
-   # package brings its sources.
-   add_library( fmt INTERFACE )
-   target_compile_definitions( fmt INTERFACE FMT_HEADER_ONLY )
-   add_library( fmt::fmt ALIAS fmt )
-   add_library( spdlog INTERFACE )
-   target_compile_definitions( spdlog INTERFACE SPDLOG_FMT_EXTERNAL )
-   target_link_libraries( spdlog INTERFACE fmt Threads::Threads )
-   add_library( spdlog::spdlog ALIAS spdlog )
-   if( BUILD_TESTING )
-      set( INSTALL_GTEST OFF )
-      add_subdirectory( /usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM )
-   endif()
+find_package( fmt REQUIRED )
+find_package( spdlog REQUIRED )
+if( BUILD_TESTING AND CMAKE_SIZEOF_VOID_P EQUAL 8 )
+   find_package( GTest REQUIRED )
+elseif( BUILD_TESTING )
+   # The compiled library is the other word size's, but its package brings the sources.
+   set( INSTALL_GTEST OFF )
+   add_subdirectory( /usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM )
 endif()
