@@ -73,9 +73,16 @@ std::optional<Command> Supervisor::choose( Time now ) {
       if ( wantsAdd( objects_[i], board_.objects[i].kind, now ) )
          return AddCommand{ i, board_.objects[i] };
    startRound( now );
-   for ( std::size_t i = 0; i < objects_.size(); ++i )
-      if ( objects_[i].stands && objects_[i].due )
+   // From behind the last one on: where a round takes longer than a period, the last objects have
+   // their turn too.
+   for ( std::size_t k = 0; k < objects_.size(); ++k ) {
+      const std::size_t i = ( nextRead_ + k ) % objects_.size();
+      if ( objects_[i].stands && objects_[i].due ) {
+         nextRead_ = i + 1;
          return ReadCommand{ i };
+      }
+   }
+   nextRead_ = 0;
    return {};
 }
 

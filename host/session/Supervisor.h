@@ -132,6 +132,7 @@ class Supervisor {
    std::optional<InHand> inHand_{};
    std::optional<Fault> loadFault_{};
    Asked asked_{};
+   std::size_t nextRead_ = 0;        // where to look first for an object that is due
    std::optional<Reading> result_{}; // of the action in hand
    Polls polls_;
 };

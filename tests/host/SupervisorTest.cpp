@@ -24,6 +24,18 @@ TEST_F( SupervisorTest, ReadsAgainAfterAPeriodAndNotBefore ) {
    EXPECT_EQ( runAll(), ( Commands{ "read 0", "read 1", "read 2" } ) );
 }
 
+TEST_F( SupervisorTest, ReadsTheLastObjectTooWhereARoundTakesLongerThanAPeriod ) {
+   runAll();
+   std::vector<std::string> read;
+   for ( int i = 0; i < 4; ++i ) {
+      now += std::chrono::seconds( 2 );
+      read.push_back( next() );
+      begin();
+      good();
+   }
+   EXPECT_THAT( read, ::testing::Contains( "read 1" ) );
+}
+
 TEST_F( SupervisorTest, HasOneCommandInHandAtATime ) {
    EXPECT_EQ( next(), "load" );
    EXPECT_EQ( next(), "-" );

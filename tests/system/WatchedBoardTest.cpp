@@ -35,7 +35,7 @@ class WatchedBoardTest : public ::testing::Test {
 };
 
 TEST_F( WatchedBoardTest, ASupplyThatIsPulledIsMissedWithinTwoPeriods ) {
-   pullAndInsert( "0.2", "psu1", "psu1-slot", "KP-850AC-F", "absent" );
+   pullAndInsert( "1", "psu1", "psu1-slot", "KP-850AC-F", "absent" );
 }
 
 TEST_F( WatchedBoardTest, AFanModuleThatIsPulledIsMissedWithinTwoPeriods ) {
