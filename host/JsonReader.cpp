@@ -7,19 +7,16 @@ namespace {
 
 using rapidjson::Value;
 
-std::string textOf( const Value &json, const char *key ) {
-   return std::string( Json::toText( Json::find( &json, key ) ).value_or( "" ) );
-}
-
 double ageOf( const Value &json ) {
    const Value *age = Json::find( &json, "age" );
    return age && age->IsNumber() ? age->GetDouble() : 0;
 }
 
 ObjectReport toObject( const Value &json ) {
-   ObjectReport object{ .name = textOf( json, "name" ),
-                        .type = textOf( json, "type" ),
-                        .state = stateOf( textOf( json, "state" ) ).value_or( State::Unreadable ),
+   ObjectReport object{ .name = Json::textOf( json, "name" ),
+                        .type = Json::textOf( json, "type" ),
+                        .state =
+                           stateOf( Json::textOf( json, "state" ) ).value_or( State::Unreadable ),
                         .fault = toFault( json ),
                         .age = ageOf( json ) };
    for ( const Value &value : Json::elements( Json::find( &json, "values" ) ) )
@@ -44,16 +41,16 @@ Scalar toScalar( const Value *json ) {
 }
 
 Fault toFault( const Value &json ) {
-   Fault fault{ .words = textOf( json, "fault" ) };
+   Fault fault{ .words = Json::textOf( json, "fault" ) };
    if ( const Value *status = Json::find( &json, "status" ); status && status->IsInt() )
       fault.status = status->GetInt();
    return fault;
 }
 
 Reading toReading( const Value &json ) {
-   return { .name = textOf( json, "name" ),
-            .unit = textOf( json, "unit" ),
-            .state = stateOf( textOf( json, "state" ) ).value_or( State::Unreadable ),
+   return { .name = Json::textOf( json, "name" ),
+            .unit = Json::textOf( json, "unit" ),
+            .state = stateOf( Json::textOf( json, "state" ) ).value_or( State::Unreadable ),
             .value = toScalar( Json::find( &json, "value" ) ),
             .fault = toFault( json ) };
 }
@@ -63,7 +60,7 @@ std::optional<BoardText> readBoard( const std::string &json ) {
    document.Parse( json.c_str(), json.size() );
    if ( document.HasParseError() || !Json::find( &document, "objects" ) )
       return {};
-   BoardText board{ .board = textOf( document, "board" ) };
+   BoardText board{ .board = Json::textOf( document, "board" ) };
    for ( const Value &object : Json::elements( Json::find( &document, "objects" ) ) )
       board.objects.push_back( toObject( object ) );
    return board;

@@ -8,16 +8,16 @@
 namespace Host {
 namespace {
 
-constexpr EnumNames<State, 6> names{ { "ok", "stale", "unreadable", "absent", "unmanaged",
-                                       "unsupported" } };
+constexpr EnumNames<State, 6> stateNames{ { "ok", "stale", "unreadable", "absent", "unmanaged",
+                                            "unsupported" } };
 
 bool isBad( State state ) { return state == State::Unreadable || state == State::Stale; }
 
 } // namespace
 
-std::string_view nameOf( State state ) { return names[state]; }
+std::string_view nameOf( State state ) { return stateNames[state]; }
 
-std::optional<State> stateOf( std::string_view name ) { return names.find( name ); }
+std::optional<State> stateOf( std::string_view name ) { return stateNames.find( name ); }
 
 std::string toText( const Fault &fault ) {
    if ( !fault.status )

@@ -19,10 +19,6 @@ std::optional<double> numberOf( const Value *value ) {
    return value ? std::optional( value->GetDouble() ) : std::nullopt;
 }
 
-std::string textOf( const Value &json, const char *key ) {
-   return std::string( Json::toText( Json::find( &json, key ) ).value_or( "" ) );
-}
-
 ArgumentRules argumentsOf( const Value *json ) {
    ArgumentRules rules;
    for ( const auto &[name, rule] : Json::members( json ) )
@@ -37,10 +33,10 @@ ArgumentRules argumentsOf( const Value *json ) {
 
 KindRule kindOf( const Value &json ) {
    KindRule rule{ .args = argumentsOf( Json::find( &json, "args" ) ) };
-   for ( const Value &names : Json::elements( Json::find( &json, "numbered" ) ) )
-      rule.numbered.push_back( argumentsOf( &names ) );
-   rule.by = textOf( json, "by" );
-   rule.fullScale = textOf( json, "fullScale" );
+   for ( const Value &group : Json::elements( Json::find( &json, "numbered" ) ) )
+      rule.numbered.push_back( argumentsOf( &group ) );
+   rule.by = Json::textOf( json, "by" );
+   rule.fullScale = Json::textOf( json, "fullScale" );
    for ( const auto &[name, args] : Json::members( Json::find( &json, "cases" ) ) )
       rule.cases[name.GetString()] = argumentsOf( &args );
    for ( const auto &[key, kind] : Json::members( Json::find( &json, "nested" ) ) )
@@ -49,7 +45,7 @@ KindRule kindOf( const Value &json ) {
 }
 
 Variant variantOf( const Value &json ) {
-   Variant variant{ .argument = textOf( json, "argument" ),
+   Variant variant{ .argument = Json::textOf( json, "argument" ),
                     .kinds = textsOf( Json::find( &json, "kinds" ) ) };
    if ( const auto is = Json::toText( Json::find( &json, "is" ) ) )
       variant.is = *is;
@@ -79,12 +75,12 @@ PluginTraces tracesOf( const Value &json ) {
    const Value &absent = part( slot, "absent" );
    const Value &poll = part( json, "pollTraces" );
    return { .faults = textsOf( Json::find( &json, "faultTraces" ) ),
-            .absentHolds = textOf( absent, "holds" ),
-            .absentEnds = textOf( absent, "ends" ),
-            .unmanaged = textOf( slot, "unmanaged" ),
-            .unreadable = textOf( slot, "unreadable" ),
-            .pollFailed = textOf( poll, "failed" ),
-            .pollDone = textOf( poll, "done" ) };
+            .absentHolds = Json::textOf( absent, "holds" ),
+            .absentEnds = Json::textOf( absent, "ends" ),
+            .unmanaged = Json::textOf( slot, "unmanaged" ),
+            .unreadable = Json::textOf( slot, "unreadable" ),
+            .pollFailed = Json::textOf( poll, "failed" ),
+            .pollDone = Json::textOf( poll, "done" ) };
 }
 
 } // namespace
@@ -100,7 +96,8 @@ std::optional<DriverTable> loadDriverTable( const std::filesystem::path &path,
    DriverTable table{ .hams = textsOf( Json::find( &file->document, "hams" ) ),
                       .traces = tracesOf( file->document ) };
    for ( const Value &device : Json::elements( Json::find( &file->document, "system" ) ) )
-      table.system.push_back( { textOf( device, "label" ), textOf( device, "driver" ) } );
+      table.system.push_back(
+         { Json::textOf( device, "label" ), Json::textOf( device, "driver" ) } );
    for ( const auto &[name, driver] : Json::members( Json::find( &file->document, "drivers" ) ) )
       table.drivers[name.GetString()] =
          driverOf( driver, Json::find( &file->document, "everySingleDevice" ) );

@@ -157,6 +157,10 @@ std::optional<std::string_view> toText( const rapidjson::Value *value ) {
 
 bool isTrue( const rapidjson::Value *value ) { return value && value->IsTrue(); }
 
+std::string textOf( const rapidjson::Value &object, const char *key ) {
+   return std::string( toText( find( &object, key ) ).value_or( "" ) );
+}
+
 rapidjson::Value::ConstArray elements( const rapidjson::Value *value ) {
    static const rapidjson::Value none( rapidjson::kArrayType );
    return ( value && value->IsArray() ? *value : none ).GetArray();

@@ -36,6 +36,9 @@ std::optional<std::uint32_t> toUnsigned( const rapidjson::Value *value );
 std::optional<std::string_view> toText( const rapidjson::Value *value );
 bool isTrue( const rapidjson::Value *value );
 
+/// The text under a key; empty when there is none.
+std::string textOf( const rapidjson::Value &object, const char *key );
+
 /// The elements of an array; none for anything else.
 rapidjson::Value::ConstArray elements( const rapidjson::Value *value );
 /// The members of an object; none for anything else.

@@ -2,6 +2,7 @@
 
 #include "JsonWriter.h"
 #include "check/Json.h"
+#include "serve/HttpStatus.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -9,14 +10,11 @@
 namespace Host {
 namespace {
 
-constexpr unsigned ok = 200, badRequest = 400, notFound = 404, methodNotAllowed = 405,
-                   notImplemented = 501, badGateway = 502;
-
 constexpr std::string_view objectsPath = "/v1/objects/";
 constexpr std::string_view actionEnd = "/action";
 
 Api::Response wrongMethod( const std::string &allow ) {
-   Api::Response response = errorResponse( methodNotAllowed, "say " + allow );
+   Api::Response response = errorResponse( HttpStatus::methodNotAllowed, "say " + allow );
    response.allow = allow;
    return response;
 }
@@ -46,9 +44,9 @@ Api::Response responseOf( const Reading &result ) {
    if ( !std::holds_alternative<std::monostate>( result.value ) )
       std::visit( [&]( const auto &value ) { json.member( "value", value ); }, result.value );
    json.fault( result.fault ).endObject();
-   const unsigned status = result.state == State::Ok            ? ok
-                           : result.state == State::Unsupported ? notImplemented
-                                                                : badGateway;
+   const unsigned status = result.state == State::Ok            ? HttpStatus::ok
+                           : result.state == State::Unsupported ? HttpStatus::notImplemented
+                                                                : HttpStatus::badGateway;
    return { .status = status, .json = json.text() };
 }
 
@@ -71,7 +69,7 @@ void Api::handle( const Request &request, const Reply &reply ) const {
    else if ( request.path.starts_with( objectsPath ) )
       handleObject( request, request.path.substr( objectsPath.size() ), reply );
    else
-      reply( errorResponse( notFound, "there is nothing at " + request.path ) );
+      reply( errorResponse( HttpStatus::notFound, "there is nothing at " + request.path ) );
 }
 
 void Api::handleObject( const Request &request, const std::string &rest,
@@ -84,7 +82,8 @@ void Api::handleObject( const Request &request, const std::string &rest,
    const auto index = static_cast<std::size_t>( found - board_.objects.begin() );
    const std::string method = isAction ? "POST" : "GET";
    if ( found == board_.objects.end() )
-      reply( errorResponse( notFound, fmt::format( "the board has no object \"{}\"", name ) ) );
+      reply( errorResponse( HttpStatus::notFound,
+                            fmt::format( "the board has no object \"{}\"", name ) ) );
    else if ( request.method != method )
       reply( wrongMethod( method ) );
    else if ( isAction )
@@ -96,12 +95,13 @@ void Api::handleObject( const Request &request, const std::string &rest,
 void Api::handleAction( const Request &request, std::size_t object, const Reply &reply ) const {
    const auto words = wordsOf( request.body );
    if ( !words ) {
-      reply( errorResponse( badRequest, R"(the body must be {"words": ["...", ...]})" ) );
+      reply(
+         errorResponse( HttpStatus::badRequest, R"(the body must be {"words": ["...", ...]})" ) );
       return;
    }
    const auto parsed = parseAction( board_.objects[object].kind, *words );
    if ( const auto *wrong = std::get_if<std::string>( &parsed ) )
-      reply( errorResponse( badRequest, *wrong ) );
+      reply( errorResponse( HttpStatus::badRequest, *wrong ) );
    else
       source_.ask( object, std::get<Action>( parsed ),
                    [reply]( const Reading &result ) { reply( responseOf( result ) ); } );

@@ -1,5 +1,7 @@
 #include "serve/HttpServer.h"
 
+#include "serve/HttpStatus.h"
+
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
@@ -15,18 +17,15 @@ namespace http = boost::beast::http;
 using boost::asio::local::stream_protocol;
 using boost::beast::error_code;
 
-constexpr unsigned contentTooLarge = 413, headerTooLarge = 431, badRequest = 400, unavailable = 503,
-                   tooLate = 504;
-
 // The answer to a request that can't be read; nothing when the client is only gone.
 std::optional<Api::Response> complaint( const error_code &failure ) {
    if ( failure == http::error::body_limit )
-      return errorResponse( contentTooLarge, "the body is too long" );
+      return errorResponse( HttpStatus::contentTooLarge, "the body is too long" );
    if ( failure == http::error::header_limit )
-      return errorResponse( headerTooLarge, "the header is too long" );
+      return errorResponse( HttpStatus::headerTooLarge, "the header is too long" );
    if ( failure.category() == error_code( http::error::bad_method ).category() &&
         failure != http::error::end_of_stream && failure != http::error::partial_message )
-      return errorResponse( badRequest, failure.message() );
+      return errorResponse( HttpStatus::badRequest, failure.message() );
    return {};
 }
 
@@ -54,7 +53,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
    }
    void refuse() {
       keepAlive_ = false;
-      write( errorResponse( unavailable, "too many connections" ) );
+      write( errorResponse( HttpStatus::unavailable, "too many connections" ) );
    }
 
  private:
@@ -75,7 +74,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
       tooLate_.expires_after( limits_.action );
       tooLate_.async_wait( [self = shared_from_this(), number]( const error_code &failure ) {
          if ( !failure )
-            self->reply( number, errorResponse( tooLate, "the object did not answer in time" ) );
+            self->reply(
+               number, errorResponse( HttpStatus::timedOut, "the object did not answer in time" ) );
       } );
       const std::string target( request.target() );
       api_.handle( { .method = std::string( request.method_string() ),

@@ -19,9 +19,6 @@
 namespace Host {
 namespace {
 
-constexpr auto initLimit = std::chrono::seconds( 5 );
-constexpr auto totalLimit = std::chrono::seconds( 30 );
-
 std::optional<std::size_t> find( const Board &board, const Options &options ) {
    for ( std::size_t i = 0; i < board.objects.size(); ++i ) {
       const ObjectDescription &object = board.objects[i];

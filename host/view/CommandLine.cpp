@@ -100,7 +100,7 @@ std::string takePeriod( const std::string &text, std::map<Kind, double> &periods
 } // namespace
 
 Options parseCommandLine( int argc, char **argv, int &exitCode ) {
-   using Command = Options::Command;
+   using enum Options::Command;
    Options options;
    options.plugin = defaultPlugin();
    CLI::App app( description, "orbis-host" );
@@ -121,12 +121,12 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
                    "Seconds that an operation may take before the plug-in's process is given up" )
       ->check( CLI::Range( 0.1, 3600.0 ) )
       ->capture_default_str();
-   addBoardCommand( app, options, Command::Check, "check", "Check the files of a board" );
-   addBoardCommand( app, options, Command::Show, "show", "Show every object once" )
+   addBoardCommand( app, options, Check, "check", "Check the files of a board" );
+   addBoardCommand( app, options, Show, "show", "Show every object once" )
       ->add_flag( "--json", options.json, "Print JSON, as boards/state.schema.json tells" );
-   CLI::App *watch = addBoardCommand( app, options, Command::Watch, "watch",
+   CLI::App *watch = addBoardCommand( app, options, Watch, "watch",
                                       "Show every object again and again, until q or Ctrl-C" );
-   CLI::App *serve = addBoardCommand( app, options, Command::Serve, "serve",
+   CLI::App *serve = addBoardCommand( app, options, Serve, "serve",
                                       "Stay with the board until SIGTERM or Ctrl-C" );
    for ( CLI::App *staying : { watch, serve } )
       staying->add_option( "--period", options.period, "Seconds between two readings" )
@@ -145,8 +145,7 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
    addAction( app, options, Kind::Gpio, "Set, clear or read a GPIO" );
    addAction( app, options, Kind::Smbus, "Carry out an SMBus operation through a proxy" );
    addAction( app, options, Kind::System, "Ask for the reload cause, or cut power" );
-   app.add_subcommand( "child" )->group( "" )->callback(
-      [&options] { options.command = Command::Child; } );
+   app.add_subcommand( "child" )->group( "" )->callback( [&options] { options.command = Child; } );
    try {
       app.parse( argc, argv );
    } catch ( const CLI::ParseError &end ) {

@@ -5,7 +5,13 @@
 #include "State.h"
 #include "view/CommandLine.h"
 
+#include <chrono>
+
 namespace Host {
+
+/// How long a command that ends by itself waits: for the plug-in to come up, and in all.
+constexpr auto initLimit = std::chrono::seconds( 5 );
+constexpr auto totalLimit = std::chrono::seconds( 30 );
 
 /// Each carries one sub-command out and returns the program's exit code.
 int show( const Board &board, const Options &options );

@@ -14,9 +14,6 @@
 namespace Host {
 namespace {
 
-constexpr auto initLimit = std::chrono::seconds( 5 );
-constexpr auto totalLimit = std::chrono::seconds( 30 );
-
 int tell( const Board &board, const Options &options, const BoardReport &report ) {
    if ( options.json )
       fmt::print( "{}\n", toJson( board.folder, report ) );

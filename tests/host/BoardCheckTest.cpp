@@ -12,7 +12,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-const std::filesystem::path good = SCRIPTED_BOARD;
+const std::filesystem::path scripted = SCRIPTED_BOARD;
 
 std::vector<std::string> textsOf( const Findings &findings ) {
    std::vector<std::string> texts;
@@ -29,13 +29,13 @@ class BoardCheckTest : public ::testing::Test {
    std::vector<std::string> check() const { return board_.check(); }
    std::string at( const std::string &rest ) const { return ( folder_.path() / rest ).string(); }
 
-   const ChangedBoard board_{ good, "libScriptedPlugin.drivers.json" };
+   const ChangedBoard board_{ scripted, "libScriptedPlugin.drivers.json" };
    const TempFolder &folder_ = board_.folder();
 };
 
 TEST_F( BoardCheckTest, FindsNothingWrongWithAGoodBoard ) {
    Findings findings;
-   const auto board = loadBoard( good, good / "libScriptedPlugin.drivers.json", findings );
+   const auto board = loadBoard( scripted, scripted / "libScriptedPlugin.drivers.json", findings );
    EXPECT_THAT( textsOf( findings ), IsEmpty() );
    ASSERT_TRUE( board );
    ASSERT_EQ( board->objects.size(), 12u );

@@ -24,7 +24,7 @@ namespace {
 
 uint64_t now = 1'000'000'000; // ms
 std::vector<std::unique_ptr<pl_timer>> timers;
-std::map<std::string, std::string> kept, others;
+std::map<std::string, std::string> names, others;
 
 std::string textOf( const void *pointer ) {
    char text[32];
@@ -44,7 +44,7 @@ pl_timer *nextDue( uint64_t end ) {
 
 namespace HandHost {
 
-void nameIs( const void *pointer, const std::string &name ) { kept[textOf( pointer )] = name; }
+void nameIs( const void *pointer, const std::string &name ) { names[textOf( pointer )] = name; }
 
 void forgetOtherPointers() { others.clear(); }
 
@@ -55,10 +55,10 @@ std::string named( const std::string &text ) {
    for ( std::sregex_iterator match( text.begin(), text.end(), pointer ), end; match != end;
          ++match ) {
       result.append( rest, match->prefix().second );
-      const auto known = kept.find( match->str() );
+      const auto known = names.find( match->str() );
       const auto number = fmt::format( "<{}>", others.size() + 1 );
-      result += known != kept.end() ? known->second
-                                    : others.try_emplace( match->str(), number ).first->second;
+      result += known != names.end() ? known->second
+                                     : others.try_emplace( match->str(), number ).first->second;
       rest = match->suffix().first;
    }
    return result.append( rest, text.end() );
