@@ -12,6 +12,8 @@ set( CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib )
 
 # Assertions are part of the plug-in's behaviour: no build type may define NDEBUG.
 set( CMAKE_CXX_FLAGS_RELEASE "-O2" )
+set( CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g" )
+set( CMAKE_CXX_FLAGS_MINSIZEREL "-Os" )
 
 # A file is named by its path below the project's root in assertions and log lines.
 add_compile_options( -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= )

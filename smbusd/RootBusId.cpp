@@ -28,8 +28,6 @@ constexpr std::array<MasterForm, 5> forms{ {
    { "celestica", true, PciPart::Optional },
 } };
 
-constexpr uint32_t maxId = 0x7F; // seven bits for accelerator and bus in a request
-
 const MasterForm &formOf( Master master ) { return forms[static_cast<size_t>( master )]; }
 
 // Cuts off what stands before the separator; all of it when there is none.

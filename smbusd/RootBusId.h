@@ -11,6 +11,9 @@ namespace Smbusd {
 // The kinds of bus masters, with their numbers in the messages.
 enum class Master : uint8_t { Simulated = 0, I2c = 1, Scd = 2, IoPort = 3, Celestica = 4 };
 
+// A request has seven bits for each of address, bus and accelerator.
+constexpr uint32_t maxId = 0x7F;
+
 // One bus as its master drives it: what a transaction occupies. Make it with rootBusId().
 struct RootBusId {
    Master master = Master::Simulated;

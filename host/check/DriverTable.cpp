@@ -31,7 +31,7 @@ ArgumentRules argumentsOf( const Value *json ) {
    return rules;
 }
 
-KindRule kindOf( const Value &json ) {
+KindRule ruleOf( const Value &json ) {
    KindRule rule{ .args = argumentsOf( Json::find( &json, "args" ) ) };
    for ( const Value &group : Json::elements( Json::find( &json, "numbered" ) ) )
       rule.numbered.push_back( argumentsOf( &group ) );
@@ -56,10 +56,10 @@ DriverRule driverOf( const Value &json, const Value *everySingleDevice ) {
    DriverRule rule{ .isMultiDevice = Json::isTrue( Json::find( &json, "isMultiDevice" ) ),
                     .args = argumentsOf( Json::find( &json, "args" ) ) };
    for ( const auto &[kind, wants] : Json::members( Json::find( &json, "makes" ) ) )
-      rule.makes[kind.GetString()] = kindOf( wants );
+      rule.makes[kind.GetString()] = ruleOf( wants );
    if ( !rule.isMultiDevice )
       for ( const auto &[kind, wants] : Json::members( everySingleDevice ) )
-         rule.makes.emplace( kind.GetString(), kindOf( wants ) );
+         rule.makes.emplace( kind.GetString(), ruleOf( wants ) );
    for ( const Value &variant : Json::elements( Json::find( &json, "variants" ) ) )
       rule.variants.push_back( variantOf( variant ) );
    return rule;

@@ -36,14 +36,13 @@ void write( JsonWriter &json, const ActCommand &act ) {
 }
 
 // Members of a message, told with the default where they are missing.
-std::string text( const Value &json, const char *key ) {
-   return std::string( Json::toText( Json::find( &json, key ) ).value_or( "" ) );
-}
 float number( const Value &json, const char *key ) {
    const Value *value = Json::find( &json, key );
    return value && value->IsNumber() ? static_cast<float>( value->GetDouble() ) : 0;
 }
-Kind kind( const Value &json ) { return kindOf( text( json, "kind" ) ).value_or( Kind::System ); }
+Kind kind( const Value &json ) {
+   return kindOf( Json::textOf( json, "kind" ) ).value_or( Kind::System );
+}
 
 } // namespace
 
@@ -101,16 +100,16 @@ std::optional<Command> decodeCommand( const std::string &line ) {
    json.Parse( line.c_str(), line.size() );
    if ( json.HasParseError() )
       return {};
-   const std::string what = text( json, "do" );
+   const std::string what = Json::textOf( json, "do" );
    const std::size_t object = Json::toUnsigned( Json::find( &json, "object" ) ).value_or( 0 );
    if ( what == "load" )
-      return LoadCommand{ text( json, "plugin" ), text( json, "topology" ) };
+      return LoadCommand{ Json::textOf( json, "plugin" ), Json::textOf( json, "topology" ) };
    if ( what == "init" )
       return InitCommand{ kind( json ) };
    if ( what == "read" )
       return ReadCommand{ object };
    if ( what == "act" ) {
-      ActCommand act{ object, { .operation = text( json, "operation" ) } };
+      ActCommand act{ object, { .operation = Json::textOf( json, "operation" ) } };
       for ( const Value &argument : Json::elements( Json::find( &json, "arguments" ) ) )
          act.action.arguments.push_back( argument.IsInt64() ? argument.GetInt64() : 0 );
       return act;
@@ -118,8 +117,8 @@ std::optional<Command> decodeCommand( const std::string &line ) {
    if ( what == "add" )
       return AddCommand{ object,
                          { .kind = kind( json ),
-                           .name = text( json, "name" ),
-                           .text = text( json, "text" ),
+                           .name = Json::textOf( json, "name" ),
+                           .text = Json::textOf( json, "text" ),
                            .alert = number( json, "alert" ),
                            .critical = number( json, "critical" ),
                            .value = static_cast<std::uint8_t>( number( json, "value" ) ) } };
@@ -131,11 +130,11 @@ std::optional<Event> decodeEvent( const std::string &line ) {
    json.Parse( line.c_str(), line.size() );
    if ( json.HasParseError() )
       return {};
-   const std::string what = text( json, "event" );
+   const std::string what = Json::textOf( json, "event" );
    if ( what == "begun" )
-      return Begun{ text( json, "operation" ) };
+      return Begun{ Json::textOf( json, "operation" ) };
    if ( what == "trace" )
-      return Trace{ static_cast<int>( number( json, "level" ) ), text( json, "text" ),
+      return Trace{ static_cast<int>( number( json, "level" ) ), Json::textOf( json, "text" ),
                     Json::toUnsigned( Json::find( &json, "object" ) ) };
    if ( what == "reading" )
       return toReading( json );

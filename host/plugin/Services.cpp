@@ -4,10 +4,7 @@
 #include <chrono>
 #include <cstdarg>
 #include <cstdio>
-
-#pragma GCC visibility push( default ) // the plug-in binds these
 #include <pl.h>
-#pragma GCC visibility pop
 
 struct pl_timer {
    boost::asio::steady_timer timer;
@@ -72,6 +69,8 @@ void Services::deleteTimer( pl_timer *handle ) { timers_.erase( handle ); }
 
 using Host::Services;
 
+#pragma GCC visibility push( default ) // the plug-in binds these
+
 void pl_trace( int level, const char *format, ... ) {
    Services *services = Services::current();
    if ( !services )
@@ -109,3 +108,5 @@ void pl_timer_delete( pl_timer_handle timer ) {
 
 // This host hands out no watchers, so that there is never one to release.
 void pl_fd_watcher_delete( pl_fd_watcher_handle ) {}
+
+#pragma GCC visibility pop

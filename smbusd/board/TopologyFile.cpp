@@ -8,8 +8,6 @@ namespace Smbusd {
 
 namespace {
 
-constexpr uint32_t maxId = 0x7F; // seven bits in a request for address, bus and accelerator
-
 TopologyDevice deviceAt( const JsonPlace &place ) {
    TopologyDevice device{ place.member( "did" ).number(), {}, place.pointer() };
    if ( const auto address = place.find( "address" ) )

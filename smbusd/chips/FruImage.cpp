@@ -13,7 +13,7 @@ constexpr uint8_t english = 25;
 constexpr uint8_t eightBitAscii = 0xC0; // type, in the upper two bits of a field's first byte
 constexpr uint8_t noMoreFields = 0xC1;
 constexpr size_t headerBytes = 8;
-constexpr size_t unit = 8; // lengths and offsets count these
+constexpr size_t lengthUnit = 8; // lengths and offsets count these
 
 // The byte that makes the sum zero.
 uint8_t checksum( const std::string &bytes ) {
@@ -38,16 +38,16 @@ std::string productArea( const FruProduct &product ) {
            &product.serial, &product.assetTag, &noFileId } )
       area += field( *text );
    area += static_cast<char>( noMoreFields );
-   const size_t units = ( area.size() + 1 + unit - 1 ) / unit;
+   const size_t units = ( area.size() + 1 + lengthUnit - 1 ) / lengthUnit;
    area[1] = static_cast<char>( units );
-   area.resize( units * unit - 1 );
+   area.resize( units * lengthUnit - 1 );
    return area + static_cast<char>( checksum( area ) );
 }
 
 } // namespace
 
 EepromImage fruImage( const FruProduct &product ) {
-   std::string bytes{ formatVersion, 0, 0, 0, headerBytes / unit, 0, 0 };
+   std::string bytes{ formatVersion, 0, 0, 0, headerBytes / lengthUnit, 0, 0 };
    bytes += static_cast<char>( checksum( bytes ) );
    bytes += productArea( product );
    EepromImage image;

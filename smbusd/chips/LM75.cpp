@@ -7,7 +7,7 @@ namespace Smbusd {
 
 namespace {
 
-constexpr uint8_t shutdown = 0x01;          // configuration, bit 0
+constexpr uint8_t shutdownBit = 0x01;       // configuration, bit 0
 constexpr uint8_t configurationBits = 0x1F; // 4-3 fault queue, 2 polarity, 1 mode; 7-5 stay zero
 constexpr uint16_t wordBits = 0xFF80;
 
@@ -44,7 +44,7 @@ uint16_t LM75::word( double celsius ) {
 double LM75::celsius( uint16_t word ) { return static_cast<int16_t>( word ) / 256.0; }
 
 void LM75::convert() {
-   if ( !( configuration_ & shutdown ) )
+   if ( !( configuration_ & shutdownBit ) )
       words_[Temp] = word( celsius_ + drift_.at( clock_.now() ) );
 }
 

@@ -43,10 +43,8 @@ TEST_P( KeltMutationTest, IsFoundInItsPlace ) {
    EXPECT_THAT( board_.check(), Contains( HasSubstr( GetParam().finding ) ) );
 }
 
-constexpr auto objects = "objects.json";
-
 Mutation argument( const char *name, const char *pointer, const char *json, const char *finding ) {
-   return { name, objects, pointer, json, finding };
+   return { name, "objects.json", pointer, json, finding };
 }
 
 // What would end the plug-in by an assertion, an exception or a division by zero.

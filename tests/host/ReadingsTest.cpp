@@ -85,11 +85,11 @@ Reading readSlot( pl_status ( *operation )( pl_slot *, char ** ) ) {
 }
 
 TEST( ReadingsTest, TellsAnAbsentModuleFromOneThatCanNotBeRead ) {
-   const Reading present = readSlot( []( pl_slot *, char **description ) {
+   const Reading module = readSlot( []( pl_slot *, char **description ) {
       *description = ::strdup( "PWR-1" );
       return PL_STATUS_OK;
    } );
-   EXPECT_EQ( std::get<std::string>( present.value ), "PWR-1" );
+   EXPECT_EQ( std::get<std::string>( module.value ), "PWR-1" );
    EXPECT_EQ( readSlot( []( pl_slot *, char ** ) { return PL_STATUS_NOT_MANAGED; } ).state,
               State::Absent );
    EXPECT_EQ( readSlot( []( pl_slot *, char ** ) { return PL_STATUS_TRANSACTION; } ).state,

@@ -1,9 +1,9 @@
 // Driver objects: made once a device id, shared, and what they decline to make.
 #include "OrbisGeneric/Components/Fan.h"
-#include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Drivers/Dummy.h"
 #include "OrbisGeneric/Ham/Ham.h"
+#include "support/MessageOf.h"
 #include "support/PluginTest.h"
 
 namespace {
@@ -94,16 +94,6 @@ TEST_F( DeviceTest, InitRunsOnceAfterTheFactoryAndBeforeTheRegistry ) {
    EXPECT_FALSE( device.registeredAtInit );
    EXPECT_NE( device.hamAtInit, nullptr );
    Drivers::drivers.erase( "test" );
-}
-
-template <typename Call>
-std::string messageOf( Call call ) {
-   try {
-      call();
-   } catch ( const std::exception &e ) {
-      return e.what();
-   }
-   return "nothing thrown";
 }
 
 TEST_F( DeviceTest, WhatADriverDoesNotMakeThrowsAndNamesItself ) {

@@ -1,6 +1,6 @@
 // The access method's base: single transfers as batches of one, and what it leaves to others.
 #include "OrbisGeneric/Ham/Ham.h"
-#include "OrbisGeneric/Components/NotImplementedException.h"
+#include "support/MessageOf.h"
 #include "support/ScriptedHam.h"
 
 #include <gtest/gtest.h>
@@ -91,16 +91,6 @@ TEST( BareHamTest, WhatAMethodDoesNotProvideThrowsAfterPrepareAndBeforeAnyTraffi
    EXPECT_EQ( ham.prepared, 1 );
    EXPECT_EQ( ham.executed, 0 );
    EXPECT_EQ( value, 7u );
-}
-
-template <typename Call>
-std::string messageOf( Call call ) {
-   try {
-      call();
-   } catch ( const NotImplementedException &e ) {
-      return e.what();
-   }
-   return "nothing thrown";
 }
 
 TEST( BareHamTest, EveryOperationNamesItself ) {

@@ -181,9 +181,9 @@ TEST( ObjectLayoutTest, OfTheTransceiverCpld ) {
    expectLayout( { FIELD( CelXcvrCPLD::QsfpXcvr, record_, 4 ),
                    FIELD( CelXcvrCPLD::QsfpXcvr, xcvrId_, 16 ),
                    FIELD( CelXcvrCPLD::QsfpXcvr, port_, 20 ) } );
-   using Led = CelXcvrCPLD::Led;
-   expectLayout( { FIELD( Led, usesBlinkTimer, 16 ), REVEALED( Led, CpldLedCpld, 20 ),
-                   REVEALED( Led, CpldLedId, 24 ), REVEALED( Led, CpldLedBlinking, 25 ) } );
+   using CpldLed = CelXcvrCPLD::Led;
+   expectLayout( { FIELD( CpldLed, usesBlinkTimer, 16 ), REVEALED( CpldLed, CpldLedCpld, 20 ),
+                   REVEALED( CpldLed, CpldLedId, 24 ), REVEALED( CpldLed, CpldLedBlinking, 25 ) } );
 }
 
 TEST( ObjectLayoutTest, OfTheFanBoard ) {

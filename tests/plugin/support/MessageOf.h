@@ -1,0 +1,15 @@
+// What a call says that throws.
+#pragma once
+
+#include <exception>
+#include <string>
+
+template <typename Call>
+std::string messageOf( Call call ) {
+   try {
+      call();
+   } catch ( const std::exception &e ) {
+      return e.what();
+   }
+   return "nothing thrown";
+}
