@@ -18,9 +18,9 @@ struct Line {
    std::string_view name;
    char letter;
 };
-constexpr std::array lines{ Line{ "tx_fault", 'F' },   Line{ "rx_los", 'L' },
-                            Line{ "tx_disable", 'D' }, Line{ "lp_mode", 'P' },
-                            Line{ "reset", 'R' },      Line{ "interrupt", 'I' } };
+constexpr std::array controlLines{ Line{ "tx_fault", 'F' },   Line{ "rx_los", 'L' },
+                                   Line{ "tx_disable", 'D' }, Line{ "lp_mode", 'P' },
+                                   Line{ "reset", 'R' },      Line{ "interrupt", 'I' } };
 
 bool isReadable( const Reading &reading ) {
    return reading.state != State::Unreadable && reading.state != State::Unsupported;
@@ -47,7 +47,7 @@ std::string cellOf( const ObjectReport &cage ) {
          if ( reading.state == State::Stale )
             states = "~";
       }
-      for ( const Line &line : lines )
+      for ( const Line &line : controlLines )
          if ( reading.name == line.name && reading.state != State::Unsupported )
             marks += markOfLine( reading, line.letter );
    }

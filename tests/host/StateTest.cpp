@@ -10,7 +10,7 @@ namespace {
 
 using ::testing::ElementsAre;
 
-const BoardReport board{
+const BoardReport sample{
    { .name = "t",
      .type = "temp_sensor",
      .age = 0.1004,
@@ -28,7 +28,7 @@ const BoardReport board{
 
 TEST( StateTest, IsTheTableOfAllValuesAndOfObjectsWithoutAny ) {
    EXPECT_THAT(
-      tableOf( board ),
+      tableOf( sample ),
       ElementsAre(
          "NAME    TYPE         READING         VALUE    STATE        AGE     FAULT",
          "t       temp_sensor  temperature     25.0 °C  ok           0.1 s   -",
@@ -46,7 +46,7 @@ TEST( StateTest, ClipsALineByCharactersNotByBytes ) {
 }
 
 TEST( StateTest, IsJsonThatFitsItsSchema ) {
-   const std::string json = toJson( "b", board );
+   const std::string json = toJson( "b", sample );
    EXPECT_EQ( stateSchemaFault( json ), "" );
    EXPECT_EQ(
       json.substr( 0, json.find( "}]" ) ),
@@ -56,10 +56,10 @@ TEST( StateTest, IsJsonThatFitsItsSchema ) {
 }
 
 TEST( StateTest, CallsABoardUnreadableForOneStaleOrUnreadableValue ) {
-   EXPECT_TRUE( hasUnreadable( board ) );
-   EXPECT_TRUE( hasUnreadable( { board[1] } ) );
-   EXPECT_TRUE( hasUnreadable( { board[2] } ) );
-   EXPECT_FALSE( hasUnreadable( { board[0], board[3] } ) );
+   EXPECT_TRUE( hasUnreadable( sample ) );
+   EXPECT_TRUE( hasUnreadable( { sample[1] } ) );
+   EXPECT_TRUE( hasUnreadable( { sample[2] } ) );
+   EXPECT_FALSE( hasUnreadable( { sample[0], sample[3] } ) );
 }
 
 } // namespace

@@ -100,6 +100,18 @@ TEST_F( KeltQCPLDTest, FillsItsCacheSwitchesTheErrorLedsOffAndPollsOnceASecond )
    EXPECT_TRUE( TestHost::traced( 6, "Register cache updated for CelXcvrCPLD" ) );
 }
 
+TEST_F( KeltQCPLDTest, AHostWhoseTimerCantBeArmedStopsTheProcess ) {
+   cpld.ham_ = &ham;
+   ham.expectBatch( poll( {}, 0 ) );
+   for ( unsigned reg : leds )
+      ham.expectBatch( { write8( reg, 0xFF ) } );
+   TestHost::armsTimers = false;
+   EXPECT_DEATH( cpld.init(), "OrbisGeneric/Drivers/Kelt/CelesticaCPLD.cpp.*Assertion "
+                              "`pollStart\\(\\)' failed" );
+   TestHost::armsTimers = true;
+   cpld.init();
+}
+
 // Every signal of every port: its own bit alone is set, or alone is clear.
 template <typename Read>
 void expectBitOf( const std::vector<Group> &table, unsigned signal, bool activeLow, Read read ) {

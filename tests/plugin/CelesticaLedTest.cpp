@@ -90,6 +90,33 @@ TEST_F( CelesticaLedTest, BeaconJoinsTheBlinkListOnceAndStartsDark ) {
    EXPECT_EQ( Led::notifyList_.size(), 1u );
 }
 
+TEST_F( CelesticaLedTest, ABeaconThatCantBeWrittenBlinksAllTheSame ) {
+   auto psu = led( "psu", "2" );
+   TestHost::traces.clear();
+   ham.expectBatch( { read8( 0x303 ).answers( { 0x00 } ) } );
+   ham.expectBatch( { write8( 0x303, 0x08 ).fails( 6 ) } );
+   EXPECT_EQ( psu->setLightSetting( PL_LED_BEACON ), 6 );
+   EXPECT_EQ( Led::notifyList_.size(), 1u );
+   EXPECT_EQ( TestHost::tracedAt( 6 ),
+              ( std::vector<std::string>{ "setting CPLD PSU Led 1 to Beacon" } ) );
+}
+
+TEST_F( CelesticaLedTest, ABlinkingLedLeavesTheListBeforeTheBusIsAsked ) {
+   for ( auto setting : { PL_LED_GOOD, PL_LED_WARNING } ) {
+      auto psu = led( "psu", "2" );
+      expectChange( 0x00, 0x08 );
+      psu->setLightSetting( PL_LED_BEACON );
+      ham.expectBatch( { read8( 0x303 ).fails( 6 ) } );
+      EXPECT_EQ( psu->setLightSetting( setting ), 6 );
+      EXPECT_TRUE( Led::notifyList_.empty() );
+   }
+}
+
+TEST_F( CelesticaLedTest, AThirdSupplysLedStopsTheProcess ) {
+   Drivers::CelXcvrCPLD::PsuLed third( &cpld, 2 );
+   EXPECT_DEATH( third.setLightSetting( PL_LED_GOOD ), "Assertion `0 <= id_ && id_ <= 1' failed" );
+}
+
 TEST_F( CelesticaLedTest, ABlinkingLedShowsBothPhasesUntilAnotherSetting ) {
    auto psu = led( "psu", "2" );
    expectChange( 0x00, 0x08 );

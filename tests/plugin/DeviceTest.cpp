@@ -96,6 +96,16 @@ TEST_F( DeviceTest, InitRunsOnceAfterTheFactoryAndBeforeTheRegistry ) {
    Drivers::drivers.erase( "test" );
 }
 
+TEST_F( DeviceTest, TheHamIsBoundWhateverTheFactoryDidWithIt ) {
+   InitCounter device;
+   device.ham_ = reinterpret_cast<Ham::Ham *>( 0x80 );
+   Drivers::drivers["test"] = [&]( auto &, auto * ) { return &device; };
+   args.driver = "test";
+   auto *ham = reinterpret_cast<Ham::Ham *>( 0x40 );
+   EXPECT_EQ( HardwareDevice::create( args, ham )->ham_, ham );
+   Drivers::drivers.erase( "test" );
+}
+
 TEST_F( DeviceTest, WhatADriverDoesNotMakeThrowsAndNamesItself ) {
    Drivers::Dummy dummy;
    EXPECT_EQ( messageOf( [&] { dummy.newTempSensor( args ); } ), "Not implemented newTempSensor" );
@@ -117,12 +127,16 @@ TEST_F( DeviceTest, AHostThatAsksADummyForAFanGetsTheException ) {
 // A composite that adds its sub-devices when it is initialised, and makes none itself.
 struct Composite : MultiDevice {
    void init() override {
+      ++inits;
+      registeredAtInit = devices.count( 500 );
       inlet = addFan( "inlet" );
       missing = addFan( "outlet" );
       slot = addSlot( "x" );
       led = addLed( "x" );
       psu = addPsu( "x" );
    }
+   int inits = 0;
+   bool registeredAtInit = true;
    pl_fan *inlet = nullptr, *missing = nullptr;
    pl_slot *slot = nullptr;
    pl_led *led = nullptr;
@@ -144,6 +158,7 @@ class CompositeTest : public DeviceTest {
    CompositeTest() {
       Drivers::drivers["composite"] = [this]( auto &, Ham::Ham *ham ) {
          EXPECT_EQ( ham, nullptr );
+         ++factoryCalls;
          return &composite;
       };
       Drivers::drivers["fan"] = [this]( auto &, auto * ) { return &fanDriver; };
@@ -161,13 +176,17 @@ class CompositeTest : public DeviceTest {
    }
    Composite composite;
    FanDriver fanDriver;
+   int factoryCalls = 0;
 };
 
 TEST_F( CompositeTest, IsMadeWithoutAnAccessMethodAndRegistered ) {
    EXPECT_EQ( add(), &composite );
    EXPECT_EQ( DeviceBase::devices.at( 500 ), &composite );
    EXPECT_TRUE( TestHost::traced( 0, "composite MultiDevice created" ) );
+   EXPECT_FALSE( composite.registeredAtInit );
    EXPECT_EQ( add(), &composite );
+   EXPECT_EQ( factoryCalls, 1 );
+   EXPECT_EQ( composite.inits, 1 );
 }
 
 TEST_F( CompositeTest, AddsItsSubDevicesThroughTheExportedFunctions ) {

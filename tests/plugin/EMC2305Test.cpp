@@ -28,6 +28,11 @@ class EMC2305Test : public PluginTest {
    int rpm = 77;
 };
 
+TEST_F( EMC2305Test, ItsCreationIsTraced ) {
+   delete EMC2305::create( {}, &ham );
+   EXPECT_TRUE( TestHost::traced( 0, "Creating EMC2305 Device" ) );
+}
+
 TEST_F( EMC2305Test, ReadsBothTachBytesInOneBatch ) {
    auto fan = channel2();
    ham.expectBatch( { read8( 0x5F ).answers( { 0xF8 } ), read8( 0x5E ).answers( { 0x0F } ) } );

@@ -175,6 +175,7 @@ TEST_F( ExportedObjectsTest, QsfpTransceiver ) {
       EXPECT_EQ( ops.size, sizeof( pl_qsfp_ops ) );
       EXPECT_EQ( ops.get_presence( xcvr ), 1 );
       EXPECT_EQ( called, "qsfp getPresence" );
+      EXPECT_EQ( TestHost::traces.back(), ( TestHost::Trace{ 4, "getPresenceCallback(32)" } ) );
       expectCall( ops.get_mod_sel( xcvr, &integer ), "getModSel", "getModSelCallback(32)" );
       expectCall( ops.set_mod_sel( xcvr, 1 ), "setModSel 1", "setModSelCallback(32, 1)" );
       expectCall( ops.get_lp_mode( xcvr, &integer ), "getLpMode", "getLpModeCallback(32)" );
@@ -202,7 +203,7 @@ TEST_F( ExportedObjectsTest, ATransceiverIdMayStandInQuotes ) {
 
 TEST_F( ExportedObjectsTest, ATransceiverWithoutIdOrTypeOrOfAnotherTypeStopsTheProcess ) {
    EXPECT_DEATH( pl_xcvr_add( document( "'type':'sfp'" ) ),
-                 "No id argument given for Xcvr(.|\n)*OrbisGeneric/Components/Xcvr.*Assertion" );
+                 "0 No id argument given for Xcvr(.|\n)*OrbisGeneric/Components/Xcvr.*Assertion" );
    EXPECT_DEATH( pl_xcvr_add( document( "'id':1" ) ),
                  "No type argument given for Xcvr(.|\n)*Assertion" );
    EXPECT_DEATH( pl_xcvr_add( document( "'id':1,'type':'cfp'" ) ),

@@ -96,6 +96,19 @@ TEST_F( GPIOExpanderTest, AFailedSaveIsTraced ) {
    ham.expectBatch( { write8( 0x08, 0x01 ).fails( 6 ) } );
    EXPECT_EQ( expander.save(), 6 );
    EXPECT_TRUE( TestHost::traced( 0, "Error: status 6 writing to GPIOExpander" ) );
+   EXPECT_TRUE( TestHost::traced( 5, "GPIOExpander::save" ) );
+}
+
+TEST_F( GPIOExpanderTest, AFailedSaveForgetsWhatWasPending ) {
+   ham.expectBatch( { read8( 0x08 ).answers( { 0 } ) } );
+   expander.writeBit( 0, true );
+   ham.expectBatch( { write8( 0x08, 0x01 ).fails( 6 ) } );
+   EXPECT_EQ( expander.save(), 6 );
+   EXPECT_EQ( expander.save(), PL_STATUS_OK ); // nothing on the bus
+   ham.expectBatch( { read8( 0x08 ).answers( { 0x40 } ) } );
+   expander.writeBit( 1, true );
+   ham.expectBatch( { write8( 0x08, 0x42 ) } );
+   EXPECT_EQ( expander.save(), PL_STATUS_OK );
 }
 
 TEST_F( GPIOExpanderTest, ConfiguresEveryBankInOneBatch ) {

@@ -3,6 +3,7 @@
 #include "support/MessageOf.h"
 #include "support/ScriptedHam.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -74,9 +75,10 @@ class BareHam : public Ham::Ham {
    void prepare() override { ++prepared; }
    pl_status execute() override {
       ++executed;
-      return PL_STATUS_OK;
+      return status;
    }
    int prepared = 0, executed = 0;
+   pl_status status = PL_STATUS_OK;
 };
 
 TEST( BareHamTest, WhatAMethodDoesNotProvideThrowsAfterPrepareAndBeforeAnyTraffic ) {
@@ -129,7 +131,12 @@ class LengthHam : public BareHam {
       asked = len;
       return "";
    }
+   ResponseId addWrite32( unsigned reg, uint32_t value, bool flag ) override {
+      written = fmt::format( "{:#x} {:#x} {}", reg, value, flag );
+      return 0;
+   }
    unsigned asked = 77;
+   std::string written{};
 };
 
 TEST( LengthHamTest, ABlocksLengthComesFromTheAnswerAReadsFromTheCaller ) {
@@ -146,6 +153,14 @@ TEST( LengthHamTest, AMethodThatProvides32BitsIsUsed ) {
    uint32_t value = 0;
    EXPECT_EQ( ham.read32( 1, &value ), PL_STATUS_OK );
    EXPECT_EQ( value, 0x12345678u );
+   EXPECT_EQ( ham.write32( 0x10, 0x87654321, true ), PL_STATUS_OK );
+   EXPECT_EQ( ham.written, "0x10 0x87654321 true" );
+   ham.status = PL_STATUS_TRANSACTION;
+   value = 7;
+   EXPECT_EQ( ham.read32( 1, &value ), 6 );
+   EXPECT_EQ( value, 7u );
+   EXPECT_EQ( ham.write32( 0x11, 1, false ), 6 );
+   EXPECT_EQ( ham.written, "0x11 0x1 false" );
 }
 
 TEST( BareHamTest, TheRetryCountIsKnownOnceItIsSet ) {

@@ -2,6 +2,7 @@
 #include "OrbisGeneric/Components/Gpio.h"
 #include "OrbisGeneric/Drivers/Dummy.h"
 #include "OrbisGeneric/Drivers/LM75.h"
+#include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "support/PluginTest.h"
 
 namespace {
@@ -30,6 +31,13 @@ TEST_F( HelpersTest, ADeviceWithoutDriverGetsTheOneAskedForAndARecordOfItsOwn ) 
    EXPECT_NE( dynamic_cast<Dummy *>( device ), nullptr );
    EXPECT_NE( device->ham_, nullptr );
    EXPECT_EQ( getHardwareDeviceByLabel( "Cpld", "LM75" ), device ); // made once
+}
+
+TEST_F( HelpersTest, ADriverThatIsNamedEmptyIsTheOneAskedForAndTheRestStands ) {
+   load( i2cTopology( "{'did':3,'label':'Mixed','driver':'','address':{'address':80}}" ) );
+   auto *device = getHardwareDeviceByLabel( "Mixed", "Dummy" );
+   ASSERT_NE( dynamic_cast<Dummy *>( device ), nullptr );
+   EXPECT_EQ( static_cast<Ham::OrbisSmbusHam *>( device->ham_ )->getAddress(), 80 );
 }
 
 TEST_F( HelpersTest, ADriverThatTheTopologyNamesWins ) {
@@ -64,6 +72,12 @@ TEST_F( HelpersTest, EveryCallMakesANewGpio ) {
         *second = getRegGpioForDevice( "Cpld", 258, 0 );
    EXPECT_NE( first, second );
    EXPECT_EQ( dynamic_cast<Component::LogicalDevice::RegGpio *>( first )->reg, 258 );
+}
+
+TEST_F( HelpersTest, AGpioByLabelIsOfTheBitAskedFor ) {
+   FakeServer::answersWith( { std::string( 1, '\0' ) } );
+   EXPECT_EQ( getRegGpioForDevice( "Cpld", 258, 5 )->bitSet(), PL_STATUS_OK );
+   EXPECT_TRUE( FakeServer::lastInWords().at( 0 ).ends_with( "data 20" ) );
 }
 
 struct NoGpios : Dummy {

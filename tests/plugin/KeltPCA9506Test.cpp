@@ -58,6 +58,11 @@ class KeltPCA9506Test : public PluginTest {
    pl_status status = PL_STATUS_OK;
 };
 
+TEST_F( KeltPCA9506Test, ItsCreationIsTraced ) {
+   delete KeltPCA9506::create( {}, &ham );
+   EXPECT_TRUE( TestHost::traced( 0, "Creating Kelt PCA9506 Device" ) );
+}
+
 TEST_F( KeltPCA9506Test, AConfigurationThatCantBeWrittenIsTraced ) {
    KeltPCA9506 other;
    other.ham_ = &ham;

@@ -113,6 +113,21 @@ TEST_F( KeltSystemTest, EveryPowerCycleMakesAGpioWhoseFlagIsSetForTheHost ) {
    Drivers::drivers.erase( "test" );
 }
 
+TEST_F( KeltSystemTest, TheFlagIsSetBeforeTheBusIsAskedAndStaysWhereThatFails ) {
+   GpioKeeper keeper;
+   Drivers::drivers["test"] = [&]( auto &, auto * ) { return &keeper; };
+   load( i2cTopology( "{'did':1,'label':'Cpld','driver':'test','address':{'address':98}}" ) );
+   bool setByThen = false;
+   FakeServer::answer = [&]( auto *, auto ** ) {
+      setByThen = keeper.made.at( 0 )->hostFlag_;
+      return -1;
+   };
+   EXPECT_EQ( system->ops->powercycle( system ), 4 );
+   EXPECT_TRUE( setByThen );
+   delete keeper.made.at( 0 );
+   Drivers::drivers.erase( "test" );
+}
+
 TEST_F( KeltSystemTest, TheEntryPointNamesItself ) {
    EXPECT_EQ( pl_system_init( "[]" ), PL_STATUS_OK );
    EXPECT_EQ( TestHost::tracedAt( 0 ).at( 0 ), "pl_system_init" );

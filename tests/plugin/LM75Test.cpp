@@ -98,6 +98,10 @@ TEST( LM75RegisterTest, BelowZeroTheHalfDegreeBitIsAlwaysSet ) {
    EXPECT_EQ( LM75::temperatureToRegister( -0.5f ), 0x8000 ); // no whole degree, no sign
 }
 
+TEST( LM75RegisterTest, ADegreeAboveTheRangeBecomesOneBelowZero ) {
+   EXPECT_EQ( LM75::temperatureToRegister( 200.0f ), 0xFFC8 );
+}
+
 TEST_F( LM75Test, ASensorSetsBothThresholdsWhenItIsAdded ) {
    LM75::TempSensor sensor( &lm75 );
    EXPECT_EQ( sensor.alertThreshold, 0.0f );

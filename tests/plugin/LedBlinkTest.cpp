@@ -119,7 +119,7 @@ class LedTimerTest : public PluginTest {};
 TEST_F( LedTimerTest, AHostThatMakesNoTimerStopsTheProcess ) {
    TestHost::makesTimers = false;
    EXPECT_DEATH( Led::createBlinkTimer(),
-                 "failed to create blink timer\n(.|\n)*Assertion `blinkTimer_' failed" );
+                 "0 failed to create blink timer\n(.|\n)*Assertion `blinkTimer_' failed" );
 }
 
 TEST_F( LedTimerTest, NothingBlinksWithoutTheTimer ) {

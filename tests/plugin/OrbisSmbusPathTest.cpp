@@ -118,12 +118,30 @@ TEST_F( OrbisSmbusPathTest, AnAnswerOneShortIsStatus6 ) {
    EXPECT_EQ( ham->read8( 0x10, &byte ), 6 );
    EXPECT_EQ( byte, 1 );
    EXPECT_TRUE( TestHost::traced( 3, "execute: invalid number of response, expecting 5 not 4" ) );
+   EXPECT_EQ( ham->response_.response_size(), 4 ); // what came is kept
+}
+
+TEST_F( OrbisSmbusPathTest, AnAnswerTooManyIsStatus6 ) {
+   auto *ham = hamFor( 20 );
+   FakeServer::answersWith( { "\x42", "" } );
+   uint8_t byte = 1;
+   EXPECT_EQ( ham->read8( 0x10, &byte ), 6 );
+   EXPECT_EQ( byte, 1 );
+   EXPECT_TRUE( TestHost::traced( 3, "execute: invalid number of response, expecting 1 not 2" ) );
 }
 
 TEST_F( OrbisSmbusPathTest, AComponentIsFoundInTheFirstDeviceThatHasItWhateverTheDeviceId ) {
    const auto *ham = hamFor( "'did':24,'uid':7,'address':{'address':72}" );
    EXPECT_EQ( ham->masterType, Smbus::MASTER_SCD );
    EXPECT_EQ( ham->address.bus, 2u );
+}
+
+TEST_F( OrbisSmbusPathTest, AComponentBehindADeviceOfTheIdThatIsAskedForIsStillFound ) {
+   load( "[{'type':'IOPort','ham':'OrbisSmbus','bus':{'id':6,'devices':[{'did':26}]}},"
+         "{'type':'Celestica','ham':'OrbisSmbus','accelerators':[{'id':9,'busses':[{'id':8,"
+         "'devices':[{'did':27,'components':[{'uid':9}]}]}]}]}]" );
+   const auto *ham = hamFor( "'did':26,'uid':9,'address':{'address':72}" );
+   EXPECT_EQ( ham->masterType, Smbus::MASTER_CELESTICA );
 }
 
 TEST_F( OrbisSmbusPathTest, NoHamForADeviceThatIsNotInTheTopology ) {
@@ -145,7 +163,7 @@ TEST_F( OrbisSmbusPathTest, AMuxChipMustBeDeclaredInline ) {
       "[{'type':'I2C','ham':'OrbisSmbus','bus':{'id':0,'devices':[{'did':100}],"
       "'muxes':[{'did':100,'busses':[{'id':1,'devices':[{'did':20}]}]}]}}]";
    load( text );
-   EXPECT_DEATH( hamFor( 20 ), "Device 100 isn't declared inline\n(.|\n)*"
+   EXPECT_DEATH( hamFor( 20 ), "3 Device 100 isn't declared inline\n(.|\n)*"
                                "OrbisGeneric/Ham/OrbisSmbusVisitor\\.cpp.*Assertion "
                                "`topoDev->args' failed" );
 }

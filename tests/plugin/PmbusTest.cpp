@@ -146,6 +146,19 @@ TEST_F( PmbusTest, ANegativeDutyIsFullDuty ) {
    EXPECT_TRUE( TestHost::traced( 6, "Setting fan 0 duty cycle to 65036" ) ); // -500
 }
 
+TEST_F( PmbusTest, ADutyIsCutToSixteenBitsBeforeItIsLimited ) {
+   ham.expectBatch( { write16( 0x3B ).carries( { 1, 0 } ) } );
+   EXPECT_EQ( fan( "1", "100" )->setRpm( 65537 ), PL_STATUS_OK );
+   EXPECT_TRUE( TestHost::traced( 6, "Setting fan 0 duty cycle to 1" ) );
+}
+
+TEST_F( PmbusTest, AFanWithoutAWordOnPacketErrorCheckingDoesWithout ) {
+   std::unique_ptr<Component::LogicalDevice::Fan> plain(
+      pmbus.newFan( withArgs( { { "fanId", "1" }, { "maxFanRpm", "100" } } ) ) );
+   ham.expectBatch( { write16( 0x3B ).carries( { 50, 0 } ) } );
+   EXPECT_EQ( plain->setRpm( 50 ), PL_STATUS_OK );
+}
+
 TEST_F( PmbusTest, OnlyThePlainWordTrueTurnsPacketErrorCheckingOn ) {
    ham.expectBatch( { write16( 0x3B ).carries( { 50, 0 } ).withPec() } );
    EXPECT_EQ( fan( "1", "100", "true" )->setRpm( 50 ), PL_STATUS_OK );

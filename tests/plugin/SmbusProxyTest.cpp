@@ -1,5 +1,6 @@
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Drivers/SmbusProxyDriver.h"
+#include "support/MessageOf.h"
 #include "support/PluginTest.h"
 #include "support/ScriptedHam.h"
 
@@ -96,27 +97,56 @@ TEST_F( SmbusProxyTest, ABusFailureIsHandedUpAndLeavesTheOutputAlone ) {
 }
 
 TEST_F( SmbusProxyTest, QuickCommandAndBlockProcessCallAreNotProvided ) {
-   try {
-      ops.quick_command( record, 1 );
-      FAIL() << "nothing thrown";
-   } catch ( const NotImplementedException &e ) {
-      EXPECT_STREQ( e.what(), "Not implemented quickCommand" );
-   }
-   try {
-      ops.block_process_call( record, 1, buffer, 1, buffer, &byte );
-      FAIL() << "nothing thrown";
-   } catch ( const NotImplementedException &e ) {
-      EXPECT_STREQ( e.what(), "Not implemented blockProcessCall" );
-   }
+   EXPECT_THROW( ops.quick_command( record, 1 ), NotImplementedException );
+   EXPECT_THROW( ops.block_process_call( record, 1, buffer, 1, buffer, &byte ),
+                 NotImplementedException );
 }
 
 TEST_F( SmbusProxyTest, EveryCallbackTracesItsName ) {
-   ham.expectBatch( { sendByte( 1 ) } );
-   ops.send_byte( record, 1 );
-   EXPECT_EQ( TestHost::traces.back(), ( TestHost::Trace{ 4, "sendByteCallback" } ) );
-   ham.expectBatch( { read( 1, 1 ).answers( { 1 } ) } );
-   ops.i2c_block_read( record, 1, buffer, 1 );
-   EXPECT_EQ( TestHost::traces.back(), ( TestHost::Trace{ 4, "i2cBlockReadCallback" } ) );
+   Component::LogicalDevice::SmbusProxy bare;
+   pl_smbus *bareRecord = &bare.record_;
+   const auto expectNamed = [&]( const std::string &operation, auto call ) {
+      EXPECT_EQ( messageOf( call ), "Not implemented " + operation );
+      EXPECT_EQ( TestHost::traces.back(), ( TestHost::Trace{ 4, operation + "Callback" } ) );
+   };
+   expectNamed( "quickCommand", [&] { ops.quick_command( bareRecord, 1 ); } );
+   expectNamed( "receiveByte", [&] { ops.receive_byte( bareRecord, &byte ); } );
+   expectNamed( "sendByte", [&] { ops.send_byte( bareRecord, 1 ); } );
+   expectNamed( "readByte", [&] { ops.read_byte( bareRecord, 1, &byte ); } );
+   expectNamed( "writeByte", [&] { ops.write_byte( bareRecord, 1, 1 ); } );
+   expectNamed( "readWord", [&] { ops.read_word( bareRecord, 1, &word ); } );
+   expectNamed( "writeWord", [&] { ops.write_word( bareRecord, 1, 1 ); } );
+   expectNamed( "blockRead", [&] { ops.block_read( bareRecord, 1, buffer, &length ); } );
+   expectNamed( "blockWrite", [&] { ops.block_write( bareRecord, 1, buffer, 1 ); } );
+   expectNamed( "i2cBlockRead", [&] { ops.i2c_block_read( bareRecord, 1, buffer, 1 ); } );
+   expectNamed( "i2cBlockWrite", [&] { ops.i2c_block_write( bareRecord, 1, buffer, 1 ); } );
+   expectNamed( "processCall", [&] { ops.process_call( bareRecord, 1, 1, &word ); } );
+   expectNamed( "blockProcessCall",
+                [&] { ops.block_process_call( bareRecord, 1, buffer, 1, buffer, &byte ); } );
+}
+
+// A driver's own versions of what the proxy driver doesn't provide.
+struct WholeProxy : Component::LogicalDevice::SmbusProxy {
+   pl_status quickCommand( int bit ) override { return bit ? PL_STATUS_UNSUPPORTED : PL_STATUS_OK; }
+   pl_status blockProcessCall( uint8_t command, const uint8_t *buf, uint8_t n, uint8_t *out,
+                               uint8_t *outLen ) override {
+      std::copy_n( buf, n, out );
+      out[n] = command;
+      *outLen = static_cast<uint8_t>( n + 1 );
+      return PL_STATUS_OK;
+   }
+};
+
+TEST_F( SmbusProxyTest, QuickCommandAndBlockProcessCallAreHandedOnWhereADriverHasThem ) {
+   WholeProxy whole;
+   EXPECT_EQ( ops.quick_command( &whole.record_, 1 ), PL_STATUS_UNSUPPORTED );
+   EXPECT_EQ( ops.quick_command( &whole.record_, 0 ), PL_STATUS_OK );
+   const uint8_t sent[] = { 1, 2 };
+   EXPECT_EQ( ops.block_process_call( &whole.record_, 0x77, sent, 2, buffer, &byte ),
+              PL_STATUS_OK );
+   EXPECT_EQ( byte, 3 );
+   EXPECT_EQ( buffer[1], 2 );
+   EXPECT_EQ( buffer[2], 0x77 );
 }
 
 // Every operation that no driver provides names itself.
@@ -125,28 +155,24 @@ TEST( BareProxyTest, ProvidesNothing ) {
    uint8_t byte;
    uint16_t word;
    unsigned length;
-   const auto messageOf = []( auto call ) -> std::string {
-      try {
-         call();
-      } catch ( const std::exception &e ) {
-         return std::string( e.what() ).substr( sizeof( "Not implemented" ) );
-      }
-      return "";
-   };
-   EXPECT_EQ( messageOf( [&] { proxy.quickCommand( 1 ); } ), "quickCommand" );
-   EXPECT_EQ( messageOf( [&] { proxy.receiveByte( &byte ); } ), "receiveByte" );
-   EXPECT_EQ( messageOf( [&] { proxy.sendByte( 1 ); } ), "sendByte" );
-   EXPECT_EQ( messageOf( [&] { proxy.readByte( 1, &byte ); } ), "readByte" );
-   EXPECT_EQ( messageOf( [&] { proxy.writeByte( 1, 1 ); } ), "writeByte" );
-   EXPECT_EQ( messageOf( [&] { proxy.readWord( 1, &word ); } ), "readWord" );
-   EXPECT_EQ( messageOf( [&] { proxy.writeWord( 1, 1 ); } ), "writeWord" );
-   EXPECT_EQ( messageOf( [&] { proxy.blockRead( 1, &byte, &length ); } ), "blockRead" );
-   EXPECT_EQ( messageOf( [&] { proxy.blockWrite( 1, &byte, 1 ); } ), "blockWrite" );
-   EXPECT_EQ( messageOf( [&] { proxy.i2cBlockRead( 1, &byte, 1 ); } ), "i2cBlockRead" );
-   EXPECT_EQ( messageOf( [&] { proxy.i2cBlockWrite( 1, &byte, 1 ); } ), "i2cBlockWrite" );
-   EXPECT_EQ( messageOf( [&] { proxy.processCall( 1, 1, &word ); } ), "processCall" );
+   EXPECT_EQ( messageOf( [&] { proxy.quickCommand( 1 ); } ), "Not implemented quickCommand" );
+   EXPECT_EQ( messageOf( [&] { proxy.receiveByte( &byte ); } ), "Not implemented receiveByte" );
+   EXPECT_EQ( messageOf( [&] { proxy.sendByte( 1 ); } ), "Not implemented sendByte" );
+   EXPECT_EQ( messageOf( [&] { proxy.readByte( 1, &byte ); } ), "Not implemented readByte" );
+   EXPECT_EQ( messageOf( [&] { proxy.writeByte( 1, 1 ); } ), "Not implemented writeByte" );
+   EXPECT_EQ( messageOf( [&] { proxy.readWord( 1, &word ); } ), "Not implemented readWord" );
+   EXPECT_EQ( messageOf( [&] { proxy.writeWord( 1, 1 ); } ), "Not implemented writeWord" );
+   EXPECT_EQ( messageOf( [&] { proxy.blockRead( 1, &byte, &length ); } ),
+              "Not implemented blockRead" );
+   EXPECT_EQ( messageOf( [&] { proxy.blockWrite( 1, &byte, 1 ); } ), "Not implemented blockWrite" );
+   EXPECT_EQ( messageOf( [&] { proxy.i2cBlockRead( 1, &byte, 1 ); } ),
+              "Not implemented i2cBlockRead" );
+   EXPECT_EQ( messageOf( [&] { proxy.i2cBlockWrite( 1, &byte, 1 ); } ),
+              "Not implemented i2cBlockWrite" );
+   EXPECT_EQ( messageOf( [&] { proxy.processCall( 1, 1, &word ); } ),
+              "Not implemented processCall" );
    EXPECT_EQ( messageOf( [&] { proxy.blockProcessCall( 1, &byte, 1, &byte, &byte ); } ),
-              "blockProcessCall" );
+              "Not implemented blockProcessCall" );
 }
 
 } // namespace

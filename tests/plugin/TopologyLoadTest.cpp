@@ -22,6 +22,18 @@ TEST_F( TopologyLoadTest, AnEmptyArrayHasNoMedia ) {
    EXPECT_TRUE( _topology->media.empty() );
 }
 
+TEST_F( TopologyLoadTest, NoTextIsNotWhatWasLoadedBeforeAnythingWas ) {
+   EXPECT_EQ( Topology::loadTopology( "" ), 3 );
+   EXPECT_TRUE(
+      TestHost::traced( 2, "failed to load topology from json: The document is empty. offset 0" ) );
+}
+
+TEST_F( TopologyLoadTest, ABussIdIsReadSignedAndKeptUnsigned ) {
+   load( "[{'type':'I2C','ham':'C','bus':{'id':-1}}]" );
+   EXPECT_EQ( firstBus().id, 0xFFFFFFFFu );
+   EXPECT_DEATH( load( "[{'type':'I2C','ham':'C','bus':{'id':3000000000}}]" ), "Assertion" );
+}
+
 TEST_F( TopologyLoadTest, BuildsEveryKindOfNode ) {
    load( "[{'type':'SCD','ham':'A','pci':5,'accelerators':[{'id':3,'busses':[{'id':2}]}]},"
          "{'type':'Celestica','ham':'B','accelerators':[{'id':4}]},"

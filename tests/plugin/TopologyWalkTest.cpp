@@ -44,7 +44,9 @@ class TopologyWalkTest : public PluginTest {
             "'devices':[{'did':41}]}]}]}]" );
    }
 
-   bool walk( Recorder &recorder ) { return Topology::_topology->accept( &recorder ); }
+   bool walk( Topology::TopologyVisitor &visitor ) {
+      return Topology::_topology->accept( &visitor );
+   }
 };
 
 TEST_F( TopologyWalkTest, VisitsEveryNodeAfterItsDescendantsDevicesBeforeMuxesIdsAscending ) {
@@ -100,7 +102,20 @@ TEST_F( TopologyWalkTest, FindsTheDeviceThatItMeetsFirst ) {
 }
 
 TEST_F( TopologyWalkTest, FindsDevicesBeforeThoseBehindTheMuxesOfTheirBus ) {
-   EXPECT_EQ( Topology::findDevice( 3 )->did, 3u );
+   load( "[{'type':'I2C','ham':'h','bus':{'id':0,'muxes':[{'did':9,'busses':[{'id':1,"
+         "'devices':[{'did':3}]}]}],'devices':[{'did':2},{'did':3}]}}]" );
+   const auto &i2c = dynamic_cast<Topology::I2C &>( *Topology::_topology->media[0] );
+   EXPECT_EQ( Topology::findDevice( 3 ), i2c.bus->devices[1].get() );
+}
+
+TEST_F( TopologyWalkTest, ASearchSaysWhetherAndWhatItFound ) {
+   Topology::SearchDeviceVisitor search( 7 ), other( 99 );
+   walk( search );
+   EXPECT_TRUE( search.found );
+   EXPECT_EQ( search.device, Topology::findDevice( 7 ) );
+   walk( other );
+   EXPECT_FALSE( other.found );
+   EXPECT_EQ( other.device, nullptr );
 }
 
 TEST_F( TopologyWalkTest, FindsNothingForAnIdThatIsNotInTheTree ) {
