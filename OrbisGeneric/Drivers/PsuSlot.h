@@ -3,7 +3,7 @@
 
 #include "OrbisGeneric/Components/Device.h"
 #include "OrbisGeneric/Components/Slot.h"
-#include "OrbisGeneric/Drivers/FormatFdl.h"
+#include "OrbisGeneric/Drivers/Helpers.h"
 
 namespace Drivers {
 

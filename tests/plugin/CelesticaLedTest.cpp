@@ -1,5 +1,5 @@
-#include "OrbisGeneric/Drivers/Kelt/CelesticaLed.h"
 #include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/Kelt/CelesticaCPLD.h"
 #include "support/PluginTest.h"
 #include "support/ScriptedHam.h"
 
@@ -44,6 +44,7 @@ TEST_F( CelesticaLedTest, TheSystemLedHasTwoBitsWhicheverItsId ) {
       EXPECT_EQ( system->setLightSetting( PL_LED_BEACON ), PL_STATUS_OK );
    }
    EXPECT_TRUE( TestHost::traced( 6, "setting CPLD System Led 1 to Beacon" ) );
+   EXPECT_FALSE( TestHost::traced( 6, "Setting status for KeltCPLD System LED-0 failed." ) );
    EXPECT_TRUE( TestHost::traced( 5, "creating new KeltCPLD status LED with id 2" ) );
 }
 
@@ -70,6 +71,9 @@ TEST_F( CelesticaLedTest, ASupplysLedIsLitByAZeroInItsOwnBit ) {
    EXPECT_EQ( first->setLightSetting( PL_LED_GOOD ), PL_STATUS_OK );
    EXPECT_TRUE( TestHost::traced( 6, "setting CPLD PSU Led 1 to Good" ) );
    EXPECT_TRUE( TestHost::traced( 5, "creating new KeltCPLD psu LED with id 2" ) );
+   EXPECT_FALSE( TestHost::traced( 6, "Setting status for KeltCPLD PSU LED-1 failed." ) );
+   EXPECT_FALSE( TestHost::traced( 0, "Error reading CPLD led register" ) );
+   EXPECT_TRUE( Led::notifyList_.empty() );
 }
 
 TEST_F( CelesticaLedTest, ASupplysLedCantShowTheOthers ) {
@@ -114,7 +118,9 @@ TEST_F( CelesticaLedTest, ABlinkingLedLeavesTheListBeforeTheBusIsAsked ) {
 
 TEST_F( CelesticaLedTest, AThirdSupplysLedStopsTheProcess ) {
    Drivers::CelXcvrCPLD::PsuLed third( &cpld, 2 );
-   EXPECT_DEATH( third.setLightSetting( PL_LED_GOOD ), "Assertion `0 <= id_ && id_ <= 1' failed" );
+   EXPECT_DEATH( third.setLightSetting( PL_LED_GOOD ),
+                 "OrbisGeneric/Drivers/Kelt/CelesticaCPLD\\.cpp.*"
+                 "Assertion `0 <= id_ && id_ <= 1' failed" );
 }
 
 TEST_F( CelesticaLedTest, ABlinkingLedShowsBothPhasesUntilAnotherSetting ) {
@@ -151,14 +157,17 @@ TEST_F( CelesticaLedTest, ABlinkThatFailsLeavesTheList ) {
 TEST_F( CelesticaLedTest, BusFailuresAreTracedAndHandedUp ) {
    auto system = led( "status", "1" ), psu = led( "psu", "2" );
    for ( auto *each : { system.get(), psu.get() } ) {
+      TestHost::traces.clear();
       ham.expectBatch( { read8( 0x303 ).fails( 4 ) } );
       EXPECT_EQ( each->setLightSetting( PL_LED_GOOD ), 4 );
+      EXPECT_TRUE( TestHost::traced( 0, "Error reading CPLD led register" ) );
       ham.expectBatch( { read8( 0x303 ).answers( { 0 } ) } );
       ham.expectBatch( { write8( 0x303, 0x00 ).fails( 6 ) } );
       EXPECT_EQ( each->setLightSetting( PL_LED_GOOD ), 6 );
+      EXPECT_TRUE( TestHost::traced( 6, each == system.get()
+                                           ? "Setting status for KeltCPLD System LED-0 failed."
+                                           : "Setting status for KeltCPLD PSU LED-1 failed." ) );
    }
-   EXPECT_TRUE( TestHost::traced( 6, "Setting status for KeltCPLD System LED-0 failed." ) );
-   EXPECT_TRUE( TestHost::traced( 6, "Setting status for KeltCPLD PSU LED-1 failed." ) );
 }
 
 TEST_F( CelesticaLedTest, AnotherTypeMakesNoLed ) {

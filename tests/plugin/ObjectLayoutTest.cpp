@@ -3,7 +3,7 @@
 #include "OrbisGeneric/Drivers/DualFan.h"
 #include "OrbisGeneric/Drivers/EMC2305.h"
 #include "OrbisGeneric/Drivers/GenericSmbusMux.h"
-#include "OrbisGeneric/Drivers/Kelt/CelesticaLed.h"
+#include "OrbisGeneric/Drivers/Kelt/CelesticaCPLD.h"
 #include "OrbisGeneric/Drivers/Kelt/CelesticaXcvr.h"
 #include "OrbisGeneric/Drivers/Kelt/KeltPCA9506.h"
 #include "OrbisGeneric/Drivers/LM75.h"

@@ -144,6 +144,23 @@ TEST_F( OrbisSmbusPathTest, AComponentBehindADeviceOfTheIdThatIsAskedForIsStillF
    EXPECT_EQ( ham->masterType, Smbus::MASTER_CELESTICA );
 }
 
+TEST_F( OrbisSmbusPathTest, TheSearchPassesByACelesticaMedium ) {
+   load( "[{'type':'Celestica','ham':'OrbisSmbus'},"
+         "{'type':'I2C','ham':'OrbisSmbus','bus':{'id':3,'devices':[{'did':28}]}}]" );
+   const auto *ham = hamFor( 28 );
+   ASSERT_NE( ham, nullptr );
+   EXPECT_EQ( ham->masterType, Smbus::MASTER_I2C );
+}
+
+TEST_F( OrbisSmbusPathTest, ASecondInitLeavesOneSelectionForEachMux ) {
+   auto *ham = hamFor( 22 );
+   ham->response_.add_response();
+   ham->init();
+   EXPECT_EQ( ham->prepareRequestCount_, 2u );
+   EXPECT_EQ( ham->request_.request_size(), 2 );
+   EXPECT_EQ( ham->response_.response_size(), 0 );
+}
+
 TEST_F( OrbisSmbusPathTest, NoHamForADeviceThatIsNotInTheTopology ) {
    EXPECT_EQ( hamFor( 99 ), nullptr );
    Drivers::DriverArgs args;
@@ -164,8 +181,14 @@ TEST_F( OrbisSmbusPathTest, AMuxChipMustBeDeclaredInline ) {
       "'muxes':[{'did':100,'busses':[{'id':1,'devices':[{'did':20}]}]}]}}]";
    load( text );
    EXPECT_DEATH( hamFor( 20 ), "3 Device 100 isn't declared inline\n(.|\n)*"
-                               "OrbisGeneric/Ham/OrbisSmbusVisitor\\.cpp.*Assertion "
+                               "OrbisGeneric/Ham/OrbisSmbusHam\\.cpp.*Assertion "
                                "`topoDev->args' failed" );
+}
+
+TEST_F( OrbisSmbusPathTest, AMuxChipThatIsNoDeviceStopsTheProcess ) {
+   load( "[{'type':'I2C','ham':'OrbisSmbus','bus':{'id':0,"
+         "'muxes':[{'did':100,'busses':[{'id':1,'devices':[{'did':20}]}]}]}}]" );
+   EXPECT_DEATH( hamFor( 20 ), "Assertion `topoDev' failed" );
 }
 
 TEST_F( OrbisSmbusPathTest, AMuxChipWhoseDriverCantBeMadeStopsTheProcess ) {

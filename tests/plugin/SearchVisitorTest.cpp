@@ -45,6 +45,12 @@ TEST_F( SearchVisitorTest, WithoutAComponentTheDeviceIsMatched ) {
    EXPECT_FALSE( search( Drivers::noComponent, 99 ).found );
 }
 
+TEST_F( SearchVisitorTest, PassesByACelesticaMedium ) {
+   load( "[{'type':'Celestica','ham':'first'},"
+         "{'type':'I2C','ham':'second','bus':{'id':7,'devices':[{'did':52}]}}]" );
+   EXPECT_EQ( search( Drivers::noComponent, 52 ).ham, "second" );
+}
+
 TEST_F( SearchVisitorTest, TracesTheWayUp ) {
    search( 510, 0 );
    EXPECT_EQ( TestHost::tracedAt( 2 ),

@@ -4,8 +4,8 @@
 
 #include "OrbisGeneric/Components/Led.h"
 #include "OrbisGeneric/Components/Slot.h"
-#include "OrbisGeneric/Drivers/FormatFdl.h"
 #include "OrbisGeneric/Drivers/GPIOExpander.h"
+#include "OrbisGeneric/Drivers/Helpers.h"
 
 namespace Drivers {
 
