@@ -1,4 +1,5 @@
 // The shared library as a host sees it that provides no trace, no timers and no watchers.
+#include "PlatformLibrary/PLSocket.h"
 #include "pl.h"
 
 #include <dlfcn.h>
@@ -9,6 +10,29 @@
 
 #include <cstdlib>
 #include <string>
+#include <utility>
+
+namespace {
+
+void *plugin = nullptr;
+bool watches = false; // a socket has a watcher when it fails to be set up
+
+} // namespace
+
+// Both stand in front of what the plug-in would find behind them.
+int PlatformLibrary::PLSocket::setup() {
+   if ( watches ) {
+      watcher = reinterpret_cast<pl_fd_watcher_handle>( 0x40 );
+      return -1;
+   }
+   using Setup = int( PLSocket * );
+   return reinterpret_cast<Setup *>( dlsym( plugin, "_ZN15PlatformLibrary8PLSocket5setupEv" ) )(
+      this );
+}
+extern "C" unsigned sleep( unsigned ) { return 0; }
+
+// The plug-in's objects live to the end of the process.
+extern "C" const char *__lsan_default_suppressions() { return "leak:libOrbisDriversKelt"; }
 
 namespace {
 
@@ -40,8 +64,16 @@ class BareHostTest : public ::testing::Test {
 
    std::string folder;
    int listener = -1;
-   void *plugin = nullptr;
 };
+
+TEST_F( BareHostTest, ASocketThatFailsKeepsItsWatcherWithoutAServiceToDeleteIt ) {
+   auto plSockInit = symbol<int ( * )( const char *, int )>( "_Z10plSockInitPKci" );
+   ASSERT_NE( plSockInit, nullptr );
+   watches = true;
+   EXPECT_EQ( plSockInit( "test", 1 ), 4 );
+   watches = false;
+   EXPECT_EQ( plSockInit( "test", 1 ), 0 );
+}
 
 TEST_F( BareHostTest, LoadsAndInitialises ) {
    ASSERT_NE( plugin, nullptr ) << dlerror();
@@ -51,10 +83,22 @@ TEST_F( BareHostTest, LoadsAndInitialises ) {
    EXPECT_EQ( init( "[]" ), 0 );
 }
 
-TEST_F( BareHostTest, FailsToConnectWithoutAWatcherServiceToCall ) {
-   auto plSockInit = symbol<int ( * )( const char *, int )>( "_Z10plSockInitPKci" );
-   ASSERT_NE( plSockInit, nullptr );
-   EXPECT_EQ( plSockInit( "test", 0 ), 4 );
+// A device that could poll is made all the same; what needs a timer stops the process.
+TEST_F( BareHostTest, WithoutTimersNothingPollsAndNothingBlinks ) {
+   ASSERT_EQ( symbol<decltype( &pl_led_init )>( "pl_led_init" )(
+                 R"([{"type":"I2C",)"
+                 R"("ham":"OrbisSmbus","bus":{"id":0,"devices":[{"did":1},{"did":2}]}}])" ),
+              0 );
+   close( std::exchange( listener, -1 ) ); // whoever asks the server fails at once
+   auto addLed = symbol<decltype( &pl_led_add )>( "pl_led_add" );
+   const std::string cpld =
+      R"({"did":1,"driver":"KeltSCPLD","address":{"address":49},"driverArgs":{"id":"1",)";
+   const std::string steady = cpld + R"("type":"status"}})", blinking = cpld + R"("type":"psu"}})";
+   EXPECT_NE( addLed( steady.c_str() ), nullptr );
+   EXPECT_DEATH( addLed( blinking.c_str() ), "Assertion `blinkTimer_' failed" );
+   EXPECT_DEATH( addLed( R"({"did":2,"driver":"KeltSCPLD","address":{"address":49},)"
+                         R"("driverArgs":{"id":"1","type":"psu","xcvrPoll":""}})" ),
+                 "Assertion `pollStart\\(\\)' failed" );
 }
 
 } // namespace

@@ -245,6 +245,10 @@ TEST_F( KeltQCPLDTest, AFailedPollLeavesTheCacheAndIsTriedAtTheNextTick ) {
    EXPECT_EQ( xcvr->getPresence(), 1 );
    tick( poll( {}, 0 ) );
    EXPECT_EQ( xcvr->getPresence(), 0 );
+   ham.expectBatch( failing );
+   EXPECT_FALSE( cpld.updateRegisterCache() );
+   ham.expectBatch( poll( {}, 0 ) );
+   EXPECT_TRUE( cpld.updateRegisterCache() );
 }
 
 TEST_F( KeltQCPLDTest, ARegisterThatWasNeverPolledReadsZero ) {
@@ -324,7 +328,8 @@ TEST_F( KeltSCPLDTest, PortsOutOfRangeStopTheProcess ) {
    EXPECT_DEATH( cpld.newSfpXcvr( 0, args ), "Assertion `id >= 1 && id <= 48' failed" );
    EXPECT_DEATH( cpld.newSfpXcvr( 49, args ), "Assertion `id >= 1 && id <= 48' failed" );
    EXPECT_DEATH( cpld.newQsfpXcvr( 7, args ), "Assertion `id >= 1 && id <= 6' failed" );
-   sfp( 48 );
+   EXPECT_EQ( sfp( 48 )->xcvrId_, 48u );
+   EXPECT_EQ( dynamic_cast<CelXcvrCPLD::SfpXcvr &>( *sfp( 48 ) ).port_, 47 );
    qsfp( 6 );
    EXPECT_TRUE( TestHost::traced( 5, "creating new SfpXcvr for id 48" ) );
    EXPECT_TRUE( TestHost::traced( 5, "creating new QsfpXcvr for id 6" ) );
@@ -339,6 +344,7 @@ TEST( ComputeOffsetTest, FindsTheGroupAndTheBitOfAPort ) {
    using Place = std::pair<int, int>;
    EXPECT_EQ( place( KeltQCPLD::qsfpRegisterLimits, 8 ), Place( 1, 0 ) );
    EXPECT_EQ( place( KeltQCPLD::qsfpRegisterLimits, 31 ), Place( 3, 7 ) );
+   EXPECT_EQ( place( KeltQCPLD::qsfpRegisterLimits, 32 ), Place( 4, 0 ) );
    EXPECT_EQ( place( KeltSCPLD::sfpRegisterLimits, 16 ), Place( 2, 0 ) );
    EXPECT_EQ( place( KeltSCPLD::sfpRegisterLimits, 17 ), Place( 2, 1 ) );
    EXPECT_EQ( place( KeltSCPLD::sfpRegisterLimits, 18 ), Place( 3, 0 ) );
@@ -372,6 +378,15 @@ TEST_F( CpldFactoryTest, TheTypeGpioMakesAPlainDevice ) {
    EXPECT_TRUE( TestHost::timers.empty() );
    EXPECT_TRUE( TestHost::traced( 5, "Creating KeltQCPLD device" ) );
    EXPECT_TRUE( TestHost::traced( 5, "Creating KeltSCPLD device" ) );
+}
+
+TEST_F( CpldFactoryTest, AnotherTypeIsAnObjectsAndTheDeviceIsACpld ) {
+   Drivers::DriverArgs args;
+   args.driverArgs = { { "type", "psu" } };
+   for ( auto create : { KeltQCPLD::create, KeltSCPLD::create } ) {
+      std::unique_ptr<Component::HardwareDevice> device( create( args, nullptr ) );
+      EXPECT_NE( dynamic_cast<CelXcvrCPLD *>( device.get() ), nullptr );
+   }
 }
 
 TEST_F( CpldFactoryTest, ThePollFlagIsThereWhateverItsValue ) {

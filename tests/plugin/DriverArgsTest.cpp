@@ -105,23 +105,37 @@ TEST_F( DriverArgsTest, FromAnObjectThereIsNoText ) {
 }
 
 TEST_F( DriverArgsTest, ADocumentThatBreaksTheRulesStopsTheProcess ) {
-   for ( const char *text : {
-            "1",
-            "{'driver':'D','address':{'address':1}}",
-            "{'did':1,'address':{'address':1}}",
-            "{'did':1,'driver':'D'}",
-            "{'did':1,'driver':'D','address':1}",
-            "{'did':'1','driver':'D','address':{'address':1}}",
-            "{'did':1,'uid':'1','driver':'D','address':{'address':1}}",
-            "{'did':1,'driver':'D','address':{'address':1},'isMultiDevice':1}",
-            "{'did':1,'driver':'D','address':{'address':1},'isMultiDevice':true}",
-            "{'did':1,'driver':'D','address':{'address':1},'driverArgs':[]}",
-            "{'did':1,'driver':'D','address':{'address':1},'isMultiDevice':true,"
-            "'multiDeviceArgs':[]}",
-            "{'did':1,'driver':'D','address':{'address':1},'isMultiDevice':true,"
-            "'multiDeviceArgs':{'a':1}}",
+   for ( const auto &[text, condition] : std::vector<std::pair<const char *, const char *>>{
+            { "1", "json.IsObject()" },
+            { "{'driver':'D','address':{'address':1}}", "json.HasMember( \"did\" )" },
+            { "{'did':1,'address':{'address':1}}", "json.HasMember( \"driver\" )" },
+            { "{'did':1,'driver':'D'}", "json.HasMember( \"address\" )" },
+            { "{'did':1,'driver':'D','address':1}", "value.IsObject()" },
+            { "{'did':1,'driver':'D','address':{'address':1},'isMultiDevice':1}", "IsBool()" },
+            { "{'did':1,'driver':'D','address':{'address':1},'isMultiDevice':true}",
+              "json.HasMember( \"multiDeviceArgs\" )" },
+            { "{'did':1,'driver':'D','address':{'address':1},'driverArgs':[]}",
+              "json[\"driverArgs\"].IsObject()" },
+            { "{'did':1,'driver':'D','address':{'address':1},'isMultiDevice':true,"
+              "'multiDeviceArgs':[]}",
+              "json[\"multiDeviceArgs\"].IsObject()" },
+            // The JSON library's own.
+            { "{'did':'1','driver':'D','address':{'address':1}}", "kUintFlag" },
+            { "{'did':1,'uid':'1','driver':'D','address':{'address':1}}", "kUintFlag" },
+            { "{'did':1,'driver':'D','address':{'address':1},'isMultiDevice':true,"
+              "'multiDeviceArgs':{'a':1}}",
+              "IsString()" },
          } )
-      EXPECT_DEATH( args.parseJSON( json( text ) ), "Assertion" ) << text;
+      EXPECT_DEATH( args.parseJSON( json( text ) ),
+                    ::testing::AllOf( ::testing::HasSubstr( "Assertion `" ),
+                                      ::testing::HasSubstr( condition ) ) )
+         << text;
+}
+
+TEST_F( DriverArgsTest, ARecordThatIsFilledAgainIsNoLongerAMultiDevice ) {
+   args.isMultiDevice = true;
+   ASSERT_TRUE( args.parseJSON( document( "" ) ) );
+   EXPECT_FALSE( args.isMultiDevice );
 }
 
 class InsertDriverArgTest : public PluginTest {
@@ -158,9 +172,10 @@ TEST_F( InsertDriverArgTest, ASyntaxErrorLeavesTheOutputAlone ) {
 
 TEST_F( InsertDriverArgTest, ADocumentWithoutArgumentsStopsTheProcess ) {
    char *out;
-   EXPECT_DEATH( Drivers::insertDriverArg( "{}", &out, "a", "b" ), "Assertion" );
+   EXPECT_DEATH( Drivers::insertDriverArg( "{}", &out, "a", "b" ),
+                 "Assertion `document.HasMember\\( \"driverArgs\" \\)' failed" );
    EXPECT_DEATH( Drivers::insertDriverArg( json( "{'driverArgs':1}" ), &out, "a", "b" ),
-                 "Assertion" );
+                 "Assertion `document\\[\"driverArgs\"\\].IsObject\\(\\)' failed" );
 }
 
 } // namespace

@@ -120,10 +120,14 @@ class DualFanDocumentTest : public PluginTest {
          fanId, channel );
    }
    static const char *document( const std::string &driverArgs ) {
+      return document( rotor( 1, 0 ), rotor( 2, 1 ), driverArgs );
+   }
+   static const char *document( const std::string &inlet, const std::string &outlet,
+                                const std::string &driverArgs ) {
       return json( fmt::format( "{{'did':500,'driver':'DualFan','address':{{'address':0}},"
                                 "'isMultiDevice':true,'multiDeviceArgs':{{'inlet':'{}',"
                                 "'outlet':'{}'}},'driverArgs':{{{}}}}}",
-                                rotor( 1, 0 ), rotor( 2, 1 ), driverArgs ) );
+                                inlet, outlet, driverArgs ) );
    }
 };
 
@@ -143,6 +147,22 @@ TEST_F( DualFanDocumentTest, AMultiDeviceDocumentMakesACompositeOfItsTwoFans ) {
               std::string::npos );
    EXPECT_NE( FakeServer::inWords( FakeServer::received[1].request( 0 ) ).find( "reg 0x40 " ),
               std::string::npos );
+}
+
+TEST_F( DualFanDocumentTest, ItsIdCountsFromZeroOnceItIsMade ) {
+   pl_fan *fan = pl_fan_add( document( "'fanId':3,'maxRpm':23000,'maxDiff':0.25" ) );
+   ASSERT_NE( fan, nullptr );
+   FakeServer::answer = []( auto *, auto ** ) { return -1; };
+   EXPECT_EQ( fan->ops->set_rpm( fan, 23000 ), 4 );
+   EXPECT_TRUE( TestHost::traced( 0, "Error status 4 setting inlet fan 2 RPM" ) );
+}
+
+TEST_F( DualFanDocumentTest, ARotorThatCantBeMadeStopsTheProcess ) {
+   const char *const arguments = "'fanId':1,'maxRpm':1,'maxDiff':1";
+   EXPECT_DEATH( pl_fan_add( document( "{", rotor( 2, 1 ), arguments ) ),
+                 "Assertion `inlet' failed" );
+   EXPECT_DEATH( pl_fan_add( document( rotor( 1, 0 ), "{", arguments ) ),
+                 "Assertion `outlet' failed" );
 }
 
 TEST_F( DualFanDocumentTest, MissingArgumentsAndIdsOutOfRangeStopTheProcess ) {

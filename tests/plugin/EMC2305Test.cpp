@@ -106,6 +106,7 @@ TEST_F( EMC2305Test, WritesItsShareOfFullDriveAndWrapsAboveIt ) {
    ham.expectBatch( { write8( 0x50, 0x01 ) } ); // -255
    EXPECT_EQ( fan->setRpm( -23000 ), PL_STATUS_OK );
    EXPECT_TRUE( TestHost::traced( 5, "Setting fan 2 rpm to 46000" ) );
+   EXPECT_EQ( TestHost::tracedAt( 0 ), std::vector<std::string>{} );
 }
 
 TEST_F( EMC2305Test, AFailedWriteIsTracedWithItsStatus ) {

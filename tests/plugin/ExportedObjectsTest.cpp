@@ -205,9 +205,9 @@ TEST_F( ExportedObjectsTest, ATransceiverWithoutIdOrTypeOrOfAnotherTypeStopsTheP
    EXPECT_DEATH( pl_xcvr_add( document( "'type':'sfp'" ) ),
                  "0 No id argument given for Xcvr(.|\n)*OrbisGeneric/Components/Xcvr.*Assertion" );
    EXPECT_DEATH( pl_xcvr_add( document( "'id':1" ) ),
-                 "No type argument given for Xcvr(.|\n)*Assertion" );
+                 "0 No type argument given for Xcvr(.|\n)*Assertion `typeIt != " );
    EXPECT_DEATH( pl_xcvr_add( document( "'id':1,'type':'cfp'" ) ),
-                 "Xcvr type cfp not supported(.|\n)*Assertion" );
+                 "0 Xcvr type cfp not supported(.|\n)*OrbisGeneric/Components/Xcvr.*Assertion" );
 }
 
 TEST_F( ExportedObjectsTest, AnObjectThatIsNotMadeIsNullWithItsTrace ) {
@@ -273,6 +273,12 @@ TEST_F( ExportedObjectsTest, ALabelOfADeviceWithoutDriverGetsARecordOfItsOwn ) {
    EXPECT_EQ( record.uid, Drivers::noComponent );
    EXPECT_EQ( record.address.address, 0u );
    EXPECT_EQ( Component::DeviceBase::devices.count( 2 ), 1u );
+}
+
+TEST_F( ExportedObjectsTest, ALabelWhoseDeviceCantBeReachedIsNullWithItsTrace ) {
+   load( "[{'type':'I2C','ham':'Nobody','bus':{'id':0,'devices':[{'did':4,'label':'Far'}]}}]" );
+   EXPECT_EQ( pl_smbus_add( "Far", 0 ), nullptr );
+   EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "DeviceBase::create() failed" );
 }
 
 TEST_F( ExportedObjectsTest, AnUnknownLabelStopsTheProcess ) {

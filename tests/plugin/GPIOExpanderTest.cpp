@@ -31,6 +31,27 @@ TEST_F( GPIOExpanderTest, ReadsAnInputBankOnceInTwoSeconds ) {
    EXPECT_TRUE( TestHost::traced( 5, "GPIOExpander::readBit( 1, 2 ) = 1" ) );
 }
 
+TEST_F( GPIOExpanderTest, EveryBankCountsAsReadAsZeroWhenTimeBegan ) {
+   TestHost::now = 2;
+   EXPECT_EQ( expander.getInBank( 1, &byte ), PL_STATUS_OK ); // nothing on the bus
+   EXPECT_EQ( byte, 0 );
+   TestHost::now = 3;
+   ham.expectBatch( { read8( 0x01 ).answers( { 0x24 } ) } );
+   EXPECT_EQ( expander.getInBank( 1, &byte ), PL_STATUS_OK );
+   EXPECT_EQ( byte, 0x24 );
+}
+
+TEST_F( GPIOExpanderTest, EveryKindOfRegisterHasItsBase ) {
+   expander.init( 2, 2, 0x10, 0x20, 0x30 );
+   ham.expectBatch( { read8( 0x11 ).answers( { 0x01 } ) } );
+   EXPECT_EQ( expander.getInBank( 1, &byte ), PL_STATUS_OK );
+   ham.expectBatch( { read8( 0x21 ).answers( { 0x01 } ) } );
+   EXPECT_EQ( expander.getOutBank( 1, &byte ), PL_STATUS_OK );
+   const uint8_t cfg[] = { 1, 2 };
+   ham.expectBatch( { write8( 0x30, 1 ), write8( 0x31, 2 ) } );
+   EXPECT_EQ( expander.writeConfig( cfg ), PL_STATUS_OK );
+}
+
 TEST_F( GPIOExpanderTest, EveryBankHasItsOwnCache ) {
    ham.expectBatch( { read8( 0x00 ).answers( { 0x11 } ) } );
    EXPECT_EQ( expander.getInBank( 0, &byte ), PL_STATUS_OK );
@@ -61,6 +82,7 @@ TEST_F( GPIOExpanderTest, OutputChangesGatherUntilTheyAreSaved ) {
    EXPECT_EQ( expander.save(), PL_STATUS_OK );
    EXPECT_TRUE( TestHost::traced( 5, " GPIOExpander::save -- writing output bank 2 = 128" ) );
    EXPECT_EQ( expander.save(), PL_STATUS_OK ); // nothing is pending: nothing is sent
+   EXPECT_EQ( TestHost::tracedAt( 0 ), std::vector<std::string>{} );
 }
 
 TEST_F( GPIOExpanderTest, ABankWhoseNewValueIsZeroIsNotWrittenAndStaysPending ) {
@@ -122,6 +144,7 @@ TEST_F( GPIOExpanderTest, ABankEqualToTheirNumberPassesAndOneAboveStopsTheProces
    EXPECT_EQ( expander.getInBank( 3, &byte ), PL_STATUS_OK );
    ham.expectBatch( { read8( 0x0B ).answers( { 1 } ) } );
    EXPECT_EQ( expander.getOutBank( 3, &byte ), PL_STATUS_OK );
+   EXPECT_EQ( expander.save(), PL_STATUS_OK ); // it is no bank that could be written
    EXPECT_DEATH( expander.getInBank( 4, &byte ), "Assertion `n <= numBanks' failed" );
    EXPECT_DEATH( expander.getOutBank( 4, &byte ), "Assertion `n <= numBanks' failed" );
    EXPECT_DEATH( expander.readBit( 0, 8, &bit ), "Assertion `bit <= 7' failed" );

@@ -1,7 +1,10 @@
 #include "OrbisGeneric/Drivers/Kelt/KeltPCA9506.h"
 #include "OrbisGeneric/Drivers/Drivers.h"
+#include "support/Layout.h"
 #include "support/PluginTest.h"
 #include "support/ScriptedHam.h"
+
+REVEAL( IndexOfFansBay, Component::LogicalDevice::Slot::index_ );
 
 namespace {
 
@@ -61,6 +64,7 @@ class KeltPCA9506Test : public PluginTest {
 TEST_F( KeltPCA9506Test, ItsCreationIsTraced ) {
    delete KeltPCA9506::create( {}, &ham );
    EXPECT_TRUE( TestHost::traced( 0, "Creating Kelt PCA9506 Device" ) );
+   EXPECT_FALSE( TestHost::traced( 0, "Error: failed to write PCA9506 pin configuration" ) );
 }
 
 TEST_F( KeltPCA9506Test, AConfigurationThatCantBeWrittenIsTraced ) {
@@ -157,6 +161,10 @@ TEST_F( KeltPCA9506Test, ABeaconBlinksRedOnceHoweverOftenItIsSet ) {
    ham.expectBatch( { write8( 0x0B, 0x20 ) } );
    EXPECT_EQ( fan->setLightSetting( PL_LED_GOOD ), PL_STATUS_OK );
    EXPECT_TRUE( Led::notifyList_.empty() );
+   ham.expectBatch( { read8( 0x0B ).answers( { 0x20 } ) } );
+   ham.expectBatch( { write8( 0x0B, 0x60 ) } );
+   EXPECT_EQ( fan->setLightSetting( PL_LED_BEACON ), PL_STATUS_OK ); // blinks anew
+   EXPECT_EQ( Led::notifyList_.size(), 1u );
 }
 
 TEST_F( KeltPCA9506Test, AnUnexpectedSettingStillEndsTheBlinking ) {
@@ -186,6 +194,7 @@ TEST_F( KeltPCA9506Test, AModuleIsDescribedByItsAirflow ) {
    EXPECT_EQ( status, PL_STATUS_OK );
    EXPECT_TRUE( TestHost::traced( 5, "fan 2 fdl: FAN-7 frontToBackAirflow 23000" ) );
    EXPECT_TRUE( TestHost::traced( 5, "Creating new KeltPCA9506 Slot for Fan id 2" ) );
+   EXPECT_EQ( ( *bay ).*revealed( IndexOfFansBay() ), 1 ); // from zero
    expectModule( false );
    EXPECT_EQ( present( *bay ), "FAN-7 backToFrontAirflow 21000" );
 }
@@ -198,9 +207,24 @@ TEST_F( KeltPCA9506Test, TheSameAirflowIsAnsweredFromTheCache ) {
    fdl = nullptr;
    expectModule( true );
    EXPECT_EQ( present( *bay ), "FAN-7 frontToBackAirflow 23000" );
+   EXPECT_EQ( status, PL_STATUS_OK );
    EXPECT_NE( fdl, first );
    EXPECT_TRUE( TestHost::traced( 5, "Using cached fdl for fan 2" ) );
    free( first );
+}
+
+TEST_F( KeltPCA9506Test, ACachedTextThatCantBeCopiedIs6 ) {
+   auto bay = slot();
+   expectModule( true );
+   present( *bay );
+   expectModule( true );
+   TestHost::copiesTexts = false;
+   EXPECT_EQ( present( *bay ), "" );
+   EXPECT_EQ( status, 6 );
+   EXPECT_TRUE( TestHost::traced( 0, "Error: KeltPCA9506::FanSlot strdup failed" ) );
+   TestHost::copiesTexts = true;
+   expectModule( true );
+   EXPECT_EQ( present( *bay ), "FAN-7 frontToBackAirflow 23000" );
 }
 
 TEST_F( KeltPCA9506Test, AnEmptyBayIs1AndForgetsItsModule ) {
@@ -242,6 +266,9 @@ TEST_F( KeltPCA9506Test, MissingArgumentsAndIdsOutOfRangeStopTheProcess ) {
                                                   " != slotArgs_.end()' failed" ) );
       slotArguments = all;
    }
+   slotArguments.erase( "fanId" );
+   EXPECT_DEATH( slot(), ::testing::HasSubstr(
+                            R"(args.driverArgs.find( "fanId" ) != args.driverArgs.end())" ) );
    slotArguments["fanId"] = "6";
    EXPECT_DEATH( slot(), "fanId >= 1 && fanId <= 5" );
    EXPECT_DEATH( led( "0" ), "fanId >= 1 && fanId <= 5" );

@@ -19,6 +19,8 @@ struct BlinkingLed : Led {
    bool stays = true;
 };
 
+const bool phaseOfAFreshProcess = Led::blinkStatus_;
+
 class LedBlinkTest : public PluginTest {
  protected:
    LedBlinkTest() {
@@ -41,6 +43,8 @@ TEST_F( LedBlinkTest, TheTimerIsMadeOnceAndNotArmed ) {
    EXPECT_EQ( TestHost::tracedAt( 0 ),
               std::vector<std::string>{ "creating unique led blink timer" } );
 }
+
+TEST_F( LedBlinkTest, BeginsDark ) { EXPECT_FALSE( phaseOfAFreshProcess ); }
 
 TEST_F( LedBlinkTest, TheFirstLedArmsTheTimerALaterOneJoinsItsPhase ) {
    Led::notifyOnBlink( &a );

@@ -170,6 +170,10 @@ TEST_F( PmbusTest, AFanCommandThatFailsIsTracedWithTheDutyThatWasSent ) {
    ham.expectBatch( { write16( 0x3C ).carries( { 100, 0 } ).fails( 6 ) } );
    EXPECT_EQ( fan( "2", "100" )->setRpm( 250 ), 6 );
    EXPECT_TRUE( TestHost::traced( 0, "Failed to set fan1 duty cycle to 100" ) );
+   TestHost::traces.clear();
+   ham.expectBatch( { write16( 0x3C ).carries( { 50, 0 } ) } );
+   EXPECT_EQ( fan( "2", "100" )->setRpm( 50 ), PL_STATUS_OK );
+   EXPECT_FALSE( TestHost::traced( 0, "Failed to set fan1 duty cycle to 50" ) );
 }
 
 TEST_F( PmbusTest, EachSensorHasItsCommand ) {

@@ -1,7 +1,10 @@
 #include "OrbisGeneric/Drivers/PsuSlot.h"
 #include "OrbisGeneric/Drivers/Drivers.h"
+#include "support/Layout.h"
 #include "support/PluginTest.h"
 #include "support/ScriptedHam.h"
+
+REVEAL( IndexOfSupplysBay, Component::LogicalDevice::Slot::index_ );
 
 namespace {
 
@@ -81,6 +84,16 @@ TEST_F( PsuSlotTest, IdentifiesAPmbusSupplyByLengthThenBlock ) {
    EXPECT_TRUE( TestHost::traced( 0, "PSU serialNum = 'SN42'" ) );
    EXPECT_TRUE( TestHost::traced( 0, "PSU modelName = 'PWR-B'" ) );
    EXPECT_TRUE( TestHost::traced( 5, "Creating new PsuSlot for Psu id 1" ) );
+   EXPECT_FALSE( TestHost::traced( 0, "Invalid identification type: 'pmbus'" ) );
+}
+
+TEST_F( PsuSlotTest, TheBaysCountFromZero ) {
+   for ( const auto &[id, index] : { std::pair{ "1", 0 }, { "2", 1 } } ) {
+      Drivers::DriverArgs args;
+      args.driverArgs = { { "psuId", id } };
+      std::unique_ptr<Component::LogicalDevice::Slot> bay( driver.newSlot( args ) );
+      EXPECT_EQ( ( *bay ).*revealed( IndexOfSupplysBay() ), index );
+   }
 }
 
 TEST_F( PsuSlotTest, IdentifiesAnIpmiSupplyByItsProductArea ) {

@@ -49,8 +49,8 @@ TEST_F( RegGpioTest, ClearsItsBitInASecondBatchAndLeavesTheOthersAsRead ) {
    ham.expectBatch( { read8( 16 ).answers( { 0x89 } ) } );
    ham.expectBatch( { write8( 16, 0x81 ) } );
    EXPECT_EQ( gpio.bitClear(), PL_STATUS_OK );
-   ham.expectBatch( { read8( 16 ).answers( { 0x81 } ) } );
-   ham.expectBatch( { write8( 16, 0x81 ) } );
+   ham.expectBatch( { read8( 16 ).answers( { 0x06 } ) } );
+   ham.expectBatch( { write8( 16, 0x06 ) } );
    EXPECT_EQ( gpio.bitClear(), PL_STATUS_OK );
 }
 

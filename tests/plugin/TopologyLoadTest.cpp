@@ -225,6 +225,7 @@ TEST_F( AddressTest, CutsEachValueToTheWidthOfItsField ) {
    EXPECT_EQ( fill( "{'address':1,'writeDelay':6}" ).writeDelay, 2u );
    EXPECT_EQ( fill( "{'address':1,'readDelay':7}" ).readDelay, 3u );
    EXPECT_EQ( fill( "{'address':1,'extraDelay':3}" ).extraDelay, 1u );
+   EXPECT_EQ( fill( "{'address':1,'extraDelay':6}" ).extraDelay, 0u );
    EXPECT_EQ( fill( "{'address':1,'accel':130}" ).accel, 2u );
 }
 

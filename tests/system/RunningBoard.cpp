@@ -43,6 +43,11 @@ void RunningBoard::killServer() {
    server_->wait();
 }
 
+int RunningBoard::stopServer() {
+   server_->signal( SIGTERM );
+   return server_->wait();
+}
+
 Shown RunningBoard::show() { return showBoard( board_, socket_ ); }
 
 Ran RunningBoard::host( const std::vector<std::string> &words ) {

@@ -29,6 +29,7 @@ class RunningBoard {
    const TestSupport::StartedProgram &server() const { return *server_; }
    void startServer();
    void killServer();
+   int stopServer(); // asks it to end; its exit code
 
    // Each runs to its end.
    Shown show();

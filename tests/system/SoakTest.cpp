@@ -155,6 +155,7 @@ TEST_F( SoakTest, LivesOnInTheMemoryItBeganWithAndTellsEveryFault ) {
 #endif
    serve->signal( SIGTERM );
    EXPECT_EQ( serve->wait(), 0 );
+   EXPECT_EQ( board.stopServer(), 0 );
 }
 
 } // namespace

@@ -13,6 +13,7 @@ std::vector<std::unique_ptr<pl_timer>> timers;
 bool makesTimers = true;
 bool armsTimers = true, cancelsTimers = true;
 long now;
+bool copiesTexts = true;
 std::vector<pl_fd_watcher_handle> deletedWatchers;
 
 void reset() {
@@ -21,6 +22,7 @@ void reset() {
    timers.clear();
    makesTimers = armsTimers = cancelsTimers = true;
    now = 1'000'000;
+   copiesTexts = true;
    deletedWatchers.clear();
 }
 
@@ -87,5 +89,11 @@ void pl_fd_watcher_delete( pl_fd_watcher_handle watcher ) {
    TestHost::deletedWatchers.push_back( watcher );
 }
 
-// The linker is told to send the plug-in's calls of time here.
-extern "C" time_t __wrap_time( time_t * ) { return TestHost::now; }
+// The linker is told to send the plug-in's calls of these here.
+extern "C" {
+time_t __wrap_time( time_t * ) { return TestHost::now; }
+char *__real_strdup( const char * );
+char *__wrap_strdup( const char *text ) {
+   return TestHost::copiesTexts ? __real_strdup( text ) : nullptr;
+}
+}

@@ -33,7 +33,8 @@ extern bool keepsTraces;
 extern std::vector<std::unique_ptr<pl_timer>> timers;
 extern bool makesTimers;
 extern bool armsTimers, cancelsTimers;
-extern long now; // what time() says, in seconds
+extern long now;         // what time() says, in seconds
+extern bool copiesTexts; // whether strdup() finds memory
 extern std::vector<pl_fd_watcher_handle> deletedWatchers;
 
 void reset();
