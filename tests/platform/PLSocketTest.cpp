@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <poll.h>
 
+#include <csignal>
+
 namespace PlatformTest {
 
 namespace {
@@ -69,6 +71,36 @@ TEST_F( PLSocketTest, CarriesAFrameOfSixteenMebibytesEachWay ) {
    } );
    request.mutable_request( 0 )->set_data( std::string( limit - 100, 'y' ) );
    EXPECT_EQ( ask().size(), limit - 10 );
+}
+
+std::atomic<unsigned> interruptions;
+
+TEST_F( PLSocketTest, AHostsSignalsEndNeitherSendingNorReceiving ) {
+   struct sigaction counting {
+   }, before{};
+   counting.sa_handler = []( int ) { ++interruptions; };
+   sigaction( SIGUSR1, &counting, &before ); // without SA_RESTART: calls end with EINTR
+   const pthread_t host = pthread_self();
+   const auto interrupt = [host] {
+      for ( int i = 0; i < 2000; ++i ) {
+         const unsigned had = interruptions;
+         pthread_kill( host, SIGUSR1 );
+         while ( interruptions == had )
+            std::this_thread::yield();
+      }
+   };
+   ScriptedServer server( path, [&]( const Connection &connection, unsigned ) {
+      interrupt();
+      Smbus::TransactionRequest got;
+      connection.readRequest( got );
+      interrupt();
+      connection.answer( numbered( 7 ) );
+      connection.waitForClientToGo();
+   } );
+   request.mutable_request( 0 )->set_data( std::string( 8u << 20, 'y' ) ); // over any socket buffer
+   EXPECT_EQ( ask(), "7" );
+   server.stop();
+   sigaction( SIGUSR1, &before, nullptr );
 }
 
 TEST_F( PLSocketTest, ConnectsAfreshWhenTheServerWasRestartedInBetween ) {

@@ -348,6 +348,7 @@ TEST( ComputeOffsetTest, FindsTheGroupAndTheBitOfAPort ) {
    EXPECT_EQ( place( KeltSCPLD::sfpRegisterLimits, 16 ), Place( 2, 0 ) );
    EXPECT_EQ( place( KeltSCPLD::sfpRegisterLimits, 17 ), Place( 2, 1 ) );
    EXPECT_EQ( place( KeltSCPLD::sfpRegisterLimits, 18 ), Place( 3, 0 ) );
+   EXPECT_EQ( place( KeltSCPLD::sfpRegisterLimits, 48 ), Place( 8, 0 ) );
    EXPECT_EQ( place( {}, 5 ), Place( 0, 0 ) );
    EXPECT_EQ( place( { 8, 16 }, 20 ), Place( 2, 0 ) ); // behind the last limit: no bit
 }
@@ -367,6 +368,13 @@ TEST_F( KeltQCPLDTest, ABitCanBeReadAfreshAndWrittenOnTopOfWhatTheBusSays ) {
 }
 
 class CpldFactoryTest : public PluginTest {};
+
+TEST_F( CpldFactoryTest, WithoutThePollFlagNeitherCacheNorTimerIsUsed ) {
+   CelXcvrCPLD plain( false );
+   plain.CelXcvrCPLD::init(); // without an access method
+   EXPECT_TRUE( TestHost::traced( 0, "CelXcvrCPLD::init()" ) );
+   EXPECT_FALSE( TestHost::timers.at( 0 )->armed );
+}
 
 TEST_F( CpldFactoryTest, TheTypeGpioMakesAPlainDevice ) {
    Drivers::DriverArgs args;
