@@ -141,6 +141,16 @@ TEST_F( PLSocketFailureTest, RefusesSenselessFrames ) {
    }
 }
 
+TEST_F( PLSocketFailureTest, RefusesALengthWithoutEndWithoutWaitingForMore ) {
+   ScriptedServer server( path, []( const Connection &connection, unsigned ) {
+      Smbus::TransactionRequest got;
+      connection.readRequest( got );
+      connection.send( std::string( 10, '\xff' ) );
+      connection.waitForClientToGo();
+   } );
+   EXPECT_EQ( ask(), "EPROTO" );
+}
+
 TEST_F( PLSocketFailureTest, RefusesAnOversizedFrameWithoutWaitingForIt ) {
    const std::vector<std::string> lengths{
       std::string( "\x81\x80\x80\x08" ),     // 16 MiB and a byte

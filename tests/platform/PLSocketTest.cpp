@@ -73,6 +73,14 @@ TEST_F( PLSocketTest, CarriesAFrameOfSixteenMebibytesEachWay ) {
    EXPECT_EQ( ask().size(), limit - 10 );
 }
 
+TEST_F( PLSocketTest, SendsALargeRequestAndNothingBehindIt ) {
+   ScriptedServer server( path, answersEveryRequest );
+   request.mutable_request( 0 )->set_data( std::string( 8u << 20, 'y' ) ); // over any socket buffer
+   EXPECT_EQ( ask(), "0" );
+   EXPECT_EQ( ask(), "0" );
+   EXPECT_EQ( server.connections(), 1u );
+}
+
 std::atomic<unsigned> interruptions;
 
 TEST_F( PLSocketTest, AHostsSignalsEndNeitherSendingNorReceiving ) {
