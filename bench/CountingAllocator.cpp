@@ -5,11 +5,11 @@
 
 long allocations = 0;
 
-void *operator new( std::size_t size ) {
+void *operator new( size_t size ) {
    ++allocations;
    if ( void *memory = std::malloc( size ) )
       return memory;
    throw std::bad_alloc();
 }
 void operator delete( void *memory ) noexcept { std::free( memory ); }
-void operator delete( void *memory, std::size_t ) noexcept { std::free( memory ); }
+void operator delete( void *memory, size_t ) noexcept { std::free( memory ); }

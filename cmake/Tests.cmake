@@ -2,7 +2,7 @@
 # of them, and with the first one's precompiled header.
 function( orbis_add_test_program name )
    add_executable( ${name} ${ARGN} )
-   target_link_libraries( ${name} PRIVATE GTest::gmock GTest::gtest_main orbis_warnings )
+   target_link_libraries( ${name} PRIVATE GTest::gmock GTest::gtest_main fmt::fmt orbis_warnings )
    target_compile_options( ${name} PRIVATE -O0 )
    get_property( precompiled GLOBAL PROPERTY orbis_precompiled_test )
    if( precompiled )
@@ -13,14 +13,18 @@ function( orbis_add_test_program name )
    endif()
 endfunction()
 
-# orbis_add_test( NAME SOURCES ... LIBRARIES ... [DEPENDS targets that the tests run] )
-# One GoogleTest program; every case of it is a ctest test of its own, so that they run in parallel.
+# orbis_add_test( NAME [TESTS ...] [SOURCES ...] LIBRARIES ... [DEPENDS targets that the tests run] )
+# One GoogleTest program of all *Test.cpp of the folder, or of the TESTS alone, with the other SOURCES.
+# Every case is a ctest test of its own, so that they run in parallel.
 function( orbis_add_test name )
-   cmake_parse_arguments( PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;DEPENDS" )
+   cmake_parse_arguments( PARSE_ARGV 1 arg "" "TIMEOUT" "TESTS;SOURCES;LIBRARIES;DEPENDS" )
+   if( NOT arg_TESTS )
+      file( GLOB arg_TESTS CONFIGURE_DEPENDS *Test.cpp )
+   endif()
    if( NOT arg_TIMEOUT )
       set( arg_TIMEOUT 60 )
    endif()
-   orbis_add_test_program( ${name} ${arg_SOURCES} )
+   orbis_add_test_program( ${name} ${arg_TESTS} ${arg_SOURCES} )
    target_link_libraries( ${name} PRIVATE ${arg_LIBRARIES} )
    if( arg_DEPENDS )
       add_dependencies( ${name} ${arg_DEPENDS} )

@@ -1,6 +1,6 @@
-#include "JsonReader.h"
+#include "host/JsonReader.h"
 
-#include "check/Json.h"
+#include "boardfiles/Json.h"
 
 namespace Host {
 namespace {
@@ -8,18 +8,20 @@ namespace {
 using rapidjson::Value;
 
 double ageOf( const Value &json ) {
-   const Value *age = Json::find( &json, "age" );
+   const Value *age = BoardFiles::Json::find( &json, "age" );
    return age && age->IsNumber() ? age->GetDouble() : 0;
 }
 
 ObjectReport toObject( const Value &json ) {
-   ObjectReport object{ .name = Json::textOf( json, "name" ),
-                        .type = Json::textOf( json, "type" ),
-                        .state =
-                           stateOf( Json::textOf( json, "state" ) ).value_or( State::Unreadable ),
-                        .fault = toFault( json ),
-                        .age = ageOf( json ) };
-   for ( const Value &value : Json::elements( Json::find( &json, "values" ) ) )
+   ObjectReport object{
+      .name = BoardFiles::Json::textOf( json, "name" ),
+      .type = BoardFiles::Json::textOf( json, "type" ),
+      .state = stateOf( BoardFiles::Json::textOf( json, "state" ) ).value_or( State::Unreadable ),
+      .fault = toFault( json ),
+      .age = ageOf( json )
+   };
+   for ( const Value &value :
+         BoardFiles::Json::elements( BoardFiles::Json::find( &json, "values" ) ) )
       object.values.push_back( { toReading( value ), ageOf( value ) } );
    return object;
 }
@@ -35,33 +37,35 @@ Scalar toScalar( const Value *json ) {
       return json->GetInt64();
    if ( json->IsNumber() )
       return json->GetDouble();
-   if ( const auto words = Json::toText( json ) )
+   if ( const auto words = BoardFiles::Json::toText( json ) )
       return std::string( *words );
    return {};
 }
 
 Fault toFault( const Value &json ) {
-   Fault fault{ .words = Json::textOf( json, "fault" ) };
-   if ( const Value *status = Json::find( &json, "status" ); status && status->IsInt() )
+   Fault fault{ .words = BoardFiles::Json::textOf( json, "fault" ) };
+   if ( const Value *status = BoardFiles::Json::find( &json, "status" ); status && status->IsInt() )
       fault.status = status->GetInt();
    return fault;
 }
 
 Reading toReading( const Value &json ) {
-   return { .name = Json::textOf( json, "name" ),
-            .unit = Json::textOf( json, "unit" ),
-            .state = stateOf( Json::textOf( json, "state" ) ).value_or( State::Unreadable ),
-            .value = toScalar( Json::find( &json, "value" ) ),
+   return { .name = BoardFiles::Json::textOf( json, "name" ),
+            .unit = BoardFiles::Json::textOf( json, "unit" ),
+            .state =
+               stateOf( BoardFiles::Json::textOf( json, "state" ) ).value_or( State::Unreadable ),
+            .value = toScalar( BoardFiles::Json::find( &json, "value" ) ),
             .fault = toFault( json ) };
 }
 
 std::optional<BoardText> readBoard( const std::string &json ) {
    rapidjson::Document document;
    document.Parse( json.c_str(), json.size() );
-   if ( document.HasParseError() || !Json::find( &document, "objects" ) )
+   if ( document.HasParseError() || !BoardFiles::Json::find( &document, "objects" ) )
       return {};
-   BoardText board{ .board = Json::textOf( document, "board" ) };
-   for ( const Value &object : Json::elements( Json::find( &document, "objects" ) ) )
+   BoardText board{ .board = BoardFiles::Json::textOf( document, "board" ) };
+   for ( const Value &object :
+         BoardFiles::Json::elements( BoardFiles::Json::find( &document, "objects" ) ) )
       board.objects.push_back( toObject( object ) );
    return board;
 }

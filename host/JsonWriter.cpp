@@ -1,4 +1,4 @@
-#include "JsonWriter.h"
+#include "host/JsonWriter.h"
 
 #include <cmath>
 
@@ -11,7 +11,7 @@ double toMilliseconds( double seconds ) { return std::round( seconds * 1000 ) / 
 
 JsonWriter &JsonWriter::fault( const Fault &fault ) {
    if ( fault.status )
-      member( "status", std::int64_t{ *fault.status } );
+      member( "status", int64_t{ *fault.status } );
    if ( !fault.words.empty() )
       member( "fault", fault.words );
    return *this;

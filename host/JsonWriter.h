@@ -1,7 +1,6 @@
-#ifndef ORBIS_HOST_JSONWRITER_H
-#define ORBIS_HOST_JSONWRITER_H
+#pragma once
 
-#include "State.h"
+#include "host/State.h"
 
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -9,7 +8,7 @@
 
 namespace Host {
 
-/// Writes one JSON text, member by member.
+// Writes one JSON text, member by member.
 class JsonWriter {
  public:
    JsonWriter &beginObject() { return writer_.StartObject(), *this; }
@@ -27,7 +26,7 @@ class JsonWriter {
    }
    JsonWriter &value( const char *text ) { return value( std::string_view( text ) ); }
    JsonWriter &value( double number ) { return writer_.Double( number ), *this; }
-   JsonWriter &value( std::int64_t number ) { return writer_.Int64( number ), *this; }
+   JsonWriter &value( int64_t number ) { return writer_.Int64( number ), *this; }
    JsonWriter &value( bool flag ) { return writer_.Bool( flag ), *this; }
    JsonWriter &value( std::monostate ) { return writer_.Null(), *this; }
 
@@ -35,12 +34,12 @@ class JsonWriter {
    JsonWriter &member( std::string_view name, const T &what ) {
       return key( name ).value( what );
    }
-   /// The members "status" and "fault", where there is something to say.
+   // The members "status" and "fault", where there is something to say.
    JsonWriter &fault( const Fault &fault );
-   /// The members of a reading but for its fault: "name", "unit", "state", "value".
+   // The members of a reading but for its fault: "name", "unit", "state", "value".
    JsonWriter &reading( const Reading &reading );
 
-   /// A whole object of a board.
+   // A whole object of a board.
    JsonWriter &object( const ObjectReport &object );
 
    std::string text() const { return { buffer_.GetString(), buffer_.GetSize() }; }
@@ -50,12 +49,10 @@ class JsonWriter {
    rapidjson::Writer<rapidjson::StringBuffer> writer_{ buffer_ };
 };
 
-/// An object of a board, as the schema's definition "object" has it.
+// An object of a board, as the schema's definition "object" has it.
 std::string toJson( const ObjectReport &object );
 
-/// The one JSON text that tells of a board; its schema is boards/state.schema.json.
+// The one JSON text that tells of a board; its schema is boards/state.schema.json.
 std::string toJson( std::string_view board, const BoardReport &report );
 
 } // namespace Host
-
-#endif

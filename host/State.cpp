@@ -1,6 +1,6 @@
-#include "State.h"
+#include "host/State.h"
 
-#include "EnumNames.h"
+#include "boardfiles/EnumNames.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -8,8 +8,8 @@
 namespace Host {
 namespace {
 
-constexpr EnumNames<State, 6> stateNames{ { "ok", "stale", "unreadable", "absent", "unmanaged",
-                                            "unsupported" } };
+constexpr BoardFiles::EnumNames<State, 6> stateNames{ { "ok", "stale", "unreadable", "absent",
+                                                        "unmanaged", "unsupported" } };
 
 bool isBad( State state ) { return state == State::Unreadable || state == State::Stale; }
 

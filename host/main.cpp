@@ -1,7 +1,7 @@
-#include "Board.h"
-#include "plugin/Child.h"
-#include "view/Commands.h"
-#include "view/Log.h"
+#include "boardfiles/Board.h"
+#include "host/commands/Commands.h"
+#include "host/plugin/Child.h"
+#include "host/terminal/Log.h"
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
@@ -12,10 +12,10 @@ using Host::Options;
 
 int run( const Options &options ) {
    Host::setUpLog( options );
-   Host::Findings findings;
-   const auto board = Host::loadBoard( options.board, options.drivers, findings );
-   for ( const Host::Finding &finding : findings )
-      fmt::print( stderr, "{}\n", Host::toText( finding ) );
+   BoardFiles::Findings findings;
+   const auto board = BoardFiles::loadBoard( options.board, options.drivers, findings );
+   for ( const BoardFiles::Finding &finding : findings )
+      fmt::print( stderr, "{}\n", BoardFiles::toText( finding ) );
    if ( !board )
       return Host::exitBadBoard;
    switch ( options.command ) {

@@ -1,4 +1,4 @@
-#include "CommandLine.h"
+#include "smbusd/CommandLine.h"
 
 #include <CLI/CLI.hpp>
 
@@ -22,7 +22,7 @@ void describeSources( CLI::App &app, Options &options ) {
          "--lend-adapter",
          [&options]( const std::vector<std::string> &texts ) {
             for ( const std::string &text : texts ) {
-               const auto bus = parseRootBusId( text );
+               const auto bus = Bus::parseRootBusId( text );
                if ( !bus )
                   throw CLI::ValidationError( "not a bus: " + text );
                options.lent.push_back( *bus );

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RootBusId.h"
+#include "smbus/RootBusId.h"
 
 #include <CLI/App.hpp>
 
@@ -19,7 +19,7 @@ struct Options {
    std::string routes;
    std::string recordTo;
    std::string replayFrom;
-   std::vector<RootBusId> lent;
+   std::vector<Bus::RootBusId> lent;
    bool asSlow = false; // as what is replayed
    std::string logLevel = "info";
    unsigned transactionLimit = 2000; // ms

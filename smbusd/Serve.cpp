@@ -1,13 +1,13 @@
-#include "Serve.h"
+#include "smbusd/Serve.h"
 
-#include "SimulationClock.h"
-#include "board/SimulatedBoard.h"
-#include "control/ControlServer.h"
-#include "lend/LentAdapter.h"
-#include "record/Recorder.h"
-#include "record/Replay.h"
-#include "routes/RoutedBusses.h"
-#include "server/Server.h"
+#include "simulator/board/SimulatedBoard.h"
+#include "simulator/board/SimulationClock.h"
+#include "smbusd/control/ControlServer.h"
+#include "smbusd/export/ExportedAdapter.h"
+#include "smbusd/record/Recorder.h"
+#include "smbusd/record/Replay.h"
+#include "smbusd/routes/RoutedBusses.h"
+#include "smbusd/server/Server.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
@@ -30,20 +30,20 @@ namespace {
 
 // A simulated board with its clock and its bench's side.
 struct Simulation {
-   Simulation( const Options &options, const Clock &real )
+   Simulation( const Options &options, const Bus::Clock &real )
       : clock( real, options.speed ), board( options.topology, options.simulation, clock ) {
       board.traceTo( tracer );
    }
-   SimulationClock clock;
-   SimulatedBoard board;
-   Tracer tracer;
-   Controls controls{ board.bench(), clock };
+   Simulator::SimulationClock clock;
+   Simulator::SimulatedBoard board;
+   Bus::Tracer tracer;
+   Simulator::Controls controls{ board.bench(), clock };
 };
 
-Busses routed( const std::string &path, Busses simulated ) {
-   const auto routes = loadRoutes( path );
+Bus::Busses routed( const std::string &path, Bus::Busses simulated ) {
+   const auto routes = BoardFiles::loadRoutes( path );
    RoutedBusses busses( std::move( simulated ), {} );
-   for ( const Route &route : routes->routes ) {
+   for ( const BoardFiles::Route &route : routes->routes ) {
       busses.add( route, []( const std::string &why ) { spdlog::warn( "not yet: {}", why ); } );
       if ( !busses.lastCarrier().empty() )
          spdlog::info( "{} is {}", toString( route.bus ), busses.lastCarrier() );
@@ -51,28 +51,29 @@ Busses routed( const std::string &path, Busses simulated ) {
    return busses.take();
 }
 
-Carriers carriersFor( const Options &options, Simulation *simulation, const Clock &clock ) {
+Executors executorsFor( const Options &options, Simulation *simulation, const Bus::Clock &clock ) {
    if ( !options.replayFrom.empty() )
-      return replay( options.replayFrom, [asSlow = options.asSlow]( Clock::Time took ) {
+      return replay( options.replayFrom, [asSlow = options.asSlow]( Bus::Clock::Time took ) {
          if ( asSlow )
             std::this_thread::sleep_for( took );
       } );
-   Busses busses = simulation ? simulation->board.busses() : Busses();
+   Bus::Busses busses = simulation ? simulation->board.busses() : Bus::Busses();
    if ( !options.routes.empty() )
       busses = routed( options.routes, std::move( busses ) );
-   return carriersOn( std::move( busses ), clock );
+   return executorsOn( std::move( busses ), clock );
 }
 
-std::vector<std::unique_ptr<Lend::LentAdapter>> lend( const Options &options,
-                                                      Simulation *simulation ) {
-   std::vector<std::unique_ptr<Lend::LentAdapter>> lent;
+std::vector<std::unique_ptr<Lend::ExportedAdapter>> lend( const Options &options,
+                                                          Simulation *simulation ) {
+   std::vector<std::unique_ptr<Lend::ExportedAdapter>> lent;
    std::chrono::seconds patience( 10 );
-   for ( const RootBusId &id : options.lent ) {
+   for ( const Bus::RootBusId &id : options.lent ) {
       const std::string name = toString( id );
       try {
-         lent.push_back( std::make_unique<Lend::LentAdapter>( simulation->board.bus( id ), name ) );
+         lent.push_back(
+            std::make_unique<Lend::ExportedAdapter>( simulation->board.bus( id ), name ) );
       } catch ( const std::out_of_range & ) {
-         throw Lend::LendError( fmt::format( "the simulated board has no {} to lend", name ) );
+         throw Lend::ExportError( fmt::format( "the simulated board has no {} to lend", name ) );
       }
       if ( const auto number = lent.back()->adapter( patience ) )
          spdlog::info( "{} is lent as {}", name, Linux::describeAdapter( *number, {} ) );
@@ -105,12 +106,12 @@ void leaveBehind( Dispatcher &dispatcher, std::chrono::milliseconds limit ) {
 } // namespace
 
 void serve( const Options &options ) {
-   const RealClock clock;
+   const Bus::RealClock clock;
    std::optional<Simulation> simulation;
    if ( !options.topology.empty() )
       simulation.emplace( options, clock );
-   Carriers carriers = carriersFor( options, simulation ? &*simulation : nullptr, clock );
-   for ( const auto &[id, carrier] : carriers )
+   Executors executors = executorsFor( options, simulation ? &*simulation : nullptr, clock );
+   for ( const auto &[id, executor] : executors )
       spdlog::debug( "bus {}", toString( id ) );
    std::optional<Recorder> recorder;
    Dispatcher::Observer observer;
@@ -120,15 +121,15 @@ void serve( const Options &options ) {
    }
    boost::asio::io_context context( 1 );
    const std::chrono::milliseconds limit( options.transactionLimit );
-   Dispatcher dispatcher( std::move( carriers ), clock, limit, std::move( observer ) );
-   Server server( context, std::make_unique<SocketFile>( options.socket, options.group ),
+   Dispatcher dispatcher( std::move( executors ), clock, limit, std::move( observer ) );
+   Server server( context, std::make_unique<Sockets::SocketFile>( options.socket, options.group ),
                   dispatcher );
    const auto lent = lend( options, simulation ? &*simulation : nullptr );
    std::optional<ControlServer> control;
    if ( simulation ) {
       const std::string path =
          options.control.empty() ? options.socket + ".control" : options.control;
-      control.emplace( context, std::make_unique<SocketFile>( path, options.group ),
+      control.emplace( context, std::make_unique<Sockets::SocketFile>( path, options.group ),
                        simulation->controls, simulation->tracer );
    }
    boost::asio::signal_set signals( context, SIGTERM, SIGINT );
@@ -144,16 +145,16 @@ void serve( const Options &options ) {
 }
 
 bool checkRoutes( const Options &options ) {
-   const auto routes = loadRoutes( options.routesToCheck );
+   const auto routes = BoardFiles::loadRoutes( options.routesToCheck );
    if ( options.elsewhere )
       return true;
    RoutedBusses busses( {}, {} );
    bool well = true;
-   for ( const Route &route : routes->routes ) {
+   for ( const BoardFiles::Route &route : routes->routes ) {
       const auto tell = [&]( const std::string &what ) {
          fmt::print( "{:16} {}\n", toString( route.bus ), what );
       };
-      if ( std::holds_alternative<SimulatedRoute>( route.to ) ) {
+      if ( std::holds_alternative<BoardFiles::SimulatedRoute>( route.to ) ) {
          tell( "simulated" );
          continue;
       }
@@ -163,7 +164,7 @@ bool checkRoutes( const Options &options ) {
          tell( missing.empty() ? busses.lastCarrier() : "not yet" );
          if ( !missing.empty() )
             fmt::print( stderr, "{}\n", missing );
-      } catch ( const BoardError &error ) {
+      } catch ( const BoardFiles::BoardError &error ) {
          well = false;
          fmt::print( stderr, "{}\n", error.what() );
       }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CommandLine.h"
+#include "smbusd/CommandLine.h"
 
 namespace Smbusd {
 

@@ -1,4 +1,4 @@
-#include "TransactionRunner.h"
+#include "smbusd/TransactionRunner.h"
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
@@ -9,13 +9,13 @@ namespace Smbusd {
 
 namespace {
 
-std::string explain( const Transaction &transaction, size_t index, const std::string &error ) {
+std::string explain( const Bus::Transaction &transaction, size_t index, const std::string &error ) {
    return fmt::format( "request {} of {}: {} on {}: {}", index + 1, transaction.transfers.size(),
                        describe( transaction.transfers[index] ), toString( transaction.bus ),
                        error );
 }
 
-std::string timeIsUp( const Transaction &transaction ) {
+std::string timeIsUp( const Bus::Transaction &transaction ) {
    return fmt::format( "the transaction's {} ms are over", transaction.limit.count() );
 }
 
@@ -27,13 +27,13 @@ void addError( Smbus::TransactionResponse &response, const std::string &error ) 
 
 } // namespace
 
-Smbus::TransactionResponse TransactionRunner::run( const Transaction &transaction ) {
+Smbus::TransactionResponse TransactionRunner::run( const Bus::Transaction &transaction ) {
    settleOwed();
-   const Clock::Time end = clock_.now() + transaction.limit;
+   const Bus::Clock::Time end = clock_.now() + transaction.limit;
    Smbus::TransactionResponse response;
    std::set<uint8_t> sentTo;
    for ( size_t i = 0; i < transaction.transfers.size(); ++i ) {
-      const Transfer &transfer = transaction.transfers[i];
+      const Bus::Transfer &transfer = transaction.transfers[i];
       const bool closes = transfer.isSendByte() && sentTo.contains( transfer.address );
       if ( response.failed() && !closes )
          continue;
@@ -41,7 +41,7 @@ Smbus::TransactionResponse TransactionRunner::run( const Transaction &transactio
          addError( response, explain( transaction, i, "not begun, " + timeIsUp( transaction ) ) );
          continue;
       }
-      Outcome outcome = attempt( transfer, transaction, end );
+      Bus::Outcome outcome = attempt( transfer, transaction, end );
       if ( transfer.isSendByte() ) {
          sentTo.insert( transfer.address );
          if ( outcome.ok() )
@@ -57,10 +57,11 @@ Smbus::TransactionResponse TransactionRunner::run( const Transaction &transactio
    return response;
 }
 
-Outcome TransactionRunner::attempt( const Transfer &transfer, const Transaction &transaction,
-                                    Clock::Time end ) {
+Bus::Outcome TransactionRunner::attempt( const Bus::Transfer &transfer,
+                                         const Bus::Transaction &transaction,
+                                         Bus::Clock::Time end ) {
    for ( uint64_t tries = 1;; ++tries ) {
-      Outcome outcome = bus_.transfer( transfer );
+      Bus::Outcome outcome = bus_.transfer( transfer );
       if ( outcome.ok() )
          return outcome;
       const bool late = clock_.now() >= end;
@@ -77,7 +78,7 @@ Outcome TransactionRunner::attempt( const Transfer &transfer, const Transaction 
 
 void TransactionRunner::settleOwed() {
    for ( auto owed = owed_.begin(); owed != owed_.end(); ) {
-      const Outcome outcome = bus_.transfer( owed->second );
+      const Bus::Outcome outcome = bus_.transfer( owed->second );
       if ( !outcome.ok() )
          spdlog::warn( "{}, owed since a failed transaction: {}", describe( owed->second ),
                        outcome.error );

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Clock.h"
 #include "OrbisUtil/Smbus.pb.h"
-#include "busses/RootBus.h"
+#include "smbus/Clock.h"
+#include "smbus/RootBus.h"
 
 #include <map>
 #include <string>
@@ -15,19 +15,19 @@ namespace Smbusd {
 // owed, and tried again before each later transaction until the address acknowledges a send byte.
 class TransactionRunner {
  public:
-   TransactionRunner( RootBus &bus, const Clock &clock ) : bus_( bus ), clock_( clock ) {}
+   TransactionRunner( Bus::RootBus &bus, const Bus::Clock &clock ) : bus_( bus ), clock_( clock ) {}
 
    // On failure the answer holds the responses up to the request that failed, and its error says
    // which that was and why.
-   Smbus::TransactionResponse run( const Transaction & );
+   Smbus::TransactionResponse run( const Bus::Transaction & );
 
  private:
    void settleOwed();
-   Outcome attempt( const Transfer &, const Transaction &, Clock::Time end );
+   Bus::Outcome attempt( const Bus::Transfer &, const Bus::Transaction &, Bus::Clock::Time end );
 
-   RootBus &bus_;
-   const Clock &clock_;
-   std::map<uint8_t, Transfer> owed_; // by address
+   Bus::RootBus &bus_;
+   const Bus::Clock &clock_;
+   std::map<uint8_t, Bus::Transfer> owed_; // by address
 };
 
 } // namespace Smbusd

@@ -1,6 +1,6 @@
 // orbis-smbusd: carries SMBus transactions out for its clients.
-#include "CommandLine.h"
-#include "Serve.h"
+#include "smbusd/CommandLine.h"
+#include "smbusd/Serve.h"
 
 #include <CLI/CLI.hpp>
 #include <spdlog/sinks/stdout_color_sinks.h>

@@ -1,4 +1,4 @@
-#include "plugin/Action.h"
+#include "host/plugin/Action.h"
 
 #include <algorithm>
 #include <array>
@@ -23,24 +23,23 @@ constexpr std::array<std::string_view, 2> switches{ "off", "on" };
 struct Argument {
    std::string_view name{};
    std::span<const std::string_view> names{};
-   std::int64_t minimum = 0;
-   std::int64_t maximum = 0;
+   int64_t minimum = 0;
+   int64_t maximum = 0;
 };
 
 constexpr Argument onOffArgument{ .names = switches };
 constexpr Argument settingArgument{ .names = settings };
-constexpr Argument rpmArgument{ .name = "RPM",
-                                .maximum = std::numeric_limits<std::int32_t>::max() };
+constexpr Argument rpmArgument{ .name = "RPM", .maximum = std::numeric_limits<int32_t>::max() };
 constexpr Argument bitArgument{ .name = "BIT", .maximum = 1 };
 constexpr Argument commandArgument{ .name = "COMMAND", .maximum = 0xFF };
 constexpr Argument byteArgument{ .name = "BYTE", .maximum = 0xFF };
 constexpr Argument wordArgument{ .name = "WORD", .maximum = 0xFFFF };
 constexpr Argument lengthArgument{ .name = "LENGTH", .minimum = 1, .maximum = 0xFF };
 
-constexpr std::size_t longestBlock = 0xFF; // a block's length is one byte
+constexpr size_t longestBlock = 0xFF; // a block's length is one byte
 
 struct Verb {
-   Kind kind;
+   BoardFiles::Kind kind;
    std::string_view word; // empty: the arguments come at once
    std::string_view operation;
    std::array<Argument, 2> arguments{}; // as many as have a name or names
@@ -48,30 +47,38 @@ struct Verb {
 };
 
 constexpr std::array verbs{
-   Verb{ Kind::Fan, "", "set_rpm", { rpmArgument } },
-   Verb{ Kind::Led, "", "set_light_setting", { settingArgument } },
-   Verb{ Kind::Xcvr, "reset", "set_reset", { onOffArgument } },
-   Verb{ Kind::Xcvr, "lpmode", "set_lp_mode", { onOffArgument } },
-   Verb{ Kind::Xcvr, "txdisable", "set_tx_disable", { onOffArgument } },
-   Verb{ Kind::Gpio, "set", "bit_set" },
-   Verb{ Kind::Gpio, "clear", "bit_clear" },
-   Verb{ Kind::Gpio, "read", "bit_read" },
-   Verb{ Kind::Smbus, "quick-command", "quick_command", { bitArgument } },
-   Verb{ Kind::Smbus, "receive-byte", "receive_byte" },
-   Verb{ Kind::Smbus, "send-byte", "send_byte", { byteArgument } },
-   Verb{ Kind::Smbus, "read-byte", "read_byte", { commandArgument } },
-   Verb{ Kind::Smbus, "write-byte", "write_byte", { commandArgument, byteArgument } },
-   Verb{ Kind::Smbus, "read-word", "read_word", { commandArgument } },
-   Verb{ Kind::Smbus, "write-word", "write_word", { commandArgument, wordArgument } },
-   Verb{ Kind::Smbus, "block-read", "block_read", { commandArgument } },
-   Verb{ Kind::Smbus, "block-write", "block_write", { commandArgument }, true },
-   Verb{ Kind::Smbus, "i2c-block-read", "i2c_block_read", { commandArgument, lengthArgument } },
-   Verb{ Kind::Smbus, "i2c-block-write", "i2c_block_write", { commandArgument }, true },
-   Verb{ Kind::Smbus, "process-call", "process_call", { commandArgument, wordArgument } },
-   Verb{ Kind::Smbus, "block-process-call", "block_process_call", { commandArgument }, true },
-   Verb{ Kind::System, "reload-cause", "get_reload_cause" },
-   Verb{ Kind::System, "powercycle", "powercycle" },
-   Verb{ Kind::System, "poweroff", "poweroff" },
+   Verb{ BoardFiles::Kind::Fan, "", "set_rpm", { rpmArgument } },
+   Verb{ BoardFiles::Kind::Led, "", "set_light_setting", { settingArgument } },
+   Verb{ BoardFiles::Kind::Xcvr, "reset", "set_reset", { onOffArgument } },
+   Verb{ BoardFiles::Kind::Xcvr, "lpmode", "set_lp_mode", { onOffArgument } },
+   Verb{ BoardFiles::Kind::Xcvr, "txdisable", "set_tx_disable", { onOffArgument } },
+   Verb{ BoardFiles::Kind::Gpio, "set", "bit_set" },
+   Verb{ BoardFiles::Kind::Gpio, "clear", "bit_clear" },
+   Verb{ BoardFiles::Kind::Gpio, "read", "bit_read" },
+   Verb{ BoardFiles::Kind::Smbus, "quick-command", "quick_command", { bitArgument } },
+   Verb{ BoardFiles::Kind::Smbus, "receive-byte", "receive_byte" },
+   Verb{ BoardFiles::Kind::Smbus, "send-byte", "send_byte", { byteArgument } },
+   Verb{ BoardFiles::Kind::Smbus, "read-byte", "read_byte", { commandArgument } },
+   Verb{ BoardFiles::Kind::Smbus, "write-byte", "write_byte", { commandArgument, byteArgument } },
+   Verb{ BoardFiles::Kind::Smbus, "read-word", "read_word", { commandArgument } },
+   Verb{ BoardFiles::Kind::Smbus, "write-word", "write_word", { commandArgument, wordArgument } },
+   Verb{ BoardFiles::Kind::Smbus, "block-read", "block_read", { commandArgument } },
+   Verb{ BoardFiles::Kind::Smbus, "block-write", "block_write", { commandArgument }, true },
+   Verb{ BoardFiles::Kind::Smbus,
+         "i2c-block-read",
+         "i2c_block_read",
+         { commandArgument, lengthArgument } },
+   Verb{ BoardFiles::Kind::Smbus, "i2c-block-write", "i2c_block_write", { commandArgument }, true },
+   Verb{
+      BoardFiles::Kind::Smbus, "process-call", "process_call", { commandArgument, wordArgument } },
+   Verb{ BoardFiles::Kind::Smbus,
+         "block-process-call",
+         "block_process_call",
+         { commandArgument },
+         true },
+   Verb{ BoardFiles::Kind::System, "reload-cause", "get_reload_cause" },
+   Verb{ BoardFiles::Kind::System, "powercycle", "powercycle" },
+   Verb{ BoardFiles::Kind::System, "poweroff", "poweroff" },
 };
 
 bool isThere( const Argument &argument ) {
@@ -92,7 +99,7 @@ std::string usage( const Verb &verb ) {
    return fmt::format( "{}", fmt::join( words, " " ) );
 }
 
-std::optional<std::int64_t> valueOf( std::string_view word, const Argument &argument ) {
+std::optional<int64_t> valueOf( std::string_view word, const Argument &argument ) {
    if ( !argument.names.empty() ) {
       const auto found = std::find( argument.names.begin(), argument.names.end(), word );
       if ( found == argument.names.end() )
@@ -101,7 +108,7 @@ std::optional<std::int64_t> valueOf( std::string_view word, const Argument &argu
    }
    const bool isHex = word.starts_with( "0x" ) || word.starts_with( "0X" );
    const std::string_view digits = word.substr( isHex ? 2 : 0 );
-   std::int64_t number = 0;
+   int64_t number = 0;
    const auto [end, failure] =
       std::from_chars( digits.data(), digits.data() + digits.size(), number, isHex ? 16 : 10 );
    if ( failure != std::errc() || end != digits.data() + digits.size() )
@@ -128,7 +135,7 @@ std::variant<Action, std::string> parse( const Verb &verb, std::span<const std::
    if ( words.size() != arguments.size() )
       return fmt::format( "say: {}", usage( verb ) );
    Action action{ .operation = std::string( verb.operation ) };
-   for ( std::size_t i = 0; i < words.size(); ++i ) {
+   for ( size_t i = 0; i < words.size(); ++i ) {
       const auto value = valueOf( words[i], arguments[i] );
       if ( !value )
          return wrong( words[i], arguments[i] );
@@ -139,11 +146,11 @@ std::variant<Action, std::string> parse( const Verb &verb, std::span<const std::
 
 } // namespace
 
-std::variant<Action, std::string> parseAction( Kind kind, const Words &words ) {
+std::variant<Action, std::string> parseAction( BoardFiles::Kind kind, const Words &words ) {
    for ( const Verb &verb : verbs ) {
       if ( verb.kind != kind )
          continue;
-      const std::size_t own = verb.word.empty() ? 0 : 1;
+      const size_t own = verb.word.empty() ? 0 : 1;
       if ( own == 0 || ( !words.empty() && words[0] == verb.word ) )
          return parse( verb, std::span( words ).subspan( own ) );
    }
@@ -153,7 +160,7 @@ std::variant<Action, std::string> parseAction( Kind kind, const Words &words ) {
    return fmt::format( "say one of: {}", fmt::join( usages, "; " ) );
 }
 
-std::vector<std::string> usageOf( Kind kind ) {
+std::vector<std::string> usageOf( BoardFiles::Kind kind ) {
    std::vector<std::string> usages;
    for ( const Verb &verb : verbs )
       if ( verb.kind == kind )
@@ -161,8 +168,8 @@ std::vector<std::string> usageOf( Kind kind ) {
    return usages;
 }
 
-std::string_view nameOfSetting( std::int64_t setting ) {
-   return settings.at( static_cast<std::size_t>( setting ) );
+std::string_view nameOfSetting( int64_t setting ) {
+   return settings.at( static_cast<size_t>( setting ) );
 }
 
 } // namespace Host

@@ -1,6 +1,6 @@
-#include "plugin/Actions.h"
+#include "host/plugin/Actions.h"
 
-#include "plugin/Operation.h"
+#include "host/plugin/Operation.h"
 
 #include <algorithm>
 #include <array>
@@ -10,9 +10,9 @@
 namespace Host {
 namespace {
 
-std::string hex( std::uint8_t byte ) { return fmt::format( "{:#04x}", byte ); }
-std::string hex( std::uint16_t word ) { return fmt::format( "{:#06x}", word ); }
-std::string hex( std::span<const std::uint8_t> bytes ) {
+std::string hex( uint8_t byte ) { return fmt::format( "{:#04x}", byte ); }
+std::string hex( uint16_t word ) { return fmt::format( "{:#06x}", word ); }
+std::string hex( std::span<const uint8_t> bytes ) {
    return fmt::format( "{:02x}", fmt::join( bytes, " " ) );
 }
 
@@ -71,8 +71,8 @@ class Actor {
       call( *proxy->ops, proxy, "write_word", &pl_smbus_ops::write_word, byte( 0 ), word( 1 ) );
    }
    void reads( pl_smbus *proxy ) {
-      std::uint8_t aByte = 0;
-      std::uint16_t aWord = 0;
+      uint8_t aByte = 0;
+      uint16_t aWord = 0;
       if ( call( *proxy->ops, proxy, "receive_byte", &pl_smbus_ops::receive_byte, &aByte ) ||
            call( *proxy->ops, proxy, "read_byte", &pl_smbus_ops::read_byte, byte( 0 ), &aByte ) )
          result_.value = hex( aByte );
@@ -82,37 +82,37 @@ class Actor {
          result_.value = hex( aWord );
    }
    void blocks( pl_smbus *proxy ) {
-      std::vector<std::uint8_t> block;
-      for ( std::size_t i = 1; i < action_.arguments.size(); ++i )
+      std::vector<uint8_t> block;
+      for ( size_t i = 1; i < action_.arguments.size(); ++i )
          block.push_back( byte( i ) );
       const auto size = static_cast<unsigned>( block.size() );
       call( *proxy->ops, proxy, "block_write", &pl_smbus_ops::block_write, byte( 0 ), block.data(),
             size );
       call( *proxy->ops, proxy, "i2c_block_write", &pl_smbus_ops::i2c_block_write, byte( 0 ),
             block.data(), size );
-      std::array<std::uint8_t, 256> answer{};
+      std::array<uint8_t, 256> answer{};
       unsigned length = 0;
-      std::uint8_t shortLength = 0;
+      uint8_t shortLength = 0;
       if ( call( *proxy->ops, proxy, "block_read", &pl_smbus_ops::block_read, byte( 0 ),
                  answer.data(), &length ) )
          result_.value =
-            hex( std::span( answer ).first( std::min<std::size_t>( length, answer.size() ) ) );
+            hex( std::span( answer ).first( std::min<size_t>( length, answer.size() ) ) );
       if ( call( *proxy->ops, proxy, "i2c_block_read", &pl_smbus_ops::i2c_block_read, byte( 0 ),
                  answer.data(), number<unsigned>( 1 ) ) )
          result_.value = hex( std::span( answer ).first( number<unsigned>( 1 ) ) );
       if ( call( *proxy->ops, proxy, "block_process_call", &pl_smbus_ops::block_process_call,
-                 byte( 0 ), block.data(), static_cast<std::uint8_t>( size ), answer.data(),
+                 byte( 0 ), block.data(), static_cast<uint8_t>( size ), answer.data(),
                  &shortLength ) )
          result_.value = hex( std::span( answer ).first( shortLength ) );
    }
 
    template <class Number>
-   Number number( std::size_t index ) const {
+   Number number( size_t index ) const {
       return index < action_.arguments.size() ? static_cast<Number>( action_.arguments[index] )
                                               : Number{};
    }
-   std::uint8_t byte( std::size_t index ) const { return number<std::uint8_t>( index ); }
-   std::uint16_t word( std::size_t index ) const { return number<std::uint16_t>( index ); }
+   uint8_t byte( size_t index ) const { return number<uint8_t>( index ); }
+   uint16_t word( size_t index ) const { return number<uint16_t>( index ); }
 
    // Calls an operation when it is the one that is asked for; whether it went well.
    template <class Object, class Ops, class... Parameters, class... Arguments>

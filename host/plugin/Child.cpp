@@ -1,10 +1,10 @@
-#include "plugin/Child.h"
+#include "host/plugin/Child.h"
 
-#include "plugin/Actions.h"
-#include "plugin/Messages.h"
-#include "plugin/Plugin.h"
-#include "plugin/Readings.h"
-#include "plugin/Services.h"
+#include "host/plugin/Actions.h"
+#include "host/plugin/Messages.h"
+#include "host/plugin/Plugin.h"
+#include "host/plugin/Readings.h"
+#include "host/plugin/Services.h"
 
 #include <boost/asio.hpp>
 #include <csignal>
@@ -37,7 +37,7 @@ class Child {
    void receive() {
       boost::asio::async_read_until(
          socket_, boost::asio::dynamic_buffer( input_ ), '\n',
-         [this]( const boost::system::error_code &failure, std::size_t length ) {
+         [this]( const boost::system::error_code &failure, size_t length ) {
             if ( failure ) { // the parent is gone, or wants this to end
                loop_.stop();
                return;
@@ -124,8 +124,8 @@ class Child {
    std::string input_{};
    std::string topology_{};
    std::optional<Plugin> plugin_{};
-   std::map<std::size_t, ObjectDescription> descriptions_{};
-   std::map<std::size_t, Record> records_{};
+   std::map<size_t, BoardFiles::ObjectDescription> descriptions_{};
+   std::map<size_t, Record> records_{};
 };
 
 } // namespace

@@ -1,6 +1,6 @@
-#include "plugin/ChildProcess.h"
+#include "host/plugin/ChildProcess.h"
 
-#include "plugin/Child.h"
+#include "host/plugin/Child.h"
 
 #include <array>
 #include <boost/asio.hpp>
@@ -98,7 +98,7 @@ void ChildProcess::kill() const {
 void ChildProcess::receive() {
    boost::asio::async_read_until(
       socket_, boost::asio::dynamic_buffer( input_ ), '\n',
-      [this, alive = alive_]( const boost::system::error_code &failure, std::size_t length ) {
+      [this, alive = alive_]( const boost::system::error_code &failure, size_t length ) {
          if ( !*alive )
             return;
          if ( failure ) {
@@ -126,9 +126,9 @@ void ChildProcess::receiveErrors() {
 bool ChildProcess::drainErrors() {
    boost::system::error_code failure;
    std::array<char, 4096> chunk{};
-   while ( const std::size_t length = errors_.read_some( boost::asio::buffer( chunk ), failure ) )
+   while ( const size_t length = errors_.read_some( boost::asio::buffer( chunk ), failure ) )
       errorInput_.append( chunk.data(), length );
-   for ( std::size_t end; ( end = errorInput_.find( '\n' ) ) != std::string::npos; ) {
+   for ( size_t end; ( end = errorInput_.find( '\n' ) ) != std::string::npos; ) {
       takeErrorLine( errorInput_.substr( 0, end ) );
       errorInput_.erase( 0, end + 1 );
    }

@@ -1,7 +1,6 @@
-#ifndef ORBIS_HOST_PLUGIN_CHILDPROCESS_H
-#define ORBIS_HOST_PLUGIN_CHILDPROCESS_H
+#pragma once
 
-#include "plugin/Messages.h"
+#include "host/plugin/Messages.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
@@ -13,25 +12,25 @@
 
 namespace Host {
 
-/// The parent's end of the child process that holds the plug-in.
+// The parent's end of the child process that holds the plug-in.
 class ChildProcess {
  public:
    struct Handlers {
       std::function<void( Event )> event{};
-      std::function<void( const std::string & )> errorLine{}; ///< of its standard error
-      /// The child is dead, and why: an assertion's text where there is one. Comes last.
+      std::function<void( const std::string & )> errorLine{}; // of its standard error
+      // The child is dead, and why: an assertion's text where there is one. Comes last.
       std::function<void( std::string )> died{};
    };
 
-   /// Starts this program anew as `PROGRAM child`. Throws std::system_error.
+   // Starts this program anew as `PROGRAM child`. Throws std::system_error.
    ChildProcess( boost::asio::io_context &loop, Handlers handlers );
-   /// Ends the child, by force when it doesn't end by itself. No handler is called any more.
+   // Ends the child, by force when it doesn't end by itself. No handler is called any more.
    ~ChildProcess();
    ChildProcess( const ChildProcess & ) = delete;
    ChildProcess &operator=( const ChildProcess & ) = delete;
 
    void send( const Command &command );
-   /// Ends the child at once; `died` follows.
+   // Ends the child at once; `died` follows.
    void kill() const;
 
  private:
@@ -54,5 +53,3 @@ class ChildProcess {
 };
 
 } // namespace Host
-
-#endif

@@ -1,8 +1,8 @@
-#include "plugin/Messages.h"
+#include "host/plugin/Messages.h"
 
-#include "JsonReader.h"
-#include "JsonWriter.h"
-#include "check/Json.h"
+#include "boardfiles/Json.h"
+#include "host/JsonReader.h"
+#include "host/JsonWriter.h"
 
 namespace Host {
 namespace {
@@ -19,29 +19,30 @@ Overloaded( F... ) -> Overloaded<F...>;
 std::string line( const JsonWriter &json ) { return json.text() + "\n"; }
 
 void write( JsonWriter &json, const AddCommand &add ) {
-   const ObjectDescription &what = add.description;
-   json.member( "do", "add" ).member( "object", static_cast<std::int64_t>( add.object ) );
+   const BoardFiles::ObjectDescription &what = add.description;
+   json.member( "do", "add" ).member( "object", static_cast<int64_t>( add.object ) );
    json.member( "kind", nameOf( what.kind ) ).member( "name", what.name );
    json.member( "text", what.text ).member( "alert", double{ what.alert } );
    json.member( "critical", double{ what.critical } );
-   json.member( "value", std::int64_t{ what.value } );
+   json.member( "value", int64_t{ what.value } );
 }
 
 void write( JsonWriter &json, const ActCommand &act ) {
-   json.member( "do", "act" ).member( "object", static_cast<std::int64_t>( act.object ) );
+   json.member( "do", "act" ).member( "object", static_cast<int64_t>( act.object ) );
    json.member( "operation", act.action.operation ).key( "arguments" ).beginList();
-   for ( const std::int64_t argument : act.action.arguments )
+   for ( const int64_t argument : act.action.arguments )
       json.value( argument );
    json.endList();
 }
 
 // Members of a message, told with the default where they are missing.
 float number( const Value &json, const char *key ) {
-   const Value *value = Json::find( &json, key );
+   const Value *value = BoardFiles::Json::find( &json, key );
    return value && value->IsNumber() ? static_cast<float>( value->GetDouble() ) : 0;
 }
-Kind kind( const Value &json ) {
-   return kindOf( Json::textOf( json, "kind" ) ).value_or( Kind::System );
+BoardFiles::Kind kind( const Value &json ) {
+   return BoardFiles::kindOf( BoardFiles::Json::textOf( json, "kind" ) )
+      .value_or( BoardFiles::Kind::System );
 }
 
 } // namespace
@@ -60,7 +61,7 @@ std::string encode( const Command &command ) {
                   [&]( const AddCommand &add ) { write( json, add ); },
                   [&]( const ReadCommand &read ) {
                      json.member( "do", "read" );
-                     json.member( "object", static_cast<std::int64_t>( read.object ) );
+                     json.member( "object", static_cast<int64_t>( read.object ) );
                   },
                   [&]( const ActCommand &act ) { write( json, act ); },
                },
@@ -77,10 +78,10 @@ std::string encode( const Event &event ) {
                   },
                   [&]( const Trace &trace ) {
                      json.member( "event", "trace" );
-                     json.member( "level", std::int64_t{ trace.level } );
+                     json.member( "level", int64_t{ trace.level } );
                      json.member( "text", trace.text );
                      if ( trace.timerOf )
-                        json.member( "object", static_cast<std::int64_t>( *trace.timerOf ) );
+                        json.member( "object", static_cast<int64_t>( *trace.timerOf ) );
                   },
                   [&]( const Reading &reading ) {
                      json.member( "event", "reading" ).reading( reading ).fault( reading.fault );
@@ -100,28 +101,31 @@ std::optional<Command> decodeCommand( const std::string &line ) {
    json.Parse( line.c_str(), line.size() );
    if ( json.HasParseError() )
       return {};
-   const std::string what = Json::textOf( json, "do" );
-   const std::size_t object = Json::toUnsigned( Json::find( &json, "object" ) ).value_or( 0 );
+   const std::string what = BoardFiles::Json::textOf( json, "do" );
+   const size_t object =
+      BoardFiles::Json::toUnsigned( BoardFiles::Json::find( &json, "object" ) ).value_or( 0 );
    if ( what == "load" )
-      return LoadCommand{ Json::textOf( json, "plugin" ), Json::textOf( json, "topology" ) };
+      return LoadCommand{ BoardFiles::Json::textOf( json, "plugin" ),
+                          BoardFiles::Json::textOf( json, "topology" ) };
    if ( what == "init" )
       return InitCommand{ kind( json ) };
    if ( what == "read" )
       return ReadCommand{ object };
    if ( what == "act" ) {
-      ActCommand act{ object, { .operation = Json::textOf( json, "operation" ) } };
-      for ( const Value &argument : Json::elements( Json::find( &json, "arguments" ) ) )
+      ActCommand act{ object, { .operation = BoardFiles::Json::textOf( json, "operation" ) } };
+      for ( const Value &argument :
+            BoardFiles::Json::elements( BoardFiles::Json::find( &json, "arguments" ) ) )
          act.action.arguments.push_back( argument.IsInt64() ? argument.GetInt64() : 0 );
       return act;
    }
    if ( what == "add" )
       return AddCommand{ object,
                          { .kind = kind( json ),
-                           .name = Json::textOf( json, "name" ),
-                           .text = Json::textOf( json, "text" ),
+                           .name = BoardFiles::Json::textOf( json, "name" ),
+                           .text = BoardFiles::Json::textOf( json, "text" ),
                            .alert = number( json, "alert" ),
                            .critical = number( json, "critical" ),
-                           .value = static_cast<std::uint8_t>( number( json, "value" ) ) } };
+                           .value = static_cast<uint8_t>( number( json, "value" ) ) } };
    return {};
 }
 
@@ -130,17 +134,19 @@ std::optional<Event> decodeEvent( const std::string &line ) {
    json.Parse( line.c_str(), line.size() );
    if ( json.HasParseError() )
       return {};
-   const std::string what = Json::textOf( json, "event" );
+   const std::string what = BoardFiles::Json::textOf( json, "event" );
    if ( what == "begun" )
-      return Begun{ Json::textOf( json, "operation" ) };
+      return Begun{ BoardFiles::Json::textOf( json, "operation" ) };
    if ( what == "trace" )
-      return Trace{ static_cast<int>( number( json, "level" ) ), Json::textOf( json, "text" ),
-                    Json::toUnsigned( Json::find( &json, "object" ) ) };
+      return Trace{ static_cast<int>( number( json, "level" ) ),
+                    BoardFiles::Json::textOf( json, "text" ),
+                    BoardFiles::Json::toUnsigned( BoardFiles::Json::find( &json, "object" ) ) };
    if ( what == "reading" )
       return toReading( json );
    if ( what == "done" )
-      return Done{ Json::isTrue( Json::find( &json, "ok" ) ) ? std::nullopt
-                                                             : std::optional( toFault( json ) ) };
+      return Done{ BoardFiles::Json::isTrue( BoardFiles::Json::find( &json, "ok" ) )
+                      ? std::nullopt
+                      : std::optional( toFault( json ) ) };
    return {};
 }
 

@@ -1,8 +1,7 @@
-#ifndef ORBIS_HOST_PLUGIN_OPERATION_H
-#define ORBIS_HOST_PLUGIN_OPERATION_H
+#pragma once
 
-#include "State.h"
-#include "plugin/Readings.h"
+#include "host/State.h"
+#include "host/plugin/Readings.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -11,23 +10,23 @@
 #include <pl.h>
 #include <string_view>
 
-/// How operations of an object's table are called, and what is made of how they end.
+// How operations of an object's table are called, and what is made of how they end.
 namespace Host {
 
-/// Whether a table, as long as its size word says, provides an operation.
+// Whether a table, as long as its size word says, provides an operation.
 template <class Ops, class Operation>
 bool provides( const Ops &ops, Operation Ops::*operation ) {
    const auto end = reinterpret_cast<const char *>( &( ops.*operation ) + 1 ) -
                     reinterpret_cast<const char *>( &ops );
-   return static_cast<std::size_t>( end ) <= ops.size && ops.*operation;
+   return static_cast<size_t>( end ) <= ops.size && ops.*operation;
 }
 
-/// A float's shortest decimal text says what was meant: 24.1, where a plain cast gives 24.10000038.
+// A float's shortest decimal text says what was meant: 24.1, where a plain cast gives 24.10000038.
 inline Scalar scalar( float value ) { return std::stod( fmt::format( "{}", value ) ); }
-inline Scalar scalar( int value ) { return std::int64_t{ value }; }
-inline Scalar scalar( unsigned value ) { return std::int64_t{ value }; }
+inline Scalar scalar( int value ) { return int64_t{ value }; }
+inline Scalar scalar( unsigned value ) { return int64_t{ value }; }
 
-/// Makes of a status what it means for a reading; all is as it was when the status is good.
+// Makes of a status what it means for a reading; all is as it was when the status is good.
 inline void judge( Reading &reading, int status ) {
    if ( status == PL_STATUS_OK )
       return;
@@ -36,8 +35,8 @@ inline void judge( Reading &reading, int status ) {
    reading.value = {};
 }
 
-/// Announces a reading, lets `operation` fill it in, and hands it on. An exception that the
-/// operation throws is the reading's fault.
+// Announces a reading, lets `operation` fill it in, and hands it on. An exception that the
+// operation throws is the reading's fault.
 template <class Operation>
 void carryOut( const ReadingSink &sink, const char *name, const char *unit,
                const Operation &operation ) {
@@ -55,7 +54,7 @@ void carryOut( const ReadingSink &sink, const char *name, const char *unit,
    sink.done( reading );
 }
 
-/// The texts that tell why the switch was last started.
+// The texts that tell why the switch was last started.
 inline void readReloadCause( pl_system *system, Reading &reading ) {
    char cause[100] = "", description[500] = "";
    long time = 0;
@@ -65,5 +64,3 @@ inline void readReloadCause( pl_system *system, Reading &reading ) {
 }
 
 } // namespace Host
-
-#endif

@@ -1,4 +1,4 @@
-#include "plugin/Plugin.h"
+#include "host/plugin/Plugin.h"
 
 #include <dlfcn.h>
 #include <fmt/format.h>
@@ -23,32 +23,32 @@ Function *Plugin::symbol( const std::string &name ) const {
    throw std::runtime_error( fmt::format( "the plug-in has no {}", name ) );
 }
 
-pl_status Plugin::init( Kind kind, const char *topology ) const {
+pl_status Plugin::init( BoardFiles::Kind kind, const char *topology ) const {
    return symbol<pl_status( const char * )>( fmt::format( "pl_{}_init", nameOf( kind ) ) )(
       topology );
 }
 
-Record Plugin::add( const ObjectDescription &description ) const {
+Record Plugin::add( const BoardFiles::ObjectDescription &description ) const {
    const char *text = description.text.c_str();
    switch ( description.kind ) {
-   case Kind::Slot:
+   case BoardFiles::Kind::Slot:
       return symbol<decltype( pl_slot_add )>( "pl_slot_add" )( text );
-   case Kind::Led:
+   case BoardFiles::Kind::Led:
       return symbol<decltype( pl_led_add )>( "pl_led_add" )( text );
-   case Kind::TempSensor:
+   case BoardFiles::Kind::TempSensor:
       return symbol<decltype( pl_temp_sensor_add )>( "pl_temp_sensor_add" )(
          text, description.alert, description.critical );
-   case Kind::Fan:
+   case BoardFiles::Kind::Fan:
       return symbol<decltype( pl_fan_add )>( "pl_fan_add" )( text );
-   case Kind::Xcvr:
+   case BoardFiles::Kind::Xcvr:
       return symbol<decltype( pl_xcvr_add )>( "pl_xcvr_add" )( text );
-   case Kind::Psu:
+   case BoardFiles::Kind::Psu:
       return symbol<decltype( pl_psu_add )>( "pl_psu_add" )( text );
-   case Kind::Gpio:
+   case BoardFiles::Kind::Gpio:
       return symbol<decltype( pl_gpio_add )>( "pl_gpio_add" )( text );
-   case Kind::Smbus:
+   case BoardFiles::Kind::Smbus:
       return symbol<decltype( pl_smbus_add )>( "pl_smbus_add" )( text, description.value );
-   case Kind::System:
+   case BoardFiles::Kind::System:
       return symbol<decltype( pl_system_add )>( "pl_system_add" )( text );
    }
    throw std::logic_error( "a kind without an add function" );

@@ -1,8 +1,7 @@
-#ifndef ORBIS_HOST_PLUGIN_PLUGIN_H
-#define ORBIS_HOST_PLUGIN_PLUGIN_H
+#pragma once
 
-#include "Board.h"
-#include "plugin/Kind.h"
+#include "boardfiles/Board.h"
+#include "boardfiles/Kind.h"
 
 #include <pl.h>
 #include <string>
@@ -10,26 +9,26 @@
 
 namespace Host {
 
-/// The record of an object that a plug-in made; null where it made none.
+// The record of an object that a plug-in made; null where it made none.
 using Record = std::variant<pl_slot *, pl_led *, pl_temp_sensor *, pl_fan *, pl_xcvr *, pl_psu *,
                             pl_gpio *, pl_smbus *, pl_system *>;
 
 bool isNull( const Record &record );
 
-/// A driver plug-in, loaded until the process ends.
+// A driver plug-in, loaded until the process ends.
 class Plugin {
  public:
-   /// Throws std::runtime_error with the loader's words.
+   // Throws std::runtime_error with the loader's words.
    explicit Plugin( const std::string &path );
 
-   /// pl_<kind>_init. The text must outlive the process's use of the plug-in.
-   pl_status init( Kind kind, const char *topology ) const;
+   // pl_<kind>_init. The text must outlive the process's use of the plug-in.
+   pl_status init( BoardFiles::Kind kind, const char *topology ) const;
 
-   /// pl_<kind>_add. The description must live on too.
-   Record add( const ObjectDescription &description ) const;
+   // pl_<kind>_add. The description must live on too.
+   Record add( const BoardFiles::ObjectDescription &description ) const;
 
  private:
-   /// Throws std::runtime_error when the plug-in has no such function.
+   // Throws std::runtime_error when the plug-in has no such function.
    template <class Function>
    Function *symbol( const std::string &name ) const;
 
@@ -37,5 +36,3 @@ class Plugin {
 };
 
 } // namespace Host
-
-#endif

@@ -1,6 +1,6 @@
-#include "plugin/Readings.h"
+#include "host/plugin/Readings.h"
 
-#include "plugin/Operation.h"
+#include "host/plugin/Operation.h"
 
 #include <memory>
 

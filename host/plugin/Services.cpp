@@ -1,4 +1,4 @@
-#include "plugin/Services.h"
+#include "host/plugin/Services.h"
 
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
@@ -10,7 +10,7 @@ struct pl_timer {
    boost::asio::steady_timer timer;
    void ( *callback )( void * );
    void *context;
-   std::size_t madeFor;
+   size_t madeFor;
    unsigned armed = 0; // tells an expiry that was overtaken by a later set or cancel
 };
 
@@ -79,7 +79,7 @@ void pl_trace( int level, const char *format, ... ) {
    va_start( arguments, format );
    va_copy( again, arguments );
    const int length = std::vsnprintf( nullptr, 0, format, arguments );
-   std::string text( length > 0 ? static_cast<std::size_t>( length ) : 0, '\0' );
+   std::string text( length > 0 ? static_cast<size_t>( length ) : 0, '\0' );
    std::vsnprintf( text.data(), text.size() + 1, format, again );
    va_end( again );
    va_end( arguments );

@@ -1,5 +1,4 @@
-#ifndef ORBIS_HOST_PLUGIN_SERVICES_H
-#define ORBIS_HOST_PLUGIN_SERVICES_H
+#pragma once
 
 #include <boost/asio/io_context.hpp>
 #include <functional>
@@ -12,8 +11,8 @@ struct pl_timer;
 
 namespace Host {
 
-/// What pl.h promises a plug-in: the functions pl_trace and pl_timer_* of this process work on the
-/// one object of this class that there is. Without it they are silent and make no timer.
+// What pl.h promises a plug-in: the functions pl_trace and pl_timer_* of this process work on the
+// one object of this class that there is. Without it they are silent and make no timer.
 class Services {
  public:
    using TraceSink = std::function<void( int level, std::string text )>;
@@ -27,13 +26,13 @@ class Services {
 
    void trace( int level, std::string text ) const { sink_( level, std::move( text ) ); }
 
-   /// The object that timers are made for from now on.
-   void madeFor( std::size_t object ) { madeFor_ = object; }
-   /// Whose timer it is that runs now; nothing outside of a timer's callback.
-   std::optional<std::size_t> timerOf() const { return timerOf_; }
+   // The object that timers are made for from now on.
+   void madeFor( size_t object ) { madeFor_ = object; }
+   // Whose timer it is that runs now; nothing outside of a timer's callback.
+   std::optional<size_t> timerOf() const { return timerOf_; }
 
    pl_timer *addTimer( void ( *callback )( void * ), void *context );
-   /// False for a timer that there isn't.
+   // False for a timer that there isn't.
    bool setTimer( pl_timer *timer, unsigned milliseconds );
    bool cancelTimer( pl_timer *timer );
    void deleteTimer( pl_timer *timer );
@@ -42,10 +41,8 @@ class Services {
    boost::asio::io_context &loop_;
    TraceSink sink_;
    std::map<pl_timer *, std::shared_ptr<pl_timer>> timers_{};
-   std::size_t madeFor_ = 0;
-   std::optional<std::size_t> timerOf_{};
+   size_t madeFor_ = 0;
+   std::optional<size_t> timerOf_{};
 };
 
 } // namespace Host
-
-#endif

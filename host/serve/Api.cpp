@@ -1,8 +1,8 @@
-#include "serve/Api.h"
+#include "host/serve/Api.h"
 
-#include "JsonWriter.h"
-#include "check/Json.h"
-#include "serve/HttpStatus.h"
+#include "boardfiles/Json.h"
+#include "host/JsonWriter.h"
+#include "host/serve/HttpStatus.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -25,12 +25,12 @@ std::optional<std::vector<std::string>> wordsOf( const std::string &body ) {
    json.Parse<rapidjson::kParseIterativeFlag>( body.c_str(), body.size() );
    if ( json.HasParseError() || !json.IsObject() || json.MemberCount() != 1 )
       return {};
-   const rapidjson::Value *list = Json::find( &json, "words" );
+   const rapidjson::Value *list = BoardFiles::Json::find( &json, "words" );
    if ( !list || !list->IsArray() )
       return {};
    std::vector<std::string> words;
    for ( const rapidjson::Value &word : list->GetArray() ) {
-      const auto text = Json::toText( &word );
+      const auto text = BoardFiles::Json::toText( &word );
       if ( !text )
          return {};
       words.emplace_back( *text );
@@ -57,7 +57,7 @@ Api::Response errorResponse( unsigned status, std::string_view words ) {
             .json = JsonWriter().beginObject().member( "error", words ).endObject().text() };
 }
 
-Api::Api( const Board &board, std::string name, Source source )
+Api::Api( const BoardFiles::Board &board, std::string name, Source source )
    : board_( board ), name_( std::move( name ) ), source_( std::move( source ) ) {}
 
 void Api::handle( const Request &request, const Reply &reply ) const {
@@ -76,10 +76,10 @@ void Api::handleObject( const Request &request, const std::string &rest,
                         const Reply &reply ) const {
    const bool isAction = rest.ends_with( actionEnd );
    const std::string name = rest.substr( 0, rest.size() - ( isAction ? actionEnd.size() : 0 ) );
-   const auto found =
-      std::find_if( board_.objects.begin(), board_.objects.end(),
-                    [&name]( const ObjectDescription &object ) { return object.name == name; } );
-   const auto index = static_cast<std::size_t>( found - board_.objects.begin() );
+   const auto found = std::find_if(
+      board_.objects.begin(), board_.objects.end(),
+      [&name]( const BoardFiles::ObjectDescription &object ) { return object.name == name; } );
+   const auto index = static_cast<size_t>( found - board_.objects.begin() );
    const std::string method = isAction ? "POST" : "GET";
    if ( found == board_.objects.end() )
       reply( errorResponse( HttpStatus::notFound,
@@ -92,7 +92,7 @@ void Api::handleObject( const Request &request, const std::string &rest,
       reply( { .json = toJson( source_.report().at( index ) ) } );
 }
 
-void Api::handleAction( const Request &request, std::size_t object, const Reply &reply ) const {
+void Api::handleAction( const Request &request, size_t object, const Reply &reply ) const {
    const auto words = wordsOf( request.body );
    if ( !words ) {
       reply(

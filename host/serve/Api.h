@@ -1,57 +1,53 @@
-#ifndef ORBIS_HOST_SERVE_API_H
-#define ORBIS_HOST_SERVE_API_H
+#pragma once
 
-#include "Board.h"
-#include "State.h"
-#include "plugin/Action.h"
+#include "boardfiles/Board.h"
+#include "host/State.h"
+#include "host/plugin/Action.h"
 
 #include <functional>
 #include <string>
 
 namespace Host {
 
-/// What a board that is served answers to HTTP requests, told in docs/openapi.json. Knows no
-/// sockets.
+// What a board that is served answers to HTTP requests, told in docs/openapi.json. Knows no
+// sockets.
 class Api {
  public:
    struct Request {
-      std::string method{}; ///< "GET"
-      std::string path{};   ///< as it was sent, without query
+      std::string method{}; // "GET"
+      std::string path{};   // as it was sent, without query
       std::string body{};
    };
    struct Response {
       unsigned status = 200;
       std::string json{};
-      std::string allow{}; ///< the methods of a path, where the request's is none of them
+      std::string allow{}; // the methods of a path, where the request's is none of them
    };
    using Reply = std::function<void( const Response & )>;
 
-   /// Where the answers come from.
+   // Where the answers come from.
    struct Source {
       std::function<BoardReport()> report{};
-      std::function<void( std::size_t object, const Action &,
-                          std::function<void( const Reading & )> )>
+      std::function<void( size_t object, const Action &, std::function<void( const Reading & )> )>
          ask{};
    };
 
-   /// `name` is what the board is called to clients: its folder.
-   Api( const Board &board, std::string name, Source source );
+   // `name` is what the board is called to clients: its folder.
+   Api( const BoardFiles::Board &board, std::string name, Source source );
 
-   /// Calls `reply` once, now or when an object has done what it was asked.
+   // Calls `reply` once, now or when an object has done what it was asked.
    void handle( const Request &request, const Reply &reply ) const;
 
  private:
    void handleObject( const Request &request, const std::string &rest, const Reply &reply ) const;
-   void handleAction( const Request &request, std::size_t object, const Reply &reply ) const;
+   void handleAction( const Request &request, size_t object, const Reply &reply ) const;
 
-   const Board &board_;
+   const BoardFiles::Board &board_;
    const std::string name_;
    const Source source_;
 };
 
-/// An answer that says what is wrong, as {"error": "..."}.
+// An answer that says what is wrong, as {"error": "..."}.
 Api::Response errorResponse( unsigned status, std::string_view words );
 
 } // namespace Host
-
-#endif

@@ -1,9 +1,9 @@
-#include "serve/Client.h"
+#include "host/serve/Client.h"
 
-#include "JsonReader.h"
-#include "JsonWriter.h"
-#include "check/Json.h"
-#include "serve/Place.h"
+#include "boardfiles/Json.h"
+#include "host/JsonReader.h"
+#include "host/JsonWriter.h"
+#include "host/serve/Place.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
@@ -20,7 +20,7 @@ using boost::beast::error_code;
 constexpr std::chrono::seconds reportLimit( 5 );
 constexpr std::chrono::seconds actionLimit( 65 ); // the server gives up before
 
-constexpr std::uint64_t longestAnswer = 16 * 1024 * 1024;
+constexpr uint64_t longestAnswer = 16 * 1024 * 1024;
 
 } // namespace
 
@@ -52,7 +52,7 @@ Reading Client::act( const std::string &object, const std::vector<std::string> &
    rapidjson::Document json;
    if ( !answer || json.Parse( answer->c_str() ).HasParseError() )
       return { .state = State::Unreadable, .fault = { .words = "serve did not answer" } };
-   if ( const auto error = Json::toText( Json::find( &json, "error" ) ) )
+   if ( const auto error = BoardFiles::Json::toText( BoardFiles::Json::find( &json, "error" ) ) )
       return { .state = State::Unreadable, .fault = { .words = std::string( *error ) } };
    return toReading( json );
 }
@@ -76,10 +76,10 @@ std::optional<std::string> Client::call( bool isPost, const std::string &path,
    stream.async_connect( stream_protocol::endpoint( socket_.string() ), [&]( error_code failed ) {
       if ( failed )
          return;
-      http::async_write( stream, request, [&]( error_code notWritten, std::size_t ) {
+      http::async_write( stream, request, [&]( error_code notWritten, size_t ) {
          if ( notWritten )
             return;
-         http::async_read( stream, input, answer, [&]( error_code notRead, std::size_t ) {
+         http::async_read( stream, input, answer, [&]( error_code notRead, size_t ) {
             isWhole = !notRead;
             stream.cancel();
          } );

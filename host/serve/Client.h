@@ -1,7 +1,6 @@
-#ifndef ORBIS_HOST_SERVE_CLIENT_H
-#define ORBIS_HOST_SERVE_CLIENT_H
+#pragma once
 
-#include "State.h"
+#include "host/State.h"
 
 #include <chrono>
 #include <filesystem>
@@ -11,19 +10,19 @@
 
 namespace Host {
 
-/// A running `serve` as other commands use it. Every call is a connection of its own, so that one
-/// that failed harms no other.
+// A running `serve` as other commands use it. Every call is a connection of its own, so that one
+// that failed harms no other.
 class Client {
  public:
    explicit Client( std::filesystem::path socket ) : socket_( std::move( socket ) ) {}
 
-   /// The `serve` of a board; nothing when there is none, or it is another board's.
+   // The `serve` of a board; nothing when there is none, or it is another board's.
    static std::optional<Client> ofBoard( const std::filesystem::path &folder );
 
-   /// The board that is served, and what is known of it; nothing when nobody answers.
+   // The board that is served, and what is known of it; nothing when nobody answers.
    std::optional<BoardReport> report( std::string *board = nullptr ) const;
 
-   /// Has an object do something; how that ended.
+   // Has an object do something; how that ended.
    Reading act( const std::string &object, const std::vector<std::string> &words ) const;
 
    const std::filesystem::path &socket() const { return socket_; }
@@ -37,5 +36,3 @@ class Client {
 };
 
 } // namespace Host
-
-#endif

@@ -1,6 +1,6 @@
-#include "serve/HttpServer.h"
+#include "host/serve/HttpServer.h"
 
-#include "serve/HttpStatus.h"
+#include "host/serve/HttpStatus.h"
 
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
@@ -32,7 +32,7 @@ std::optional<Api::Response> complaint( const error_code &failure ) {
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
    Connection( stream_protocol::socket socket, const Api &api, const HttpLimits &limits,
-               std::shared_ptr<std::size_t> open )
+               std::shared_ptr<size_t> open )
       : stream_( std::move( socket ) ), tooLate_( stream_.get_executor() ), api_( api ),
         limits_( limits ), open_( std::move( open ) ) {
       ++*open_;
@@ -47,7 +47,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
       parser_->header_limit( limits_.header );
       stream_.expires_after( limits_.idle );
       http::async_read( stream_, input_, *parser_,
-                        [self = shared_from_this()]( const error_code &failure, std::size_t ) {
+                        [self = shared_from_this()]( const error_code &failure, size_t ) {
                            self->wasRead( failure );
                         } );
    }
@@ -107,7 +107,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
       response_.prepare_payload();
       stream_.expires_after( limits_.idle );
       http::async_write( stream_, response_,
-                         [self = shared_from_this()]( const error_code &failure, std::size_t ) {
+                         [self = shared_from_this()]( const error_code &failure, size_t ) {
                             if ( !failure && self->keepAlive_ )
                                self->read();
                             else // whoever may still answer keeps this object alive
@@ -119,7 +119,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
    boost::asio::steady_timer tooLate_;
    const Api &api_;
    const HttpLimits &limits_;
-   const std::shared_ptr<std::size_t> open_;
+   const std::shared_ptr<size_t> open_;
    boost::beast::flat_buffer input_{};
    std::optional<http::request_parser<http::string_body>> parser_{};
    http::response<http::string_body> response_{};

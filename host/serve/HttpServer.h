@@ -1,7 +1,6 @@
-#ifndef ORBIS_HOST_SERVE_HTTPSERVER_H
-#define ORBIS_HOST_SERVE_HTTPSERVER_H
+#pragma once
 
-#include "serve/Api.h"
+#include "host/serve/Api.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
@@ -11,23 +10,23 @@
 
 namespace Host {
 
-/// How much a client may ask of the server.
+// How much a client may ask of the server.
 struct HttpLimits {
-   std::uint64_t body = 64 * 1024;             ///< bytes; more is answered with 413
-   std::uint32_t header = 8 * 1024;            ///< bytes; more is answered with 431
-   std::size_t connections = 64;               ///< at a time; one more is answered with 503
-   std::chrono::milliseconds idle{ 30'000 };   ///< until a connection without a request ends
-   std::chrono::milliseconds action{ 60'000 }; ///< until an action is answered with 504
+   uint64_t body = 64 * 1024;                  // bytes; more is answered with 413
+   uint32_t header = 8 * 1024;                 // bytes; more is answered with 431
+   size_t connections = 64;                    // at a time; one more is answered with 503
+   std::chrono::milliseconds idle{ 30'000 };   // until a connection without a request ends
+   std::chrono::milliseconds action{ 60'000 }; // until an action is answered with 504
 };
 
-/// Serves an Api over HTTP on a Unix socket, on an event loop.
+// Serves an Api over HTTP on a Unix socket, on an event loop.
 class HttpServer {
  public:
-   /// Takes the place of a socket that nobody listens to any more. Throws std::runtime_error when
-   /// somebody does, or the socket can't be made. The Api must outlive the loop.
+   // Takes the place of a socket that nobody listens to any more. Throws std::runtime_error when
+   // somebody does, or the socket can't be made. The Api must outlive the loop.
    HttpServer( boost::asio::io_context &loop, std::filesystem::path socket, const Api &api,
                HttpLimits limits = {} );
-   /// Takes the socket away.
+   // Takes the socket away.
    ~HttpServer();
    HttpServer( const HttpServer & ) = delete;
    HttpServer &operator=( const HttpServer & ) = delete;
@@ -39,9 +38,7 @@ class HttpServer {
    const Api &api_;
    const HttpLimits limits_;
    boost::asio::local::stream_protocol::acceptor acceptor_;
-   std::shared_ptr<std::size_t> open_ = std::make_shared<std::size_t>( 0 );
+   std::shared_ptr<size_t> open_ = std::make_shared<size_t>( 0 );
 };
 
 } // namespace Host
-
-#endif

@@ -1,7 +1,6 @@
-#ifndef ORBIS_HOST_SERVE_HTTPSTATUS_H
-#define ORBIS_HOST_SERVE_HTTPSTATUS_H
+#pragma once
 
-/// The status codes that the served board answers with (RFC 9110, RFC 6585).
+// The status codes that the served board answers with (RFC 9110, RFC 6585).
 namespace Host::HttpStatus {
 
 constexpr unsigned ok = 200, badRequest = 400, notFound = 404, methodNotAllowed = 405,
@@ -9,5 +8,3 @@ constexpr unsigned ok = 200, badRequest = 400, notFound = 404, methodNotAllowed 
                    badGateway = 502, unavailable = 503, timedOut = 504;
 
 } // namespace Host::HttpStatus
-
-#endif

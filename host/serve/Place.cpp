@@ -1,4 +1,4 @@
-#include "serve/Place.h"
+#include "host/serve/Place.h"
 
 #include <cstdlib>
 

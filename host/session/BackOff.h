@@ -1,5 +1,4 @@
-#ifndef ORBIS_HOST_SESSION_BACKOFF_H
-#define ORBIS_HOST_SESSION_BACKOFF_H
+#pragma once
 
 #include <algorithm>
 #include <chrono>
@@ -9,14 +8,14 @@ namespace Host {
 using Clock = std::chrono::steady_clock;
 using Time = Clock::time_point;
 
-/// How long to wait before what failed is tried again: 1 s, twice as long after every further
-/// failure, 60 s at the most, and 1 s again once it went well.
+// How long to wait before what failed is tried again: 1 s, twice as long after every further
+// failure, 60 s at the most, and 1 s again once it went well.
 class BackOff {
  public:
    static constexpr Clock::duration first = std::chrono::seconds( 1 );
    static constexpr Clock::duration longest = std::chrono::seconds( 60 );
 
-   /// The time of the next try after a failure at `now`.
+   // The time of the next try after a failure at `now`.
    Time failed( Time now ) {
       const Time next = now + wait_;
       wait_ = std::min( 2 * wait_, longest );
@@ -29,5 +28,3 @@ class BackOff {
 };
 
 } // namespace Host
-
-#endif

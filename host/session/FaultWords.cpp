@@ -1,4 +1,4 @@
-#include "session/FaultWords.h"
+#include "host/session/FaultWords.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -10,8 +10,8 @@
 namespace Host {
 namespace {
 
-constexpr std::size_t messagesKept = 3;
-constexpr std::size_t tracesKept = 100; // many more than one operation tells
+constexpr size_t messagesKept = 3;
+constexpr size_t tracesKept = 100; // many more than one operation tells
 
 } // namespace
 
@@ -52,7 +52,7 @@ std::string printable( const std::string &text ) {
    rapidjson::MemoryStream input( text.data(), text.size() );
    std::string result;
    while ( input.Tell() < text.size() ) {
-      const std::size_t start = input.Tell();
+      const size_t start = input.Tell();
       rapidjson::StringBuffer checked;
       const bool valid = rapidjson::UTF8<>::Validate( input, checked );
       const auto first = static_cast<unsigned char>( text[start] );

@@ -1,4 +1,4 @@
-#include "session/ObjectRecord.h"
+#include "host/session/ObjectRecord.h"
 
 #include <algorithm>
 
@@ -38,8 +38,8 @@ void ObjectRecord::put( const Value &value ) {
       *known = value;
 }
 
-ObjectReport ObjectRecord::report( const ObjectDescription &description, Clock::duration staleAfter,
-                                   Time now ) const {
+ObjectReport ObjectRecord::report( const BoardFiles::ObjectDescription &description,
+                                   Clock::duration staleAfter, Time now ) const {
    const auto age = [now]( Time at ) { return std::chrono::duration<double>( now - at ).count(); };
    const auto stateAt = [&]( State state, Time at ) {
       return state == State::Ok && now - at > staleAfter ? State::Stale : state;

@@ -1,34 +1,33 @@
-#ifndef ORBIS_HOST_SESSION_OBJECTRECORD_H
-#define ORBIS_HOST_SESSION_OBJECTRECORD_H
+#pragma once
 
-#include "Board.h"
-#include "State.h"
-#include "session/BackOff.h"
+#include "boardfiles/Board.h"
+#include "host/State.h"
+#include "host/session/BackOff.h"
 
 #include <vector>
 
 namespace Host {
 
-/// What is known of one object: whether it stands, its values as they were last read, and when.
+// What is known of one object: whether it stands, its values as they were last read, and when.
 class ObjectRecord {
  public:
    explicit ObjectRecord( Time now ) : at_( now ) {}
 
-   /// The object was brought up, or asked without a fault.
+   // The object was brought up, or asked without a fault.
    void isFine( Time now );
-   /// Nothing of it can be read; values that were known are so no longer.
+   // Nothing of it can be read; values that were known are so no longer.
    void isUnreadable( const Fault &fault, Time now );
-   /// A value as it was read at `at`.
+   // A value as it was read at `at`.
    void take( const Reading &reading, Time at );
-   /// A value that holds until it is replaced: what something was set to.
+   // A value that holds until it is replaced: what something was set to.
    void keep( const Reading &reading, Time at );
 
-   /// Why nothing of it can be read; none while it is fine.
+   // Why nothing of it can be read; none while it is fine.
    const Fault &fault() const { return fault_; }
 
-   /// What was good and is older than `staleAfter` is reported as stale.
-   ObjectReport report( const ObjectDescription &description, Clock::duration staleAfter,
-                        Time now ) const;
+   // What was good and is older than `staleAfter` is reported as stale.
+   ObjectReport report( const BoardFiles::ObjectDescription &description,
+                        Clock::duration staleAfter, Time now ) const;
 
  private:
    struct Value {
@@ -46,5 +45,3 @@ class ObjectRecord {
 };
 
 } // namespace Host
-
-#endif

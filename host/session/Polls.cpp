@@ -1,4 +1,4 @@
-#include "session/Polls.h"
+#include "host/session/Polls.h"
 
 namespace Host {
 namespace {
@@ -9,7 +9,7 @@ bool begins( const Trace &trace, const std::string &beginning ) {
 
 } // namespace
 
-void Polls::heard( std::uint32_t did, const Trace &trace, Time now ) {
+void Polls::heard( uint32_t did, const Trace &trace, Time now ) {
    Device &device = devices_.try_emplace( did, traces_ ).first->second;
    device.words.heard( trace );
    const bool done = begins( trace, traces_.pollDone );
@@ -22,7 +22,7 @@ void Polls::heard( std::uint32_t did, const Trace &trace, Time now ) {
    device.words.operationBegins();
 }
 
-Time Polls::judge( std::optional<std::uint32_t> did, Reading &reading, Time now ) const {
+Time Polls::judge( std::optional<uint32_t> did, Reading &reading, Time now ) const {
    const auto found = did ? devices_.find( *did ) : devices_.end();
    const bool isGood = reading.state == State::Ok || reading.state == State::Absent;
    if ( found == devices_.end() || !found->second.failed || !isGood )

@@ -1,9 +1,8 @@
-#ifndef ORBIS_HOST_SESSION_POLLS_H
-#define ORBIS_HOST_SESSION_POLLS_H
+#pragma once
 
-#include "check/DriverTable.h"
-#include "session/BackOff.h"
-#include "session/FaultWords.h"
+#include "boardfiles/DriverTable.h"
+#include "host/session/BackOff.h"
+#include "host/session/FaultWords.h"
 
 #include <cstdint>
 #include <map>
@@ -11,22 +10,22 @@
 
 namespace Host {
 
-/// Devices that read their cages again and again by themselves: what they hand out is as old as
-/// their last poll that went well. Knows of the polls from the plug-in's traces.
+// Devices that read their cages again and again by themselves: what they hand out is as old as
+// their last poll that went well. Knows of the polls from the plug-in's traces.
 class Polls {
  public:
-   explicit Polls( const PluginTraces &traces ) : traces_( traces ) {}
+   explicit Polls( const BoardFiles::PluginTraces &traces ) : traces_( traces ) {}
 
-   /// A new child: every device begins anew.
+   // A new child: every device begins anew.
    void clear() { devices_.clear(); }
-   /// A trace of a device, by its did.
-   void heard( std::uint32_t did, const Trace &trace, Time now );
-   /// Makes of a reading what the device's last poll left of it; when the value was polled.
-   Time judge( std::optional<std::uint32_t> did, Reading &reading, Time now ) const;
+   // A trace of a device, by its did.
+   void heard( uint32_t did, const Trace &trace, Time now );
+   // Makes of a reading what the device's last poll left of it; when the value was polled.
+   Time judge( std::optional<uint32_t> did, Reading &reading, Time now ) const;
 
  private:
    struct Device {
-      explicit Device( const PluginTraces &traces ) : words( traces.faults ) {}
+      explicit Device( const BoardFiles::PluginTraces &traces ) : words( traces.faults ) {}
 
       FaultWords words;
       bool failed = false;
@@ -34,10 +33,8 @@ class Polls {
       std::optional<Time> succeeded{};
    };
 
-   const PluginTraces &traces_;
-   std::map<std::uint32_t, Device> devices_{};
+   const BoardFiles::PluginTraces &traces_;
+   std::map<uint32_t, Device> devices_{};
 };
 
 } // namespace Host
-
-#endif

@@ -1,10 +1,10 @@
-#include "session/Session.h"
+#include "host/session/Session.h"
 
 #include <boost/asio/post.hpp>
 
 namespace Host {
 
-Session::Session( boost::asio::io_context &loop, const Board &board, std::string plugin,
+Session::Session( boost::asio::io_context &loop, const BoardFiles::Board &board, std::string plugin,
                   Limits limits, Handlers handlers )
    : loop_( loop ), plugin_( std::move( plugin ) ), handlers_( std::move( handlers ) ),
      supervisor_( board, limits, Clock::now() ), timer_( loop ) {
@@ -33,7 +33,7 @@ void Session::pump() {
    } );
 }
 
-void Session::ask( std::size_t object, const Action &action, Supervisor::Answer answer ) {
+void Session::ask( size_t object, const Action &action, Supervisor::Answer answer ) {
    supervisor_.ask( object, action, std::move( answer ), Clock::now() );
    pump();
 }

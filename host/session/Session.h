@@ -1,8 +1,7 @@
-#ifndef ORBIS_HOST_SESSION_SESSION_H
-#define ORBIS_HOST_SESSION_SESSION_H
+#pragma once
 
-#include "plugin/ChildProcess.h"
-#include "session/Supervisor.h"
+#include "host/plugin/ChildProcess.h"
+#include "host/session/Supervisor.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -12,23 +11,23 @@
 
 namespace Host {
 
-/// A board that is up: keeps a child running on an event loop and a supervisor informed.
+// A board that is up: keeps a child running on an event loop and a supervisor informed.
 class Session {
  public:
    struct Handlers {
-      std::function<void()> changed{}; ///< a command ended, or a child died
+      std::function<void()> changed{}; // a command ended, or a child died
       std::function<void( const Trace & )> trace{};
-      std::function<void( const std::string & )> notice{}; ///< for the log: what befell the child
+      std::function<void( const std::string & )> notice{}; // for the log: what befell the child
    };
 
-   /// The board must outlive the session. Starts when the loop runs.
-   Session( boost::asio::io_context &loop, const Board &board, std::string plugin, Limits limits,
-            Handlers handlers );
+   // The board must outlive the session. Starts when the loop runs.
+   Session( boost::asio::io_context &loop, const BoardFiles::Board &board, std::string plugin,
+            Limits limits, Handlers handlers );
 
    const Supervisor &supervisor() const { return supervisor_; }
 
-   /// Has an object do something; `answer` is called once, now or when the loop runs.
-   void ask( std::size_t object, const Action &action, Supervisor::Answer answer );
+   // Has an object do something; `answer` is called once, now or when the loop runs.
+   void ask( size_t object, const Action &action, Supervisor::Answer answer );
 
  private:
    void pump();
@@ -46,5 +45,3 @@ class Session {
 };
 
 } // namespace Host
-
-#endif

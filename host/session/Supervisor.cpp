@@ -1,4 +1,4 @@
-#include "session/Supervisor.h"
+#include "host/session/Supervisor.h"
 
 #include <algorithm>
 #include <boost/algorithm/string/replace.hpp>
@@ -17,11 +17,11 @@ double seconds( Clock::duration duration ) {
 
 } // namespace
 
-Supervisor::Supervisor( const Board &board, Limits limits, Time now )
+Supervisor::Supervisor( const BoardFiles::Board &board, Limits limits, Time now )
    : board_( board ), limits_( std::move( limits ) ), words_( board.traces.faults ),
      objects_( board.objects.size(), Object{ .record = ObjectRecord( now ) } ),
      polls_( board.traces ) {
-   for ( std::size_t i = 0; i < objects_.size(); ++i ) {
+   for ( size_t i = 0; i < objects_.size(); ++i ) {
       if ( !needs( i ) )
          objects_[i].notBefore = Time::max();
       else if ( kinds_.emplace( board.objects[i].kind, KindState{ .nextRound = now } ).second )
@@ -31,7 +31,7 @@ Supervisor::Supervisor( const Board &board, Limits limits, Time now )
 
 // Whether an object is to be brought up at all. What makes a driver object, the first of its did
 // does; the system object may ask for any device.
-bool Supervisor::needs( std::size_t object ) const {
+bool Supervisor::needs( size_t object ) const {
    if ( !limits_.only || object == *limits_.only )
       return true;
    const auto did = board_.objects[*limits_.only].did;
@@ -63,20 +63,19 @@ std::optional<Command> Supervisor::next( Time now ) {
 std::optional<Command> Supervisor::choose( Time now ) {
    if ( !loaded_ )
       return LoadCommand{ {}, board_.topology };
-   for ( const Kind kind : kindOrder_ )
+   for ( const BoardFiles::Kind kind : kindOrder_ )
       if ( const KindState &state = kinds_[kind]; !state.ready && state.notBefore <= now )
          return InitCommand{ kind };
-   if ( auto asked =
-           asked_.next( [this]( std::size_t object ) { return objects_[object].stands; } ) )
+   if ( auto asked = asked_.next( [this]( size_t object ) { return objects_[object].stands; } ) )
       return asked;
-   for ( std::size_t i = 0; i < objects_.size(); ++i )
+   for ( size_t i = 0; i < objects_.size(); ++i )
       if ( wantsAdd( objects_[i], board_.objects[i].kind, now ) )
          return AddCommand{ i, board_.objects[i] };
    startRound( now );
    // From behind the last one on: where a round takes longer than a period, the last objects have
    // their turn too.
-   for ( std::size_t k = 0; k < objects_.size(); ++k ) {
-      const std::size_t i = ( nextRead_ + k ) % objects_.size();
+   for ( size_t k = 0; k < objects_.size(); ++k ) {
+      const size_t i = ( nextRead_ + k ) % objects_.size();
       if ( objects_[i].stands && objects_[i].due ) {
          nextRead_ = i + 1;
          return ReadCommand{ i };
@@ -86,7 +85,7 @@ std::optional<Command> Supervisor::choose( Time now ) {
    return {};
 }
 
-bool Supervisor::wantsAdd( const Object &object, Kind kind, Time now ) const {
+bool Supervisor::wantsAdd( const Object &object, BoardFiles::Kind kind, Time now ) const {
    if ( object.stands || object.notBefore > now || !kinds_.at( kind ).ready )
       return false;
    // Read once is enough: such an object isn't needed again after a child's death.
@@ -100,13 +99,13 @@ void Supervisor::startRound( Time now ) {
       if ( now < state.nextRound )
          continue;
       state.nextRound = now + limits_.periodOf( kind );
-      for ( std::size_t i = 0; i < objects_.size(); ++i )
+      for ( size_t i = 0; i < objects_.size(); ++i )
          if ( board_.objects[i].kind == kind )
             objects_[i].due = objects_[i].stands;
    }
 }
 
-void Supervisor::ask( std::size_t object, const Action &action, Answer answer, Time now ) {
+void Supervisor::ask( size_t object, const Action &action, Answer answer, Time now ) {
    asked_.add( object, action, std::move( answer ) );
    const Object &known = objects_[object];
    const KindState &kind = kinds_[board_.objects[object].kind];
@@ -115,7 +114,7 @@ void Supervisor::ask( std::size_t object, const Action &action, Answer answer, T
 }
 
 // Answers all that was asked of an object with what is wrong with it.
-void Supervisor::refuse( std::size_t object ) {
+void Supervisor::refuse( size_t object ) {
    asked_.refuse( object, loadFault_.value_or( objects_[object].record.fault() ) );
 }
 
@@ -142,7 +141,7 @@ void Supervisor::heard( const Event &event, Time now ) {
 void Supervisor::heardTrace( const Trace &trace, Time now ) {
    if ( !trace.timerOf )
       words_.heard( trace );
-   std::optional<std::size_t> object = trace.timerOf;
+   std::optional<size_t> object = trace.timerOf;
    if ( const auto *add = inHand_ ? std::get_if<AddCommand>( &inHand_->command ) : nullptr;
         add && !object )
       object = add->object;
@@ -155,7 +154,7 @@ void Supervisor::done( const LoadCommand &, const Done &done, Time ) {
    loaded_ = !done.fault;
    loadFault_ = done.fault;
    if ( loadFault_ )
-      for ( std::size_t i = 0; i < objects_.size(); ++i )
+      for ( size_t i = 0; i < objects_.size(); ++i )
          refuse( i );
 }
 
@@ -208,7 +207,7 @@ void Supervisor::done( const ActCommand &command, const Done &done, Time now ) {
       result.fault = *done.fault;
    Object &object = objects_[command.object];
    if ( command.action.operation == "set_light_setting" && result.state == State::Ok ) {
-      const std::int64_t setting = command.action.arguments.at( 0 );
+      const int64_t setting = command.action.arguments.at( 0 );
       object.blinks = setting == PL_LED_BEACON;
       object.record.keep( { .name = "setting", .value = std::string( nameOfSetting( setting ) ) },
                           now );
@@ -231,8 +230,8 @@ void Supervisor::take( const Reading &reading, Time now ) {
 
 // That a module is absent counts only when the bus was in order, or says that nobody is there. A
 // module that the plug-in doesn't know is told by a trace.
-void Supervisor::judgeAbsence( Reading &reading, const ObjectDescription &slot ) const {
-   const PluginTraces &traces = board_.traces;
+void Supervisor::judgeAbsence( Reading &reading, const BoardFiles::ObjectDescription &slot ) const {
+   const BoardFiles::PluginTraces &traces = board_.traces;
    if ( words_.sawFault() ) {
       const std::string words = words_.words();
       const std::string holds = boost::algorithm::replace_all_copy(
@@ -248,15 +247,16 @@ void Supervisor::judgeAbsence( Reading &reading, const ObjectDescription &slot )
    }
 }
 
-void Supervisor::record( std::size_t object, Reading reading, Time now ) {
-   const ObjectDescription &description = board_.objects[object];
+void Supervisor::record( size_t object, Reading reading, Time now ) {
+   const BoardFiles::ObjectDescription &description = board_.objects[object];
    ObjectRecord &record = objects_[object].record;
-   const Time at =
-      description.kind == Kind::Xcvr ? polls_.judge( description.did, reading, now ) : now;
+   const Time at = description.kind == BoardFiles::Kind::Xcvr
+                      ? polls_.judge( description.did, reading, now )
+                      : now;
    record.take( reading, at );
-   if ( description.kind != Kind::Fan || description.fullScale <= 0 )
+   if ( description.kind != BoardFiles::Kind::Fan || description.fullScale <= 0 )
       return;
-   if ( const auto *rpm = std::get_if<std::int64_t>( &reading.value ) )
+   if ( const auto *rpm = std::get_if<int64_t>( &reading.value ) )
       reading.value = std::round( 1000 * static_cast<double>( *rpm ) / description.fullScale ) / 10;
    reading.name = "share";
    reading.unit = "%";
@@ -286,7 +286,7 @@ void Supervisor::blame( const Command &command, const Fault &fault, Time now ) {
       loadFault_ = fault;
 }
 
-void Supervisor::fail( std::size_t index, const Fault &fault, Time now ) {
+void Supervisor::fail( size_t index, const Fault &fault, Time now ) {
    Object &object = objects_[index];
    object.record.isUnreadable( fault, now );
    object.tried = true;
@@ -295,10 +295,10 @@ void Supervisor::fail( std::size_t index, const Fault &fault, Time now ) {
    refuse( index );
 }
 
-void Supervisor::failKind( Kind kind, const Fault &fault, Time now ) {
+void Supervisor::failKind( BoardFiles::Kind kind, const Fault &fault, Time now ) {
    KindState &state = kinds_[kind];
    state.notBefore = limits_.once ? Time::max() : state.backOff.failed( now );
-   for ( std::size_t i = 0; i < objects_.size(); ++i )
+   for ( size_t i = 0; i < objects_.size(); ++i )
       if ( board_.objects[i].kind == kind ) {
          objects_[i].record.isUnreadable( fault, now );
          objects_[i].tried = true;
@@ -359,7 +359,7 @@ Time Supervisor::wakeAt( Time now ) const {
 
 BoardReport Supervisor::report( Time now ) const {
    BoardReport board;
-   for ( std::size_t i = 0; i < objects_.size(); ++i ) {
+   for ( size_t i = 0; i < objects_.size(); ++i ) {
       const auto staleAfter = limits_.once
                                  ? Clock::duration::max()
                                  : limits_.staleAfter * limits_.periodOf( board_.objects[i].kind );
@@ -368,8 +368,8 @@ BoardReport Supervisor::report( Time now ) const {
    return board;
 }
 
-std::size_t Supervisor::settled() const {
-   return static_cast<std::size_t>( std::count_if(
+size_t Supervisor::settled() const {
+   return static_cast<size_t>( std::count_if(
       objects_.begin(), objects_.end(), []( const Object &object ) { return object.tried; } ) );
 }
 

@@ -1,6 +1,6 @@
 #include "PlatformLibrary/PLSocket.h"
 
-#include "PlatformLibrary/Frames.h"
+#include "PlatformLibrary/FrameStream.h"
 
 #include <fcntl.h>
 #include <poll.h>

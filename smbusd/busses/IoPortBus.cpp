@@ -1,4 +1,4 @@
-#include "busses/IoPortBus.h"
+#include "smbusd/busses/IoPortBus.h"
 
 #include <fmt/format.h>
 
@@ -24,10 +24,12 @@ void IoPortBus::open() {
                                  right ? "" : "; root with CAP_SYS_RAWIO has the right to it" ) );
 }
 
-Outcome IoPortBus::transfer( const Transfer &transfer ) {
-   const auto refused = []( std::string why ) { return Outcome{ {}, std::move( why ), true }; };
+Bus::Outcome IoPortBus::transfer( const Bus::Transfer &transfer ) {
+   const auto refused = []( std::string why ) {
+      return Bus::Outcome{ {}, std::move( why ), true };
+   };
    const bool plain =
-      transfer.kind == Transfer::Kind::Read || transfer.kind == Transfer::Kind::Write;
+      transfer.kind == Bus::Transfer::Kind::Read || transfer.kind == Bus::Transfer::Kind::Write;
    if ( !plain || transfer.length < 1 || transfer.length > 2 )
       return refused( "I/O ports know only reads and writes of one or two bytes" );
    if ( transfer.pec )
@@ -44,11 +46,11 @@ Outcome IoPortBus::transfer( const Transfer &transfer ) {
    return carryOut( transfer );
 }
 
-Outcome IoPortBus::carryOut( const Transfer &transfer ) {
-   Outcome outcome;
+Bus::Outcome IoPortBus::carryOut( const Bus::Transfer &transfer ) {
+   Bus::Outcome outcome;
    const auto port = static_cast<off_t>( base_ + transfer.offset );
    ssize_t count = 0;
-   if ( transfer.kind == Transfer::Kind::Read ) {
+   if ( transfer.kind == Bus::Transfer::Kind::Read ) {
       outcome.data.resize( transfer.length );
       count = pread( fd_, outcome.data.data(), transfer.length, port );
    } else {

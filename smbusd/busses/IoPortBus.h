@@ -1,6 +1,6 @@
 #pragma once
 
-#include "busses/RootBus.h"
+#include "smbus/RootBus.h"
 
 #include <cstdint>
 #include <string>
@@ -15,7 +15,7 @@ struct PortError : std::runtime_error {
 // A window of the processor's I/O ports. The register is the port above its base, and there is one
 // device in it, whatever its address. Two bytes are two ports, the lower one first: the kernel goes
 // byte by byte.
-class IoPortBus final : public RootBus {
+class IoPortBus final : public Bus::RootBus {
  public:
    // The file is /dev/port, or what stands for it. It is opened when it is first needed.
    IoPortBus( uint32_t base, uint32_t size, std::string file = "/dev/port" )
@@ -27,10 +27,10 @@ class IoPortBus final : public RootBus {
    void open(); // throws PortError
 
    // Reads and writes of one or two bytes. Everything else is refused.
-   Outcome transfer( const Transfer & ) override;
+   Bus::Outcome transfer( const Bus::Transfer & ) override;
 
  private:
-   Outcome carryOut( const Transfer & );
+   Bus::Outcome carryOut( const Bus::Transfer & );
 
    const uint32_t base_;
    const uint32_t size_;

@@ -1,6 +1,6 @@
-#include "control/ControlServer.h"
+#include "smbusd/control/ControlServer.h"
 
-#include "server/Frames.h"
+#include "sockets/Frames.h"
 
 #include <boost/asio.hpp>
 #include <spdlog/spdlog.h>
@@ -18,7 +18,8 @@ constexpr unsigned maxUnderWay = 4096; // traced transfers of one client
 
 } // namespace
 
-ControlSession::ControlSession( Socket socket, Controls &controls, Tracer &tracer, Ended ended )
+ControlSession::ControlSession( Socket socket, Simulator::Controls &controls, Bus::Tracer &tracer,
+                                Ended ended )
    : socket_( std::move( socket ) ), controls_( controls ), tracer_( tracer ),
      ended_( std::move( ended ) ) {}
 
@@ -42,12 +43,12 @@ void ControlSession::readMore() {
 }
 
 void ControlSession::takeFrames() {
-   Frame frame = firstFrame( received_ );
-   for ( ; frame.state == Frame::State::Whole; frame = firstFrame( received_ ) ) {
+   Sockets::Frame frame = Sockets::firstFrame( received_ );
+   for ( ; frame.state == Sockets::Frame::State::Whole; frame = Sockets::firstFrame( received_ ) ) {
       take( frame.message );
       received_.erase( 0, frame.size );
    }
-   frame.state == Frame::State::Incomplete ? readMore() : end();
+   frame.state == Sockets::Frame::State::Incomplete ? readMore() : end();
 }
 
 void ControlSession::take( std::string_view message ) {
@@ -57,7 +58,7 @@ void ControlSession::take( std::string_view message ) {
       response.set_error( "a frame that holds no request" );
    else
       response = controls_.answer( request );
-   send( framed( response ) );
+   send( Sockets::framed( response ) );
    if ( request.has_trace() )
       trace();
 }
@@ -75,7 +76,7 @@ void ControlSession::trace() {
       *response.mutable_transfer() = transfer;
       response.mutable_transfer()->set_lost( std::exchange( *lost, 0 ) );
       ++*underWay;
-      asio::post( executor, [weak, bytes = framed( response )]() mutable {
+      asio::post( executor, [weak, bytes = Sockets::framed( response )]() mutable {
          if ( const auto self = weak.lock() )
             self->send( std::move( bytes ) );
       } );
@@ -106,8 +107,8 @@ void ControlSession::sendNext() {
                       } );
 }
 
-ControlServer::ControlServer( asio::io_context &context, std::unique_ptr<SocketFile> file,
-                              Controls &controls, Tracer &tracer )
+ControlServer::ControlServer( asio::io_context &context, std::unique_ptr<Sockets::SocketFile> file,
+                              Simulator::Controls &controls, Bus::Tracer &tracer )
    : file_( std::move( file ) ), controls_( controls ), tracer_( tracer ),
      acceptor_( context, Protocol(), file_->release() ) {
    accept();

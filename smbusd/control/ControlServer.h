@@ -1,8 +1,8 @@
 #pragma once
 
-#include "control/Controls.h"
-#include "control/Tracer.h"
-#include "server/SocketFile.h"
+#include "simulator/board/Controls.h"
+#include "smbus/Tracer.h"
+#include "sockets/SocketFile.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
@@ -19,7 +19,7 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
    using Socket = boost::asio::local::stream_protocol::socket;
    using Ended = std::function<void( const std::shared_ptr<ControlSession> & )>;
 
-   ControlSession( Socket, Controls &, Tracer &, Ended );
+   ControlSession( Socket, Simulator::Controls &, Bus::Tracer &, Ended );
 
    void start() { readMore(); }
    void end();
@@ -33,8 +33,8 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
    void sendNext();
 
    Socket socket_;
-   Controls &controls_;
-   Tracer &tracer_;
+   Simulator::Controls &controls_;
+   Bus::Tracer &tracer_;
    const Ended ended_;
    bool over_ = false;
    std::array<char, 4096> chunk_;
@@ -50,7 +50,8 @@ class ControlServer {
  public:
    static constexpr size_t maxClients = 16; // further ones are turned away without a word
 
-   ControlServer( boost::asio::io_context &, std::unique_ptr<SocketFile>, Controls &, Tracer & );
+   ControlServer( boost::asio::io_context &, std::unique_ptr<Sockets::SocketFile>,
+                  Simulator::Controls &, Bus::Tracer & );
    void stop();
 
  private:
@@ -58,9 +59,9 @@ class ControlServer {
 
    void accept();
 
-   std::unique_ptr<SocketFile> file_;
-   Controls &controls_;
-   Tracer &tracer_;
+   std::unique_ptr<Sockets::SocketFile> file_;
+   Simulator::Controls &controls_;
+   Bus::Tracer &tracer_;
    Protocol::acceptor acceptor_;
    std::set<std::shared_ptr<ControlSession>> sessions_;
 };

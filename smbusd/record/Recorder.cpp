@@ -1,6 +1,6 @@
-#include "record/Recorder.h"
+#include "smbusd/record/Recorder.h"
 
-#include "server/Frames.h"
+#include "sockets/Frames.h"
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
@@ -12,7 +12,7 @@
 
 namespace Smbusd {
 
-Recorder::Recorder( const std::string &path, const std::string &version, const Clock &clock )
+Recorder::Recorder( const std::string &path, const std::string &version, const Bus::Clock &clock )
    : path_( path ), start_( clock.now() ), file_( path, std::ios::binary | std::ios::app ) {
    SmbusRecording::Entry entry;
    entry.mutable_start()->set_unix_seconds( std::time( nullptr ) );
@@ -23,14 +23,14 @@ Recorder::Recorder( const std::string &path, const std::string &version, const C
 }
 
 bool Recorder::append( const SmbusRecording::Entry &entry ) {
-   file_ << framed( entry );
+   file_ << Sockets::framed( entry );
    file_.flush();
    return file_.good();
 }
 
 void Recorder::write( const Smbus::TransactionRequest &request,
-                      const Smbus::TransactionResponse &response, Clock::Time begun,
-                      Clock::Time took ) {
+                      const Smbus::TransactionResponse &response, Bus::Clock::Time begun,
+                      Bus::Clock::Time took ) {
    SmbusRecording::Entry entry;
    SmbusRecording::Transaction &transaction = *entry.mutable_transaction();
    transaction.set_begun_ns( static_cast<uint64_t>( ( begun - start_ ).count() ) );

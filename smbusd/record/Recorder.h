@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Clock.h"
 #include "OrbisUtil/Smbus.pb.h"
-#include "record/Recording.pb.h"
+#include "smbus/Clock.h"
+#include "smbus/Recording.pb.h"
 
 #include <fstream>
 #include <mutex>
@@ -16,17 +16,17 @@ class Recorder {
  public:
    // Times count from the clock's now; it outlives the recorder. Throws std::runtime_error when the
    // file can't be written.
-   Recorder( const std::string &path, const std::string &version, const Clock & );
+   Recorder( const std::string &path, const std::string &version, const Bus::Clock & );
 
    // When the file can't take it, that is logged once and the recording ends.
    void write( const Smbus::TransactionRequest &, const Smbus::TransactionResponse &,
-               Clock::Time begun, Clock::Time took );
+               Bus::Clock::Time begun, Bus::Clock::Time took );
 
  private:
    bool append( const SmbusRecording::Entry & );
 
    const std::string path_;
-   const Clock::Time start_;
+   const Bus::Clock::Time start_;
    std::mutex mutex_;
    std::ofstream file_;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "server/Carrier.h"
+#include "smbusd/server/Executor.h"
 
 #include <functional>
 #include <string>
@@ -11,6 +11,6 @@ namespace Smbusd {
 // answer that the same one got, the next time the next, and when there is none left the last one
 // again, for clients don't ask in step with the clock. Wait is called with the time that the answer
 // took. Throws RecordingError.
-Carriers replay( const std::string &path, std::function<void( Clock::Time )> wait );
+Executors replay( const std::string &path, std::function<void( Bus::Clock::Time )> wait );
 
 } // namespace Smbusd

@@ -1,7 +1,8 @@
-#include "routes/RoutedBusses.h"
+#include "smbusd/routes/RoutedBusses.h"
 
-#include "busses/IoPortBus.h"
-#include "busses/linux/DevAdapter.h"
+#include "smbusd/busses/IoPortBus.h"
+#include "smbusd/busses/linux/DevAdapter.h"
+#include "smbusd/busses/linux/LinuxBus.h"
 
 #include <fmt/format.h>
 
@@ -9,15 +10,16 @@ namespace Smbusd {
 
 using namespace Linux;
 
-void RoutedBusses::add( const Route &route, const Warn &warn ) {
+void RoutedBusses::add( const BoardFiles::Route &route, const Warn &warn ) {
    carrier_.clear();
    busses_.emplace(
       route.bus,
       std::visit( [&]( const auto &to ) { return make( route, to, warn ); }, route.to ) );
 }
 
-std::unique_ptr<RootBus> RoutedBusses::make( const Route &route, const SimulatedRoute &,
-                                             const Warn & ) {
+std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route,
+                                                  const BoardFiles::SimulatedRoute &,
+                                                  const Warn & ) {
    const auto found = simulated_.find( route.bus );
    if ( found == simulated_.end() )
       route.place.fail( simulated_.empty() ? "no board is simulated"
@@ -27,8 +29,9 @@ std::unique_ptr<RootBus> RoutedBusses::make( const Route &route, const Simulated
    return std::move( found->second );
 }
 
-std::unique_ptr<RootBus> RoutedBusses::make( const Route &route, const AdapterRoute &to,
-                                             const Warn &warn ) {
+std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route,
+                                                  const BoardFiles::AdapterRoute &to,
+                                                  const Warn &warn ) {
    const auto open = [wanted = to.adapter, places = places_] {
       return openDevAdapter( findAdapter( wanted, places ), places );
    };
@@ -49,8 +52,9 @@ std::unique_ptr<RootBus> RoutedBusses::make( const Route &route, const AdapterRo
    return bus;
 }
 
-std::unique_ptr<RootBus> RoutedBusses::make( const Route &route, const PortsRoute &to,
-                                             const Warn &warn ) {
+std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route,
+                                                  const BoardFiles::PortsRoute &to,
+                                                  const Warn &warn ) {
    carrier_ = fmt::format( "{} ports from {:#06x} on", to.size, to.base );
    auto bus = std::make_unique<IoPortBus>( to.base, to.size );
    try {

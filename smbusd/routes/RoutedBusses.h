@@ -1,7 +1,8 @@
 #pragma once
 
-#include "busses/RootBus.h"
-#include "routes/RoutesFile.h"
+#include "boardfiles/RoutesFile.h"
+#include "smbus/RootBus.h"
+#include "smbusd/busses/linux/AdapterFinder.h"
 
 #include <functional>
 #include <string>
@@ -13,29 +14,32 @@ namespace Smbusd {
 class RoutedBusses {
  public:
    // Without a simulated board its busses are none.
-   RoutedBusses( Busses simulated, Linux::Places places )
+   RoutedBusses( Bus::Busses simulated, Linux::Places places )
       : simulated_( std::move( simulated ) ), places_( std::move( places ) ) {}
 
    // What is said of an optional route whose bus is not to be had yet.
    using Warn = std::function<void( const std::string & )>;
    // Throws BoardError at the route: its bus isn't to be had and it isn't optional, or it leads to
    // an adapter to which another does, under whatever name.
-   void add( const Route &, const Warn & );
+   void add( const BoardFiles::Route &, const Warn & );
 
    // All that were added. What is asked for in a transfer is what the routes name, nothing else.
-   Busses take() { return std::move( busses_ ); }
+   Bus::Busses take() { return std::move( busses_ ); }
    // What carries the bus that was added last, for people.
    const std::string &lastCarrier() const { return carrier_; }
 
  private:
-   std::unique_ptr<RootBus> make( const Route &, const SimulatedRoute &, const Warn & );
-   std::unique_ptr<RootBus> make( const Route &, const AdapterRoute &, const Warn & );
-   std::unique_ptr<RootBus> make( const Route &, const PortsRoute &, const Warn & );
+   std::unique_ptr<Bus::RootBus> make( const BoardFiles::Route &,
+                                       const BoardFiles::SimulatedRoute &, const Warn & );
+   std::unique_ptr<Bus::RootBus> make( const BoardFiles::Route &, const BoardFiles::AdapterRoute &,
+                                       const Warn & );
+   std::unique_ptr<Bus::RootBus> make( const BoardFiles::Route &, const BoardFiles::PortsRoute &,
+                                       const Warn & );
 
-   Busses simulated_;
+   Bus::Busses simulated_;
    const Linux::Places places_;
    std::map<unsigned, std::string> adapters_; // by number, the place of the route there
-   Busses busses_;
+   Bus::Busses busses_;
    std::string carrier_;
 };
 

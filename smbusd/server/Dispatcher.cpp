@@ -1,6 +1,6 @@
-#include "server/Dispatcher.h"
+#include "smbusd/server/Dispatcher.h"
 
-#include "Decode.h"
+#include "smbus/Decode.h"
 
 #include <boost/asio/post.hpp>
 #include <fmt/format.h>
@@ -8,11 +8,11 @@
 
 namespace Smbusd {
 
-Dispatcher::Dispatcher( Carriers carriers, const Clock &clock, std::chrono::milliseconds bound,
-                        Observer observer )
+Dispatcher::Dispatcher( Executors executors, const Bus::Clock &clock,
+                        std::chrono::milliseconds bound, Observer observer )
    : clock_( clock ), bound_( bound ), observer_( std::move( observer ) ) {
-   for ( auto &[id, carrier] : carriers )
-      workers_[id].carrier = std::move( carrier );
+   for ( auto &[id, executor] : executors )
+      workers_[id].executor = std::move( executor );
 }
 
 Dispatcher::~Dispatcher() {
@@ -32,15 +32,15 @@ bool Dispatcher::stop( std::chrono::milliseconds patience ) {
    return idle_.wait_for( lock, patience, [this] { return busy_ == 0; } );
 }
 
-Dispatcher::Worker &Dispatcher::workerOf( const Transaction &transaction ) {
+Dispatcher::Worker &Dispatcher::workerOf( const Bus::Transaction &transaction ) {
    const auto refuse = [&]( std::string_view reason ) {
-      throw Refused( fmt::format( "request 1 of {}: {} on {}: {}", transaction.transfers.size(),
-                                  describe( transaction.transfers.front() ),
-                                  toString( transaction.bus ), reason ) );
+      throw Bus::Refused( fmt::format(
+         "request 1 of {}: {} on {}: {}", transaction.transfers.size(),
+         describe( transaction.transfers.front() ), toString( transaction.bus ), reason ) );
    };
    const auto found = workers_.find( transaction.bus );
    if ( found == workers_.end() )
-      refuse( noSuchBus );
+      refuse( Bus::noSuchBus );
    Worker &worker = found->second;
    {
       const std::lock_guard lock( mutex_ );
@@ -53,7 +53,7 @@ Dispatcher::Worker &Dispatcher::workerOf( const Transaction &transaction ) {
    return worker;
 }
 
-void Dispatcher::busyIs( Worker &worker, std::optional<Clock::Time> since ) {
+void Dispatcher::busyIs( Worker &worker, std::optional<Bus::Clock::Time> since ) {
    const std::lock_guard lock( mutex_ );
    worker.busySince = since;
    since ? ++busy_ : --busy_;
@@ -61,11 +61,11 @@ void Dispatcher::busyIs( Worker &worker, std::optional<Clock::Time> since ) {
       idle_.notify_all();
 }
 
-void Dispatcher::run( Worker &worker, const Transaction &transaction,
+void Dispatcher::run( Worker &worker, const Bus::Transaction &transaction,
                       const Smbus::TransactionRequest &message, const Answer &answer ) {
-   const Clock::Time begun = clock_.now();
+   const Bus::Clock::Time begun = clock_.now();
    busyIs( worker, begun );
-   Smbus::TransactionResponse response = worker.carrier->run( transaction );
+   Smbus::TransactionResponse response = worker.executor->run( transaction );
    if ( observer_ )
       observer_( message, response, begun, clock_.now() - begun );
    busyIs( worker, {} );
@@ -77,7 +77,7 @@ void Dispatcher::run( Worker &worker, const Transaction &transaction,
 void Dispatcher::carryOut( const Smbus::TransactionRequest &message,
                            std::shared_ptr<const Client> client, Answer answer ) {
    try {
-      Transaction transaction = decode( message, bound_ );
+      Bus::Transaction transaction = Bus::decode( message, bound_ );
       if ( transaction.transfers.empty() )
          return answer( {} );
       Worker &worker = workerOf( transaction );
@@ -88,11 +88,11 @@ void Dispatcher::carryOut( const Smbus::TransactionRequest &message,
                             if ( !client->gone && !stopped() )
                                run( worker, transaction, kept, answer );
                          } );
-   } catch ( const Refused &reason ) {
+   } catch ( const Bus::Refused &reason ) {
       spdlog::warn( "refused: {}", reason.what() );
-      const Smbus::TransactionResponse refusal = failure( reason.what() );
+      const Smbus::TransactionResponse refusal = Bus::failure( reason.what() );
       if ( observer_ )
-         observer_( message, refusal, clock_.now(), Clock::Time( 0 ) );
+         observer_( message, refusal, clock_.now(), Bus::Clock::Time( 0 ) );
       answer( refusal );
    }
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Clock.h"
-#include "server/Carrier.h"
+#include "smbus/Clock.h"
+#include "smbusd/server/Executor.h"
 
 #include <boost/asio/thread_pool.hpp>
 
@@ -30,13 +30,14 @@ class Dispatcher {
    // A transaction with its answer, when it began and how long it took.
    using Observer =
       std::function<void( const Smbus::TransactionRequest &, const Smbus::TransactionResponse &,
-                          Clock::Time begun, Clock::Time took )>;
+                          Bus::Clock::Time begun, Bus::Clock::Time took )>;
 
    // bound limits the time of every transaction. Clock and busses are for all threads. The observer
    // is called in the threads of the busses, and in the caller's for what is refused.
-   Dispatcher( Carriers, const Clock &, std::chrono::milliseconds bound, Observer observer = {} );
-   Dispatcher( Busses busses, const Clock &clock, std::chrono::milliseconds bound )
-      : Dispatcher( carriersOn( std::move( busses ), clock ), clock, bound ) {}
+   Dispatcher( Executors, const Bus::Clock &, std::chrono::milliseconds bound,
+               Observer observer = {} );
+   Dispatcher( Bus::Busses busses, const Bus::Clock &clock, std::chrono::milliseconds bound )
+      : Dispatcher( executorsOn( std::move( busses ), clock ), clock, bound ) {}
    // The transactions in hand are carried out to their end, those that wait are not begun.
    ~Dispatcher();
 
@@ -50,19 +51,20 @@ class Dispatcher {
 
  private:
    struct Worker {
-      std::unique_ptr<Carrier> carrier;
-      std::optional<Clock::Time> busySince;           // guarded by mutex_
+      std::unique_ptr<Executor> executor;
+      std::optional<Bus::Clock::Time> busySince;      // guarded by mutex_
       std::optional<boost::asio::thread_pool> thread; // from the first transaction on
    };
-   Worker &workerOf( const Transaction & );
-   void run( Worker &, const Transaction &, const Smbus::TransactionRequest &, const Answer & );
+   Worker &workerOf( const Bus::Transaction & );
+   void run( Worker &, const Bus::Transaction &, const Smbus::TransactionRequest &,
+             const Answer & );
    bool stopped();
-   void busyIs( Worker &, std::optional<Clock::Time> since );
+   void busyIs( Worker &, std::optional<Bus::Clock::Time> since );
 
-   const Clock &clock_;
+   const Bus::Clock &clock_;
    const std::chrono::milliseconds bound_;
    const Observer observer_;
-   std::map<RootBusId, Worker> workers_;
+   std::map<Bus::RootBusId, Worker> workers_;
    std::mutex mutex_;
    std::condition_variable idle_;
    unsigned busy_ = 0; // workers

@@ -1,4 +1,4 @@
-#include "server/Server.h"
+#include "smbusd/server/Server.h"
 
 #include <boost/asio.hpp>
 #include <fmt/format.h>
@@ -11,7 +11,7 @@ namespace Smbusd {
 namespace asio = boost::asio;
 using boost::system::error_code;
 
-Server::Server( asio::io_context &context, std::unique_ptr<SocketFile> file,
+Server::Server( asio::io_context &context, std::unique_ptr<Sockets::SocketFile> file,
                 Dispatcher &dispatcher )
    : file_( std::move( file ) ), dispatcher_( dispatcher ),
      acceptor_( context, Protocol(), file_->release() ), pause_( context ) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "server/Session.h"
-#include "server/SocketFile.h"
+#include "smbusd/server/Session.h"
+#include "sockets/SocketFile.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
@@ -20,7 +20,7 @@ inline constexpr size_t maxClients = 64;
 class Server {
  public:
    // The socket file is removed with the server. Everything runs in the io_context's thread.
-   Server( boost::asio::io_context &, std::unique_ptr<SocketFile>, Dispatcher & );
+   Server( boost::asio::io_context &, std::unique_ptr<Sockets::SocketFile>, Dispatcher & );
 
    // No client is taken any more, connections end, and the io_context has nothing left to do.
    void stop();
@@ -31,7 +31,7 @@ class Server {
    void accept();
    void admit( Protocol::socket );
 
-   std::unique_ptr<SocketFile> file_;
+   std::unique_ptr<Sockets::SocketFile> file_;
    Dispatcher &dispatcher_;
    Protocol::acceptor acceptor_;
    boost::asio::steady_timer pause_;

@@ -1,7 +1,7 @@
-#include "server/Session.h"
+#include "smbusd/server/Session.h"
 
-#include "Decode.h"
-#include "server/Frames.h"
+#include "smbus/Decode.h"
+#include "sockets/Frames.h"
 
 #include <boost/asio.hpp>
 #include <fmt/format.h>
@@ -40,15 +40,16 @@ void Session::readMore() {
 }
 
 void Session::takeFrame() {
-   const Frame frame = firstFrame( received_ );
+   const Sockets::Frame frame = Sockets::firstFrame( received_ );
    switch ( frame.state ) {
-   case Frame::State::Incomplete:
+   case Sockets::Frame::State::Incomplete:
       return readMore();
-   case Frame::State::TooLong:
-      return answer( failure( fmt::format( "a frame of over {} bytes", maxFrameBytes ) ), true );
-   case Frame::State::NoLength:
-      return answer( failure( "a frame whose length is no varint" ), true );
-   case Frame::State::Whole:
+   case Sockets::Frame::State::TooLong:
+      return answer(
+         Bus::failure( fmt::format( "a frame of over {} bytes", Sockets::maxFrameBytes ) ), true );
+   case Sockets::Frame::State::NoLength:
+      return answer( Bus::failure( "a frame whose length is no varint" ), true );
+   case Sockets::Frame::State::Whole:
       takeMessage( frame.message );
       received_.erase( 0, frame.size );
    }
@@ -56,13 +57,13 @@ void Session::takeFrame() {
 
 void Session::takeMessage( std::string_view message ) {
    if ( refused() )
-      return answer( failure( refusal_ ), true );
+      return answer( Bus::failure( refusal_ ), true );
    Smbus::TransactionRequest request;
    try {
-      request = parse( message );
-   } catch ( const Refused &reason ) {
+      request = Bus::parse( message );
+   } catch ( const Bus::Refused &reason ) {
       spdlog::warn( "refused: {}", reason.what() );
-      return answer( failure( reason.what() ) );
+      return answer( Bus::failure( reason.what() ) );
    }
    waiting_ = true;
    watchForEnd();
@@ -95,7 +96,7 @@ void Session::answer( const Smbus::TransactionResponse &response, bool last ) {
    waiting_ = false;
    error_code ignored;
    socket_.cancel( ignored );
-   sending_ = framed( response );
+   sending_ = Sockets::framed( response );
    asio::async_write( socket_, asio::buffer( sending_ ),
                       [this, last, self = shared_from_this()]( error_code error, size_t ) {
                          if ( error || last )

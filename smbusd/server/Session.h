@@ -1,6 +1,6 @@
 #pragma once
 
-#include "server/Dispatcher.h"
+#include "smbusd/server/Dispatcher.h"
 
 #include <boost/asio/local/stream_protocol.hpp>
 

@@ -1,4 +1,4 @@
-#include "plugin/Action.h"
+#include "host/plugin/Action.h"
 
 #include <gmock/gmock.h>
 
@@ -7,27 +7,30 @@ namespace {
 
 using ::testing::HasSubstr;
 
-Action good( Kind kind, const std::vector<std::string> &words ) {
+Action good( BoardFiles::Kind kind, const std::vector<std::string> &words ) {
    const auto parsed = parseAction( kind, words );
    EXPECT_TRUE( std::holds_alternative<Action>( parsed ) ) << std::get<std::string>( parsed );
    return std::get<Action>( parsed );
 }
 
-std::string bad( Kind kind, const std::vector<std::string> &words ) {
+std::string bad( BoardFiles::Kind kind, const std::vector<std::string> &words ) {
    const auto parsed = parseAction( kind, words );
    EXPECT_TRUE( std::holds_alternative<std::string>( parsed ) );
    return std::get<std::string>( parsed );
 }
 
 TEST( ActionTest, TakesTheWordsOfEveryKind ) {
-   EXPECT_EQ( good( Kind::Fan, { "9000" } ), ( Action{ "set_rpm", { 9000 } } ) );
-   EXPECT_EQ( good( Kind::Led, { "off" } ), ( Action{ "set_light_setting", { 0 } } ) );
-   EXPECT_EQ( good( Kind::Led, { "beacon" } ), ( Action{ "set_light_setting", { 6 } } ) );
-   EXPECT_EQ( good( Kind::Xcvr, { "reset", "on" } ), ( Action{ "set_reset", { 1 } } ) );
-   EXPECT_EQ( good( Kind::Xcvr, { "lpmode", "off" } ), ( Action{ "set_lp_mode", { 0 } } ) );
-   EXPECT_EQ( good( Kind::Xcvr, { "txdisable", "on" } ), ( Action{ "set_tx_disable", { 1 } } ) );
-   EXPECT_EQ( good( Kind::Gpio, { "clear" } ), ( Action{ "bit_clear", {} } ) );
-   EXPECT_EQ( good( Kind::System, { "powercycle" } ), ( Action{ "powercycle", {} } ) );
+   EXPECT_EQ( good( BoardFiles::Kind::Fan, { "9000" } ), ( Action{ "set_rpm", { 9000 } } ) );
+   EXPECT_EQ( good( BoardFiles::Kind::Led, { "off" } ), ( Action{ "set_light_setting", { 0 } } ) );
+   EXPECT_EQ( good( BoardFiles::Kind::Led, { "beacon" } ),
+              ( Action{ "set_light_setting", { 6 } } ) );
+   EXPECT_EQ( good( BoardFiles::Kind::Xcvr, { "reset", "on" } ), ( Action{ "set_reset", { 1 } } ) );
+   EXPECT_EQ( good( BoardFiles::Kind::Xcvr, { "lpmode", "off" } ),
+              ( Action{ "set_lp_mode", { 0 } } ) );
+   EXPECT_EQ( good( BoardFiles::Kind::Xcvr, { "txdisable", "on" } ),
+              ( Action{ "set_tx_disable", { 1 } } ) );
+   EXPECT_EQ( good( BoardFiles::Kind::Gpio, { "clear" } ), ( Action{ "bit_clear", {} } ) );
+   EXPECT_EQ( good( BoardFiles::Kind::System, { "powercycle" } ), ( Action{ "powercycle", {} } ) );
 }
 
 TEST( ActionTest, TakesEveryOperationOfAProxyWithDecimalAndHexNumbers ) {
@@ -48,26 +51,29 @@ TEST( ActionTest, TakesEveryOperationOfAProxyWithDecimalAndHexNumbers ) {
       { { "block-process-call", "1", "2" }, { "block_process_call", { 1, 2 } } },
    };
    for ( const auto &[words, action] : all )
-      EXPECT_EQ( good( Kind::Smbus, words ), action ) << words[0];
-   EXPECT_EQ( usageOf( Kind::Smbus ).size(), all.size() );
+      EXPECT_EQ( good( BoardFiles::Kind::Smbus, words ), action ) << words[0];
+   EXPECT_EQ( usageOf( BoardFiles::Kind::Smbus ).size(), all.size() );
 }
 
 TEST( ActionTest, SaysWhatIsWrong ) {
-   EXPECT_EQ( bad( Kind::Led, { "green" } ),
+   EXPECT_EQ( bad( BoardFiles::Kind::Led, { "green" } ),
               "\"green\" is none of off, good, warning, bad, inactive, unknown, beacon" );
-   EXPECT_EQ( bad( Kind::Fan, { "-1" } ), "\"-1\" is no RPM from 0 to 2147483647" );
-   EXPECT_EQ( bad( Kind::Fan, {} ), "say: RPM" );
-   EXPECT_EQ( bad( Kind::Xcvr, { "reset" } ), "say: reset off|on" );
-   EXPECT_THAT( bad( Kind::Gpio, { "toggle" } ), HasSubstr( "say one of: set; clear; read" ) );
-   EXPECT_EQ( bad( Kind::Psu, { "off" } ), "nothing can be asked of a psu" );
-   EXPECT_EQ( bad( Kind::Smbus, { "read-byte", "256" } ), "\"256\" is no COMMAND from 0 to 255" );
-   EXPECT_EQ( bad( Kind::Smbus, { "i2c-block-read", "1", "0" } ),
+   EXPECT_EQ( bad( BoardFiles::Kind::Fan, { "-1" } ), "\"-1\" is no RPM from 0 to 2147483647" );
+   EXPECT_EQ( bad( BoardFiles::Kind::Fan, {} ), "say: RPM" );
+   EXPECT_EQ( bad( BoardFiles::Kind::Xcvr, { "reset" } ), "say: reset off|on" );
+   EXPECT_THAT( bad( BoardFiles::Kind::Gpio, { "toggle" } ),
+                HasSubstr( "say one of: set; clear; read" ) );
+   EXPECT_EQ( bad( BoardFiles::Kind::Psu, { "off" } ), "nothing can be asked of a psu" );
+   EXPECT_EQ( bad( BoardFiles::Kind::Smbus, { "read-byte", "256" } ),
+              "\"256\" is no COMMAND from 0 to 255" );
+   EXPECT_EQ( bad( BoardFiles::Kind::Smbus, { "i2c-block-read", "1", "0" } ),
               "\"0\" is no LENGTH from 1 to 255" );
-   EXPECT_EQ( bad( Kind::Smbus, { "write-byte", "1", "0x" } ), "\"0x\" is no BYTE from 0 to 255" );
-   EXPECT_EQ( bad( Kind::Smbus, { "send-byte", "1", "2" } ), "say: send-byte BYTE" );
+   EXPECT_EQ( bad( BoardFiles::Kind::Smbus, { "write-byte", "1", "0x" } ),
+              "\"0x\" is no BYTE from 0 to 255" );
+   EXPECT_EQ( bad( BoardFiles::Kind::Smbus, { "send-byte", "1", "2" } ), "say: send-byte BYTE" );
    std::vector<std::string> long256{ "block-write", "1" };
    long256.resize( 2 + 256, "0" );
-   EXPECT_EQ( bad( Kind::Smbus, long256 ), "say: block-write COMMAND BYTE..." );
+   EXPECT_EQ( bad( BoardFiles::Kind::Smbus, long256 ), "say: block-write COMMAND BYTE..." );
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "plugin/Actions.h"
+#include "host/plugin/Actions.h"
 
 #include <gtest/gtest.h>
 #include <pl.h>
@@ -61,7 +61,7 @@ TEST( ActionsTest, ReadsAndSetsBits ) {
    EXPECT_EQ( calls, "clear" );
    actOn( &gpio, { "bit_set", {} } );
    EXPECT_EQ( calls, "set" );
-   EXPECT_EQ( actOn( &gpio, { "bit_read", {} } ).value, Scalar( std::int64_t{ 1 } ) );
+   EXPECT_EQ( actOn( &gpio, { "bit_read", {} } ).value, Scalar( int64_t{ 1 } ) );
    EXPECT_EQ( calls, "" );
 }
 

@@ -1,6 +1,6 @@
-#include "serve/Api.h"
+#include "host/serve/Api.h"
 
-#include "check/Json.h"
+#include "boardfiles/Json.h"
 #include "support/StateSchema.h"
 
 #include <gmock/gmock.h>
@@ -16,12 +16,12 @@ using ::testing::HasSubstr;
 class ApiTest : public ::testing::Test {
  protected:
    ApiTest() {
-      Findings findings;
-      document_ = Json::load( DOCS "/openapi.json", findings );
+      BoardFiles::Findings findings;
+      document_ = BoardFiles::Json::load( DOCS "/openapi.json", findings );
       EXPECT_TRUE( document_ && findings.empty() );
    }
 
-   /// Asks, and checks that the document knows path, method, status and the answer's members.
+   // Asks, and checks that the document knows path, method, status and the answer's members.
    Api::Response ask( const std::string &method, const std::string &path,
                       const std::string &body = "" ) {
       Api::Response answer{ .status = 0 };
@@ -36,7 +36,8 @@ class ApiTest : public ::testing::Test {
       const rapidjson::Value *response =
          at( { "paths", documentedPath, lower, "responses", std::to_string( answer.status ) } );
       EXPECT_NE( response, nullptr ) << documentedPath << ' ' << answer.status;
-      if ( const auto reference = Json::toText( Json::find( response, "$ref" ) ) ) {
+      if ( const auto reference =
+              BoardFiles::Json::toText( BoardFiles::Json::find( response, "$ref" ) ) ) {
          EXPECT_EQ( schemaFault( answer.json, std::string( *reference ) ), "" ) << answer.json;
       }
       return answer;
@@ -45,11 +46,11 @@ class ApiTest : public ::testing::Test {
    const rapidjson::Value *at( const std::vector<std::string> &keys ) const {
       const rapidjson::Value *value = &document_->document;
       for ( const std::string &key : keys )
-         value = Json::find( value, key.c_str() );
+         value = BoardFiles::Json::find( value, key.c_str() );
       return value;
    }
 
-   /// What of an answer doesn't fit the schema of "#/components/responses/NAME".
+   // What of an answer doesn't fit the schema of "#/components/responses/NAME".
    std::string schemaFault( const std::string &json, const std::string &reference ) const {
       const std::string name = reference.substr( reference.rfind( '/' ) + 1 );
       const rapidjson::Value *schema = at( { "components", "schemas", name } );
@@ -61,9 +62,10 @@ class ApiTest : public ::testing::Test {
       return document.Accept( validator ) ? "" : validator.GetInvalidSchemaKeyword();
    }
 
-   const Board board_{ .topology = "[ 5 ]",
-                       .objects = { { .kind = Kind::Led, .name = "led" },
-                                    { .kind = Kind::Psu, .name = "psu" } } };
+   const BoardFiles::Board board_{ .topology = "[ 5 ]",
+                                   .objects = {
+                                      { .kind = BoardFiles::Kind::Led, .name = "led" },
+                                      { .kind = BoardFiles::Kind::Psu, .name = "psu" } } };
    Action asked_;
    Reading result_{ .name = "set_light_setting" };
    const Api api_{ board_,
@@ -74,11 +76,11 @@ class ApiTest : public ::testing::Test {
                                                { .name = "psu", .type = "psu" } };
                         },
                      .ask =
-                        [this]( std::size_t, const Action &action, const auto &answer ) {
+                        [this]( size_t, const Action &action, const auto &answer ) {
                            asked_ = action;
                            answer( result_ );
                         } } };
-   std::optional<Json::File> document_;
+   std::optional<BoardFiles::Json::File> document_;
 };
 
 TEST_F( ApiTest, TellsTheBoardAsItsSchemaSays ) {
@@ -133,11 +135,11 @@ TEST_F( ApiTest, TellsWhatIsNotThereAndWhichMethodAPathHas ) {
 TEST_F( ApiTest, IsDocumentedPathByPath ) {
    const rapidjson::Value *paths = at( { "paths" } );
    ASSERT_NE( paths, nullptr );
-   for ( const auto &[path, item] : Json::members( paths ) ) {
+   for ( const auto &[path, item] : BoardFiles::Json::members( paths ) ) {
       std::string real = path.GetString();
       if ( const auto place = real.find( "{name}" ); place != std::string::npos )
          real.replace( place, 6, "led" );
-      const bool isPost = Json::find( &item, "post" ) != nullptr;
+      const bool isPost = BoardFiles::Json::find( &item, "post" ) != nullptr;
       EXPECT_NE( ask( isPost ? "POST" : "GET", real, R"({"words":["off"]})" ).status, 404u )
          << real;
       EXPECT_EQ( ask( isPost ? "GET" : "POST", real ).status, 405u ) << real;

@@ -1,4 +1,4 @@
-#include "view/CageGrid.h"
+#include "host/terminal/CageGrid.h"
 
 #include <gmock/gmock.h>
 
@@ -9,7 +9,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
-ValueReport line( const char *name, std::int64_t value, State state = State::Ok ) {
+ValueReport line( const char *name, int64_t value, State state = State::Ok ) {
    return { { .name = name, .state = state, .value = value }, 0 };
 }
 

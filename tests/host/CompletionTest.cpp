@@ -1,4 +1,4 @@
-#include "plugin/Action.h"
+#include "host/plugin/Action.h"
 #include "support/TempFolder.h"
 
 #include <cstdlib>
@@ -15,7 +15,7 @@ using ::testing::UnorderedElementsAre;
 
 class CompletionTest : public ::testing::Test {
  protected:
-   /// What the shell offers for the last of these words.
+   // What the shell offers for the last of these words.
    std::vector<std::string> complete( const std::vector<std::string> &words ) const {
       folder_.write( "ask.sh", fmt::format( ". {}\nCOMP_WORDS=( orbis-host {} )\nCOMP_CWORD={}\n"
                                             "_orbis_host\nprintf '%s\\n' \"${{COMPREPLY[@]}}\"\n",
@@ -50,9 +50,11 @@ TEST_F( CompletionTest, OffersTheBoardsObjectsOfTheCommandsType ) {
 }
 
 TEST_F( CompletionTest, OffersEveryVerbThatIsTaken ) {
-   const std::vector<std::pair<std::string, Kind>> kinds{ { "xcvr", Kind::Xcvr },
-                                                          { "gpio", Kind::Gpio },
-                                                          { "smbus", Kind::Smbus } };
+   const std::vector<std::pair<std::string, BoardFiles::Kind>> kinds{
+      { "xcvr", BoardFiles::Kind::Xcvr },
+      { "gpio", BoardFiles::Kind::Gpio },
+      { "smbus", BoardFiles::Kind::Smbus }
+   };
    for ( const auto &[command, kind] : kinds ) {
       std::vector<std::string> verbs;
       for ( const std::string &usage : usageOf( kind ) )

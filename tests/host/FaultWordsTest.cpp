@@ -1,4 +1,4 @@
-#include "session/FaultWords.h"
+#include "host/session/FaultWords.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "plugin/Messages.h"
+#include "host/plugin/Messages.h"
 
 #include <gtest/gtest.h>
 
@@ -10,19 +10,21 @@ TEST( MessagesTest, CarryEveryCommandThrough ) {
       std::get<LoadCommand>( *decodeCommand( encode( LoadCommand{ "p.so", "[\n\"°\"]" } ) ) );
    EXPECT_EQ( load.plugin, "p.so" );
    EXPECT_EQ( load.topology, "[\n\"°\"]" );
-   EXPECT_EQ( std::get<InitCommand>( *decodeCommand( encode( InitCommand{ Kind::Psu } ) ) ).kind,
-              Kind::Psu );
+   EXPECT_EQ(
+      std::get<InitCommand>( *decodeCommand( encode( InitCommand{ BoardFiles::Kind::Psu } ) ) )
+         .kind,
+      BoardFiles::Kind::Psu );
    EXPECT_EQ( std::get<ReadCommand>( *decodeCommand( encode( ReadCommand{ 130 } ) ) ).object,
               130u );
-   const ObjectDescription sensor{ .kind = Kind::TempSensor,
-                                   .name = "t",
-                                   .text = "{}",
-                                   .alert = -3.5f,
-                                   .critical = 70.25f,
-                                   .value = 255 };
+   const BoardFiles::ObjectDescription sensor{ .kind = BoardFiles::Kind::TempSensor,
+                                               .name = "t",
+                                               .text = "{}",
+                                               .alert = -3.5f,
+                                               .critical = 70.25f,
+                                               .value = 255 };
    const auto add = std::get<AddCommand>( *decodeCommand( encode( AddCommand{ 7, sensor } ) ) );
    EXPECT_EQ( add.object, 7u );
-   EXPECT_EQ( add.description.kind, Kind::TempSensor );
+   EXPECT_EQ( add.description.kind, BoardFiles::Kind::TempSensor );
    EXPECT_EQ( add.description.text, "{}" );
    EXPECT_EQ( add.description.alert, -3.5f );
    EXPECT_EQ( add.description.critical, 70.25f );
@@ -50,8 +52,8 @@ TEST( MessagesTest, CarryEveryEventThroughOnOneLine ) {
 }
 
 TEST( MessagesTest, CarryEveryKindOfValueThrough ) {
-   for ( const Scalar &value : { Scalar(), Scalar( true ), Scalar( std::int64_t{ -2 } ),
-                                 Scalar( 24.0 ), Scalar( std::string( "x" ) ) } ) {
+   for ( const Scalar &value : { Scalar(), Scalar( true ), Scalar( int64_t{ -2 } ), Scalar( 24.0 ),
+                                 Scalar( std::string( "x" ) ) } ) {
       const Event event = Reading{ "n", "V", State::Absent, value, { 1, "why" } };
       const auto reading = std::get<Reading>( *decodeEvent( encode( event ) ) );
       EXPECT_EQ( reading.value, value );

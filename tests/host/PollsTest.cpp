@@ -9,11 +9,13 @@ using namespace std::chrono_literals;
 class PollsTest : public PlayedChild {
  protected:
    PollsTest() {
-      cages.objects = { { .kind = Kind::Xcvr, .name = "a", .did = 7 },
-                        { .kind = Kind::Xcvr, .name = "b", .did = 7 },
-                        { .kind = Kind::Xcvr, .name = "c", .did = 8 },
-                        { .kind = Kind::Slot, .name = "bay", .did = 9, .address = 0x58 },
-                        { .kind = Kind::Fan, .name = "fan", .fullScale = 18000 } };
+      cages.objects = {
+         { .kind = BoardFiles::Kind::Xcvr, .name = "a", .did = 7 },
+         { .kind = BoardFiles::Kind::Xcvr, .name = "b", .did = 7 },
+         { .kind = BoardFiles::Kind::Xcvr, .name = "c", .did = 8 },
+         { .kind = BoardFiles::Kind::Slot, .name = "bay", .did = 9, .address = 0x58 },
+         { .kind = BoardFiles::Kind::Fan, .name = "fan", .fullScale = 18000 }
+      };
       cages.traces.absentHolds = "from {address} ";
       cages.traces.absentEnds = "no acknowledge of the address";
       cages.traces.unmanaged = "Unknown model";
@@ -23,9 +25,8 @@ class PollsTest : public PlayedChild {
       supervisor.emplace( cages, Limits{}, now );
    }
 
-   /// Reads an object with these traces on the way; the one value that comes of it.
-   ValueReport read( std::size_t object, const std::vector<std::string> &traces,
-                     const Reading &given ) {
+   // Reads an object with these traces on the way; the one value that comes of it.
+   ValueReport read( size_t object, const std::vector<std::string> &traces, const Reading &given ) {
       runTo( "read " + std::to_string( object ) );
       for ( const std::string &text : traces )
          hear( Trace{ 3, text } );
@@ -38,10 +39,10 @@ class PollsTest : public PlayedChild {
       ADD_FAILURE() << "no " << given.name;
       return {};
    }
-   ValueReport readCage( std::size_t object ) {
+   ValueReport readCage( size_t object ) {
       return read( object, {}, { .name = "presence", .value = true } );
    }
-   void poll( std::size_t madeFor, bool well ) {
+   void poll( size_t madeFor, bool well ) {
       if ( !well )
          hear( Trace{ 3, "execute: failure in response nack", madeFor } );
       hear( Trace{ 0, well ? "Cache updated for X" : "Failed to poll X", madeFor } );
@@ -51,7 +52,7 @@ class PollsTest : public PlayedChild {
          .reading;
    }
 
-   Board cages = makeBoard();
+   BoardFiles::Board cages = makeBoard();
 };
 
 TEST_F( PollsTest, AreGoodAsLongAsNothingElseIsHeard ) {
@@ -118,7 +119,7 @@ TEST_F( PollsTest, SlotsTellAnUnknownModuleFromOneThatCanNotBeMadeOut ) {
 }
 
 TEST_F( PollsTest, FansTellTheirShareOfTheHighestSpeed ) {
-   read( 4, {}, { .name = "speed", .unit = "rpm", .value = std::int64_t{ 9135 } } );
+   read( 4, {}, { .name = "speed", .unit = "rpm", .value = int64_t{ 9135 } } );
    const Reading share = supervisor->report( now )[4].values.at( 1 ).reading;
    EXPECT_EQ( share.name, "share" );
    EXPECT_EQ( share.unit, "%" );

@@ -11,7 +11,7 @@ using ::testing::Not;
 
 class ProgramTest : public ::testing::Test {
  protected:
-   /// Runs to the end.
+   // Runs to the end.
    int run( const std::vector<std::string> &arguments ) {
       Program program( folder, arguments );
       const int code = program.exitCode();
@@ -144,7 +144,7 @@ TEST_F( ProgramTest, ServeTellsThatTheServerIsNotThereWhileItIsTriedFor ) {
 
 TEST_F( ProgramTest, ServeLogsWhatFailsAndThatItIsBack ) {
    Program program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
-   std::size_t at = program.waitFor( "err.txt", "temp temperature: ok" );
+   size_t at = program.waitFor( "err.txt", "temp temperature: ok" );
    folder.write( "temp.temperature", "status 6 execute: failure in response nack" );
    at = program.waitFor( "err.txt", "temp temperature: unreadable: status 6: nack", at );
    folder.remove( "temp.temperature" );

@@ -1,4 +1,4 @@
-#include "plugin/Readings.h"
+#include "host/plugin/Readings.h"
 
 #include <cmath>
 #include <cstring>
@@ -104,7 +104,7 @@ TEST( ReadingsTest, ReadsAllSevenOfASupply ) {
    pl_psu psu{ nullptr, &ops, nullptr };
    const auto readings = readAll( &psu );
    ASSERT_EQ( readings.size(), 7u );
-   EXPECT_EQ( readings[0].value, Scalar( std::int64_t{ 1 } ) );
+   EXPECT_EQ( readings[0].value, Scalar( int64_t{ 1 } ) );
    EXPECT_EQ( readings[4].name, "output_voltage" );
    EXPECT_EQ( readings[4].value, Scalar( 12.5 ) );
    EXPECT_EQ( readings[6].state, State::Unsupported );
@@ -120,7 +120,7 @@ TEST( ReadingsTest, ReadsACageByItsOwnHalfOfTheTable ) {
    ASSERT_EQ( qsfp.size(), 5u );
    EXPECT_EQ( qsfp[0].state, State::Absent );
    EXPECT_EQ( qsfp[3].name, "reset" );
-   EXPECT_EQ( qsfp[3].value, Scalar( std::int64_t{ 1 } ) );
+   EXPECT_EQ( qsfp[3].value, Scalar( int64_t{ 1 } ) );
    ops.kind = PL_XCVR_SFP;
    EXPECT_EQ( readAll( &cage ).size(), 4u );
 }

@@ -1,5 +1,5 @@
-#include "serve/Client.h"
-#include "serve/HttpServer.h"
+#include "host/serve/Client.h"
+#include "host/serve/HttpServer.h"
 #include "support/Program.h"
 
 #include <boost/asio.hpp>
@@ -19,7 +19,7 @@ class HttpServerTest : public ::testing::Test {
  protected:
    void serve( HttpLimits limits = {} ) { server_.emplace( loop_, path_, api_, limits ); }
 
-   /// Sends bytes on a new connection and runs the loop until the server ends it; what it said.
+   // Sends bytes on a new connection and runs the loop until the server ends it; what it said.
    std::string say( const std::string &bytes ) {
       stream_protocol::socket socket( loop_ );
       socket.connect( path_.string() );
@@ -27,7 +27,7 @@ class HttpServerTest : public ::testing::Test {
       std::string heard;
       bool ended = false;
       boost::asio::async_read( socket, boost::asio::dynamic_buffer( heard ),
-                               [&ended]( const auto &, std::size_t ) { ended = true; } );
+                               [&ended]( const auto &, size_t ) { ended = true; } );
       const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 20 );
       while ( !ended && std::chrono::steady_clock::now() < end )
          loop_.run_one_for( std::chrono::seconds( 1 ) );
@@ -41,12 +41,14 @@ class HttpServerTest : public ::testing::Test {
    const TempFolder folder_;
    const std::filesystem::path path_ = folder_.path() / "host.sock";
    boost::asio::io_context loop_{ 1 };
-   const Board board_{ .topology = "[]", .objects = { { .kind = Kind::Led, .name = "led" } } };
+   const BoardFiles::Board board_{
+      .topology = "[]", .objects = { { .kind = BoardFiles::Kind::Led, .name = "led" } }
+   };
    std::vector<std::function<void( const Reading & )>> unanswered_;
    const Api api_{ board_,
                    "b",
                    { .report = [] { return BoardReport{ { .name = "led", .type = "led" } }; },
-                     .ask = [this]( std::size_t, const Action &,
+                     .ask = [this]( size_t, const Action &,
                                     auto answer ) { unanswered_.push_back( answer ); } } };
    std::optional<HttpServer> server_;
 };

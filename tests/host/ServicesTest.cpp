@@ -1,4 +1,4 @@
-#include "plugin/Services.h"
+#include "host/plugin/Services.h"
 
 #include <gmock/gmock.h>
 #include <pl.h>
@@ -41,7 +41,7 @@ TEST_F( ServicesTest, RunATimerOnceForEverySetting ) {
 TEST_F( ServicesTest, TellWhoseTimerRunsWhileItRuns ) {
    struct Seen {
       const Services &services;
-      std::optional<std::size_t> timerOf{};
+      std::optional<size_t> timerOf{};
    } seen{ services };
    services.madeFor( 7 );
    const pl_timer_handle another = pl_timer_add(

@@ -1,4 +1,4 @@
-#include "session/Session.h"
+#include "host/session/Session.h"
 
 #include "support/TempFolder.h"
 
@@ -17,16 +17,16 @@ class SessionTest : public ::testing::Test {
  protected:
    SessionTest() {
       ::setenv( "SCRIPT", folder.path().c_str(), 1 );
-      add( Kind::TempSensor, "a" );
-      add( Kind::TempSensor, "b" );
+      add( BoardFiles::Kind::TempSensor, "a" );
+      add( BoardFiles::Kind::TempSensor, "b" );
    }
-   void add( Kind kind, const std::string &name ) {
+   void add( BoardFiles::Kind kind, const std::string &name ) {
       board.objects.push_back( { .kind = kind,
                                  .name = name,
                                  .text = R"({ "driverArgs": { "script": ")" + name + "\" } }" } );
    }
 
-   /// Runs until `enough` says so, which is asked whenever something changed.
+   // Runs until `enough` says so, which is asked whenever something changed.
    void runUntil( const std::function<bool()> &enough ) {
       loop.restart();
       changed = [this, enough] {
@@ -52,9 +52,9 @@ class SessionTest : public ::testing::Test {
    std::string calls() const { return folder.read( "calls" ); }
 
    const TempFolder folder;
-   Board board{ .topology = "[]",
-                .objects = {},
-                .traces = { .faults = { "execute: failure in response " } } };
+   BoardFiles::Board board{ .topology = "[]",
+                            .objects = {},
+                            .traces = { .faults = { "execute: failure in response " } } };
    boost::asio::io_context loop;
    std::function<void()> changed = [] {};
    std::vector<std::string> traces;
@@ -144,14 +144,14 @@ TEST_F( SessionTest, BringsBackAnObjectWhoseChildDiedOnceItsChipAnswers ) {
 
 TEST_F( SessionTest, RunsThePluginsTimersBetweenCommands ) {
    board.objects.clear();
-   add( Kind::Led, "led" );
+   add( BoardFiles::Kind::Led, "led" );
    start( { .period = 10ms } );
    runUntil( [this] { return calls().find( "tick\ntick\n" ) != std::string::npos; } );
 }
 
 TEST_F( SessionTest, OutlivesATimerThatEndsTheChild ) {
    board.objects.clear();
-   add( Kind::Led, "led" );
+   add( BoardFiles::Kind::Led, "led" );
    folder.write( "tick", "assert" );
    start( { .period = 10ms } );
    runUntil( [this] { return log.find( "Assertion `chipAnswers' failed" ) != std::string::npos; } );

@@ -1,7 +1,7 @@
-#include "State.h"
-#include "JsonWriter.h"
+#include "host/State.h"
+#include "host/JsonWriter.h"
+#include "host/terminal/Table.h"
 #include "support/StateSchema.h"
-#include "view/Table.h"
 
 #include <gmock/gmock.h>
 
@@ -18,7 +18,7 @@ const BoardReport sample{
    { .name = "supply",
      .type = "psu",
      .values = { { { "output_voltage", "V", State::Unreadable, {}, { 6, "no acknowledge" } }, 12 },
-                 { { "power_ok", "", State::Stale, std::int64_t{ 1 }, {} }, 4 },
+                 { { "power_ok", "", State::Stale, int64_t{ 1 }, {} }, 4 },
                  { { "input_power", "W", State::Unsupported, {}, {} }, 0 } } },
    { .name = "led", .type = "led", .state = State::Unreadable, .fault = { {}, "an assertion" } },
    { .name = "slot",

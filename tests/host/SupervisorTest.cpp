@@ -145,7 +145,7 @@ TEST_F( SupervisorTest, SaysSoonThatTheServerCanNotBeReachedYet ) {
    EXPECT_EQ( object( 2 ).fault.words, "not brought up yet" );
    now += 1ms;
    supervisor->tick( now );
-   for ( std::size_t i = 0; i < 3; ++i ) {
+   for ( size_t i = 0; i < 3; ++i ) {
       EXPECT_EQ( object( i ).state, State::Unreadable );
       EXPECT_THAT( object( i ).fault.words, HasSubstr( "can't reach the SMBus server yet" ) );
    }

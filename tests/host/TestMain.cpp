@@ -1,4 +1,4 @@
-#include "plugin/Child.h"
+#include "host/plugin/Child.h"
 
 #include <gtest/gtest.h>
 #include <string_view>

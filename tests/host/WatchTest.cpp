@@ -29,8 +29,7 @@ bool endsSoon( pid_t process ) {
 
 TEST_F( WatchTest, AppendsTablesWhereThereIsNoTerminal ) {
    Program program( folder, command );
-   const std::size_t at =
-      program.waitFor( "out.txt", "temp    temp_sensor  temperature     1.0 °C" );
+   const size_t at = program.waitFor( "out.txt", "temp    temp_sensor  temperature     1.0 °C" );
    folder.write( "temp.temperature", "-3.5" );
    program.waitFor( "out.txt", "temp    temp_sensor  temperature     -3.5 °C", at );
    program.signal( SIGINT );
@@ -40,19 +39,19 @@ TEST_F( WatchTest, AppendsTablesWhereThereIsNoTerminal ) {
 
 TEST_F( WatchTest, ShowsOneTableForEveryRoundOfReadings ) {
    Program program( folder, command );
-   std::size_t at = 0;
+   size_t at = 0;
    for ( int i = 0; i < 5; ++i )
       at = program.waitFor( "out.txt", "NAME", at );
    const std::string calls = folder.read( "calls" );
-   std::size_t rounds = 0;
-   for ( std::size_t i = 0; ( i = calls.find( "temp.temperature", i ) ) != std::string::npos; ++i )
+   size_t rounds = 0;
+   for ( size_t i = 0; ( i = calls.find( "temp.temperature", i ) ) != std::string::npos; ++i )
       ++rounds;
    EXPECT_GE( rounds, 4u ); // the first table may have come before all was brought up
 }
 
 TEST_F( WatchTest, ShowsAFaultAndThenTheReadingAgain ) {
    Program program( folder, command );
-   std::size_t at = program.waitFor( "out.txt", "1.0 °C" );
+   size_t at = program.waitFor( "out.txt", "1.0 °C" );
    folder.write( "temp.temperature", "status 4 execute: error. 111, Connection refused" );
    at = program.waitFor( "out.txt", "status 4: 111, Connection refused", at );
    folder.remove( "temp.temperature" );

@@ -12,7 +12,7 @@ namespace {
 long allocations = 0;
 bool counting = false;
 
-void *counted( std::size_t size ) {
+void *counted( size_t size ) {
    if ( counting )
       ++allocations;
    if ( void *memory = std::malloc( size ) )
@@ -22,12 +22,12 @@ void *counted( std::size_t size ) {
 
 } // namespace
 
-void *operator new( std::size_t size ) { return counted( size ); }
-void *operator new[]( std::size_t size ) { return counted( size ); }
+void *operator new( size_t size ) { return counted( size ); }
+void *operator new[]( size_t size ) { return counted( size ); }
 void operator delete( void *memory ) noexcept { std::free( memory ); }
 void operator delete[]( void *memory ) noexcept { std::free( memory ); }
-void operator delete( void *memory, std::size_t ) noexcept { std::free( memory ); }
-void operator delete[]( void *memory, std::size_t ) noexcept { std::free( memory ); }
+void operator delete( void *memory, size_t ) noexcept { std::free( memory ); }
+void operator delete[]( void *memory, size_t ) noexcept { std::free( memory ); }
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "Plugin.h"
 #include "PrivateFolder.h"
 #include "StartedProgram.h"
-#include "chips/FruImage.h"
+#include "simulator/chips/FruImage.h"
 
 #include <cmath>
 #include <csignal>
@@ -184,8 +184,8 @@ TEST_F( StubTest, TheKernelsPmbusDriverReadsTheSameFansAndTemperatures ) {
 }
 
 TEST_F( StubTest, TheKernelsAt24ReadsTheSameMemory ) {
-   const Smbusd::EepromImage image =
-      Smbusd::fruImage( { "Kelt Power", "KP-850AC-F", "740-2306", "03", "P2306A0017", "" } );
+   const Simulator::EepromImage image =
+      Simulator::fruImage( { "Kelt Power", "KP-850AC-F", "740-2306", "03", "P2306A0017", "" } );
    StubChip chip( adapter, 0x50 );
    for ( unsigned i = 0; i < image.size(); ++i )
       chip.byteIs( static_cast<uint8_t>( i ), image[i] );

@@ -1,6 +1,6 @@
 #include "Bench.h"
 
-#include "client/Conversation.h"
+#include "orbis-smbus/Conversation.h"
 
 #include <fmt/format.h>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Random.h"
-#include "client/ControlConversation.h"
+#include "orbis-smbus/ControlConversation.h"
 
 #include <string>
 #include <vector>

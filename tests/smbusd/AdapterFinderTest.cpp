@@ -1,4 +1,4 @@
-#include "busses/linux/AdapterFinder.h"
+#include "smbusd/busses/linux/AdapterFinder.h"
 #include "PrivateFolder.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +9,8 @@
 namespace SmbusdTest {
 
 namespace {
+
+using namespace BoardFiles;
 
 namespace fs = std::filesystem;
 using namespace Smbusd::Linux;

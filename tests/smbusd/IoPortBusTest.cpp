@@ -1,4 +1,4 @@
-#include "busses/IoPortBus.h"
+#include "smbusd/busses/IoPortBus.h"
 #include "PrivateFolder.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +11,7 @@ namespace SmbusdTest {
 
 namespace {
 
+using namespace Bus;
 using namespace Smbusd;
 using Kind = Transfer::Kind;
 

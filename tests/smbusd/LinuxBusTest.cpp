@@ -1,4 +1,4 @@
-#include "busses/linux/LinuxBus.h"
+#include "smbusd/busses/linux/LinuxBus.h"
 #include "ScriptedAdapter.h"
 
 #include <fmt/format.h>
@@ -10,6 +10,8 @@ namespace SmbusdTest {
 
 namespace {
 
+using namespace BoardFiles;
+using namespace Bus;
 using namespace Smbusd;
 using namespace Smbusd::Linux;
 using namespace std::chrono_literals;

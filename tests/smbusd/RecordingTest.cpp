@@ -1,11 +1,11 @@
 // What is written down of a server's transactions, and a server that answers from it.
-#include "Decode.h"
 #include "HandClock.h"
 #include "PrivateFolder.h"
 #include "Requests.h"
-#include "record/Recorder.h"
-#include "record/RecordingFile.h"
-#include "record/Replay.h"
+#include "smbus/Decode.h"
+#include "smbus/RecordingFile.h"
+#include "smbusd/record/Recorder.h"
+#include "smbusd/record/Replay.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,6 +18,9 @@ namespace SmbusdTest {
 
 namespace {
 
+using namespace TestSupport;
+using TestSupport::read; // not the system's
+using namespace Bus;
 using namespace Smbusd;
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
@@ -49,9 +52,9 @@ class RecordingTest : public ::testing::Test {
       return { std::istreambuf_iterator<char>( stream ), {} };
    }
    // The first response's bytes, or the error.
-   std::string ask( Carriers &carriers, const Smbus::TransactionRequest &request ) {
+   std::string ask( Executors &executors, const Smbus::TransactionRequest &request ) {
       const Transaction transaction = decode( request, 2s );
-      const auto response = carriers.at( transaction.bus )->run( transaction );
+      const auto response = executors.at( transaction.bus )->run( transaction );
       return response.failed() ? response.error() : response.response( 0 ).data();
    }
    TestSupport::PrivateFolder folder;
@@ -104,7 +107,7 @@ class ReplayTest : public RecordingTest {
                 const Smbus::TransactionResponse &response, Clock::Time took = {} ) {
       recorder.write( request, response, {}, took );
    }
-   Carriers replayed() {
+   Executors replayed() {
       return replay( path, [this]( Clock::Time took ) { waited.push_back( took ); } );
    }
    Recorder recorder{ path, "1", clock };
@@ -118,47 +121,47 @@ TEST_F( ReplayTest, AnswersEachTransactionAsItWasAnsweredThen ) {
    record( other, answer( "x" ) );
    record( one, failure( "it broke" ) );
    record( one, answer( "c" ) );
-   Carriers carriers = replayed();
-   EXPECT_EQ( ask( carriers, other ), "x" );
-   EXPECT_EQ( ask( carriers, one ), "a" );
-   EXPECT_EQ( ask( carriers, one ), "it broke" );
-   EXPECT_EQ( ask( carriers, one ), "c" );
-   EXPECT_EQ( ask( carriers, one ), "c" ); // asked more often than then
-   EXPECT_EQ( ask( carriers, other ), "x" );
+   Executors executors = replayed();
+   EXPECT_EQ( ask( executors, other ), "x" );
+   EXPECT_EQ( ask( executors, one ), "a" );
+   EXPECT_EQ( ask( executors, one ), "it broke" );
+   EXPECT_EQ( ask( executors, one ), "c" );
+   EXPECT_EQ( ask( executors, one ), "c" ); // asked more often than then
+   EXPECT_EQ( ask( executors, other ), "x" );
 }
 
 TEST_F( ReplayTest, KnowsATransactionByWhatItAsksOfTheBus ) {
    record( one, answer( "a" ) );
-   Carriers carriers = replayed();
+   Executors executors = replayed();
    Smbus::TransactionRequest patient = one;
    patient.set_id( 5 );
    patient.set_retries( 3 );
    patient.set_timeout_ms( 100 );
-   EXPECT_EQ( ask( carriers, patient ), "a" );
+   EXPECT_EQ( ask( executors, patient ), "a" );
    Smbus::TransactionRequest checked = one;
    checked.mutable_request( 0 )->set_pec( true );
-   EXPECT_EQ( ask( carriers, checked ),
+   EXPECT_EQ( ask( executors, checked ),
               "request 1 of 1: read of 1 byte from 0x48 register 0x00 on scd(4):1:2: the recording "
               "has no such transaction" );
-   EXPECT_THAT( ask( carriers, transaction( read( 0x48, 1, 1 ) ) ), HasSubstr( "no such trans" ) );
-   EXPECT_THAT( ask( carriers, transaction( read( 0x48, 0, 1 ), read( 0x49, 0, 1 ) ) ),
+   EXPECT_THAT( ask( executors, transaction( read( 0x48, 1, 1 ) ) ), HasSubstr( "no such trans" ) );
+   EXPECT_THAT( ask( executors, transaction( read( 0x48, 0, 1 ), read( 0x49, 0, 1 ) ) ),
                 HasSubstr( "no such trans" ) );
    const auto write = []( const char *byte ) {
       return transaction( request( Smbus::REQUEST_WRITE, 0x48, 0, 1, byte ) );
    };
-   EXPECT_THAT( ask( carriers, write( "x" ) ), HasSubstr( "no such trans" ) );
+   EXPECT_THAT( ask( executors, write( "x" ) ), HasSubstr( "no such trans" ) );
    record( write( "x" ), answer( "" ) );
-   carriers = replayed();
-   EXPECT_EQ( ask( carriers, write( "x" ) ), "" );
-   EXPECT_THAT( ask( carriers, write( "y" ) ), HasSubstr( "no such trans" ) );
+   executors = replayed();
+   EXPECT_EQ( ask( executors, write( "x" ) ), "" );
+   EXPECT_THAT( ask( executors, write( "y" ) ), HasSubstr( "no such trans" ) );
 }
 
 TEST_F( ReplayTest, TellsHowLongEachAnswerTook ) {
    record( one, answer( "a" ), 30ms );
    record( one, answer( "b" ), 2s );
-   Carriers carriers = replayed();
-   ask( carriers, one );
-   ask( carriers, one );
+   Executors executors = replayed();
+   ask( executors, one );
+   ask( executors, one );
    EXPECT_THAT( waited, ElementsAre( 30ms, 2s ) );
 }
 

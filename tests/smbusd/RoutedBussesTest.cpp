@@ -1,4 +1,4 @@
-#include "routes/RoutedBusses.h"
+#include "smbusd/routes/RoutedBusses.h"
 #include "PrivateFolder.h"
 
 #include <gmock/gmock.h>
@@ -10,6 +10,8 @@ namespace SmbusdTest {
 
 namespace {
 
+using namespace BoardFiles;
+using namespace Bus;
 using namespace Smbusd;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;

@@ -1,6 +1,6 @@
 #include "RunningServer.h"
 
-#include "server/Frames.h"
+#include "sockets/Frames.h"
 
 #include <boost/asio/post.hpp>
 
@@ -14,6 +14,8 @@
 
 namespace SmbusdTest {
 
+using namespace TestSupport;
+using namespace Bus;
 using namespace Smbusd;
 
 Outcome HeldBus::transfer( const Transfer &transfer ) {
@@ -48,52 +50,6 @@ std::vector<std::string> HeldBus::log() const {
    return log_;
 }
 
-RawClient::RawClient( const std::string &path )
-   : fd_( socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0 ) ) {
-   sockaddr_un address{};
-   address.sun_family = AF_UNIX;
-   path.copy( address.sun_path, sizeof address.sun_path - 1 );
-   const timeval limit{ 5, 0 };
-   setsockopt( fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit );
-   if ( connect( fd_, reinterpret_cast<sockaddr *>( &address ), sizeof address ) != 0 )
-      throw std::runtime_error( "no server at " + path );
-}
-
-void RawClient::send( const std::string &bytes ) {
-   for ( size_t sent = 0; sent < bytes.size(); ) {
-      const ssize_t count = ::send( fd_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL );
-      if ( count <= 0 )
-         return; // the server has ended the connection
-      sent += static_cast<size_t>( count );
-   }
-}
-
-void RawClient::send( const Smbus::TransactionRequest &request ) { send( framed( request ) ); }
-
-std::optional<Smbus::TransactionResponse> RawClient::receive() {
-   std::string bytes;
-   Frame frame;
-   while ( ( frame = firstFrame( bytes ) ).state == Frame::State::Incomplete ) {
-      char byte;
-      if ( recv( fd_, &byte, 1, 0 ) != 1 )
-         return {};
-      bytes += byte;
-   }
-   Smbus::TransactionResponse response;
-   response.ParseFromArray( frame.message.data(), static_cast<int>( frame.message.size() ) );
-   return response;
-}
-
-Smbus::TransactionResponse RawClient::ask( const Smbus::TransactionRequest &request ) {
-   send( request );
-   return receive().value();
-}
-
-void RawClient::leave() {
-   if ( fd_ >= 0 )
-      close( std::exchange( fd_, -1 ) );
-}
-
 RunningServer::RunningServer() {
    Busses busses;
    for ( const char *name : { "scd(4):1:2", "i2c:0" } ) {
@@ -103,8 +59,8 @@ RunningServer::RunningServer() {
    }
    dispatcher_ =
       std::make_unique<Dispatcher>( std::move( busses ), clock_, std::chrono::seconds( 2 ) );
-   server_ =
-      std::make_unique<Server>( context_, std::make_unique<SocketFile>( path_, "" ), *dispatcher_ );
+   server_ = std::make_unique<Server>( context_, std::make_unique<Sockets::SocketFile>( path_, "" ),
+                                       *dispatcher_ );
    thread_ = std::thread( [this] { context_.run(); } );
 }
 

@@ -4,8 +4,9 @@
 #include "HandClock.h"
 #include "OrbisUtil/Smbus.pb.h"
 #include "PrivateFolder.h"
-#include "busses/RootBus.h"
-#include "server/Server.h"
+#include "RawClient.h"
+#include "smbus/RootBus.h"
+#include "smbusd/server/Server.h"
 
 #include <condition_variable>
 #include <map>
@@ -18,11 +19,14 @@
 
 namespace SmbusdTest {
 
+using TestSupport::HandClock;
+using TestSupport::RawClient;
+
 // Answers reads with its own name. A transfer of which it is told to stop waits until it may go on.
-class HeldBus final : public Smbusd::RootBus {
+class HeldBus final : public Bus::RootBus {
  public:
    explicit HeldBus( std::string name ) : name_( std::move( name ) ) {}
-   Smbusd::Outcome transfer( const Smbusd::Transfer & ) override;
+   Bus::Outcome transfer( const Bus::Transfer & ) override;
 
    void stopAt( const std::string &transfer ); // as describe() has it
    void waitUntilStopped();
@@ -36,24 +40,6 @@ class HeldBus final : public Smbusd::RootBus {
    std::string stopAt_;
    bool stopped_ = false;
    std::vector<std::string> log_;
-};
-
-// A client that can say anything. Waits five seconds at most for anything.
-class RawClient {
- public:
-   explicit RawClient( const std::string &path );
-   ~RawClient() { leave(); }
-   RawClient( const RawClient & ) = delete;
-   RawClient &operator=( const RawClient & ) = delete;
-
-   void send( const std::string &bytes );
-   void send( const Smbus::TransactionRequest & );
-   std::optional<Smbus::TransactionResponse> receive(); // nothing when the connection has ended
-   Smbus::TransactionResponse ask( const Smbus::TransactionRequest & );
-   void leave();
-
- private:
-   int fd_;
 };
 
 class RunningServer {

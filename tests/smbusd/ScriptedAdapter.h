@@ -1,7 +1,7 @@
 // An adapter that is a list: what is expected of it, in order, and how it answers.
 #pragma once
 
-#include "busses/linux/Adapter.h"
+#include "smbusd/busses/linux/Adapter.h"
 
 #include <deque>
 #include <string>

@@ -12,6 +12,9 @@ namespace SmbusdTest {
 
 namespace {
 
+using namespace TestSupport;
+using TestSupport::read; // not the system's
+
 class ServerLimitsTest : public ::testing::Test {
  protected:
    RunningServer server;

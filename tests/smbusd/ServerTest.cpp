@@ -8,6 +8,8 @@ namespace SmbusdTest {
 
 namespace {
 
+using namespace TestSupport;
+using TestSupport::read; // not the system's
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;

@@ -1,7 +1,7 @@
-#include "TransactionRunner.h"
-#include "Decode.h"
+#include "smbusd/TransactionRunner.h"
 #include "HandClock.h"
 #include "Requests.h"
+#include "smbus/Decode.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,6 +13,9 @@ namespace SmbusdTest {
 
 namespace {
 
+using namespace TestSupport;
+using TestSupport::read; // not the system's
+using namespace Bus;
 using namespace Smbusd;
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;

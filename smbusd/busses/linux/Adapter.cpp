@@ -1,6 +1,6 @@
-#include "busses/linux/Adapter.h"
+#include "smbusd/busses/linux/Adapter.h"
 
-#include "busses/RootBus.h"
+#include "smbus/RootBus.h"
 
 #include <fmt/format.h>
 
@@ -13,7 +13,7 @@ std::string explain( int error ) {
    switch ( error ) {
    case ENXIO:
    case ENODEV: // of i2c-stub
-      return std::string( noAddressAcknowledge );
+      return std::string( Bus::noAddressAcknowledge );
    case EREMOTEIO: // of the address or of a byte: many drivers don't tell
       return "no acknowledge";
    case EAGAIN:

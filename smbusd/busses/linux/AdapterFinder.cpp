@@ -1,6 +1,6 @@
-#include "busses/linux/AdapterFinder.h"
+#include "smbusd/busses/linux/AdapterFinder.h"
 
-#include "RootBusId.h"
+#include "smbus/RootBusId.h"
 
 #include <fmt/format.h>
 
@@ -22,7 +22,7 @@ std::optional<unsigned> numberOf( const fs::path &entry ) {
    const std::string name = entry.filename();
    if ( !name.starts_with( "i2c-" ) )
       return {};
-   return parseNumber( std::string_view( name ).substr( 4 ), maxNumber );
+   return Bus::parseNumber( std::string_view( name ).substr( 4 ), maxNumber );
 }
 
 std::string folderOf( const Places &places ) { return places.sys + "/bus/i2c/devices"; }
@@ -48,13 +48,13 @@ unsigned onlyOne( const std::vector<unsigned> &found, const std::string &what ) 
 }
 
 struct Finder {
-   unsigned operator()( const AdapterNumber &wanted ) const {
+   unsigned operator()( const BoardFiles::AdapterNumber &wanted ) const {
       if ( !fs::exists( fmt::format( "{}/i2c-{}", folderOf( places ), wanted.number ) ) )
          throw AdapterError( fmt::format( "no adapter has the number {}", wanted.number ) );
       return wanted.number;
    }
 
-   unsigned operator()( const AdapterName &wanted ) const {
+   unsigned operator()( const BoardFiles::AdapterName &wanted ) const {
       std::vector<unsigned> found;
       for ( const unsigned number : allAdapters( places ) ) {
          if ( adapterName( number, places ) == wanted.name )
@@ -63,7 +63,7 @@ struct Finder {
       return onlyOne( found, fmt::format( "named \"{}\"", wanted.name ) );
    }
 
-   unsigned operator()( const AdapterPath &wanted ) const {
+   unsigned operator()( const BoardFiles::AdapterPath &wanted ) const {
       std::error_code error;
       const fs::path root = fs::canonical( wanted.path, error );
       if ( error )
@@ -91,7 +91,7 @@ struct Finder {
 
 } // namespace
 
-unsigned findAdapter( const WantedAdapter &wanted, const Places &places ) {
+unsigned findAdapter( const BoardFiles::WantedAdapter &wanted, const Places &places ) {
    return std::visit( Finder{ places }, wanted );
 }
 

@@ -1,10 +1,10 @@
 // Which of this machine's adapters is meant.
 #pragma once
 
-#include "busses/linux/Adapter.h"
+#include "boardfiles/RoutesFile.h"
+#include "smbusd/busses/linux/Adapter.h"
 
 #include <string>
-#include <variant>
 
 namespace Smbusd::Linux {
 
@@ -14,22 +14,8 @@ struct Places {
    std::string dev = "/dev";
 };
 
-struct AdapterNumber {
-   unsigned number; // may change from boot to boot
-   friend bool operator==( const AdapterNumber &, const AdapterNumber & ) = default;
-};
-struct AdapterName {
-   std::string name; // all of it
-   friend bool operator==( const AdapterName &, const AdapterName & ) = default;
-};
-struct AdapterPath {
-   std::string path; // of the adapter in sysfs, or of a device with one adapter in it
-   friend bool operator==( const AdapterPath &, const AdapterPath & ) = default;
-};
-using WantedAdapter = std::variant<AdapterNumber, AdapterName, AdapterPath>;
-
 // Throws AdapterError: there is none, or there are several.
-unsigned findAdapter( const WantedAdapter &, const Places & );
+unsigned findAdapter( const BoardFiles::WantedAdapter &, const Places & );
 
 // What the kernel calls it; empty when it isn't there.
 std::string adapterName( unsigned number, const Places & );

@@ -1,4 +1,4 @@
-#include "busses/linux/DevAdapter.h"
+#include "smbusd/busses/linux/DevAdapter.h"
 
 #include <fmt/format.h>
 

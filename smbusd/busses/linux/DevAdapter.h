@@ -1,7 +1,7 @@
 #pragma once
 
-#include "busses/linux/Adapter.h"
-#include "busses/linux/AdapterFinder.h"
+#include "smbusd/busses/linux/Adapter.h"
+#include "smbusd/busses/linux/AdapterFinder.h"
 
 #include <memory>
 

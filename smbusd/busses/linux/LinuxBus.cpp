@@ -1,6 +1,6 @@
-#include "busses/linux/LinuxBus.h"
+#include "smbusd/busses/linux/LinuxBus.h"
 
-#include "busses/linux/Messages.h"
+#include "smbusd/busses/linux/Messages.h"
 
 #include <fmt/format.h>
 
@@ -19,10 +19,10 @@ struct Refusal : std::runtime_error {
 // The kernel's own, when nobody has set another.
 constexpr std::chrono::milliseconds usualTimeout{ 1000 };
 
-Outcome failed( int error ) { return { {}, explain( error ), error == EOPNOTSUPP }; }
+Bus::Outcome failed( int error ) { return { {}, explain( error ), error == EOPNOTSUPP }; }
 
 // A byte that is sent or received alone has no register, however wide those are.
-unsigned offsetBytesOf( const Transfer &transfer, const ChipRules &rules ) {
+unsigned offsetBytesOf( const Bus::Transfer &transfer, const BoardFiles::ChipRules &rules ) {
    const unsigned bytes = rules.offsetBytes ? rules.offsetBytes : transfer.offsetBytes;
    if ( !transfer.isReceiveByte() && transfer.offset >> 8 * bytes != 0 )
       throw Refusal( fmt::format( "register {:#x} does not fit the {} byte{} that address {:#04x} "
@@ -44,11 +44,11 @@ void LinuxBus::open() {
    adapter_ = std::move( adapter );
 }
 
-Outcome LinuxBus::transfer( const Transfer &transfer ) {
+Bus::Outcome LinuxBus::transfer( const Bus::Transfer &transfer ) {
    try {
       if ( !adapter_ )
          open();
-      Outcome outcome = carryOut( transfer );
+      Bus::Outcome outcome = carryOut( transfer );
       adapter_->pause( transfer.pause );
       return outcome;
    } catch ( const Refusal &refusal ) {
@@ -58,9 +58,10 @@ Outcome LinuxBus::transfer( const Transfer &transfer ) {
    }
 }
 
-Outcome LinuxBus::carryOut( const Transfer &transfer ) {
+Bus::Outcome LinuxBus::carryOut( const Bus::Transfer &transfer ) {
    const auto found = chips_.find( transfer.address );
-   const ChipRules rules = found == chips_.end() ? ChipRules{} : found->second;
+   const BoardFiles::ChipRules rules =
+      found == chips_.end() ? BoardFiles::ChipRules{} : found->second;
    const unsigned offsetBytes = offsetBytesOf( transfer, rules );
 
    std::optional<SmbusCall> call;
@@ -82,7 +83,7 @@ Outcome LinuxBus::carryOut( const Transfer &transfer ) {
    return call && !lacking ? smbus( *call, transfer ) : messages( transfer, offsetBytes );
 }
 
-void LinuxBus::address( const Transfer &transfer, const ChipRules &rules ) {
+void LinuxBus::address( const Bus::Transfer &transfer, const BoardFiles::ChipRules &rules ) {
    // Each time: a kernel driver may have come since.
    const int error = adapter_->address( transfer.address, rules.force );
    if ( error == EBUSY ) {
@@ -106,7 +107,7 @@ void LinuxBus::timeoutIs( std::chrono::milliseconds timeout ) {
    timeout_ = timeout;
 }
 
-Outcome LinuxBus::smbus( const SmbusCall &call, const Transfer &transfer ) {
+Bus::Outcome LinuxBus::smbus( const SmbusCall &call, const Bus::Transfer &transfer ) {
    if ( transfer.pec != pec_ ) {
       if ( const int error = adapter_->pec( transfer.pec ) )
          throw Refusal(
@@ -123,14 +124,14 @@ Outcome LinuxBus::smbus( const SmbusCall &call, const Transfer &transfer ) {
    return { dataFrom( call, transfer, data ), {} };
 }
 
-Outcome LinuxBus::messages( const Transfer &transfer, unsigned offsetBytes ) {
+Bus::Outcome LinuxBus::messages( const Bus::Transfer &transfer, unsigned offsetBytes ) {
    Messages messages( transfer, offsetBytes );
    if ( messages.tooLong() )
       throw Refusal( fmt::format( "over {} bytes in one message, and the kernel takes no more",
                                   maxMessageBytes ) );
    if ( const int error = adapter_->messages( messages.list() ) )
       return failed( error );
-   Outcome outcome;
+   Bus::Outcome outcome;
    outcome.data = messages.data( outcome.error );
    return outcome;
 }

@@ -1,6 +1,6 @@
-#include "busses/linux/Messages.h"
+#include "smbusd/busses/linux/Messages.h"
 
-#include "busses/Pec.h"
+#include "smbus/Pec.h"
 
 #include <fmt/format.h>
 
@@ -11,36 +11,36 @@ namespace Smbusd::Linux {
 namespace {
 
 uint8_t pecOver( uint8_t pec, uint8_t addressByte, std::span<const uint8_t> bytes ) {
-   pec = pecStep( pec, addressByte );
+   pec = Bus::pecStep( pec, addressByte );
    for ( const uint8_t byte : bytes )
-      pec = pecStep( pec, byte );
+      pec = Bus::pecStep( pec, byte );
    return pec;
 }
 
-std::vector<uint8_t> bytesToWrite( const Transfer &transfer, unsigned offsetBytes ) {
+std::vector<uint8_t> bytesToWrite( const Bus::Transfer &transfer, unsigned offsetBytes ) {
    std::vector<uint8_t> bytes;
    if ( transfer.isReceiveByte() )
       return bytes;
    for ( unsigned left = offsetBytes; left-- > 0; )
       bytes.push_back( static_cast<uint8_t>( transfer.offset >> 8 * left ) );
-   if ( transfer.kind == Transfer::Kind::BlockWrite )
+   if ( transfer.kind == Bus::Transfer::Kind::BlockWrite )
       bytes.push_back( static_cast<uint8_t>( transfer.length ) );
    bytes.insert( bytes.end(), transfer.data.begin(), transfer.data.end() );
    return bytes;
 }
 
 // Of the message that is read, without a packet error code.
-size_t bytesToRead( const Transfer &transfer ) {
+size_t bytesToRead( const Bus::Transfer &transfer ) {
    if ( transfer.isReceiveByte() )
       return 1;
-   const bool reads =
-      transfer.kind == Transfer::Kind::Read || transfer.kind == Transfer::Kind::ProcessCall;
+   const bool reads = transfer.kind == Bus::Transfer::Kind::Read ||
+                      transfer.kind == Bus::Transfer::Kind::ProcessCall;
    return reads ? transfer.length : 0;
 }
 
 } // namespace
 
-Messages::Messages( const Transfer &transfer, unsigned offsetBytes )
+Messages::Messages( const Bus::Transfer &transfer, unsigned offsetBytes )
    : pec_( transfer.pec ), written_( bytesToWrite( transfer, offsetBytes ) ),
      read_( bytesToRead( transfer ) ) {
    const auto addressByte = static_cast<uint8_t>( transfer.address << 1 );

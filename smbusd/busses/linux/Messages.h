@@ -1,7 +1,7 @@
 // A transfer as I2C messages, which know no limit of 32 bytes and commands of any width.
 #pragma once
 
-#include "Transfer.h"
+#include "smbus/Transfer.h"
 
 #include <linux/i2c.h>
 
@@ -19,11 +19,11 @@ inline constexpr size_t maxMessageBytes = 8192;
 class Messages {
  public:
    // A block read has none: its length is known to the chip alone.
-   static bool canBe( const Transfer &transfer ) {
-      return transfer.kind != Transfer::Kind::BlockRead;
+   static bool canBe( const Bus::Transfer &transfer ) {
+      return transfer.kind != Bus::Transfer::Kind::BlockRead;
    }
 
-   Messages( const Transfer &, unsigned offsetBytes );
+   Messages( const Bus::Transfer &, unsigned offsetBytes );
    Messages( const Messages & ) = delete;
    Messages &operator=( const Messages & ) = delete;
 

@@ -1,4 +1,4 @@
-#include "busses/linux/SmbusCall.h"
+#include "smbusd/busses/linux/SmbusCall.h"
 
 #include <algorithm>
 
@@ -6,12 +6,12 @@ namespace Smbusd::Linux {
 
 namespace {
 
-using Kind = Transfer::Kind;
+using Kind = Bus::Transfer::Kind;
 
 SmbusCall read( int size, unsigned long needs ) { return { size, I2C_SMBUS_READ, needs }; }
 SmbusCall write( int size, unsigned long needs ) { return { size, I2C_SMBUS_WRITE, needs }; }
 
-std::optional<SmbusCall> callWithoutPec( const Transfer &transfer ) {
+std::optional<SmbusCall> callWithoutPec( const Bus::Transfer &transfer ) {
    const bool fits = transfer.length <= I2C_SMBUS_BLOCK_MAX;
    switch ( transfer.kind ) {
    case Kind::Read:
@@ -54,14 +54,14 @@ std::string wordOf( const i2c_smbus_data &data ) {
 
 } // namespace
 
-std::optional<SmbusCall> smbusCall( const Transfer &transfer ) {
+std::optional<SmbusCall> smbusCall( const Bus::Transfer &transfer ) {
    std::optional<SmbusCall> call = callWithoutPec( transfer );
    if ( call && transfer.pec )
       call->needs |= I2C_FUNC_SMBUS_PEC;
    return call;
 }
 
-i2c_smbus_data dataFor( const SmbusCall &call, const Transfer &transfer ) {
+i2c_smbus_data dataFor( const SmbusCall &call, const Bus::Transfer &transfer ) {
    i2c_smbus_data data{};
    const std::string &bytes = transfer.data;
    switch ( call.size ) {
@@ -82,7 +82,7 @@ i2c_smbus_data dataFor( const SmbusCall &call, const Transfer &transfer ) {
    return data;
 }
 
-std::string dataFrom( const SmbusCall &call, const Transfer &transfer,
+std::string dataFrom( const SmbusCall &call, const Bus::Transfer &transfer,
                       const i2c_smbus_data &data ) {
    const auto block = [&]( size_t count ) {
       return std::string( reinterpret_cast<const char *>( data.block ) + 1,

@@ -1,7 +1,7 @@
 // The SMBus protocols as the kernel has them: a command of one byte, at most 32 bytes of data.
 #pragma once
 
-#include "Transfer.h"
+#include "smbus/Transfer.h"
 
 #include <linux/i2c.h>
 
@@ -19,10 +19,10 @@ struct SmbusCall {
 
 // The call that is the transfer, if one is: blocks don't reach beyond 32 bytes, and carry a packet
 // error code only where the chip counts them.
-std::optional<SmbusCall> smbusCall( const Transfer & );
+std::optional<SmbusCall> smbusCall( const Bus::Transfer & );
 
 // What the call hands to the kernel, and what it brought back.
-i2c_smbus_data dataFor( const SmbusCall &, const Transfer & );
-std::string dataFrom( const SmbusCall &, const Transfer &, const i2c_smbus_data & );
+i2c_smbus_data dataFor( const SmbusCall &, const Bus::Transfer & );
+std::string dataFrom( const SmbusCall &, const Bus::Transfer &, const i2c_smbus_data & );
 
 } // namespace Smbusd::Linux

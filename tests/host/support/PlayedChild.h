@@ -1,26 +1,25 @@
-#ifndef ORBIS_TESTS_HOST_PLAYEDCHILD_H
-#define ORBIS_TESTS_HOST_PLAYEDCHILD_H
+#pragma once
 
-#include "session/Supervisor.h"
+#include "host/session/Supervisor.h"
 
 #include <gtest/gtest.h>
 
 namespace Host {
 
-/// A board of two sensors and an LED, and a child that is played by hand.
+// A board of two sensors and an LED, and a child that is played by hand.
 class PlayedChild : public ::testing::Test {
  protected:
-   static Board makeBoard() {
+   static BoardFiles::Board makeBoard() {
       return { .folder = "b",
                .topology = "[]",
-               .objects = { { .kind = Kind::TempSensor, .name = "a", .did = 1 },
-                            { .kind = Kind::TempSensor, .name = "b", .did = 2 },
-                            { .kind = Kind::Led, .name = "led", .did = 3 } },
+               .objects = { { .kind = BoardFiles::Kind::TempSensor, .name = "a", .did = 1 },
+                            { .kind = BoardFiles::Kind::TempSensor, .name = "b", .did = 2 },
+                            { .kind = BoardFiles::Kind::Led, .name = "led", .did = 3 } },
                .traces = { .faults = { "execute: failure in response ", "execute: " } } };
    }
 
-   /// The next command in short: "load", "init led", "add 0", "read 0", "act 0"; "-" when there is
-   /// none.
+   // The next command in short: "load", "init led", "add 0", "read 0", "act 0"; "-" when there is
+   // none.
    std::string next() {
       const auto command = supervisor->next( now );
       if ( !command )
@@ -39,7 +38,7 @@ class PlayedChild : public ::testing::Test {
    void hear( const Event &event ) { supervisor->heard( event, now ); }
    void good() { hear( Done{} ); }
 
-   /// Lets commands go well until none is left; what they were.
+   // Lets commands go well until none is left; what they were.
    std::vector<std::string> runAll( double celsius = 20 ) {
       std::vector<std::string> commands;
       for ( std::string command; ( command = next() ) != "-"; good() ) {
@@ -50,7 +49,7 @@ class PlayedChild : public ::testing::Test {
       }
       return commands;
    }
-   /// Plays a child until `command` is in hand.
+   // Plays a child until `command` is in hand.
    void runTo( const std::string &command ) {
       for ( std::string current; ( current = next() ) != command; good() ) {
          ASSERT_NE( current, "-" ) << command << " never came";
@@ -62,12 +61,12 @@ class PlayedChild : public ::testing::Test {
       supervisor->childDied( cause, now );
       supervisor->childStarted();
    }
-   ObjectReport object( std::size_t index ) const { return supervisor->report( now )[index]; }
-   Reading reading( std::size_t index ) const { return object( index ).values.at( 0 ).reading; }
+   ObjectReport object( size_t index ) const { return supervisor->report( now )[index]; }
+   Reading reading( size_t index ) const { return object( index ).values.at( 0 ).reading; }
 
    void restart( const Limits &limits ) { supervisor.emplace( board, limits, now ); }
 
-   const Board board = makeBoard();
+   const BoardFiles::Board board = makeBoard();
    Time now = Time( std::chrono::hours( 1 ) );
    std::optional<Supervisor> supervisor{ std::in_place, board, Limits{}, now };
 };
@@ -75,5 +74,3 @@ class PlayedChild : public ::testing::Test {
 using Commands = std::vector<std::string>;
 
 } // namespace Host
-
-#endif

@@ -100,17 +100,16 @@ std::string Program::waitForScreen( const std::string &text ) {
       const ssize_t length = ::read( terminal_, buffer.data(), buffer.size() );
       if ( length <= 0 )
          break;
-      seen.append( buffer.data(), static_cast<std::size_t>( length ) );
+      seen.append( buffer.data(), static_cast<size_t>( length ) );
    }
    EXPECT_NE( seen.find( text ), std::string::npos ) << "no \"" << text << "\" in\n" << seen;
    return seen;
 }
 
-std::size_t Program::waitFor( const std::string &file, const std::string &text,
-                              std::size_t start ) const {
+size_t Program::waitFor( const std::string &file, const std::string &text, size_t start ) const {
    const auto end = std::chrono::steady_clock::now() + patience;
    while ( std::chrono::steady_clock::now() < end ) {
-      const std::size_t found = folder_.read( file ).find( text, start );
+      const size_t found = folder_.read( file ).find( text, start );
       if ( found != std::string::npos )
          return found + text.size();
       std::this_thread::sleep_for( glance );

@@ -1,12 +1,12 @@
 #include "support/StateSchema.h"
 
-#include "check/Json.h"
+#include "boardfiles/Json.h"
 
 #include <rapidjson/schema.h>
 
 std::string stateSchemaFault( const std::string &json ) {
-   Host::Findings findings;
-   const auto schema = Host::Json::load( BOARDS "/state.schema.json", findings );
+   BoardFiles::Findings findings;
+   const auto schema = BoardFiles::Json::load( BOARDS "/state.schema.json", findings );
    rapidjson::Document document;
    if ( !schema || document.Parse( json.c_str() ).HasParseError() )
       return "doesn't parse";
@@ -14,6 +14,6 @@ std::string stateSchemaFault( const std::string &json ) {
    rapidjson::SchemaValidator validator( compiled );
    if ( document.Accept( validator ) )
       return {};
-   const Host::Place place{ "state", validator.GetInvalidDocumentPointer() };
+   const BoardFiles::Place place{ "state", validator.GetInvalidDocumentPointer() };
    return place.pointerText() + ": " + validator.GetInvalidSchemaKeyword();
 }

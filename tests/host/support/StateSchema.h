@@ -1,10 +1,7 @@
-#ifndef ORBIS_TESTS_HOST_STATESCHEMA_H
-#define ORBIS_TESTS_HOST_STATESCHEMA_H
+#pragma once
 
 #include <string>
 
-/// Where a JSON text doesn't fit boards/state.schema.json, and which rule it breaks; empty when it
-/// fits.
+// Where a JSON text doesn't fit boards/state.schema.json, and which rule it breaks; empty when it
+// fits.
 std::string stateSchemaFault( const std::string &json );
-
-#endif

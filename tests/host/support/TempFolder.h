@@ -1,10 +1,9 @@
-#ifndef ORBIS_TESTS_HOST_TEMPFOLDER_H
-#define ORBIS_TESTS_HOST_TEMPFOLDER_H
+#pragma once
 
 #include <filesystem>
 #include <string>
 
-/// A folder of a test's own, gone with it.
+// A folder of a test's own, gone with it.
 class TempFolder {
  public:
    TempFolder();
@@ -20,5 +19,3 @@ class TempFolder {
  private:
    std::filesystem::path path_;
 };
-
-#endif

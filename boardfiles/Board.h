@@ -1,0 +1,41 @@
+#pragma once
+
+#include "boardfiles/DriverTable.h"
+#include "boardfiles/Finding.h"
+#include "boardfiles/Kind.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace BoardFiles {
+
+// One object of a board, as the plug-in will be asked for it.
+struct ObjectDescription {
+   Kind kind{};
+   std::string name{};
+   std::string text{}; // the device document, or a topology label; empty for the system
+   float alert = 0;    // degrees Celsius, of temperature sensors
+   float critical = 0;
+   uint8_t value = 0;             // of SMBus objects given by a label
+   std::optional<uint32_t> did{}; // of the driver object that it is made by
+   unsigned address = 0;          // of its chip, seven bits
+   double fullScale = 0;          // rpm, a fan's highest; 0 when that isn't known
+};
+
+// A board whose files are known to be good.
+struct Board {
+   std::string folder{};
+   std::string topology{}; // the text of topology.json
+   std::vector<ObjectDescription> objects{};
+   PluginTraces traces{};
+};
+
+// Checks topology.json and objects.json in `folder`, and the plug-in's data file `drivers`, and
+// reports all that is wrong with them. Nothing when anything is.
+std::optional<Board> loadBoard( const std::filesystem::path &folder,
+                                const std::filesystem::path &drivers, Findings &findings );
+
+} // namespace BoardFiles

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "boardfiles/Finding.h"
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <rapidjson/document.h>
+#include <string>
+#include <vector>
+
+namespace BoardFiles {
+
+// What one driver argument has to be.
+struct ArgumentRule {
+   std::string type; // "integer", "number", "text", "boolean" or "flag"
+   bool required = false;
+   std::optional<double> minimum{};
+   std::optional<double> maximum{};
+   std::vector<std::string> choices{}; // empty: any
+   std::vector<std::string> holds{};   // what a text must hold, each
+};
+using ArgumentRules = std::map<std::string, ArgumentRule, std::less<>>;
+
+// What a driver wants to be told to make one kind of object.
+struct KindRule {
+   ArgumentRules args{};
+   std::vector<ArgumentRules> numbered{}; // each by the beginnings of names
+   std::string by{}; // the argument that says which case holds; empty: there are no cases
+   std::map<std::string, ArgumentRules, std::less<>> cases{};
+   std::string fullScale{}; // the argument that holds a fan's highest speed; or empty
+   std::map<std::string, std::string, std::less<>> nested{}; // key of a part, and its kind
+};
+
+// What a driver object can make that was made by a document with certain arguments.
+struct Variant {
+   std::string argument{}; // that the document has; empty: fits any document
+   std::optional<std::string> is{};
+   std::vector<std::string> kinds{};
+};
+
+struct DriverRule {
+   bool isMultiDevice = false;
+   ArgumentRules args{}; // taken whatever kind is made
+   std::map<std::string, KindRule, std::less<>> makes{};
+   std::vector<Variant> variants{}; // the first that fits counts
+};
+
+// A topology device that the system object asks for.
+struct SystemDevice {
+   std::string label{};
+   std::string driver{}; // empty: any, or none
+};
+
+// What traces of a plug-in mean. Those that are empty mean nothing.
+struct PluginTraces {
+   std::vector<std::string> faults{}; // beginnings; the rest says why an operation failed
+   std::string absentHolds{};         // of the fault that says that a slot is empty
+   std::string absentEnds{};
+   std::string unmanaged{};  // beginning, of a slot with a module that isn't known
+   std::string unreadable{}; // beginning, of a slot with a module that can't be made out
+   std::string pollFailed{}; // beginning
+   std::string pollDone{};   // beginning
+};
+
+// The data file of a plug-in.
+struct DriverTable {
+   std::vector<std::string> hams{};
+   PluginTraces traces{};
+   std::vector<SystemDevice> system{};
+   std::map<std::string, DriverRule, std::less<>> drivers{};
+};
+
+// Nothing, and findings, when the file isn't what its schema wants.
+std::optional<DriverTable> loadDriverTable( const std::filesystem::path &path, Findings &findings );
+
+} // namespace BoardFiles

@@ -1,0 +1,17 @@
+#include "boardfiles/Kind.h"
+
+#include "boardfiles/EnumNames.h"
+
+namespace BoardFiles {
+namespace {
+
+constexpr EnumNames<Kind, 9> names{ { "slot", "led", "temp_sensor", "fan", "xcvr", "psu", "gpio",
+                                      "smbus", "system" } };
+
+} // namespace
+
+std::string_view nameOf( Kind kind ) { return names[kind]; }
+
+std::optional<Kind> kindOf( std::string_view name ) { return names.find( name ); }
+
+} // namespace BoardFiles

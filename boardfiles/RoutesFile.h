@@ -1,0 +1,62 @@
+#pragma once
+
+#include "boardfiles/JsonFile.h"
+#include "smbus/RootBusId.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace BoardFiles {
+
+// How a route names a Linux adapter.
+struct AdapterNumber {
+   unsigned number; // may change from boot to boot
+   friend bool operator==( const AdapterNumber &, const AdapterNumber & ) = default;
+};
+struct AdapterName {
+   std::string name; // all of it
+   friend bool operator==( const AdapterName &, const AdapterName & ) = default;
+};
+struct AdapterPath {
+   std::string path; // of the adapter in sysfs, or of a device with one adapter in it
+   friend bool operator==( const AdapterPath &, const AdapterPath & ) = default;
+};
+using WantedAdapter = std::variant<AdapterNumber, AdapterName, AdapterPath>;
+
+// What isn't the usual about one address of an adapter.
+struct ChipRules {
+   unsigned offsetBytes = 0; // of its registers on the wires; 0: as the client says
+   bool force = false;       // used although a kernel driver holds it
+};
+
+struct SimulatedRoute {};
+struct AdapterRoute {
+   WantedAdapter adapter;
+   std::map<uint8_t, ChipRules> chips; // by address
+};
+struct PortsRoute {
+   uint32_t base;
+   uint32_t size;
+};
+
+// What carries one root bus.
+struct Route {
+   Bus::RootBusId bus;
+   std::variant<SimulatedRoute, AdapterRoute, PortsRoute> to;
+   bool optional; // the server starts without it
+   JsonPlace place;
+};
+
+struct RoutesFile {
+   JsonFile file;
+   std::vector<Route> routes;
+};
+
+// Throws BoardError: not as boards/routes.schema.json has it, no bus, a bus that has a route
+// already, an address told of twice, or two busses on one adapter or one port.
+std::unique_ptr<const RoutesFile> loadRoutes( const std::string &path );
+
+} // namespace BoardFiles

@@ -1,0 +1,162 @@
+#include "host/commands/CommandLine.h"
+
+#include "host/plugin/Action.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/ranges.h>
+
+namespace Host {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto description =
+   "Brings a board up with its driver plug-in, and shows it.\n\n"
+   "All but check write to the board: bringing it up sets thresholds of temperature\n"
+   "sensors, port LEDs, and pin directions of expanders.\n";
+
+constexpr auto footer =
+   "\nfan, led, xcvr, gpio, smbus and system take the board from --board or ORBIS_BOARD. An LED "
+   "that\n"
+   "blinks needs somebody who stays: led NAME beacon does so until Ctrl-C.\n"
+   "\nWhere a serve of the board runs, the other commands ask that; -v tells. Its socket is\n"
+   "ORBIS_HOST_SOCKET, or /run/orbis/host.sock.\n"
+   "\nBOARD is a folder with topology.json and objects.json. What the plug-in's drivers want is\n"
+   "read from PLUGIN.drivers.json beside that folder.\n\n"
+   "What fails is tried again by watch and serve after 1 s, then after twice as long each time, "
+   "up\n"
+   "to 60 s. show tries everything once, and ends after 30 s at the latest.\n\n"
+   "Exit codes: 0 all is well; 1 something can't be read or done; 2 usage; 3 the files of the "
+   "board\n"
+   "are bad; 4 the plug-in can't be loaded; 5 the process that holds it can't be run.\n\n"
+   "Environment: ORBIS_BOARD, ORBIS_HOST_SOCKET, ORBIS_PLUGIN, ORBIS_SMBUS_SOCKET, "
+   "ORBIS_SMBUS_TIMEOUT_MS.\n";
+
+// Beside the program where it stands there; else wherever the loader looks.
+std::string defaultPlugin() {
+   std::error_code failure;
+   const fs::path program = fs::read_symlink( "/proc/self/exe", failure );
+   const fs::path beside =
+      ( program.parent_path() / ".." / "lib" / ORBIS_DEFAULT_PLUGIN ).lexically_normal();
+   return fs::exists( beside, failure ) ? beside.string() : ORBIS_DEFAULT_PLUGIN;
+}
+
+CLI::App *addBoardCommand( CLI::App &app, Options &options, Options::Command command,
+                           const char *name, const char *what ) {
+   CLI::App *sub = app.add_subcommand( name, what );
+   sub->fallthrough();
+   sub->add_option( "BOARD", options.board, "The board's folder" )
+      ->required()
+      ->check( CLI::ExistingDirectory );
+   sub->callback( [&options, command] { options.command = command; } );
+   return sub;
+}
+
+// Asked only where no board is named: CLI11 looks at the environment for every sub-command, and
+// would put this board in the place of the one that another sub-command is given.
+void boardFromEnvironment( Options &options ) {
+   if ( !options.board.empty() )
+      return;
+   const char *named = std::getenv( "ORBIS_BOARD" );
+   if ( !named || !*named )
+      throw CLI::RequiredError( "--board or ORBIS_BOARD" );
+   if ( const std::string why = CLI::ExistingDirectory( named ); !why.empty() )
+      throw CLI::ValidationError( "ORBIS_BOARD", why );
+   options.board = named;
+}
+
+// A sub-command that has an object of a kind do something.
+void addAction( CLI::App &app, Options &options, BoardFiles::Kind kind, const char *what ) {
+   CLI::App *sub = app.add_subcommand( std::string( nameOf( kind ) ), what );
+   sub->fallthrough();
+   sub->footer( fmt::format( "{}", fmt::join( usageOf( kind ), "\n" ) ) );
+   sub->add_option( "--board", options.board, "The board's folder, else ORBIS_BOARD" )
+      ->check( CLI::ExistingDirectory );
+   if ( kind == BoardFiles::Kind::System )
+      sub->add_flag( "-y,--yes", options.yes, "Don't ask before power is cut" );
+   else
+      sub->add_option( "NAME", options.object, "The object's name" )->required();
+   sub->add_option( "WORDS", options.words, "What it is to do" )->required();
+   sub->callback( [&options, kind] {
+      boardFromEnvironment( options );
+      options.command = Options::Command::Act;
+      options.kind = kind;
+   } );
+}
+
+// "psu=5": seconds between two readings of objects of a kind.
+std::string takePeriod( const std::string &text, std::map<BoardFiles::Kind, double> &periods ) {
+   const auto equals = text.find( '=' );
+   const auto kind = BoardFiles::kindOf( text.substr( 0, equals ) );
+   double seconds = 0;
+   if ( !kind || equals == std::string::npos ||
+        !CLI::detail::lexical_cast( text.substr( equals + 1 ), seconds ) || !( seconds >= 0.1 ) ||
+        seconds > 3600 )
+      return "\"" + text + "\" is not KIND=SECONDS, from 0.1 to 3600";
+   periods[*kind] = seconds;
+   return {};
+}
+
+} // namespace
+
+Options parseCommandLine( int argc, char **argv, int &exitCode ) {
+   using enum Options::Command;
+   Options options;
+   options.plugin = defaultPlugin();
+   CLI::App app( description, "orbis-host" );
+   app.footer( footer );
+   app.set_version_flag( "--version", "orbis-host " ORBIS_VERSION );
+   app.require_subcommand( 1 );
+   app.option_defaults()->take_last();
+   app.add_option( "--plugin", options.plugin, "The driver plug-in" )
+      ->envname( "ORBIS_PLUGIN" )
+      ->capture_default_str();
+   app.add_option( "--drivers", options.drivers, "The plug-in's data file" )
+      ->check( CLI::ExistingFile );
+   app.add_option( "-t,--trace-level", options.traceLevel,
+                   "Print the plug-in's traces up to this level, 0 to 7" )
+      ->check( CLI::Range( 0, 7 ) );
+   app.add_flag( "-v,--verbose", options.verbose, "Tell what happens to the plug-in's process" );
+   app.add_option( "--limit", options.limit,
+                   "Seconds that an operation may take before the plug-in's process is given up" )
+      ->check( CLI::Range( 0.1, 3600.0 ) )
+      ->capture_default_str();
+   addBoardCommand( app, options, Check, "check", "Check the files of a board" );
+   addBoardCommand( app, options, Show, "show", "Show every object once" )
+      ->add_flag( "--json", options.json, "Print JSON, as boards/state.schema.json tells" );
+   CLI::App *watch = addBoardCommand( app, options, Watch, "watch",
+                                      "Show every object again and again, until q or Ctrl-C" );
+   CLI::App *serve = addBoardCommand( app, options, Serve, "serve",
+                                      "Stay with the board until SIGTERM or Ctrl-C" );
+   for ( CLI::App *staying : { watch, serve } )
+      staying->add_option( "--period", options.period, "Seconds between two readings" )
+         ->check( CLI::Range( 0.1, 3600.0 ) )
+         ->capture_default_str();
+   serve
+      ->add_option_function<std::vector<std::string>>(
+         "--period-of", []( const auto & ) {},
+         "KIND=SECONDS between two readings of objects of a kind" )
+      ->multi_option_policy( CLI::MultiOptionPolicy::TakeAll )
+      ->check(
+         [&options]( const std::string &text ) { return takePeriod( text, options.periods ); } );
+   addAction( app, options, BoardFiles::Kind::Fan, "Set a fan's speed" );
+   addAction( app, options, BoardFiles::Kind::Led, "Set an LED" );
+   addAction( app, options, BoardFiles::Kind::Xcvr, "Set a control line of a transceiver cage" );
+   addAction( app, options, BoardFiles::Kind::Gpio, "Set, clear or read a GPIO" );
+   addAction( app, options, BoardFiles::Kind::Smbus,
+              "Carry out an SMBus operation through a proxy" );
+   addAction( app, options, BoardFiles::Kind::System, "Ask for the reload cause, or cut power" );
+   app.add_subcommand( "child" )->group( "" )->callback( [&options] { options.command = Child; } );
+   try {
+      app.parse( argc, argv );
+   } catch ( const CLI::ParseError &end ) {
+      exitCode = app.exit( end ) ? exitUsage : exitOk;
+      return {};
+   }
+   if ( options.drivers.empty() )
+      options.drivers = ( options.board / ".." ).lexically_normal() /
+                        fs::path( options.plugin ).stem().concat( ".drivers.json" );
+   return options;
+}
+
+} // namespace Host

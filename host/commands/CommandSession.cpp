@@ -1,0 +1,88 @@
+#include "host/commands/CommandSession.h"
+
+#include "host/commands/Commands.h"
+#include "host/terminal/Log.h"
+
+#include <csignal>
+#include <spdlog/spdlog.h>
+
+namespace Host {
+
+namespace {
+
+Limits limitsOf( const Options &options ) {
+   Limits limits{ .step = fromSeconds( options.limit ), .period = fromSeconds( options.period ) };
+   for ( const auto &[kind, seconds] : options.periods )
+      limits.periods[kind] = fromSeconds( seconds );
+   return limits;
+}
+
+} // namespace
+
+Stay::Stay( const BoardFiles::Board &board, const Options &options, Source source )
+   : period_( fromSeconds( options.period ) ), signals_( loop_, SIGINT, SIGTERM, SIGHUP ),
+     board_( board ), options_( options ) {
+   signals_.async_wait( [this]( const auto &, int signal ) {
+      spdlog::info( "ends on signal {}", signal );
+      stop();
+   } );
+   if ( source == Source::ServeIfThere )
+      serve_ = Client::ofBoard( board.folder );
+   if ( serve_ )
+      spdlog::debug( "asks the serve at {}", serve_->socket().string() );
+   else
+      bringUp();
+}
+
+void Stay::bringUp() {
+   spdlog::debug( "brings {} up itself", board_.folder );
+   session_.emplace( loop_, board_, options_.plugin, limitsOf( options_ ),
+                     logging( options_, [this] { changed(); } ) );
+}
+
+BoardReport Stay::report() {
+   if ( serve_ ) {
+      if ( auto report = serve_->report() )
+         return *report;
+      spdlog::warn( "the serve at {} has gone", serve_->socket().string() );
+      serve_.reset();
+      bringUp();
+   }
+   return session_->supervisor().report( Clock::now() );
+}
+
+void Stay::tellWith( std::function<void()> tell, bool byRound ) {
+   tell_ = std::move( tell );
+   byRound_ = byRound;
+   tellLater();
+}
+
+int Stay::run( const std::function<void()> &leave ) {
+   loop_.run();
+   leave();
+   const auto fault = session_ ? session_->supervisor().loadFault() : std::nullopt;
+   return fault ? tellLoadFault( *fault ) : exitOk;
+}
+
+void Stay::changed() {
+   if ( session_->supervisor().loadFault() )
+      stop();
+   else if ( byRound_ && session_->supervisor().roundDone() )
+      tell();
+}
+
+void Stay::tell() {
+   tell_();
+   tellLater();
+}
+
+void Stay::tellLater() {
+   // A round is done a little later than a period after the one before it.
+   timer_.expires_after( byRound_ && session_ ? period_ * 3 / 2 : period_ );
+   timer_.async_wait( [this]( const auto &failure ) {
+      if ( !failure )
+         tell();
+   } );
+}
+
+} // namespace Host

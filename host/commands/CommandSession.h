@@ -1,0 +1,55 @@
+#pragma once
+
+#include "host/commands/CommandLine.h"
+#include "host/serve/Client.h"
+#include "host/session/Session.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/signal_set.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <functional>
+#include <optional>
+
+namespace Host {
+
+// What the commands have in common that stay with a board: a session on a loop, or a running
+// serve that has one, something to do
+// again and again, and an end by SIGINT, SIGTERM or SIGHUP.
+class Stay {
+ public:
+   enum class Source { Own, ServeIfThere };
+   Stay( const BoardFiles::Board &board, const Options &options, Source source );
+
+   // Calls `tell` once a period; with `byRound` whenever every object was read, and where that
+   // takes too long, one and a half periods after the last call.
+   void tellWith( std::function<void()> tell, bool byRound );
+
+   // Runs to the end, then calls `leave`; the program's exit code.
+   int run( const std::function<void()> &leave = [] {} );
+   void stop() { loop_.stop(); }
+
+   boost::asio::io_context &loop() { return loop_; }
+   // What is known now. Brings the board up itself once a serve has gone.
+   BoardReport report();
+   // Its own session.
+   Session &session() { return *session_; }
+
+ private:
+   void bringUp();
+   void changed();
+   void tell();
+   void tellLater();
+
+   const Clock::duration period_;
+   boost::asio::io_context loop_{ 1 };
+   boost::asio::signal_set signals_;
+   boost::asio::steady_timer timer_{ loop_ };
+   std::function<void()> tell_{};
+   bool byRound_ = false;
+   const BoardFiles::Board &board_;
+   const Options &options_;
+   std::optional<Client> serve_{};
+   std::optional<Session> session_{};
+};
+
+} // namespace Host

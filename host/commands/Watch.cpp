@@ -1,0 +1,43 @@
+#include "host/commands/CommandSession.h"
+#include "host/commands/Commands.h"
+#include "host/terminal/Table.h"
+#include "host/terminal/Terminal.h"
+
+#include <cstdio>
+#include <fmt/format.h>
+#include <optional>
+#include <spdlog/spdlog.h>
+#include <unistd.h>
+
+namespace Host {
+
+int watch( const BoardFiles::Board &board, const Options &options ) {
+   Stay stay( board, options, Stay::Source::ServeIfThere );
+   std::optional<Terminal> terminal;
+   if ( Terminal::isThere() )
+      terminal.emplace( stay.loop(), [&stay]( char key ) {
+         if ( key == 'q' )
+            stay.stop();
+      } );
+   // What is written to the same screen would stand across the table.
+   const auto logLevel = spdlog::get_level();
+   if ( terminal && ::isatty( STDERR_FILENO ) )
+      spdlog::set_level( spdlog::level::off );
+   // A table each time all was read, and one a period where that takes longer.
+   stay.tellWith(
+      [&] {
+         const auto lines = tableOf( stay.report() );
+         if ( terminal )
+            terminal->draw( lines );
+         else
+            fmt::print( "{}\n\n", fmt::join( lines, "\n" ) );
+         std::fflush( stdout );
+      },
+      true );
+   return stay.run( [&] {
+      terminal.reset();
+      spdlog::set_level( logLevel );
+   } );
+}
+
+} // namespace Host

@@ -1,0 +1,36 @@
+#include "host/session/PendingActions.h"
+
+#include <algorithm>
+
+namespace Host {
+
+void Asked::add( size_t object, const Action &action, Answer answer ) {
+   all_.push_back( { object, action, std::move( answer ) } );
+}
+
+std::optional<Command> Asked::next( const std::function<bool( size_t object )> &can ) const {
+   for ( const One &one : all_ )
+      if ( can( one.object ) )
+         return ActCommand{ one.object, one.action };
+   return {};
+}
+
+void Asked::answer( size_t object, const Reading &reading ) {
+   const auto first = std::find_if( all_.begin(), all_.end(),
+                                    [object]( const One &one ) { return one.object == object; } );
+   if ( first == all_.end() )
+      return;
+   const Answer answer = std::move( first->answer ); // it may ask for more
+   all_.erase( first );
+   if ( answer )
+      answer( reading );
+}
+
+void Asked::refuse( size_t object, const Fault &fault ) {
+   const auto count = std::count_if( all_.begin(), all_.end(),
+                                     [object]( const One &one ) { return one.object == object; } );
+   for ( auto i = count; i > 0; --i )
+      answer( object, { .state = State::Unreadable, .fault = fault } );
+}
+
+} // namespace Host

@@ -1,0 +1,25 @@
+#include "host/terminal/Log.h"
+
+#include <spdlog/sinks/stdout_color_sinks.h>
+#include <spdlog/spdlog.h>
+
+namespace Host {
+
+void setUpLog( const Options &options ) {
+   const auto logger = spdlog::stderr_color_st( "orbis-host" );
+   logger->set_level( options.verbose ? spdlog::level::debug : spdlog::level::info );
+   logger->set_pattern( "%Y-%m-%d %H:%M:%S.%e %^%l%$ %v" );
+   spdlog::set_default_logger( logger );
+}
+
+Session::Handlers logging( const Options &options, std::function<void()> changed ) {
+   return { .changed = std::move( changed ),
+            .trace =
+               [level = options.traceLevel]( const Trace &trace ) {
+                  if ( trace.level <= level )
+                     spdlog::info( "trace {}: {}", trace.level, printable( trace.text ) );
+               },
+            .notice = []( const std::string &what ) { spdlog::debug( "{}", printable( what ) ); } };
+}
+
+} // namespace Host

@@ -1,0 +1,86 @@
+#include "host/terminal/Table.h"
+
+#include "host/terminal/CageGrid.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <fmt/format.h>
+
+namespace Host {
+namespace {
+
+using Row = std::array<std::string, 7>;
+
+std::string show( std::monostate ) { return "-"; }
+std::string show( bool flag ) { return flag ? "yes" : "no"; }
+std::string show( int64_t number ) { return fmt::format( "{}", number ); }
+std::string show( double number ) {
+   return number == std::trunc( number ) ? fmt::format( "{:.1f}", number )
+                                         : fmt::format( "{}", number );
+}
+std::string show( const std::string &text ) { return text.empty() ? "-" : text; }
+
+std::string withUnit( const Reading &reading ) {
+   const std::string text = toText( reading.value );
+   const bool bare =
+      reading.unit.empty() || std::holds_alternative<std::monostate>( reading.value );
+   return bare ? text : text + " " + reading.unit;
+}
+
+std::string ageText( double age ) { return fmt::format( "{:.1f} s", age ); }
+
+std::string orDash( std::string text ) { return text.empty() ? "-" : text; }
+
+std::vector<Row> rowsOf( const BoardReport &board ) {
+   std::vector<Row> rows{ { "NAME", "TYPE", "READING", "VALUE", "STATE", "AGE", "FAULT" } };
+   for ( const ObjectReport &object : board ) {
+      if ( isCage( object ) )
+         continue;
+      if ( object.values.empty() )
+         rows.push_back( { object.name, object.type, "-", "-",
+                           std::string( nameOf( object.state ) ), ageText( object.age ),
+                           orDash( toText( object.fault ) ) } );
+      for ( const ValueReport &value : object.values )
+         rows.push_back( { object.name, object.type, value.reading.name, withUnit( value.reading ),
+                           std::string( nameOf( value.reading.state ) ), ageText( value.age ),
+                           orDash( toText( value.reading.fault ) ) } );
+   }
+   return rows;
+}
+
+} // namespace
+
+std::string toText( const Scalar &value ) {
+   return std::visit( []( const auto &what ) { return show( what ); }, value );
+}
+
+std::vector<std::string> tableOf( const BoardReport &board ) {
+   const std::vector<Row> rows = rowsOf( board );
+   std::array<size_t, std::tuple_size_v<Row>> widths{};
+   for ( const Row &row : rows )
+      for ( size_t i = 0; i < row.size(); ++i )
+         widths[i] = std::max( widths[i], widthOf( row[i] ) );
+   std::vector<std::string> lines;
+   for ( const Row &row : rows ) {
+      std::string line;
+      for ( size_t i = 0; i + 1 < row.size(); ++i )
+         line += row[i] + std::string( widths[i] - widthOf( row[i] ) + 2, ' ' );
+      lines.push_back( line + row.back() );
+   }
+   if ( const auto grid = gridOf( board ); !grid.empty() ) {
+      lines.emplace_back();
+      lines.insert( lines.end(), grid.begin(), grid.end() );
+   }
+   return lines;
+}
+
+std::string clip( const std::string &line, size_t columns ) {
+   size_t end = 0;
+   for ( size_t width = 0; end < line.size(); ++end )
+      if ( ( line[end] & 0xC0 ) != 0x80 && width++ == columns )
+         break;
+   return line.substr( 0, end );
+}
+
+} // namespace Host

@@ -1,0 +1,37 @@
+#include "orbis-smbus/Conversation.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+namespace SmbusClient {
+
+Conversation::~Conversation() {
+   if ( socket_.fd >= 0 )
+      close( socket_.fd );
+}
+
+std::string Conversation::ask( const Target &target, Smbus::RequestType type, uint32_t offset,
+                               uint32_t length, const std::string &data ) {
+   Smbus::TransactionRequest transaction;
+   transaction.set_retries( retries_ );
+   target.open( transaction );
+   Smbus::Request &request = target.addTo( transaction, type, offset, length );
+   if ( !data.empty() )
+      request.set_data( data );
+   target.close( transaction );
+
+   Smbus::TransactionResponse *received = nullptr;
+   if ( socket_.sendRequestWait( &transaction, &received ) < 0 )
+      throw Unreachable( std::string( "the server can't be asked: " ) + std::strerror( errno ) );
+   const std::unique_ptr<Smbus::TransactionResponse> response( received );
+   if ( response->failed() )
+      throw Failed( response->has_error() ? response->error() : "unknown reason" );
+   if ( response->response_size() != transaction.request_size() )
+      throw Failed( "the server's answer is incomplete" );
+   return response->response( static_cast<int>( target.vias.size() ) ).data();
+}
+
+} // namespace SmbusClient

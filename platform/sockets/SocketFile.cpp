@@ -1,0 +1,114 @@
+#include "sockets/SocketFile.h"
+
+#include <fmt/format.h>
+
+#include <grp.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+namespace Sockets {
+
+namespace {
+
+constexpr mode_t socketMode = 0660;
+constexpr int backlog = 128;
+
+void require( bool success, const std::string &path, const char *what ) {
+   if ( !success )
+      throw std::runtime_error( fmt::format( "{}: {}: {}", path, what, std::strerror( errno ) ) );
+}
+
+sockaddr_un addressOf( const std::string &path ) {
+   sockaddr_un address{};
+   address.sun_family = AF_UNIX;
+   if ( path.empty() || path.size() >= sizeof address.sun_path )
+      throw std::runtime_error( fmt::format( "{}: a socket's path has 1 to {} characters", path,
+                                             sizeof address.sun_path - 1 ) );
+   path.copy( address.sun_path, path.size() );
+   return address;
+}
+
+int newSocket( int flags = 0 ) { return socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0 ); }
+
+// What connecting gives: 0 or an errno value, EAGAIN when the server has too many waiting already.
+int tryToConnect( const sockaddr_un &address ) {
+   const int fd = newSocket( SOCK_NONBLOCK );
+   const int result = connect( fd, reinterpret_cast<const sockaddr *>( &address ), sizeof address );
+   const int error = result == 0 ? 0 : errno;
+   close( fd );
+   return error;
+}
+
+gid_t groupNamed( const std::string &name ) {
+   const group *found = getgrnam( name.c_str() );
+   if ( !found )
+      throw std::runtime_error( fmt::format( "no group named {}", name ) );
+   return found->gr_gid;
+}
+
+} // namespace
+
+SocketFile::SocketFile( const std::string &path, const std::string &group ) : path_( path ) {
+   clearTheWay();
+   fd_ = newSocket();
+   try {
+      listenAt( group );
+   } catch ( ... ) {
+      close( fd_ );
+      throw;
+   }
+}
+
+void SocketFile::clearTheWay() const {
+   struct stat status;
+   if ( lstat( path_.c_str(), &status ) != 0 )
+      return;
+   if ( !S_ISSOCK( status.st_mode ) )
+      throw std::runtime_error( path_ + ": there is something that is no socket" );
+   const int error = tryToConnect( addressOf( path_ ) );
+   if ( error == 0 || error == EAGAIN )
+      throw std::runtime_error( path_ + ": a server is living there" );
+   if ( error == ECONNREFUSED )
+      unlink( path_.c_str() );
+}
+
+void SocketFile::listenAt( const std::string &group ) {
+   const sockaddr_un address = addressOf( path_ );
+   // A socket's mode before it is bound is that of its file, less the umask: never too wide.
+   fchmod( fd_, socketMode );
+   require( bind( fd_, reinterpret_cast<const sockaddr *>( &address ), sizeof address ) == 0, path_,
+            "can't be bound" );
+   struct stat status;
+   require( stat( path_.c_str(), &status ) == 0, path_, "is gone" );
+   device_ = status.st_dev;
+   inode_ = status.st_ino;
+   try {
+      if ( !group.empty() )
+         require( chown( path_.c_str(), static_cast<uid_t>( -1 ), groupNamed( group ) ) == 0, path_,
+                  "can't be given to the group" );
+      require( chmod( path_.c_str(), socketMode ) == 0, path_, "can't be given its mode" );
+      require( listen( fd_, backlog ) == 0, path_, "can't be listened at" );
+   } catch ( ... ) {
+      unlink( path_.c_str() );
+      throw;
+   }
+}
+
+SocketFile::~SocketFile() {
+   if ( fd_ >= 0 )
+      close( fd_ );
+   struct stat status;
+   if ( stat( path_.c_str(), &status ) == 0 && status.st_dev == device_ && status.st_ino == inode_ )
+      unlink( path_.c_str() );
+}
+
+int SocketFile::release() { return std::exchange( fd_, -1 ); }
+
+} // namespace Sockets

@@ -1,0 +1,130 @@
+#include "simulator/board/Controls.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+namespace Simulator {
+
+namespace {
+
+void copy( const Quantity &from, SmbusControl::Quantity &to ) {
+   to.set_name( from.name );
+   to.set_unit( from.unit );
+   to.set_value( from.get() );
+   to.set_settable( bool( from.set ) );
+}
+
+double within( double value, double least, double most, const char *unit ) {
+   if ( !( value >= least && value <= most ) )
+      throw BenchError( fmt::format( "{} is not within {} to {}{}", value, least, most, unit ) );
+   return value;
+}
+
+} // namespace
+
+SmbusControl::Response Controls::answer( const SmbusControl::Request &request ) {
+   SmbusControl::Response response;
+   try {
+      const std::lock_guard lock( bench_.mutex() );
+      carryOut( request, response );
+   } catch ( const BenchError &error ) {
+      response.set_error( error.what() );
+   }
+   return response;
+}
+
+void Controls::carryOut( const SmbusControl::Request &request, SmbusControl::Response &response ) {
+   using SmbusControl::Request;
+   constexpr double year = 365 * 86400;
+   switch ( request.what_case() ) {
+   case Request::kList:
+      return describe( *response.mutable_state(), true );
+   case Request::kTime:
+      return describe( *response.mutable_state(), false );
+   case Request::kGet:
+      return copy( bench_.quantity( request.get().whose(), request.get().name() ),
+                   *response.mutable_quantity() );
+   case Request::kSet:
+      return bench_.quantityIs( request.set().name().whose(), request.set().name().name(),
+                                request.set().value() );
+   case Request::kPull:
+      return bench_.pull( request.pull() );
+   case Request::kInsert:
+      return bench_.insert( request.insert() );
+   case Request::kFault:
+      return addFault( request.fault() );
+   case Request::kMend:
+      return bench_.chip( request.mend() ).faultsAre( {} );
+   case Request::kStep:
+      return clock_.step( std::chrono::duration_cast<Bus::Clock::Time>(
+         std::chrono::duration<double>( within( request.step(), 0, year, " s" ) ) ) );
+   case Request::kSpeed:
+      return clock_.speedIs( within( request.speed(), 0, 1e6, "" ) );
+   case Request::kPower:
+      return power( request.power() );
+   case Request::kTrace:
+      return;
+   case Request::WHAT_NOT_SET:
+      throw BenchError( "a request for nothing that is known" );
+   }
+}
+
+void Controls::describe( SmbusControl::State &state, bool whole ) const {
+   state.set_seconds( std::chrono::duration<double>( clock_.now() ).count() );
+   state.set_speed( clock_.speed() );
+   state.set_powered( bench_.powered() );
+   state.set_transfers( bench_.traffic().transfers );
+   state.set_bytes( bench_.traffic().bytes );
+   if ( !whole )
+      return;
+   for ( const Bench::Seated &seated : bench_.chips() ) {
+      SmbusControl::Chip &chip = *state.add_chip();
+      chip.set_name( seated.chip->name() );
+      chip.set_kind( seated.kind );
+      chip.set_address( seated.address );
+      chip.set_present( seated.chip->present() );
+      chip.set_faulty( seated.chip->faults().any() );
+      for ( const Quantity &quantity : seated.chip->quantities() )
+         copy( quantity, *chip.add_quantity() );
+   }
+   for ( const Bench::Module &module : bench_.modules() ) {
+      state.add_module()->set_name( module.name );
+      state.mutable_module()->rbegin()->set_present( module.present );
+   }
+}
+
+void Controls::addFault( const SmbusControl::Fault &asked ) {
+   Chip &chip = bench_.chip( asked.chip() );
+   Faults faults = chip.faults();
+   if ( asked.has_missed() ) {
+      faults.missed = asked.missed();
+      faults.among = asked.has_among() ? asked.among() : 1;
+      if ( faults.among == 0 || faults.missed > faults.among )
+         throw BenchError(
+            fmt::format( "{} of {} transfers can't be missed", faults.missed, faults.among ) );
+   }
+   if ( asked.has_bad_pec() )
+      faults.badPec = asked.bad_pec();
+   if ( asked.has_stuck() )
+      faults.stuck = asked.stuck();
+   if ( asked.has_slow_ms() )
+      faults.slow = std::chrono::milliseconds( long( within( asked.slow_ms(), 0, 60000, " ms" ) ) );
+   if ( asked.has_block_count() )
+      faults.blockCount = static_cast<uint8_t>( within( asked.block_count(), 0, 255, "" ) );
+   if ( asked.has_answer_size() )
+      faults.answerSize = static_cast<unsigned>( within( asked.answer_size(), 0, 8192, " bytes" ) );
+   if ( asked.has_corruption() )
+      faults.corrupted[asked.corruption().register_()] =
+         static_cast<uint8_t>( within( asked.corruption().mask(), 1, 255, "" ) );
+   chip.faultsAre( faults );
+}
+
+void Controls::power( SmbusControl::Power power ) {
+   if ( power == SmbusControl::CYCLE )
+      bench_.powerCycle();
+   else
+      bench_.powerIs( power == SmbusControl::ON );
+}
+
+} // namespace Simulator

@@ -1,0 +1,227 @@
+#include "simulator/bus/SimulatedBus.h"
+
+#include "simulator/bus/Cycle.h"
+
+#include <fmt/format.h>
+
+#include <optional>
+#include <thread>
+
+namespace Simulator {
+
+namespace {
+
+void write( Cycle &cycle, const std::string &data ) {
+   for ( size_t i = 0; i < data.size(); ++i ) {
+      if ( !cycle.write( static_cast<uint8_t>( data[i] ) ) )
+         throw BusFault(
+            fmt::format( "no acknowledge of data byte {} of {}", i + 1, data.size() ) );
+   }
+}
+
+const Faults &faultsOf( const Cycle &cycle ) { return cycle.answering()->faults(); }
+
+std::string read( Cycle &cycle, unsigned count ) {
+   std::string data;
+   data.reserve( count );
+   while ( count-- > 0 )
+      data += static_cast<char>( cycle.read() );
+   return data;
+}
+
+void sendPec( Cycle &cycle ) {
+   const uint8_t heard = faultsOf( cycle ).badPec ? 0xFF : 0x00;
+   if ( !cycle.write( cycle.pec() ^ heard ) )
+      throw BusFault( "no acknowledge of the PEC" );
+}
+
+void checkPec( Cycle &cycle ) {
+   const uint8_t due = cycle.pec();
+   const auto got =
+      static_cast<uint8_t>( cycle.read() ^ ( faultsOf( cycle ).badPec ? 0xFF : 0x00 ) );
+   if ( got != due )
+      throw BusFault( fmt::format( "PEC {:#04x} where {:#04x} is due", got, due ) );
+}
+
+unsigned blockCount( Cycle &cycle ) {
+   const uint8_t said = cycle.read();
+   return faultsOf( cycle ).blockCount.value_or( said );
+}
+
+// What becomes of the data on its way from a chip that is broken so.
+void distort( std::string &answer, const Bus::Transfer &transfer, const Faults &faults ) {
+   const auto corrupted = faults.corrupted.find( transfer.offset );
+   if ( corrupted != faults.corrupted.end() && !answer.empty() )
+      answer[0] = static_cast<char>( answer[0] ^ corrupted->second );
+   if ( faults.answerSize && ( transfer.kind == Bus::Transfer::Kind::Read ||
+                               transfer.kind == Bus::Transfer::Kind::BlockRead ) )
+      answer.resize( *faults.answerSize );
+}
+
+// The SMBus protocols as bus cycles, up to the stop. What was read.
+std::string carryOut( Cycle &cycle, const Bus::Transfer &transfer ) {
+   std::string answer;
+   if ( transfer.isReceiveByte() ) {
+      cycle.start( Direction::Read );
+      answer = read( cycle, 1 );
+   } else {
+      cycle.start( Direction::Write );
+      cycle.command( transfer.offset );
+   }
+   bool reads = true;
+   switch ( transfer.kind ) {
+   case Bus::Transfer::Kind::Read:
+      if ( transfer.length > 0 ) {
+         cycle.start( Direction::Read );
+         answer = read( cycle, transfer.length );
+      }
+      break;
+   case Bus::Transfer::Kind::ProcessCall:
+      write( cycle, transfer.data );
+      cycle.start( Direction::Read );
+      answer = read( cycle, transfer.length );
+      break;
+   case Bus::Transfer::Kind::BlockRead:
+      cycle.start( Direction::Read );
+      answer = read( cycle, blockCount( cycle ) );
+      break;
+   case Bus::Transfer::Kind::BlockWrite:
+      if ( !cycle.write( static_cast<uint8_t>( transfer.length ) ) )
+         throw BusFault( "no acknowledge of the block count" );
+      [[fallthrough]];
+   case Bus::Transfer::Kind::Write:
+      write( cycle, transfer.data );
+      reads = false;
+      break;
+   }
+   if ( transfer.pec )
+      reads ? checkPec( cycle ) : sendPec( cycle );
+   distort( answer, transfer, faultsOf( cycle ) );
+   return answer;
+}
+
+// The bytes that come first are the chip's command, as many as it takes.
+void write( Cycle &cycle, std::string_view bytes, uint32_t &command ) {
+   const size_t width = cycle.answering()->commandBytes();
+   if ( bytes.size() >= width ) {
+      command = 0;
+      for ( const char byte : bytes.substr( 0, width ) )
+         command = command << 8 | static_cast<uint8_t>( byte );
+      cycle.command( command );
+      bytes.remove_prefix( width );
+   }
+   for ( const char byte : bytes ) {
+      if ( !cycle.write( static_cast<uint8_t>( byte ) ) )
+         throw BusFault( "no acknowledge of a byte" );
+   }
+}
+
+// In the words of transfers, as far as they have any for it.
+Bus::Transfer transferOf( const std::vector<BusMessage> &messages, uint32_t command ) {
+   const BusMessage &last = messages.back();
+   Bus::Transfer transfer{ .address = last.address, .offset = command };
+   if ( last.direction == Direction::Write ) {
+      transfer.kind = Bus::Transfer::Kind::Write;
+      transfer.data = last.bytes.empty() ? "" : last.bytes.substr( 1 );
+      transfer.length = static_cast<unsigned>( transfer.data.size() );
+   } else {
+      transfer.length = messages.size() > 1 ? static_cast<unsigned>( last.bytes.size() ) : 0;
+   }
+   return transfer;
+}
+
+} // namespace
+
+void SimulatedBus::exchange( Cycle &cycle, BusMessage &message, uint32_t &command,
+                             Carried &carried ) {
+   const unsigned before = cycle.bytes();
+   const auto told = [&] {
+      carried.answering = cycle.answering();
+      carried.bytes += cycle.bytes() - before;
+   };
+   try {
+      cycle.start( message.direction );
+      if ( message.direction == Direction::Write )
+         write( cycle, message.bytes, command );
+      else
+         message.bytes = read( cycle, static_cast<unsigned>( message.bytes.size() ) );
+   } catch ( const BusFault & ) {
+      told();
+      throw;
+   }
+   told();
+   if ( const std::string collision = cycle.collision(); !collision.empty() )
+      throw BusFault( collision );
+}
+
+SimulatedBus::Carried SimulatedBus::exchangeOnce( std::vector<BusMessage> &messages,
+                                                  uint32_t &command ) {
+   Carried carried;
+   try {
+      std::optional<Cycle> cycle;
+      uint8_t address = 0;
+      for ( BusMessage &message : messages ) {
+         // A chip that isn't addressed again lets go of the bus as at a stop.
+         if ( !cycle || message.address != address )
+            cycle.emplace( wire_, address = message.address );
+         exchange( *cycle, message, command, carried );
+      }
+      if ( messages.back().direction == Direction::Read )
+         carried.outcome.data = messages.back().bytes;
+   } catch ( const BusFault &fault ) {
+      carried.outcome.error = fault.what();
+   }
+   return carried;
+}
+
+bool SimulatedBus::exchange( std::vector<BusMessage> &messages ) {
+   std::chrono::milliseconds slow{ 0 };
+   Carried carried;
+   {
+      const std::lock_guard lock( mutex_ );
+      uint32_t command = 0;
+      carried = exchangeOnce( messages, command );
+      if ( carried.answering )
+         slow = carried.answering->faults().slow;
+      if ( report_ )
+         report_( transferOf( messages, command ), carried );
+   }
+   std::this_thread::sleep_for( slow );
+   return carried.outcome.ok();
+}
+
+SimulatedBus::Carried SimulatedBus::carryOutOnce( const Bus::Transfer &transfer ) {
+   Carried carried;
+   try {
+      Cycle cycle( wire_, transfer.address );
+      try {
+         carried.outcome.data = carryOut( cycle, transfer );
+      } catch ( const BusFault &fault ) {
+         carried.outcome.error = fault.what();
+      }
+      carried.answering = cycle.answering();
+      carried.bytes = cycle.bytes();
+      if ( const std::string collision = cycle.collision(); !collision.empty() )
+         carried.outcome = { {}, collision };
+   } catch ( const BusFault &fault ) {
+      carried.outcome.error = fault.what();
+   }
+   return carried;
+}
+
+Bus::Outcome SimulatedBus::transfer( const Bus::Transfer &transfer ) {
+   std::chrono::milliseconds slow{ 0 };
+   Carried carried;
+   {
+      const std::lock_guard lock( mutex_ );
+      carried = carryOutOnce( transfer );
+      if ( carried.answering )
+         slow = carried.answering->faults().slow;
+      if ( report_ )
+         report_( transfer, carried );
+   }
+   std::this_thread::sleep_for( slow ); // other busses go on meanwhile
+   return carried.outcome;
+}
+
+} // namespace Simulator

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "simulator/chips/Chip.h"
+
+#include <map>
+
+namespace Simulator {
+
+// A CPLD of the board on its bus: registers of one byte with addresses of two, high byte first. The
+// address moves on behind each byte. A register without a function of its own is scratch, zero
+// after power-on unless told otherwise. There is no packet error code.
+class Cpld : public Chip {
+ public:
+   using Registers = std::map<uint16_t, uint8_t>;
+
+   // With what the scratch registers hold after power-on.
+   Cpld( std::string name, Registers powerOn )
+      : Chip( std::move( name ) ), powerOn_( std::move( powerOn ) ), registers_( powerOn_ ) {}
+
+   void reset() override {
+      registers_ = powerOn_;
+      pointer_ = 0;
+   }
+   unsigned commandBytes() const override { return 2; }
+   bool command( uint32_t address ) override {
+      pointer_ = static_cast<uint16_t>( address );
+      return true;
+   }
+   bool write( uint8_t byte ) override {
+      take( pointer_++, byte );
+      return true;
+   }
+   uint8_t read() override { return at( pointer_++ ); }
+
+ protected:
+   virtual void take( uint16_t address, uint8_t byte ) { registers_[address] = byte; }
+   virtual uint8_t at( uint16_t address ) const { return stored( address ); }
+
+   uint8_t stored( uint16_t address ) const {
+      const auto found = registers_.find( address );
+      return found == registers_.end() ? 0 : found->second;
+   }
+
+ private:
+   const Registers powerOn_;
+   Registers registers_;
+   uint16_t pointer_ = 0;
+};
+
+} // namespace Simulator

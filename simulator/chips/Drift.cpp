@@ -1,0 +1,38 @@
+#include "simulator/chips/Drift.h"
+
+#include <cmath>
+
+namespace Simulator {
+
+namespace {
+
+// The splitmix64 mixing function: neighbouring inputs give unrelated outputs, the same everywhere.
+uint64_t mixed( uint64_t word ) {
+   word += 0x9E3779B97F4A7C15;
+   word = ( word ^ word >> 30 ) * 0xBF58476D1CE4E5B9;
+   word = ( word ^ word >> 27 ) * 0x94D049BB133111EB;
+   return word ^ word >> 31;
+}
+
+} // namespace
+
+double Drift::turningPoint( uint64_t number ) const {
+   if ( number == 0 )
+      return 0;
+   const uint64_t word = mixed( mixed( seed_ ) + number );
+   return amplitude_ * ( static_cast<double>( word >> 11 ) * 0x1p-52 - 1 );
+}
+
+double Drift::at( Bus::Clock::Time time ) const {
+   if ( amplitude_ == 0 )
+      return 0;
+   const double turns = std::chrono::duration<double>( time ) / period_;
+   const double whole = std::floor( turns );
+   const double part = turns - whole;
+   const auto number = static_cast<uint64_t>( whole );
+   const double from = turningPoint( number );
+   // Level at both turning points, without a kink between.
+   return from + ( turningPoint( number + 1 ) - from ) * part * part * ( 3 - 2 * part );
+}
+
+} // namespace Simulator

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "smbus/Clock.h"
+
+#include <cstdint>
+
+namespace Simulator {
+
+// A slow wander about zero: every period it turns towards another value that the seed alone
+// decides, so that a run can be repeated exactly. It starts at zero.
+class Drift {
+ public:
+   Drift() = default; // stays at zero
+   // Within amplitude either side; a turn every period.
+   Drift( double amplitude, std::chrono::duration<double> period, uint64_t seed )
+      : amplitude_( amplitude ), period_( period ), seed_( seed ) {}
+
+   double at( Bus::Clock::Time ) const;
+
+ private:
+   double turningPoint( uint64_t number ) const;
+
+   double amplitude_ = 0;
+   std::chrono::duration<double> period_{ 1 };
+   uint64_t seed_ = 0;
+};
+
+} // namespace Simulator

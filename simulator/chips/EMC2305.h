@@ -1,0 +1,61 @@
+#pragma once
+
+#include "simulator/chips/Chip.h"
+#include "simulator/chips/Inertia.h"
+
+#include <array>
+
+namespace Simulator {
+
+// EMC2305 controller of five fans, with the rotors that its outputs drive (EMC2301/2/3/5 datasheet,
+// "Register set", "Fan drive setting", "Tach reading"). Behind each byte the register address moves
+// on by one. There is no packet error code: one that is sent is the next register's value.
+// What it has no register for reads zero and takes nothing.
+class EMC2305 final : public Chip {
+ public:
+   static constexpr unsigned channels = 5;
+
+   struct Rotor {
+      std::string name;
+      double maxRpm = 0;     // at full drive
+      uint8_t bootDrive = 0; // what the board's boot code leaves in the setting register
+   };
+
+   // The rotors are on the channels in order; a channel beyond them has none. The clock outlives
+   // it.
+   EMC2305( std::string name, const Bus::Clock &clock, std::vector<Rotor> rotors );
+
+   // The bench's side.
+   double rpm( unsigned channel ) const { return rotors_[channel].rpm.value(); }
+   double driveShare( unsigned channel ) const; // of the PWM output, 0 to 1
+   void stalledIs( unsigned channel, bool );    // a stalled rotor stands at once
+   void seatedIs( unsigned channel, bool );     // so does one whose module is pulled
+
+   void reset() override;
+   void powerLost() override; // the rotors run down
+   std::vector<Quantity> quantities() override;
+   bool command( uint32_t ) override;
+   bool write( uint8_t ) override;
+   uint8_t read() override;
+
+ private:
+   struct Driven {
+      Rotor rotor;
+      Inertia rpm;
+      bool stalled = false;
+      bool seated = true;
+   };
+
+   void follow( unsigned channel ); // sends the rotor towards what its channel asks for
+   unsigned count( unsigned channel ) const;
+   double targetRpm( unsigned channel ) const;
+   double rpmTimesCount( unsigned channel ) const;
+   bool writable( uint8_t address ) const;
+   uint8_t at( uint8_t address ) const;
+
+   std::vector<Driven> rotors_;
+   std::array<uint8_t, 256> registers_{};
+   uint8_t pointer_ = 0;
+};
+
+} // namespace Simulator

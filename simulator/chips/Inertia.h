@@ -1,0 +1,38 @@
+#pragma once
+
+#include "smbus/Clock.h"
+
+#include <cmath>
+
+namespace Simulator {
+
+// A value that follows its target: what is left of the way shrinks to 1/e in a time constant. The
+// last half unit is taken at once, so that it arrives.
+class Inertia {
+ public:
+   // The clock outlives it. Starts at zero, where its target is.
+   Inertia( const Bus::Clock &clock, std::chrono::duration<double> timeConstant )
+      : clock_( clock ), timeConstant_( timeConstant ) {}
+
+   double value() const {
+      const std::chrono::duration<double> passed = clock_.now() - since_;
+      const double left = ( from_ - target_ ) * std::exp( -( passed / timeConstant_ ) );
+      return std::abs( left ) <= 0.5 ? target_ : target_ + left;
+   }
+   double target() const { return target_; }
+   void targetIs( double target ) {
+      from_ = value();
+      since_ = clock_.now();
+      target_ = target;
+   }
+   void valueIs( double value ) { from_ = target_ = value; } // and rests there
+
+ private:
+   const Bus::Clock &clock_;
+   const std::chrono::duration<double> timeConstant_;
+   Bus::Clock::Time since_{ 0 };
+   double from_ = 0;
+   double target_ = 0;
+};
+
+} // namespace Simulator

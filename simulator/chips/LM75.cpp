@@ -1,0 +1,86 @@
+#include "simulator/chips/LM75.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Simulator {
+
+namespace {
+
+constexpr uint8_t shutdownBit = 0x01;       // configuration, bit 0
+constexpr uint8_t configurationBits = 0x1F; // 4-3 fault queue, 2 polarity, 1 mode; 7-5 stay zero
+constexpr uint16_t wordBits = 0xFF80;
+
+} // namespace
+
+LM75::LM75( std::string name, const Bus::Clock &clock )
+   : Chip( std::move( name ) ), clock_( clock ) {
+   reset();
+}
+
+void LM75::reset() {
+   pointer_ = Temp;
+   configuration_ = 0;
+   words_ = { word( 0 ), 0, word( 75 ), word( 80 ) };
+   lastRead_ = 0;
+}
+
+void LM75::temperatureIs( double celsius, const Drift &drift ) {
+   celsius_ = celsius;
+   drift_ = drift;
+}
+
+std::vector<Quantity> LM75::quantities() {
+   return { { "temperature", "C", [this] { return celsius_ + drift_.at( clock_.now() ); },
+              [this]( double celsius ) { temperatureIs( celsius ); }, -55, 125 },
+            { "tOs", "C", [this] { return tOs(); } },
+            { "tHyst", "C", [this] { return tHyst(); } } };
+}
+
+uint16_t LM75::word( double celsius ) {
+   const long steps = std::clamp( std::lround( celsius * 2 ), -256L, 255L );
+   return static_cast<uint16_t>( steps * 0x80 );
+}
+
+double LM75::celsius( uint16_t word ) { return static_cast<int16_t>( word ) / 256.0; }
+
+void LM75::convert() {
+   if ( !( configuration_ & shutdownBit ) )
+      words_[Temp] = word( celsius_ + drift_.at( clock_.now() ) );
+}
+
+bool LM75::addressed( Direction direction ) {
+   position_ = 0;
+   if ( direction == Direction::Read )
+      convert(); // both bytes of a reading are of one conversion
+   return true;
+}
+
+// The pointer's upper bits are to be sent as zero. Sent otherwise, the registers recur every eight
+// commands, and 4 to 7 give again what was read last, as is measured on the parts.
+bool LM75::command( uint32_t command ) {
+   pointer_ = command & 0x07;
+   return true;
+}
+
+bool LM75::write( uint8_t byte ) {
+   if ( pointer_ == Configuration && position_ == 0 ) {
+      convert(); // what a shut down chip goes on showing
+      configuration_ = byte & configurationBits;
+   } else if ( ( pointer_ == THyst || pointer_ == TOs ) && position_ == 1 ) {
+      words_[pointer_] = static_cast<uint16_t>( firstByte_ << 8 | byte ) & wordBits;
+   }
+   if ( position_++ == 0 )
+      firstByte_ = byte;
+   return true;
+}
+
+uint8_t LM75::read() {
+   if ( pointer_ == Configuration )
+      lastRead_ = configuration_;
+   else if ( pointer_ <= TOs )
+      lastRead_ = static_cast<uint8_t>( words_[pointer_] >> ( position_++ % 2 ? 0 : 8 ) );
+   return lastRead_;
+}
+
+} // namespace Simulator

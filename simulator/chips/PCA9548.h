@@ -1,0 +1,39 @@
+#pragma once
+
+#include "simulator/chips/Chip.h"
+
+#include <optional>
+
+namespace Simulator {
+
+// PCA9548 eight-channel switch. Its one register, the control byte, has a bit a channel; any set of
+// channels may be joined at once, and none is after power-on. Of several bytes written it keeps the
+// last, and the channels change at the stop, not before (NXP PCA9548A datasheet, "Control
+// register"). There is no packet error code: with one, the code is what ends up in the register.
+class PCA9548 final : public Chip {
+ public:
+   explicit PCA9548( std::string name ) : Chip( std::move( name ) ) {}
+
+   bool joins( unsigned channel ) const { return control_ >> channel & 1; }
+
+   void reset() override {
+      control_ = 0;
+      written_.reset();
+   }
+   bool command( uint32_t byte ) override { return write( static_cast<uint8_t>( byte ) ); }
+   bool write( uint8_t byte ) override {
+      written_ = byte;
+      return true;
+   }
+   uint8_t read() override { return written_.value_or( control_ ); }
+   void stopped() override {
+      control_ = written_.value_or( control_ );
+      written_.reset();
+   }
+
+ private:
+   uint8_t control_ = 0;
+   std::optional<uint8_t> written_; // since the start
+};
+
+} // namespace Simulator

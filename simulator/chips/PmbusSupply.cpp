@@ -1,0 +1,269 @@
+#include "simulator/chips/PmbusSupply.h"
+
+#include "simulator/chips/PmbusFormats.h"
+#include "smbus/Pec.h"
+
+namespace Simulator {
+
+namespace {
+
+constexpr int voutExponent = -9; // VOUT_MODE 0x17: linear
+
+// STATUS_CML.
+constexpr uint8_t invalidCommand = 0x80;
+constexpr uint8_t invalidData = 0x40;
+constexpr uint8_t pecFailed = 0x20;
+constexpr uint8_t otherCommunication = 0x02;
+
+std::string byte( unsigned value ) { return std::string( 1, static_cast<char>( value ) ); }
+std::string word( unsigned value ) { return byte( value & 0xFF ) + byte( value >> 8 ); }
+std::string linear11( double value ) { return word( toLinear11( value ) ); }
+std::string block( const std::string &text ) {
+   return byte( static_cast<unsigned>( text.size() ) ) + text;
+}
+uint16_t wordOf( const std::string &data ) {
+   return static_cast<uint16_t>( static_cast<uint8_t>( data[0] ) | static_cast<uint8_t>( data[1] )
+                                                                      << 8 );
+}
+
+} // namespace
+
+PmbusSupply::PmbusSupply( std::string name, uint8_t address, const Bus::Clock &clock,
+                          const SupplyModel::Rating &rating, Identity identity )
+   : Chip( std::move( name ) ), address_( address ), identity_( std::move( identity ) ),
+     model_( clock, rating ) {}
+
+const std::map<uint8_t, PmbusSupply::Command> &PmbusSupply::commands() {
+   using Self = PmbusSupply;
+   using Data = const std::string;
+   static const std::map<uint8_t, Command> all{
+      // PAGE: there is one, and 0xFF means all of them.
+      { 0x00,
+        { 1, []( Self & ) { return byte( 0 ); },
+          []( Self &, Data &data ) { return data == byte( 0 ) || data == byte( 0xFF ); } } },
+      // OPERATION: on, off at once, off softly
+      { 0x01,
+        { 1, []( Self &self ) { return byte( self.operation_ ); },
+          []( Self &self, Data &data ) {
+             const auto operation = static_cast<uint8_t>( data[0] );
+             if ( operation != 0x80 && operation != 0x00 && operation != 0x40 )
+                return false;
+             self.operation_ = operation;
+             self.model_.enabledIs( operation == 0x80 );
+             return true;
+          } } },
+      // CLEAR_FAULTS
+      { 0x03,
+        { 0, nullptr,
+          []( Self &self, Data & ) {
+             self.status_ = {};
+             return true;
+          } } },
+      { 0x19, { 0, []( Self & ) { return byte( 0xA0 ); } } }, // CAPABILITY: PEC, 400 kHz
+      { 0x20, { 0, []( Self & ) { return byte( voutExponent & 0x1F ); } } }, // VOUT_MODE
+      // FAN_CONFIG_1_2: driven by duty cycle, two pulses a turn
+      { 0x3A,
+        { 0,
+          []( Self &self ) {
+             const auto &maxRpm = self.model_.rating().maxRpm;
+             return byte( ( maxRpm[0] > 0 ? 0x90u : 0 ) | ( maxRpm[1] > 0 ? 0x09u : 0 ) );
+          } } },
+      // FAN_COMMAND_1 and _2
+      { 0x3B,
+        { 2, []( Self &self ) { return word( self.fanCommand_[0] ); },
+          []( Self &self, Data &data ) { return self.commandFan( 0, data ); } } },
+      { 0x3C,
+        { 2, []( Self &self ) { return word( self.fanCommand_[1] ); },
+          []( Self &self, Data &data ) { return self.commandFan( 1, data ); } } },
+      { 0x78, { 0, []( Self &self ) { return byte( self.statusWord() & 0xFF ); } } }, // STATUS_BYTE
+      { 0x79, { 0, []( Self &self ) { return word( self.statusWord() ); } } },        // STATUS_WORD
+      { 0x7A, { 0, []( Self &self ) { return byte( self.status_[Vout] ); } } },
+      { 0x7B, { 0, []( Self &self ) { return byte( self.status_[Iout] ); } } },
+      { 0x7C, { 0, []( Self &self ) { return byte( self.status_[Input] ); } } },
+      { 0x7D, { 0, []( Self &self ) { return byte( self.status_[Temperature] ); } } },
+      { 0x7E, { 0, []( Self &self ) { return byte( self.status_[Cml] ); } } },
+      { 0x81, { 0, []( Self &self ) { return byte( self.status_[Fans] ); } } },
+      // READ_VIN, _IIN, _VOUT, _IOUT, _TEMPERATURE_1 and _2, _FAN_SPEED_1 and _2, _POUT, _PIN
+      { 0x88, { 0, []( Self &self ) { return linear11( self.model_.line() ); } } },
+      { 0x89, { 0, []( Self &self ) { return linear11( self.model_.inputAmperes() ); } } },
+      { 0x8B,
+        { 0,
+          []( Self &self ) {
+             return word( toLinear16( self.model_.outputVolts(), voutExponent ) );
+          } } },
+      { 0x8C, { 0, []( Self &self ) { return linear11( self.model_.outputAmperes() ); } } },
+      { 0x8D, { 0, []( Self &self ) { return linear11( self.model_.inletCelsius() ); } } },
+      { 0x8E, { 0, []( Self &self ) { return linear11( self.model_.hotSpotCelsius() ); } } },
+      { 0x90, { 0, []( Self &self ) { return linear11( self.model_.rpm( 0 ) ); } } },
+      { 0x91, { 0, []( Self &self ) { return linear11( self.model_.rpm( 1 ) ); } } },
+      { 0x96, { 0, []( Self &self ) { return linear11( self.model_.outputWatts() ); } } },
+      { 0x97, { 0, []( Self &self ) { return linear11( self.model_.inputWatts() ); } } },
+      { 0x98, { 0, []( Self & ) { return byte( 0x11 ); } } }, // PMBUS_REVISION: 1.1, both parts
+      { 0x99, { 0, []( Self &self ) { return block( self.identity_.manufacturer ); } } },
+      { 0x9A, { 0, []( Self &self ) { return block( self.identity_.model ); } } },
+      { 0x9B, { 0, []( Self &self ) { return block( self.identity_.revision ); } } },
+      { 0x9E, { 0, []( Self &self ) { return block( self.identity_.serial ); } } },
+   };
+   return all;
+}
+
+void PmbusSupply::reset() {
+   status_ = {};
+   fanCommand_ = {};
+   operation_ = 0x80;
+   model_.enabledIs( true );
+   model_.cutOffIs( false );
+   model_.dutyIs( 0, 0 );
+   model_.dutyIs( 1, 0 );
+}
+
+void PmbusSupply::powerLost() { model_.cutOffIs( true ); }
+
+bool PmbusSupply::commandFan( unsigned fan, const std::string &data ) {
+   const double percent = fromLinear11( wordOf( data ) );
+   if ( percent < 0 || percent > 100 || model_.rating().maxRpm[fan] == 0 )
+      return false;
+   fanCommand_[fan] = wordOf( data );
+   model_.dutyIs( fan, percent );
+   return true;
+}
+
+void PmbusSupply::latchStatus() {
+   if ( model_.failed() )
+      status_[Vout] |= 0x10; // undervoltage fault
+   if ( model_.outputAmperes() > model_.rating().maxAmperes )
+      status_[Iout] |= 0x20; // overcurrent warning
+   if ( !model_.lineGood() )
+      status_[Input] |= 0x18; // undervoltage fault, off for it
+   if ( model_.hotSpotCelsius() > 95 )
+      status_[Temperature] |= 0x40; // overtemperature warning
+   for ( unsigned fan = 0; fan < 2; ++fan ) {
+      if ( model_.fanStalled( fan ) )
+         status_[Fans] |= static_cast<uint8_t>( 0x80 >> fan );
+   }
+}
+
+// Off and power-not-good tell how it is now, the others what has been.
+uint16_t PmbusSupply::statusWord() {
+   const bool off = !model_.enabled() || !model_.lineGood();
+   unsigned word = 0;
+   word |= status_[Vout] ? 0x8000u : 0;
+   word |= status_[Iout] ? 0x4000u : 0;
+   word |= status_[Input] ? 0x2000u : 0;
+   word |= model_.delivers() ? 0 : 0x0800u; // POWER_GOOD#
+   word |= status_[Fans] ? 0x0400u : 0;
+   word |= off ? 0x0040u : 0;
+   word |= status_[Input] & 0x10 ? 0x0008u : 0; // VIN_UV_FAULT
+   word |= status_[Temperature] ? 0x0004u : 0;
+   word |= status_[Cml] ? 0x0002u : 0;
+   const bool other = status_[Vout] || status_[Iout] || status_[Fans];
+   word |= other ? 0x0001u : 0; // none of the above
+   return static_cast<uint16_t>( word );
+}
+
+std::vector<Quantity> PmbusSupply::quantities() {
+   std::vector<Quantity> all{
+      { "line", "V", [this] { return model_.line(); },
+        [this]( double volts ) { model_.lineIs( volts ); }, 0, 300 },
+      { "load", "A", [this] { return model_.load(); },
+        [this]( double amperes ) { model_.loadIs( amperes ); }, 0, 100 },
+      { "ambient", "C", [this] { return model_.ambient(); },
+        [this]( double celsius ) { model_.ambientIs( celsius ); }, -40, 100 },
+      { "failed", "", [this] { return model_.failed(); },
+        [this]( double on ) { model_.failedIs( on != 0 ); } },
+      { "inputCurrent", "A", [this] { return model_.inputAmperes(); } },
+      { "inputPower", "W", [this] { return model_.inputWatts(); } },
+      { "outputVoltage", "V", [this] { return model_.outputVolts(); } },
+      { "outputCurrent", "A", [this] { return model_.outputAmperes(); } },
+      { "outputPower", "W", [this] { return model_.outputWatts(); } },
+      { "inlet", "C", [this] { return model_.inletCelsius(); } },
+      { "hotSpot", "C", [this] { return model_.hotSpotCelsius(); } },
+   };
+   for ( unsigned fan = 0; fan < 2; ++fan ) {
+      if ( model_.rating().maxRpm[fan] == 0 )
+         continue;
+      const std::string whose = name() + ".fan" + std::to_string( fan + 1 );
+      all.push_back( { whose + " rpm", "rpm", [=, this] { return model_.rpm( fan ); } } );
+      all.push_back( { whose + " drive", "%", [=, this] { return model_.duty( fan ); } } );
+      all.push_back( { whose + " stalled", "", [=, this] { return model_.fanStalled( fan ); },
+                       [=, this]( double on ) { model_.fanStalledIs( fan, on != 0 ); } } );
+   }
+   return all;
+}
+
+bool PmbusSupply::addressed( Direction direction ) {
+   const auto onTheWire = static_cast<uint8_t>( address_ << 1 | static_cast<uint8_t>( direction ) );
+   reading_ = direction == Direction::Read;
+   if ( !reading_ || !command_ )
+      pec_ = 0;
+   pec_ = Bus::pecStep( pec_, onTheWire );
+   data_.clear();
+   position_ = 0;
+   checked_ = false;
+   spoiled_ = false;
+   if ( !reading_ ) {
+      command_ = nullptr;
+   } else if ( command_ && command_->read ) {
+      latchStatus();
+      data_ = command_->read( *this );
+   } else {
+      status_[Cml] |= command_ ? invalidCommand : otherCommunication;
+   }
+   return true;
+}
+
+bool PmbusSupply::command( uint32_t code ) {
+   const auto found = commands().find( static_cast<uint8_t>( code ) );
+   if ( found == commands().end() ) {
+      status_[Cml] |= invalidCommand;
+      return false;
+   }
+   command_ = &found->second;
+   pec_ = Bus::pecStep( pec_, static_cast<uint8_t>( code ) );
+   return true;
+}
+
+bool PmbusSupply::write( uint8_t byte ) {
+   if ( !command_ )
+      return false;
+   const auto refuse = [this]( uint8_t reason ) {
+      status_[Cml] |= reason;
+      spoiled_ = true;
+      return false;
+   };
+   if ( !command_->write )
+      return refuse( invalidCommand );
+   if ( checked_ )
+      return refuse( otherCommunication ); // too many bytes
+   if ( data_.size() == command_->size ) {
+      checked_ = byte == pec_;
+      return checked_ || refuse( pecFailed );
+   }
+   data_ += static_cast<char>( byte );
+   pec_ = Bus::pecStep( pec_, byte );
+   return true;
+}
+
+uint8_t PmbusSupply::read() {
+   if ( position_ == data_.size() && !data_.empty() ) {
+      ++position_;
+      return pec_;
+   }
+   if ( position_ >= data_.size() )
+      return 0xFF;
+   const auto byte = static_cast<uint8_t>( data_[position_++] );
+   pec_ = Bus::pecStep( pec_, byte );
+   return byte;
+}
+
+void PmbusSupply::stopped() {
+   const Command *command = std::exchange( command_, nullptr );
+   if ( !command || reading_ || spoiled_ || !command->write )
+      return;
+   if ( data_.size() != command->size )
+      status_[Cml] |= data_.empty() ? 0 : otherCommunication; // a command alone asks for nothing
+   else if ( !command->write( *this, data_ ) )
+      status_[Cml] |= invalidData;
+}
+
+} // namespace Simulator

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "simulator/chips/Chip.h"
+#include "simulator/chips/SupplyModel.h"
+
+#include <map>
+
+namespace Simulator {
+
+// A power supply behind PMBus 1.1 (PMBus Power System Management Protocol, Parts I and II). Words
+// go low byte first. A command that it doesn't know is not acknowledged, nor is data for one that
+// can only be read, nor a wrong packet error code; each is told in STATUS_CML. A read goes on with
+// the packet error code behind its data. Status bits stay until CLEAR_FAULTS.
+class PmbusSupply final : public Chip {
+ public:
+   struct Identity {
+      std::string manufacturer;
+      std::string model;
+      std::string revision;
+      std::string serial;
+   };
+
+   // The address is what its pins strap it to: the packet error code covers it.
+   PmbusSupply( std::string name, uint8_t address, const Bus::Clock &, const SupplyModel::Rating &,
+                Identity );
+
+   SupplyModel &model() { return model_; }
+
+   void reset() override;
+   void powerLost() override;
+   std::vector<Quantity> quantities() override;
+   bool addressed( Direction ) override;
+   bool command( uint32_t ) override;
+   bool write( uint8_t ) override;
+   uint8_t read() override;
+   void stopped() override;
+
+ private:
+   struct Command {
+      size_t size = 0; // of the data to write; none for one that is only sent
+      std::string ( *read )( PmbusSupply & ) = nullptr;
+      bool ( *write )( PmbusSupply &, const std::string &data ) = nullptr; // false: invalid data
+   };
+   static const std::map<uint8_t, Command> &commands();
+
+   enum Status { Vout, Iout, Input, Temperature, Cml, Fans, StatusCount };
+   void latchStatus(); // adds what is wrong now
+   uint16_t statusWord();
+   bool commandFan( unsigned fan, const std::string &data );
+
+   const uint8_t address_;
+   const Identity identity_;
+   SupplyModel model_;
+   std::array<uint8_t, StatusCount> status_{};
+   std::array<uint16_t, 2> fanCommand_{}; // as it was sent
+   uint8_t operation_ = 0x80;
+
+   const Command *command_ = nullptr; // since the start
+   bool reading_ = false;
+   bool spoiled_ = false; // what is being written will not be carried out
+   bool checked_ = false; // a right packet error code came
+   std::string data_;     // written, or to be read
+   size_t position_ = 0;
+   uint8_t pec_ = 0;
+};
+
+} // namespace Simulator

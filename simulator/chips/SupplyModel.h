@@ -1,0 +1,73 @@
+#pragma once
+
+#include "simulator/chips/Inertia.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Simulator {
+
+// What goes on inside a power supply: a converter from the mains to one output, two temperatures,
+// two fans that cool it. All in volts, amperes, watts, degrees Celsius, revolutions a minute.
+class SupplyModel {
+ public:
+   struct Rating {
+      double nominalVolts = 12;
+      double maxAmperes = 70;
+      double efficiency = 0.92;
+      std::array<double, 2> maxRpm{}; // zero: no such fan
+   };
+
+   // The clock outlives it. It has been running for a while.
+   SupplyModel( const Bus::Clock &, const Rating & );
+
+   void lineIs( double volts );
+   void loadIs( double amperes );
+   void ambientIs( double celsius );
+   void failedIs( bool ); // the converter gives nothing, though it is told to
+   void enabledIs( bool );
+   void cutOffIs( bool ); // gives nothing and turns no fan, by whatever switches the whole board
+   void fanStalledIs( unsigned fan, bool );
+   void dutyIs( unsigned fan, double percent ); // asked for; the supply itself may want more
+
+   const Rating &rating() const { return rating_; }
+   double line() const { return line_; }
+   double load() const { return load_; }
+   double ambient() const { return ambient_; }
+   bool failed() const { return failed_; }
+   bool enabled() const { return enabled_; }
+   bool fanStalled( unsigned fan ) const { return stalled_[fan]; }
+
+   bool lineGood() const { return line_ >= 85; }
+   bool delivers() const { return enabled_ && lineGood() && !failed_ && !cutOff_; }
+   double outputVolts() const { return delivers() ? rating_.nominalVolts - 0.002 * load_ : 0; }
+   double outputAmperes() const { return delivers() ? load_ : 0; }
+   double outputWatts() const { return outputVolts() * outputAmperes(); }
+   double inputWatts() const; // with what the supply itself needs
+   double inputAmperes() const { return line_ > 0 ? inputWatts() / line_ : 0; }
+   double inletCelsius() const { return ambient_ + 1.5; } // a bit warmer than the room
+   double hotSpotCelsius() const { return hotSpot_.value(); }
+   double duty( unsigned fan ) const;
+   double rpm( unsigned fan ) const { return fans_[fan].value(); }
+
+   // Temperature and fans go at once to where they were heading.
+   void settle();
+
+ private:
+   void follow(); // everything with inertia heads for where the rest sends it
+   double hotSpotTarget() const;
+
+   const Rating rating_;
+   double line_ = 230;
+   double load_ = 20;
+   double ambient_ = 25;
+   bool failed_ = false;
+   bool enabled_ = true;
+   bool cutOff_ = false;
+   std::array<bool, 2> stalled_{};
+   std::array<double, 2> duty_{};
+   Inertia hotSpot_;
+   std::array<Inertia, 2> fans_;
+};
+
+} // namespace Simulator

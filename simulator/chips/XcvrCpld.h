@@ -1,0 +1,52 @@
+#pragma once
+
+#include "simulator/chips/Cpld.h"
+
+#include <array>
+
+namespace Simulator {
+
+// A CPLD that the lines of transceiver cages end at, one bit a line. Presence is 1 where a module
+// sits, interrupt and reset are active low, the others active high; lines that an absent module
+// doesn't drive are pulled high. Lines from the modules are read-only. Register 0x303 drives LEDs,
+// which are dark after power-on (1 is dark).
+class XcvrCpld final : public Cpld {
+ public:
+   // Cages whose lines are neighbouring bits, the first in bit 0, of four registers.
+   struct Group {
+      bool qsfp; // reset, low-power mode, presence, interrupt; of an SFP: loss of signal, TX
+                 // disable, TX fault, presence
+      unsigned cages;
+      std::array<uint16_t, 4> registers;
+   };
+   using Groups = std::vector<Group>;
+   static const Groups qsfpCpld; // 32 QSFP
+   static const Groups sfpCpld;  // 48 SFP and 6 QSFP
+
+   // Cages are called sfp1, sfp2 and so on; QSFP ones from qsfp<firstQsfp> on.
+   XcvrCpld( std::string name, const Groups &, unsigned firstQsfp, const Registers &powerOn );
+
+   std::vector<Quantity> quantities() override;
+
+ private:
+   enum Signal { Reset, LpMode, Presence, Interrupt, RxLos, TxDisable, TxFault };
+   struct Line {
+      std::string cage;
+      Signal signal;
+      uint16_t address;
+      uint8_t mask;
+   };
+
+   static Registers powerOnOf( const Groups &, Registers scratch );
+   void addCage( const std::string &cage, const Group &, unsigned bit );
+   uint8_t levels( uint16_t address ) const;
+   void lineIs( const Line &, bool level );
+   void presenceIs( const std::string &cage, bool present );
+   void take( uint16_t address, uint8_t byte ) override;
+   uint8_t at( uint16_t address ) const override;
+
+   std::vector<Line> lines_;
+   Registers inputs_; // levels of the lines from the modules
+};
+
+} // namespace Simulator

@@ -1,0 +1,204 @@
+#include "smbus/Decode.h"
+
+#include <fmt/format.h>
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/wire_format_lite.h>
+
+#include <algorithm>
+
+namespace Bus {
+
+namespace {
+
+// What is wrong with one request, without its number.
+struct Senseless : std::runtime_error {
+   using std::runtime_error::runtime_error;
+};
+
+// A request's `addr`, from the least significant bit.
+struct AddressWord {
+   explicit AddressWord( uint64_t word ) : word_( word ) {}
+   uint32_t offset() const { return field( 0, 32 ); }
+   uint32_t address() const { return field( 32, 7 ); }
+   uint32_t bus() const { return field( 39, 7 ); }
+   uint32_t accelerator() const { return field( 46, 7 ); }
+   uint32_t busTimeout() const { return field( 54, 3 ); }
+   uint32_t offsetBytes() const { return field( 57, 2 ); }
+   bool extraDelay() const { return field( 59, 1 ) != 0; }
+   uint32_t writeDelay() const { return field( 60, 2 ); }
+   uint32_t readDelay() const { return field( 62, 2 ); }
+
+ private:
+   uint32_t field( unsigned from, unsigned width ) const {
+      return static_cast<uint32_t>( word_ >> from & ( ( uint64_t{ 1 } << width ) - 1 ) );
+   }
+   uint64_t word_;
+};
+
+void require( bool present, const char *field ) {
+   if ( !present )
+      throw Senseless( fmt::format( "no {}", field ) );
+}
+
+// An enumerator that this server doesn't know has been left out by the parser.
+void requireFields( const Smbus::Request &request ) {
+   require( request.has_addr(), "addr" );
+   require( request.has_pci(), "pci" );
+   require( request.has_mastertype(), "mastertype, or none that is known" );
+   require( request.has_type(), "type, or none that is known" );
+   require( request.has_length(), "length" );
+   require( request.has_pec(), "pec" );
+}
+
+Transfer::Kind kindOf( Smbus::RequestType type ) {
+   switch ( type ) {
+   case Smbus::REQUEST_READ:
+      return Transfer::Kind::Read;
+   case Smbus::REQUEST_WRITE:
+      return Transfer::Kind::Write;
+   case Smbus::REQUEST_PROCESS_CALL:
+      return Transfer::Kind::ProcessCall;
+   case Smbus::REQUEST_BLOCK_READ:
+      return Transfer::Kind::BlockRead;
+   case Smbus::REQUEST_BLOCK_WRITE:
+      return Transfer::Kind::BlockWrite;
+   }
+   throw Senseless( "no type that is known" );
+}
+
+void checkLength( const Transfer &transfer ) {
+   const auto allow = [&]( const char *what, uint32_t least, uint32_t most ) {
+      if ( transfer.length >= least && transfer.length <= most )
+         return;
+      const std::string due =
+         least == most ? fmt::format( "{}", least ) : fmt::format( "{} to {}", least, most );
+      throw Senseless(
+         fmt::format( "length {} for a {}, where {} is due", transfer.length, what, due ) );
+   };
+   switch ( transfer.kind ) {
+   case Transfer::Kind::Read:
+      return allow( "read", 0, maxTransferBytes );
+   case Transfer::Kind::Write:
+      return allow( "write", 0, maxTransferBytes );
+   case Transfer::Kind::ProcessCall:
+      return allow( "process call", 2, 2 );
+   case Transfer::Kind::BlockRead:
+      return allow( "block read", 0, 0 );
+   case Transfer::Kind::BlockWrite:
+      return allow( "block write", 1, 255 ); // the count is one byte
+   }
+}
+
+bool carriesData( Transfer::Kind kind ) {
+   return kind != Transfer::Kind::Read && kind != Transfer::Kind::BlockRead;
+}
+
+// A rest of 0, 1, 5 or 10 ms behind what was written or read (memories take 5 or 10 to keep what
+// was written), and one of 1 ms more for chips that are slow to let go of the bus.
+std::chrono::milliseconds pauseBehind( const AddressWord &word, Transfer::Kind kind ) {
+   using std::chrono::milliseconds;
+   constexpr milliseconds rests[] = { milliseconds( 0 ), milliseconds( 1 ), milliseconds( 5 ),
+                                      milliseconds( 10 ) };
+   const bool writes = kind == Transfer::Kind::Write || kind == Transfer::Kind::BlockWrite;
+   return rests[writes ? word.writeDelay() : word.readDelay()] + milliseconds( word.extraDelay() );
+}
+
+Transfer decodeTransfer( const Smbus::Request &request ) {
+   const AddressWord word( request.addr() );
+   if ( word.offsetBytes() == 3 )
+      throw Senseless( "address size 3, where 0, 1 or 2 is due" );
+   Transfer transfer{ .kind = kindOf( request.type() ),
+                      .address = static_cast<uint8_t>( word.address() ),
+                      .offset = word.offset(),
+                      .offsetBytes = std::max( word.offsetBytes(), 1u ),
+                      .length = request.length(),
+                      .data = request.data(),
+                      .pec = request.pec(),
+                      .timeout = 10 * std::chrono::milliseconds( word.busTimeout() ) };
+   transfer.pause = pauseBehind( word, transfer.kind );
+   checkLength( transfer );
+   const size_t due = carriesData( transfer.kind ) ? transfer.length : 0;
+   if ( transfer.data.size() != due )
+      throw Senseless(
+         fmt::format( "{} bytes of data, where {} are due", transfer.data.size(), due ) );
+   return transfer;
+}
+
+RootBusId decodeBus( const Smbus::Request &request ) {
+   const AddressWord word( request.addr() );
+   return rootBusId( static_cast<Master>( request.mastertype() ), request.pci(), word.accelerator(),
+                     word.bus() );
+}
+
+void append( const Smbus::Request &request, Transaction &transaction ) {
+   requireFields( request );
+   const RootBusId bus = decodeBus( request );
+   if ( transaction.transfers.empty() )
+      transaction.bus = bus;
+   else if ( bus != transaction.bus )
+      throw Senseless( fmt::format( "on {}, while the transaction is on {}", toString( bus ),
+                                    toString( transaction.bus ) ) );
+   transaction.transfers.push_back( decodeTransfer( request ) );
+}
+
+// How many there are before the first byte that makes no sense.
+unsigned countRequests( std::string_view bytes ) {
+   using google::protobuf::internal::WireFormatLite;
+   google::protobuf::io::CodedInputStream stream( reinterpret_cast<const uint8_t *>( bytes.data() ),
+                                                  static_cast<int>( bytes.size() ) );
+   unsigned count = 0;
+   while ( const uint32_t tag = stream.ReadTag() ) {
+      count +=
+         WireFormatLite::GetTagFieldNumber( tag ) == Smbus::TransactionRequest::kRequestFieldNumber;
+      if ( !WireFormatLite::SkipField( &stream, tag ) )
+         break;
+   }
+   return count;
+}
+
+uint32_t answerBytes( const Transfer &transfer ) {
+   return transfer.kind == Transfer::Kind::BlockRead ? 255 : transfer.length;
+}
+
+} // namespace
+
+Smbus::TransactionRequest parse( std::string_view bytes ) {
+   if ( countRequests( bytes ) > maxRequests )
+      throw Refused( fmt::format( "over {} requests in a transaction", maxRequests ) );
+   Smbus::TransactionRequest message;
+   if ( !message.ParseFromArray( bytes.data(), static_cast<int>( bytes.size() ) ) )
+      throw Refused( fmt::format( "a frame of {} bytes that is no transaction", bytes.size() ) );
+   return message;
+}
+
+Transaction decode( const Smbus::TransactionRequest &message, std::chrono::milliseconds bound ) {
+   Transaction transaction;
+   transaction.retries = message.retries();
+   transaction.limit = bound;
+   if ( message.timeout_ms() > 0 )
+      transaction.limit = std::min( bound, std::chrono::milliseconds( message.timeout_ms() ) );
+
+   uint32_t answered = 0;
+   for ( const Smbus::Request &request : message.request() ) {
+      try {
+         append( request, transaction );
+      } catch ( const Senseless &reason ) {
+         throw Refused( fmt::format( "request {} of {}: {}", transaction.transfers.size() + 1,
+                                     message.request_size(), reason.what() ) );
+      }
+      answered += answerBytes( transaction.transfers.back() );
+   }
+   if ( answered > maxAnswerBytes )
+      throw Refused( fmt::format( "{} bytes to read, where at most {} are allowed in a transaction",
+                                  answered, maxAnswerBytes ) );
+   return transaction;
+}
+
+Smbus::TransactionResponse failure( std::string_view error ) {
+   Smbus::TransactionResponse response;
+   response.set_failed( true );
+   response.set_error( std::string( error ) );
+   return response;
+}
+
+} // namespace Bus

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Bus {
+
+// The packet error code of SMBus 1.1 and later: CRC-8 with x^8 + x^2 + x + 1, over every byte on
+// the wires since the start, addresses with their direction bit among them.
+constexpr uint8_t pecStep( uint8_t crc, uint8_t byte ) {
+   crc ^= byte;
+   for ( int bit = 0; bit < 8; ++bit )
+      crc = static_cast<uint8_t>( crc & 0x80 ? crc << 1 ^ 0x07 : crc << 1 );
+   return crc;
+}
+
+static_assert( pecStep( 0, 0x01 ) == 0x07 && pecStep( 0, 0x80 ) == 0x89 );
+
+} // namespace Bus

@@ -1,0 +1,119 @@
+#include "sockets/SocketFile.h"
+#include "PrivateFolder.h"
+#include "RawClient.h"
+
+#include <gtest/gtest.h>
+
+#include <grp.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <memory>
+
+namespace PlatformTest {
+
+namespace {
+
+class SocketFileTest : public ::testing::Test {
+ protected:
+   std::string refusal( const std::string &at, const std::string &group = {} ) {
+      try {
+         const Sockets::SocketFile file( at, group );
+         return "none";
+      } catch ( const std::runtime_error &error ) {
+         return error.what();
+      }
+   }
+   struct stat status() const {
+      struct stat found {};
+      stat( path.c_str(), &found );
+      return found;
+   }
+   TestSupport::PrivateFolder folder;
+   const std::string path = folder.file( "smbus.sock" );
+};
+
+TEST_F( SocketFileTest, HasMode0660WhateverTheUmask ) {
+   for ( const mode_t mask : { 0000, 0022, 0077 } ) {
+      umask( mask );
+      const Sockets::SocketFile file( path, "" );
+      EXPECT_EQ( status().st_mode & 07777, 0660u ) << mask;
+      EXPECT_TRUE( S_ISSOCK( status().st_mode ) );
+   }
+}
+
+TEST_F( SocketFileTest, BelongsToTheGroupThatIsNamed ) {
+   if ( geteuid() != 0 )
+      GTEST_SKIP() << "only root may give it to any group";
+   const group *daemon = getgrnam( "daemon" );
+   ASSERT_NE( daemon, nullptr );
+   const gid_t due = daemon->gr_gid;
+   const Sockets::SocketFile file( path, "daemon" );
+   EXPECT_EQ( status().st_gid, due );
+   EXPECT_EQ( status().st_mode & 07777, 0660u );
+}
+
+TEST_F( SocketFileTest, RefusesAGroupThatIsNotThereAndLeavesNothing ) {
+   EXPECT_EQ( refusal( path, "no-such-group" ), "no group named no-such-group" );
+   EXPECT_FALSE( std::filesystem::exists( path ) );
+}
+
+TEST_F( SocketFileTest, IsGoneAfterwards ) {
+   { const Sockets::SocketFile file( path, "" ); }
+   EXPECT_FALSE( std::filesystem::exists( path ) );
+}
+
+TEST_F( SocketFileTest, LeavesAFileAloneThatTookItsPlace ) {
+   {
+      const Sockets::SocketFile file( path, "" );
+      unlink( path.c_str() );
+      folder.write( "smbus.sock", "another's" );
+   }
+   EXPECT_TRUE( std::filesystem::exists( path ) );
+}
+
+TEST_F( SocketFileTest, ReplacesThatOfADeadServer ) {
+   {
+      Sockets::SocketFile dead( path, "" );
+      std::filesystem::create_hard_link( path, folder.file( "kept" ) );
+   }
+   std::filesystem::rename( folder.file( "kept" ), path );
+   EXPECT_EQ( refusal( path ), "none" );
+}
+
+TEST_F( SocketFileTest, RefusesThatOfALivingServerAndLeavesItAlone ) {
+   const Sockets::SocketFile living( path, "" );
+   EXPECT_EQ( refusal( path ), path + ": a server is living there" );
+   EXPECT_TRUE( S_ISSOCK( status().st_mode ) );
+}
+
+TEST_F( SocketFileTest, RefusesThatOfALivingServerThatIsTooBusyToAnswer ) {
+   Sockets::SocketFile busy( path, "" );
+   const int listener = busy.release();
+   listen( listener, 0 ); // room for one
+   const TestSupport::RawClient waiting( path );
+   EXPECT_EQ( refusal( path ), path + ": a server is living there" );
+   close( listener );
+}
+
+TEST_F( SocketFileTest, RefusesAFileThatIsNoSocketAndLeavesItAlone ) {
+   folder.write( "smbus.sock", "precious" );
+   EXPECT_EQ( refusal( path ), path + ": there is something that is no socket" );
+   EXPECT_TRUE( std::filesystem::exists( path ) );
+}
+
+TEST_F( SocketFileTest, RefusesAFolderThatIsNotThere ) {
+   const std::string nowhere = folder.file( "nowhere/smbus.sock" );
+   EXPECT_EQ( refusal( nowhere ), nowhere + ": can't be bound: No such file or directory" );
+}
+
+TEST_F( SocketFileTest, RefusesAPathTooLongForASocket ) {
+   const std::string longPath( 108, 'x' );
+   EXPECT_EQ( refusal( longPath ), longPath + ": a socket's path has 1 to 107 characters" );
+}
+
+} // namespace
+
+} // namespace PlatformTest

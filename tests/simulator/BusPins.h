@@ -1,0 +1,48 @@
+// A chip's two bus pins, driven by hand a byte at a time.
+#pragma once
+
+#include "simulator/chips/Chip.h"
+
+#include <vector>
+
+namespace SimulatorTest {
+
+using Bytes = std::vector<int>;
+
+// What the chip gives behind a command, and a repeated start.
+inline Bytes readFrom( Simulator::Chip &chip, uint32_t command, unsigned count ) {
+   Bytes bytes;
+   if ( chip.addressed( Simulator::Direction::Write ) && chip.command( command ) &&
+        chip.addressed( Simulator::Direction::Read ) ) {
+      while ( count-- > 0 )
+         bytes.push_back( chip.read() );
+   }
+   chip.stopped();
+   return bytes;
+}
+
+// How many bytes behind the address the chip acknowledges, the command counted as one.
+inline int writeTo( Simulator::Chip &chip, uint32_t command, const Bytes &bytes ) {
+   int acknowledged = 0;
+   if ( chip.addressed( Simulator::Direction::Write ) && chip.command( command ) ) {
+      ++acknowledged;
+      for ( const int byte : bytes ) {
+         if ( !chip.write( static_cast<uint8_t>( byte ) ) )
+            break;
+         ++acknowledged;
+      }
+   }
+   chip.stopped();
+   return acknowledged;
+}
+
+// Throws std::out_of_range when the chip has none of that name.
+inline Simulator::Quantity quantity( Simulator::Chip &chip, const std::string &name ) {
+   for ( const Simulator::Quantity &each : chip.quantities() ) {
+      if ( each.name == name )
+         return each;
+   }
+   throw std::out_of_range( name );
+}
+
+} // namespace SimulatorTest

@@ -1,0 +1,104 @@
+// The 24C02 and what stands in it: FRU information and serial ids of transceivers.
+#include "BusPins.h"
+#include "simulator/chips/FruImage.h"
+#include "simulator/chips/ModuleImage.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+namespace SimulatorTest {
+
+namespace {
+
+using namespace Simulator;
+
+std::string text( const EepromImage &image, size_t at, size_t length ) {
+   return { image.begin() + static_cast<long>( at ),
+            image.begin() + static_cast<long>( at + length ) };
+}
+
+unsigned sum( const EepromImage &image, size_t first, size_t last ) {
+   return std::accumulate( image.begin() + static_cast<long>( first ),
+                           image.begin() + static_cast<long>( last ) + 1, 0u ) &
+          0xFF;
+}
+
+TEST( Eeprom24C02Test, ReadsOnFromTheAddressAndAroundTheEnd ) {
+   EepromImage image{};
+   image[0xFF] = 0x11;
+   image[0x00] = 0x22;
+   image[0x01] = 0x33;
+   Eeprom24C02 chip( "rom", image );
+   EXPECT_EQ( readFrom( chip, 0xFF, 2 ), ( Bytes{ 0x11, 0x22 } ) );
+   chip.addressed( Direction::Read ); // where the last read ended
+   EXPECT_EQ( chip.read(), 0x33 );
+}
+
+TEST( Eeprom24C02Test, AcknowledgesWritesAndKeepsNothing ) {
+   EepromImage image{};
+   image[5] = 0x55;
+   Eeprom24C02 chip( "rom", image );
+   EXPECT_EQ( writeTo( chip, 5, { 0x66 } ), 2 );
+   EXPECT_EQ( readFrom( chip, 5, 1 ), Bytes{ 0x55 } );
+}
+
+TEST( FruImageTest, HoldsTheHeaderAndTheProductAreaByteByByte ) {
+   const EepromImage image = fruImage( { "AB", "CDE", "F", "12", "345", "" } );
+   const uint8_t due[] = { 0x01, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0xFE, 0x01, 0x03, 0x19,
+                           0xC2, 'A',  'B',  0xC3, 'C',  'D',  'E',  0xC2, 'F',  ' ',  0xC2,
+                           '1',  '2',  0xC3, '3',  '4',  '5',  0xC0, 0xC0, 0xC1 };
+   EXPECT_TRUE( std::equal( std::begin( due ), std::end( due ), image.begin() ) );
+   EXPECT_EQ( sum( image, 8, 31 ), 0u );
+   EXPECT_EQ( image[32], 0xFF );
+   EXPECT_EQ( image[255], 0xFF );
+}
+
+TEST( FruImageTest, KeepsEveryAreaInWholeUnitsOfEightBytes ) {
+   for ( size_t length = 2; length < 20; ++length ) {
+      const EepromImage image = fruImage( { std::string( length, 'x' ), "n", "p", "v", "s", "a" } );
+      EXPECT_EQ( sum( image, 8, 8 + 8u * image[9] - 1 ), 0u ) << length;
+   }
+}
+
+TEST( FruImageTest, RefusesWhatDoesNotFit ) {
+   EXPECT_NO_THROW( fruImage( { std::string( 63, 'x' ), "", "", "", "", "" } ) );
+   EXPECT_THROW( fruImage( { std::string( 64, 'x' ), "", "", "", "", "" } ), std::length_error );
+   const std::string most( 63, 'x' );
+   EXPECT_THROW( fruImage( { most, most, most, most, "", "" } ), std::length_error );
+}
+
+TEST( ModuleImageTest, HoldsAnSfpsSerialId ) {
+   const EepromImage image = sfpImage( { "Orbis Optics", "SR-10", "A", "S0001", "240229" } );
+   EXPECT_EQ( image[0], 0x03 );
+   EXPECT_EQ( text( image, 20, 16 ), "Orbis Optics    " );
+   EXPECT_EQ( text( image, 40, 16 ), "SR-10           " );
+   EXPECT_EQ( text( image, 56, 4 ), "A   " );
+   EXPECT_EQ( text( image, 68, 16 ), "S0001           " );
+   EXPECT_EQ( text( image, 84, 8 ), "240229  " );
+   EXPECT_EQ( image[60] << 8 | image[61], 850 );
+   EXPECT_EQ( image[63], sum( image, 0, 62 ) );
+   EXPECT_EQ( image[95], sum( image, 64, 94 ) );
+}
+
+TEST( ModuleImageTest, HoldsAQsfpsLowerAndUpperPage ) {
+   const EepromImage image = qsfpImage( { "Orbis Optics", "SR4-40", "B", "Q0001", "240301" } );
+   EXPECT_EQ( image[0], 0x0D );
+   EXPECT_EQ( image[128], 0x0D );
+   EXPECT_EQ( image[127], 0x00 );
+   EXPECT_EQ( text( image, 148, 16 ), "Orbis Optics    " );
+   EXPECT_EQ( text( image, 168, 16 ), "SR4-40          " );
+   EXPECT_EQ( text( image, 184, 2 ), "B " );
+   EXPECT_EQ( text( image, 196, 16 ), "Q0001           " );
+   EXPECT_EQ( image[191], sum( image, 128, 190 ) );
+   EXPECT_EQ( image[223], sum( image, 192, 222 ) );
+}
+
+TEST( ModuleImageTest, RefusesATextThatIsLongerThanItsField ) {
+   EXPECT_THROW( sfpImage( { "", "", "ABCDE", "", "" } ), std::length_error );
+   EXPECT_THROW( qsfpImage( { "", "", "ABC", "", "" } ), std::length_error );
+}
+
+} // namespace
+
+} // namespace SimulatorTest

@@ -1,0 +1,204 @@
+#include "simulator/chips/PmbusSupply.h"
+#include "BusPins.h"
+#include "HandClock.h"
+#include "simulator/chips/PmbusFormats.h"
+
+#include <gtest/gtest.h>
+
+namespace SimulatorTest {
+
+namespace {
+
+using namespace TestSupport;
+using namespace Bus;
+using namespace Simulator;
+using namespace std::chrono_literals;
+
+TEST( PmbusFormatsTest, WritesLinear11WithAllTheMantissaThereIs ) {
+   const struct {
+      double value;
+      uint16_t word;
+   } rows[] = {
+      { 50, 0xE320 },   { 230, 0xF398 },   { 595, 0x0253 },      { 13571.4, 0x2350 },
+      { 15, 0xD3C0 },   { -1, 0xB400 },    { -25.5, 0xDCD0 },    { 1023, 0x03FF },
+      { 1024, 0x0A00 }, { -1024, 0x0400 }, { 0.015625, 0x8A00 }, { 1e9, 0x7BFF },
+   };
+   for ( const auto &row : rows )
+      EXPECT_EQ( toLinear11( row.value ), row.word ) << row.value;
+}
+
+TEST( PmbusFormatsTest, ReadsLinear11InTwosComplement ) {
+   EXPECT_EQ( fromLinear11( 0xD3C0 ), 15 );
+   EXPECT_EQ( fromLinear11( 0x0064 ), 100 );
+   EXPECT_EQ( fromLinear11( 0x07FF ), -1 );
+   EXPECT_EQ( fromLinear11( 0x7BFF ), 1023.0 * 32768 );
+}
+
+TEST( PmbusFormatsTest, WritesLinear16Unsigned ) {
+   EXPECT_EQ( toLinear16( 12, -9 ), 0x1800 );
+   EXPECT_EQ( toLinear16( 100, -9 ), 0xC800 );
+   EXPECT_EQ( toLinear16( -1, -9 ), 0 );
+   EXPECT_EQ( toLinear16( 1000, -9 ), 0xFFFF );
+}
+
+class PmbusSupplyTest : public ::testing::Test {
+ protected:
+   PmbusSupplyTest() {
+      chip.model().loadIs( 50 );
+      chip.model().settle();
+   }
+   int status( uint32_t command ) { return readFrom( chip, command, 1 ).at( 0 ); }
+
+   HandClock clock;
+   PmbusSupply chip{
+      "psu", 0x58, clock, { 12, 70, 0.8, { 20000, 16000 } }, { "Kelt Power", "KP", "02", "S1" }
+   };
+};
+
+TEST_F( PmbusSupplyTest, ShowsWhatItsModelHolds ) {
+   const struct {
+      uint32_t command;
+      Bytes bytes;
+   } rows[] = {
+      { 0x88, { 0x98, 0xF3 } }, // 230 V
+      { 0x89, { 0x45, 0xC3 } }, // 3.27 A
+      { 0x8B, { 0xCD, 0x17 } }, // 11.9 V
+      { 0x8C, { 0x20, 0xE3 } }, // 50 A
+      { 0x8D, { 0x50, 0xDB } }, // 26.5 degrees
+      { 0x90, { 0x50, 0x23 } }, // 13,571 rpm
+      { 0x91, { 0xA7, 0x22 } }, // 10,857 rpm
+      { 0x96, { 0x53, 0x02 } }, // 595 W
+      { 0x97, { 0xF0, 0x02 } }, // 751.75 W
+      { 0x79, { 0x00, 0x00 } },
+   };
+   for ( const auto &row : rows )
+      EXPECT_EQ( readFrom( chip, row.command, 2 ), row.bytes ) << row.command;
+}
+
+TEST_F( PmbusSupplyTest, TellsWhatItIs ) {
+   EXPECT_EQ( readFrom( chip, 0x19, 1 ), Bytes{ 0xA0 } );
+   EXPECT_EQ( readFrom( chip, 0x20, 1 ), Bytes{ 0x17 } );
+   EXPECT_EQ( readFrom( chip, 0x3A, 1 ), Bytes{ 0x99 } );
+   EXPECT_EQ( readFrom( chip, 0x98, 1 ), Bytes{ 0x11 } );
+   EXPECT_EQ( readFrom( chip, 0x99, 11 ),
+              ( Bytes{ 10, 'K', 'e', 'l', 't', ' ', 'P', 'o', 'w', 'e', 'r' } ) );
+   EXPECT_EQ( readFrom( chip, 0x9A, 3 ), ( Bytes{ 2, 'K', 'P' } ) );
+   EXPECT_EQ( readFrom( chip, 0x9B, 3 ), ( Bytes{ 2, '0', '2' } ) );
+   EXPECT_EQ( readFrom( chip, 0x9E, 3 ), ( Bytes{ 2, 'S', '1' } ) );
+}
+
+TEST_F( PmbusSupplyTest, AnswersWithAPacketErrorCodeBehindTheData ) {
+   EXPECT_EQ( readFrom( chip, 0x20, 3 ), ( Bytes{ 0x17, 0xE4, 0xFF } ) );
+   EXPECT_EQ( readFrom( chip, 0x9A, 4 ), ( Bytes{ 2, 'K', 'P', 0x12 } ) );
+}
+
+TEST_F( PmbusSupplyTest, RefusesCommandsThatItDoesNotKnow ) {
+   EXPECT_EQ( status( 0x7E ), 0x00 );
+   for ( const uint32_t command : { 0x02u, 0x05u, 0x21u, 0x8Au, 0x8Fu, 0xD0u } )
+      EXPECT_EQ( writeTo( chip, command, {} ), 0 ) << command;
+   EXPECT_EQ( status( 0x7E ), 0x80 );
+   EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x02, 0x00 } ) );
+   EXPECT_EQ( writeTo( chip, 0x03, {} ), 1 ); // CLEAR_FAULTS
+   EXPECT_EQ( status( 0x7E ), 0x00 );
+}
+
+TEST_F( PmbusSupplyTest, TakesAFanCommandWithAndWithoutPacketErrorCode ) {
+   EXPECT_EQ( writeTo( chip, 0x3B, { 0x64, 0x00 } ), 3 );
+   EXPECT_EQ( readFrom( chip, 0x3B, 2 ), ( Bytes{ 0x64, 0x00 } ) );
+   clock.advance( 1min );
+   EXPECT_EQ( chip.model().rpm( 0 ), 20000 );
+   chip.reset();
+   EXPECT_EQ( writeTo( chip, 0x3B, { 0x64, 0x00, 0x34 } ), 4 );
+   EXPECT_EQ( readFrom( chip, 0x3B, 2 ), ( Bytes{ 0x64, 0x00 } ) );
+}
+
+TEST_F( PmbusSupplyTest, RefusesAWrongPacketErrorCodeAndWhatCameWithIt ) {
+   EXPECT_EQ( writeTo( chip, 0x3B, { 0x64, 0x00, 0x35 } ), 3 );
+   EXPECT_EQ( readFrom( chip, 0x3B, 2 ), ( Bytes{ 0x00, 0x00 } ) );
+   EXPECT_EQ( status( 0x7E ), 0x20 );
+   EXPECT_EQ( writeTo( chip, 0x03, { 0x47 } ), 1 );
+   EXPECT_EQ( status( 0x7E ), 0x20 );
+   EXPECT_EQ( writeTo( chip, 0x03, { 0x46 } ), 2 );
+   EXPECT_EQ( status( 0x7E ), 0x00 );
+}
+
+TEST_F( PmbusSupplyTest, RefusesDataForWhatCanOnlyBeRead ) {
+   EXPECT_EQ( writeTo( chip, 0x88, { 0x00, 0x00 } ), 1 );
+   EXPECT_EQ( status( 0x7E ), 0x80 );
+}
+
+TEST_F( PmbusSupplyTest, IgnoresInvalidDataAndTellsIt ) {
+   writeTo( chip, 0x3C, { 0x65, 0x00 } ); // 101 %
+   EXPECT_EQ( readFrom( chip, 0x3C, 2 ), ( Bytes{ 0x00, 0x00 } ) );
+   EXPECT_EQ( status( 0x7E ), 0x40 );
+   writeTo( chip, 0x03, {} );
+   writeTo( chip, 0x00, { 0x01 } ); // there is no second page
+   EXPECT_EQ( status( 0x7E ), 0x40 );
+}
+
+TEST_F( PmbusSupplyTest, IgnoresAWordThatGetsOneByteOnly ) {
+   writeTo( chip, 0x3B, { 0x64 } );
+   EXPECT_EQ( readFrom( chip, 0x3B, 2 ), ( Bytes{ 0x00, 0x00 } ) );
+   EXPECT_EQ( status( 0x7E ), 0x02 );
+}
+
+TEST_F( PmbusSupplyTest, NeverRunsItsFansSlowerThanItsLoadWants ) {
+   writeTo( chip, 0x3B, { 0x0A, 0x00 } );
+   clock.advance( 1min );
+   EXPECT_NEAR( chip.model().rpm( 0 ), 13571.4, 0.1 );
+}
+
+TEST_F( PmbusSupplyTest, TurnsOffByOperationAndOnAgain ) {
+   writeTo( chip, 0x01, { 0x00 } );
+   EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x40, 0x08 } ) ); // off, and not good
+   EXPECT_EQ( readFrom( chip, 0x8B, 2 ), ( Bytes{ 0x00, 0x00 } ) );
+   writeTo( chip, 0x01, { 0x80 } );
+   EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x00, 0x00 } ) );
+}
+
+TEST_F( PmbusSupplyTest, TellsALineThatIsTooLowUntilFaultsAreCleared ) {
+   chip.model().lineIs( 60 );
+   EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x48, 0x28 } ) );
+   EXPECT_EQ( status( 0x7C ), 0x18 );
+   chip.model().lineIs( 230 );
+   EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x08, 0x20 } ) );
+   writeTo( chip, 0x03, {} );
+   EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x00, 0x00 } ) );
+}
+
+TEST_F( PmbusSupplyTest, IsNotGoodThoughItIsOnWhenItsConverterFails ) {
+   quantity( chip, "failed" ).set( 1 );
+   EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x01, 0x88 } ) );
+   EXPECT_EQ( status( 0x7A ), 0x10 );
+}
+
+TEST_F( PmbusSupplyTest, TellsAStalledFanAndAnOverload ) {
+   quantity( chip, "psu.fan2 stalled" ).set( 1 );
+   EXPECT_EQ( status( 0x81 ), 0x40 );
+   EXPECT_EQ( quantity( chip, "psu.fan2 rpm" ).get(), 0 );
+   quantity( chip, "load" ).set( 71 );
+   EXPECT_EQ( status( 0x7B ), 0x20 );
+}
+
+TEST_F( PmbusSupplyTest, GetsWarmerSlowlyWithItsLoad ) {
+   const double before = chip.model().hotSpotCelsius();
+   EXPECT_NEAR( before, 54.22, 0.01 );
+   chip.model().loadIs( 60 );
+   EXPECT_NEAR( chip.model().hotSpotCelsius(), before, 0.01 );
+   clock.advance( 10s );
+   const double later = chip.model().hotSpotCelsius();
+   clock.advance( 10min );
+   EXPECT_NE( later, before );
+   EXPECT_NE( chip.model().hotSpotCelsius(), later );
+}
+
+TEST_F( PmbusSupplyTest, HasNothingToGiveWithoutACommand ) {
+   chip.addressed( Direction::Read );
+   EXPECT_EQ( chip.read(), 0xFF );
+   chip.stopped();
+   EXPECT_EQ( status( 0x7E ), 0x02 );
+}
+
+} // namespace
+
+} // namespace SimulatorTest

@@ -1,0 +1,50 @@
+#include "simulator/board/SimulationClock.h"
+#include "HandClock.h"
+
+#include <gtest/gtest.h>
+
+namespace SimulatorTest {
+
+namespace {
+
+using namespace TestSupport;
+using namespace Bus;
+using namespace Simulator;
+using namespace std::chrono_literals;
+
+TEST( SimulationClockTest, StartsAtZeroAndRunsFasterByItsSpeed ) {
+   HandClock real;
+   real.advance( 5s );
+   SimulationClock clock( real, 60 );
+   EXPECT_EQ( clock.now(), 0s );
+   real.advance( 2s );
+   EXPECT_EQ( clock.now(), 2min );
+}
+
+TEST( SimulationClockTest, StandsStillAtSpeedZeroUntilItIsStepped ) {
+   HandClock real;
+   SimulationClock clock( real, 0 );
+   real.advance( 1h );
+   EXPECT_EQ( clock.now(), 0s );
+   clock.step( 90s );
+   EXPECT_EQ( clock.now(), 90s );
+}
+
+TEST( SimulationClockTest, GoesOnFromWhereItIsWhenItsSpeedChanges ) {
+   HandClock real;
+   SimulationClock clock( real, 1 );
+   real.advance( 10s );
+   clock.speedIs( 3600 );
+   real.advance( 1s );
+   clock.speedIs( 0 );
+   real.advance( 1s );
+   EXPECT_EQ( clock.now(), 3610s );
+   clock.step( 1s );
+   clock.speedIs( 1 );
+   real.advance( 1s );
+   EXPECT_EQ( clock.now(), 3612s );
+}
+
+} // namespace
+
+} // namespace SimulatorTest

@@ -1,0 +1,63 @@
+#include "RawClient.h"
+
+#include "sockets/Frames.h"
+
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <stdexcept>
+#include <utility>
+
+namespace TestSupport {
+
+RawClient::RawClient( const std::string &path )
+   : fd_( socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0 ) ) {
+   sockaddr_un address{};
+   address.sun_family = AF_UNIX;
+   path.copy( address.sun_path, sizeof address.sun_path - 1 );
+   const timeval limit{ 5, 0 };
+   setsockopt( fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit );
+   if ( connect( fd_, reinterpret_cast<sockaddr *>( &address ), sizeof address ) != 0 )
+      throw std::runtime_error( "no server at " + path );
+}
+
+void RawClient::send( const std::string &bytes ) {
+   for ( size_t sent = 0; sent < bytes.size(); ) {
+      const ssize_t count = ::send( fd_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL );
+      if ( count <= 0 )
+         return; // the server has ended the connection
+      sent += static_cast<size_t>( count );
+   }
+}
+
+void RawClient::send( const Smbus::TransactionRequest &request ) {
+   send( Sockets::framed( request ) );
+}
+
+std::optional<Smbus::TransactionResponse> RawClient::receive() {
+   std::string bytes;
+   Sockets::Frame frame;
+   while ( ( frame = Sockets::firstFrame( bytes ) ).state == Sockets::Frame::State::Incomplete ) {
+      char byte;
+      if ( recv( fd_, &byte, 1, 0 ) != 1 )
+         return {};
+      bytes += byte;
+   }
+   Smbus::TransactionResponse response;
+   response.ParseFromArray( frame.message.data(), static_cast<int>( frame.message.size() ) );
+   return response;
+}
+
+Smbus::TransactionResponse RawClient::ask( const Smbus::TransactionRequest &request ) {
+   send( request );
+   return receive().value();
+}
+
+void RawClient::leave() {
+   if ( fd_ >= 0 )
+      close( std::exchange( fd_, -1 ) );
+}
+
+} // namespace TestSupport

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "OrbisUtil/Smbus.pb.h"
+
+#include <optional>
+#include <string>
+
+namespace TestSupport {
+
+// A client that can say anything. Waits five seconds at most for anything.
+class RawClient {
+ public:
+   explicit RawClient( const std::string &path );
+   ~RawClient() { leave(); }
+   RawClient( const RawClient & ) = delete;
+   RawClient &operator=( const RawClient & ) = delete;
+
+   void send( const std::string &bytes );
+   void send( const Smbus::TransactionRequest & );
+   std::optional<Smbus::TransactionResponse> receive(); // nothing when the connection has ended
+   Smbus::TransactionResponse ask( const Smbus::TransactionRequest & );
+   void leave();
+
+ private:
+   int fd_;
+};
+
+} // namespace TestSupport
