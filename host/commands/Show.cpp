@@ -41,7 +41,7 @@ int show( const BoardFiles::Board &board, const Options &options ) {
    std::optional<Progress> progress( std::in_place );
    const auto changed = [&] {
       const Supervisor &known = session->supervisor();
-      progress->update( known.settled(), board.objects.size(), known.inHand() );
+      progress->update( known.settled(), board.objects.size(), known.operation() );
       if ( known.roundDone() || known.loadFault() )
          loop.stop();
    };

@@ -8,22 +8,26 @@ namespace Host {
 using Clock = std::chrono::steady_clock;
 using Time = Clock::time_point;
 
-// How long to wait before what failed is tried again: 1 s, twice as long after every further
-// failure, 60 s at the most, and 1 s again once it went well.
+// When to try again what failed: after 1 s, then after twice as long each time, but never more than
+// 60 s. After a success the next failure waits 1 s again.
 class BackOff {
  public:
    static constexpr Clock::duration first = std::chrono::seconds( 1 );
    static constexpr Clock::duration longest = std::chrono::seconds( 60 );
 
-   // The time of the next try after a failure at `now`.
-   Time failed( Time now ) {
-      const Time next = now + wait_;
+   bool mayTry( Time now ) const { return now >= nextTry_; }
+   Time nextTry() const { return nextTry_; }
+
+   void failed( Time now ) {
+      nextTry_ = now + wait_;
       wait_ = std::min( 2 * wait_, longest );
-      return next;
    }
    void succeeded() { wait_ = first; }
+   // Allows no further try.
+   void giveUp() { nextTry_ = Time::max(); }
 
  private:
+   Time nextTry_{};
    Clock::duration wait_ = first;
 };
 

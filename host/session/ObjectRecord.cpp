@@ -4,13 +4,13 @@
 
 namespace Host {
 
-void ObjectRecord::isFine( Time now ) {
+void ObjectRecord::good( Time now ) {
    state_ = State::Ok;
    fault_ = {};
    at_ = now;
 }
 
-void ObjectRecord::isUnreadable( const Fault &fault, Time now ) {
+void ObjectRecord::failed( const Fault &fault, Time now ) {
    state_ = State::Unreadable;
    fault_ = fault;
    at_ = now;
@@ -24,7 +24,7 @@ void ObjectRecord::isUnreadable( const Fault &fault, Time now ) {
    }
 }
 
-void ObjectRecord::take( const Reading &reading, Time at ) { put( { reading, at, false } ); }
+void ObjectRecord::read( const Reading &reading, Time at ) { put( { reading, at, false } ); }
 
 void ObjectRecord::keep( const Reading &reading, Time at ) { put( { reading, at, true } ); }
 
@@ -36,6 +36,13 @@ void ObjectRecord::put( const Value &value ) {
       values_.push_back( value );
    else
       *known = value;
+}
+
+const Reading *ObjectRecord::find( const std::string &name ) const {
+   const auto known = std::find_if( values_.begin(), values_.end(), [&name]( const Value &one ) {
+      return one.reading.name == name;
+   } );
+   return known == values_.end() ? nullptr : &known->reading;
 }
 
 ObjectReport ObjectRecord::report( const BoardFiles::ObjectDescription &description,

@@ -14,16 +14,18 @@ class ObjectRecord {
    explicit ObjectRecord( Time now ) : at_( now ) {}
 
    // The object was brought up, or asked without a fault.
-   void isFine( Time now );
+   void good( Time now );
    // Nothing of it can be read; values that were known are so no longer.
-   void isUnreadable( const Fault &fault, Time now );
+   void failed( const Fault &fault, Time now );
    // A value as it was read at `at`.
-   void take( const Reading &reading, Time at );
+   void read( const Reading &reading, Time at );
    // A value that holds until it is replaced: what something was set to.
    void keep( const Reading &reading, Time at );
 
-   // Why nothing of it can be read; none while it is fine.
+   // Why nothing of it can be read; no words while it is fine.
    const Fault &fault() const { return fault_; }
+   // The last reading of a name; null when there was none.
+   const Reading *find( const std::string &name ) const;
 
    // What was good and is older than `staleAfter` is reported as stale.
    ObjectReport report( const BoardFiles::ObjectDescription &description,

@@ -4,18 +4,19 @@
 
 namespace Host {
 
-void Asked::add( size_t object, const Action &action, Answer answer ) {
+void PendingActions::add( size_t object, const Action &action, Answer answer ) {
    all_.push_back( { object, action, std::move( answer ) } );
 }
 
-std::optional<Command> Asked::next( const std::function<bool( size_t object )> &can ) const {
+std::optional<Command>
+PendingActions::next( const std::function<bool( size_t object )> &can ) const {
    for ( const One &one : all_ )
       if ( can( one.object ) )
          return ActCommand{ one.object, one.action };
    return {};
 }
 
-void Asked::answer( size_t object, const Reading &reading ) {
+void PendingActions::answer( size_t object, const Reading &reading ) {
    const auto first = std::find_if( all_.begin(), all_.end(),
                                     [object]( const One &one ) { return one.object == object; } );
    if ( first == all_.end() )
@@ -26,7 +27,7 @@ void Asked::answer( size_t object, const Reading &reading ) {
       answer( reading );
 }
 
-void Asked::refuse( size_t object, const Fault &fault ) {
+void PendingActions::refuse( size_t object, const Fault &fault ) {
    const auto count = std::count_if( all_.begin(), all_.end(),
                                      [object]( const One &one ) { return one.object == object; } );
    for ( auto i = count; i > 0; --i )

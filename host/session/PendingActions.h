@@ -9,7 +9,7 @@
 namespace Host {
 
 // What users asked of objects and was not answered yet, in the order in which it came.
-class Asked {
+class PendingActions {
  public:
    // Told how an action ended, as a reading with the operation's name.
    using Answer = std::function<void( const Reading & )>;

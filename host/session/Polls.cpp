@@ -22,7 +22,7 @@ void Polls::heard( uint32_t did, const Trace &trace, Time now ) {
    device.words.operationBegins();
 }
 
-Time Polls::judge( std::optional<uint32_t> did, Reading &reading, Time now ) const {
+Time Polls::classify( std::optional<uint32_t> did, Reading &reading, Time now ) const {
    const auto found = did ? devices_.find( *did ) : devices_.end();
    const bool isGood = reading.state == State::Ok || reading.state == State::Absent;
    if ( found == devices_.end() || !found->second.failed || !isGood )

@@ -21,7 +21,7 @@ class Polls {
    // A trace of a device, by its did.
    void heard( uint32_t did, const Trace &trace, Time now );
    // Makes of a reading what the device's last poll left of it; when the value was polled.
-   Time judge( std::optional<uint32_t> did, Reading &reading, Time now ) const;
+   Time classify( std::optional<uint32_t> did, Reading &reading, Time now ) const;
 
  private:
    struct Device {

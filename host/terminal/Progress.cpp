@@ -19,11 +19,11 @@ Progress::~Progress() {
       fmt::print( stderr, "{}", clearLine );
 }
 
-void Progress::update( size_t settled, size_t all, const std::string &inHand ) {
+void Progress::update( size_t settled, size_t all, const std::string &operation ) {
    if ( terminal_ ) {
       const size_t filled = all ? barWidth * settled / all : barWidth;
       fmt::print( stderr, "{}[{:-<{}}] {}/{} {}", clearLine, std::string( filled, '#' ), barWidth,
-                  settled, all, inHand );
+                  settled, all, operation );
       std::fflush( stderr );
    } else if ( settled > told_ ) {
       fmt::print( stderr, "{} of {} objects\n", settled, all );

@@ -15,8 +15,8 @@ class Progress {
    Progress( const Progress & ) = delete;
    Progress &operator=( const Progress & ) = delete;
 
-   // `settled` of `all` objects were brought up or failed to be; `inHand` is what goes on.
-   void update( size_t settled, size_t all, const std::string &inHand );
+   // `settled` of `all` objects were brought up or failed to be; `operation` runs now.
+   void update( size_t settled, size_t all, const std::string &operation );
 
  private:
    bool terminal_;

@@ -118,12 +118,12 @@ TEST_F( PollsTest, SlotsTellAnUnknownModuleFromOneThatCanNotBeMadeOut ) {
    EXPECT_EQ( readBay( {} ).state, State::Absent );
 }
 
-TEST_F( PollsTest, FansTellTheirShareOfTheHighestSpeed ) {
+TEST_F( PollsTest, FansGiveTheirDutyInPercentOfTheHighestSpeed ) {
    read( 4, {}, { .name = "speed", .unit = "rpm", .value = int64_t{ 9135 } } );
-   const Reading share = supervisor->report( now )[4].values.at( 1 ).reading;
-   EXPECT_EQ( share.name, "share" );
-   EXPECT_EQ( share.unit, "%" );
-   EXPECT_EQ( share.value, Scalar( 50.8 ) ); // 50.75
+   const Reading duty = supervisor->report( now )[4].values.at( 1 ).reading;
+   EXPECT_EQ( duty.name, "duty" );
+   EXPECT_EQ( duty.unit, "%" );
+   EXPECT_EQ( duty.value, Scalar( 50.8 ) ); // 50.75
    now += 1s;
    read( 4, {}, { .name = "speed", .state = State::Unreadable, .fault = { 2, "" } } );
    EXPECT_EQ( supervisor->report( now )[4].values.at( 1 ).reading.state, State::Unreadable );

@@ -1,0 +1,56 @@
+#include "host/session/BoardRecord.h"
+
+#include "host/plugin/Action.h"
+
+#include <cmath>
+#include <pl.h>
+
+namespace Host {
+namespace {
+
+constexpr auto setting = "setting";
+
+// In percent with one decimal. A speed that couldn't be read gives a duty with the same fault.
+Reading dutyOf( Reading speed, double highestRpm ) {
+   if ( const auto *rpm = std::get_if<int64_t>( &speed.value ) )
+      speed.value = std::round( 1000 * static_cast<double>( *rpm ) / highestRpm ) / 10;
+   speed.name = "duty";
+   speed.unit = "%";
+   return speed;
+}
+
+} // namespace
+
+BoardRecord::BoardRecord( const BoardFiles::Board &board, const Limits &limits, Time now )
+   : board_( board ), limits_( limits ), objects_( board.objects.size(), ObjectRecord( now ) ) {}
+
+void BoardRecord::read( size_t object, const Reading &reading, Time at ) {
+   const BoardFiles::ObjectDescription &description = board_.objects[object];
+   objects_[object].read( reading, at );
+   if ( description.kind == BoardFiles::Kind::Fan && description.fullScale > 0 )
+      objects_[object].read( dutyOf( reading, description.fullScale ), at );
+}
+
+void BoardRecord::ledWasSet( size_t object, int64_t number, Time now ) {
+   objects_[object].keep( { .name = setting, .value = std::string( nameOfSetting( number ) ) },
+                          now );
+}
+
+bool BoardRecord::blinks( size_t object ) const {
+   const Reading *last = objects_[object].find( setting );
+   return last && last->value == Scalar( std::string( nameOfSetting( PL_LED_BEACON ) ) );
+}
+
+BoardReport BoardRecord::report( Time now ) const {
+   BoardReport report;
+   for ( size_t i = 0; i < objects_.size(); ++i ) {
+      const BoardFiles::ObjectDescription &description = board_.objects[i];
+      const auto staleAfter = limits_.once
+                                 ? Clock::duration::max()
+                                 : limits_.staleAfter * limits_.periodOf( description.kind );
+      report.push_back( objects_[i].report( description, staleAfter, now ) );
+   }
+   return report;
+}
+
+} // namespace Host

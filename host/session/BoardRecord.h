@@ -1,0 +1,42 @@
+#pragma once
+
+#include "boardfiles/Board.h"
+#include "host/State.h"
+#include "host/session/Limits.h"
+#include "host/session/ObjectRecord.h"
+
+#include <vector>
+
+namespace Host {
+
+// What is known of each object of a board, by its number.
+class BoardRecord {
+ public:
+   // `board` and `limits` must outlive this object.
+   BoardRecord( const BoardFiles::Board &board, const Limits &limits, Time now );
+
+   // The object was brought up, or read without a fault.
+   void good( size_t object, Time now ) { objects_[object].good( now ); }
+   // The object can't be used.
+   void failed( size_t object, const Fault &fault, Time now ) {
+      objects_[object].failed( fault, now );
+   }
+   // A value that was measured at `at`. A fan's speed also gives its duty, in percent of its
+   // highest speed.
+   void read( size_t object, const Reading &reading, Time at );
+   // An LED took a setting: a number of pl_led_status.
+   void ledWasSet( size_t object, int64_t setting, Time now );
+
+   // Whether the object is an LED whose last setting was to blink.
+   bool blinks( size_t object ) const;
+   // Why the object can't be used.
+   const Fault &fault( size_t object ) const { return objects_[object].fault(); }
+   BoardReport report( Time now ) const;
+
+ private:
+   const BoardFiles::Board &board_;
+   const Limits &limits_;
+   std::vector<ObjectRecord> objects_;
+};
+
+} // namespace Host

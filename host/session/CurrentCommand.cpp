@@ -1,0 +1,41 @@
+#include "host/session/CurrentCommand.h"
+
+#include <fmt/format.h>
+
+namespace Host {
+
+void CurrentCommand::operationBegins( const std::string &operation, Time now ) {
+   if ( !running_ )
+      return;
+   running_->operation = operation;
+   running_->since = now;
+}
+
+std::optional<Command> CurrentCommand::end() {
+   const auto ended = std::exchange( running_, {} );
+   return ended ? std::optional( ended->command ) : std::nullopt;
+}
+
+std::optional<std::string> CurrentCommand::overdue( Time now ) const {
+   if ( !running_ || now - running_->since < limit() )
+      return {};
+   return fmt::format( "{}{} did not come back within {:g} s",
+                       as<InitCommand>() ? fmt::format( "{}: ", waitingForServer ) : "",
+                       running_->operation, std::chrono::duration<double>( limit() ).count() );
+}
+
+std::optional<Fault> CurrentCommand::slowInit( Time now ) const {
+   const auto *init = as<InitCommand>();
+   if ( !init || now - running_->since < limits_.patience )
+      return {};
+   return Fault{ .words = fmt::format( "{}: pl_{}_init is trying", waitingForServer,
+                                       nameOf( init->kind ) ) };
+}
+
+std::pair<Time, Time> CurrentCommand::deadlines() const {
+   if ( !running_ )
+      return { Time::max(), Time::max() };
+   return { running_->since + limits_.patience, running_->since + limit() };
+}
+
+} // namespace Host

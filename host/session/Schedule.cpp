@@ -1,0 +1,166 @@
+#include "host/session/Schedule.h"
+
+#include <algorithm>
+
+namespace Host {
+
+Schedule::Schedule( const BoardFiles::Board &board, const Limits &limits, Time now )
+   : board_( board ), limits_( limits ), objects_( board.objects.size() ) {
+   for ( size_t i = 0; i < objects_.size(); ++i ) {
+      if ( !needs( i ) )
+         objects_[i].backOff.giveUp();
+      else if ( kinds_.emplace( board.objects[i].kind, Kind{ .nextRound = now } ).second )
+         kindOrder_.push_back( board.objects[i].kind );
+   }
+}
+
+// Whether an object is brought up at all. The first object of a did makes the driver object for all
+// of them. The system object may use any device, so it needs all objects before it.
+bool Schedule::needs( size_t object ) const {
+   if ( !limits_.only || object == *limits_.only )
+      return true;
+   const auto did = board_.objects[*limits_.only].did;
+   return object < *limits_.only && ( !did || board_.objects[object].did == did );
+}
+
+void Schedule::backOff( BackOff &of, Time now ) const {
+   if ( limits_.once )
+      of.giveUp();
+   else
+      of.failed( now );
+}
+
+void Schedule::childStarted() {
+   loaded_ = false;
+   for ( auto &[name, kind] : kinds_ )
+      kind.ready = false;
+   for ( Object &object : objects_ )
+      object.up = false;
+}
+
+void Schedule::kindReady( BoardFiles::Kind kind ) {
+   kinds_[kind].ready = true;
+   kinds_[kind].backOff.succeeded();
+}
+
+void Schedule::kindFailed( BoardFiles::Kind kind, Time now ) {
+   kinds_[kind].ready = false;
+   backOff( kinds_[kind].backOff, now );
+   for ( size_t i = 0; i < objects_.size(); ++i )
+      if ( board_.objects[i].kind == kind ) {
+         objects_[i].tried = true;
+         objects_[i].due = false;
+      }
+}
+
+void Schedule::objectUp( size_t object ) {
+   objects_[object].up = objects_[object].tried = true;
+   objects_[object].due = !limits_.only;
+}
+
+void Schedule::objectRead( size_t object ) {
+   objects_[object].due = false;
+   objects_[object].backOff.succeeded();
+}
+
+void Schedule::objectFailed( size_t object, Time now ) {
+   Object &failed = objects_[object];
+   failed.tried = true;
+   failed.up = failed.due = false;
+   backOff( failed.backOff, now );
+}
+
+// First comes what brings objects up, then readings. What a user asks for goes before both as soon
+// as its object is up.
+std::optional<Command> Schedule::next( const PendingActions &actions, Time now ) {
+   if ( !loaded_ )
+      return LoadCommand{ {}, board_.topology };
+   for ( const BoardFiles::Kind kind : kindOrder_ )
+      if ( !kinds_[kind].ready && kinds_[kind].backOff.mayTry( now ) )
+         return InitCommand{ kind };
+   if ( auto action = actions.next( [this]( size_t object ) { return isUp( object ); } ) )
+      return action;
+   for ( size_t i = 0; i < objects_.size(); ++i )
+      if ( wantsAdd( i, now ) )
+         return AddCommand{ i, board_.objects[i] };
+   startRounds( now );
+   return nextRead();
+}
+
+bool Schedule::wantsAdd( size_t object, Time now ) const {
+   const Object &wanted = objects_[object];
+   if ( wanted.up || !wanted.backOff.mayTry( now ) || !isReady( board_.objects[object].kind ) )
+      return false;
+   // Where one reading is enough, an object that was read isn't needed in the next child.
+   return !limits_.once || !wanted.tried || wanted.due;
+}
+
+void Schedule::startRounds( Time now ) {
+   if ( limits_.once || limits_.only )
+      return;
+   for ( auto &[name, kind] : kinds_ ) {
+      if ( now < kind.nextRound )
+         continue;
+      kind.nextRound = now + limits_.periodOf( name );
+      for ( size_t i = 0; i < objects_.size(); ++i )
+         if ( board_.objects[i].kind == name )
+            objects_[i].due = objects_[i].up;
+   }
+}
+
+// Starts behind the object that was read last. Else, where a round takes longer than a period, the
+// last objects would never be read.
+std::optional<Command> Schedule::nextRead() {
+   for ( size_t k = 0; k < objects_.size(); ++k ) {
+      const size_t i = ( nextRead_ + k ) % objects_.size();
+      if ( objects_[i].up && objects_[i].due ) {
+         nextRead_ = i + 1;
+         return ReadCommand{ i };
+      }
+   }
+   nextRead_ = 0;
+   return {};
+}
+
+Time Schedule::wakeAt( Time now ) const {
+   Time wake = now + limits_.period;
+   const auto at = [&]( Time time ) {
+      if ( time > now )
+         wake = std::min( wake, time );
+   };
+   for ( const auto &[name, kind] : kinds_ ) {
+      at( kind.backOff.nextTry() );
+      at( kind.nextRound );
+   }
+   for ( const Object &object : objects_ )
+      at( object.backOff.nextTry() );
+   return wake;
+}
+
+bool Schedule::isReady( BoardFiles::Kind kind ) const {
+   const auto found = kinds_.find( kind );
+   return found != kinds_.end() && found->second.ready;
+}
+
+bool Schedule::isBackingOff( size_t object, Time now ) const {
+   return !objects_[object].up && !objects_[object].backOff.mayTry( now );
+}
+
+bool Schedule::mustWait( size_t object, Time now ) const {
+   const auto kind = kinds_.find( board_.objects[object].kind );
+   const bool kindWaits = kind != kinds_.end() && !kind->second.backOff.mayTry( now );
+   return isBackingOff( object, now ) || ( !isUp( object ) && kindWaits );
+}
+
+size_t Schedule::settled() const {
+   return static_cast<size_t>( std::count_if(
+      objects_.begin(), objects_.end(), []( const Object &object ) { return object.tried; } ) );
+}
+
+bool Schedule::roundDone() const {
+   return settled() == objects_.size() &&
+          std::none_of( objects_.begin(), objects_.end(),
+                        []( const Object &object ) { return object.due; } );
+}
+
+} // namespace Host

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "boardfiles/Board.h"
+#include "host/plugin/Messages.h"
+#include "host/session/BackOff.h"
+#include "host/session/Limits.h"
+#include "host/session/PendingActions.h"
+
+#include <map>
+#include <optional>
+#include <vector>
+
+namespace Host {
+
+// Decides which command the child gets next, and when. Knows of every kind and object how far it is
+// brought up and when it may be tried again, but no values and no faults.
+class Schedule {
+ public:
+   // `board` and `limits` must outlive this object.
+   Schedule( const BoardFiles::Board &board, const Limits &limits, Time now );
+
+   // A new child has no plug-in yet, and no objects.
+   void childStarted();
+   void pluginLoaded() { loaded_ = true; }
+   void kindReady( BoardFiles::Kind kind );
+   void kindFailed( BoardFiles::Kind kind, Time now );
+   void objectUp( size_t object );
+   void objectRead( size_t object );
+   void objectFailed( size_t object, Time now );
+
+   // The next command; nothing when there is nothing to do now.
+   std::optional<Command> next( const PendingActions &actions, Time now );
+   // The next time after `now` at which something may be done, at most a period later.
+   Time wakeAt( Time now ) const;
+
+   const std::vector<BoardFiles::Kind> &kinds() const { return kindOrder_; }
+   bool isReady( BoardFiles::Kind kind ) const;
+   // Whether the object is up in the child that runs now.
+   bool isUp( size_t object ) const { return objects_[object].up; }
+   // Whether the object failed, and its next try is later than `now`.
+   bool isBackingOff( size_t object, Time now ) const;
+   // The same, of the object or its kind.
+   bool mustWait( size_t object, Time now ) const;
+
+   // How many objects were brought up, or failed, at least once.
+   size_t settled() const;
+   // Whether every object is settled, and none has yet to be read in this round.
+   bool roundDone() const;
+
+ private:
+   struct Object {
+      bool up = false;    // in the child that runs now
+      bool tried = false; // at least once, or its kind was
+      bool due = false;   // to be read in this round
+      BackOff backOff{};
+   };
+   struct Kind {
+      bool ready = false; // in the child that runs now
+      BackOff backOff{};
+      Time nextRound{};
+   };
+
+   bool needs( size_t object ) const;
+   bool wantsAdd( size_t object, Time now ) const;
+   void startRounds( Time now );
+   std::optional<Command> nextRead();
+   void backOff( BackOff &of, Time now ) const;
+
+   const BoardFiles::Board &board_;
+   const Limits &limits_;
+   std::vector<Object> objects_;
+   std::map<BoardFiles::Kind, Kind> kinds_{};
+   std::vector<BoardFiles::Kind> kindOrder_{}; // as the board's files name them first
+   bool loaded_ = false;
+   size_t nextRead_ = 0; // the object at which the search for the next reading starts
+};
+
+} // namespace Host
