@@ -12,22 +12,6 @@ double ageOf( const Value &json ) {
    return age && age->IsNumber() ? age->GetDouble() : 0;
 }
 
-ObjectReport toObject( const Value &json ) {
-   ObjectReport object{
-      .name = BoardFiles::Json::textOf( json, "name" ),
-      .type = BoardFiles::Json::textOf( json, "type" ),
-      .state = stateOf( BoardFiles::Json::textOf( json, "state" ) ).value_or( State::Unreadable ),
-      .fault = toFault( json ),
-      .age = ageOf( json )
-   };
-   for ( const Value &value :
-         BoardFiles::Json::elements( BoardFiles::Json::find( &json, "values" ) ) )
-      object.values.push_back( { toReading( value ), ageOf( value ) } );
-   return object;
-}
-
-} // namespace
-
 Scalar toScalar( const Value *json ) {
    if ( !json )
       return {};
@@ -48,6 +32,22 @@ Fault toFault( const Value &json ) {
       fault.status = status->GetInt();
    return fault;
 }
+
+ObjectReport toObject( const Value &json ) {
+   ObjectReport object{
+      .name = BoardFiles::Json::textOf( json, "name" ),
+      .type = BoardFiles::Json::textOf( json, "type" ),
+      .state = stateOf( BoardFiles::Json::textOf( json, "state" ) ).value_or( State::Unreadable ),
+      .fault = toFault( json ),
+      .age = ageOf( json )
+   };
+   for ( const Value &value :
+         BoardFiles::Json::elements( BoardFiles::Json::find( &json, "values" ) ) )
+      object.values.push_back( { toReading( value ), ageOf( value ) } );
+   return object;
+}
+
+} // namespace
 
 Reading toReading( const Value &json ) {
    return { .name = BoardFiles::Json::textOf( json, "name" ),

@@ -8,12 +8,6 @@
 
 namespace Host {
 
-// The value that a JSON value stands for; nothing for null, lists and objects.
-Scalar toScalar( const rapidjson::Value *json );
-
-// The members "status" and "fault" of an object.
-Fault toFault( const rapidjson::Value &json );
-
 // A reading from its members; unreadable where its state is missing or unknown.
 Reading toReading( const rapidjson::Value &json );
 

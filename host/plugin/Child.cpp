@@ -1,11 +1,13 @@
 #include "host/plugin/Child.h"
 
 #include "host/plugin/Actions.h"
+#include "host/plugin/FrameBuffer.h"
 #include "host/plugin/Messages.h"
 #include "host/plugin/Plugin.h"
 #include "host/plugin/Readings.h"
 #include "host/plugin/Services.h"
 
+#include <array>
 #include <boost/asio.hpp>
 #include <csignal>
 #include <fmt/format.h>
@@ -35,25 +37,29 @@ class Child {
 
  private:
    void receive() {
-      boost::asio::async_read_until(
-         socket_, boost::asio::dynamic_buffer( input_ ), '\n',
-         [this]( const boost::system::error_code &failure, size_t length ) {
-            if ( failure ) { // the parent is gone, or wants this to end
-               loop_.stop();
-               return;
-            }
-            const auto command = decodeCommand( input_.substr( 0, length ) );
-            input_.erase( 0, length );
-            if ( command )
-               send(
-                  std::visit( [this]( const auto &what ) { return carryOut( what ); }, *command ) );
-            receive();
-         } );
+      socket_.async_read_some( boost::asio::buffer( chunk_ ),
+                               [this]( const boost::system::error_code &failure, size_t length ) {
+                                  if ( failure ) { // the parent ended, or wants this to end
+                                     loop_.stop();
+                                     return;
+                                  }
+                                  input_.append( { chunk_.data(), length } );
+                                  while ( const auto message = input_.next() )
+                                     handle( *message );
+                                  receive();
+                               } );
    }
 
-   // At once, whatever comes next: the plug-in may end this process in the call that follows.
+   void handle( const std::string &message ) {
+      const auto command = decodeCommand( message );
+      send( command
+               ? std::visit( [this]( const auto &what ) { return carryOut( what ); }, *command )
+               : Done{ Fault{ .words = "the command can't be read" } } );
+   }
+
+   // Blocks until all is sent: the plug-in may end this process in its next call.
    void send( const Event &event ) {
-      boost::system::error_code ignored; // that the parent is gone shows when reading
+      boost::system::error_code ignored; // receive() notices when the parent ended
       boost::asio::write( socket_, boost::asio::buffer( encode( event ) ), ignored );
    }
 
@@ -121,7 +127,8 @@ class Child {
    boost::asio::io_context loop_{ 1 };
    stream_protocol::socket socket_;
    Services services_;
-   std::string input_{};
+   std::array<char, 4096> chunk_{};
+   FrameBuffer input_{};
    std::string topology_{};
    std::optional<Plugin> plugin_{};
    std::map<size_t, BoardFiles::ObjectDescription> descriptions_{};

@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <spawn.h>
+#include <stdexcept>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -96,8 +97,8 @@ void ChildProcess::kill() const {
 }
 
 void ChildProcess::receive() {
-   boost::asio::async_read_until(
-      socket_, boost::asio::dynamic_buffer( input_ ), '\n',
+   socket_.async_read_some(
+      boost::asio::buffer( chunk_ ),
       [this, alive = alive_]( const boost::system::error_code &failure, size_t length ) {
          if ( !*alive )
             return;
@@ -105,13 +106,33 @@ void ChildProcess::receive() {
             ended();
             return;
          }
-         const auto event = decodeEvent( input_.substr( 0, length ) );
-         input_.erase( 0, length );
-         if ( event )
-            handlers_.event( *event );
-         if ( *alive )
+         input_.append( { chunk_.data(), length } );
+         if ( handleInput() )
             receive();
       } );
+}
+
+// Passes on the messages that have come. False when that was the end of this object or of the
+// child.
+bool ChildProcess::handleInput() {
+   const auto alive = alive_;
+   while ( *alive ) {
+      std::optional<Event> event;
+      try {
+         const auto message = input_.next();
+         if ( !message )
+            return true;
+         event = decodeEvent( *message );
+      } catch ( const std::runtime_error & ) {
+      }
+      if ( !event ) {
+         sentNonsense_ = true;
+         ended();
+         return false;
+      }
+      handlers_.event( *event );
+   }
+   return false;
 }
 
 void ChildProcess::receiveErrors() {
@@ -157,12 +178,16 @@ void ChildProcess::ended() {
 }
 
 std::string ChildProcess::causeOfDeath( int waitStatus ) const {
-   const std::string how = WIFSIGNALED( waitStatus )
-                              ? fmt::format( "ended by signal {} ({})", WTERMSIG( waitStatus ),
-                                             ::strsignal( WTERMSIG( waitStatus ) ) )
-                              : fmt::format( "ended with exit code {}", WEXITSTATUS( waitStatus ) );
+   if ( sentNonsense_ )
+      return "the plug-in's process sent a message that can't be read";
+   std::string how = WIFSIGNALED( waitStatus )
+                        ? fmt::format( "ended by signal {} ({})", WTERMSIG( waitStatus ),
+                                       ::strsignal( WTERMSIG( waitStatus ) ) )
+                        : fmt::format( "ended with exit code {}", WEXITSTATUS( waitStatus ) );
    if ( worth( lastWords_ ) > 1 )
       return lastWords_;
+   if ( input_.hasRest() )
+      how += " in the middle of a message";
    return lastWords_.empty() ? how : fmt::format( "{}: {}", how, lastWords_ );
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "host/plugin/FrameBuffer.h"
 #include "host/plugin/Messages.h"
 
+#include <array>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
 #include <boost/asio/posix/stream_descriptor.hpp>
@@ -36,6 +38,7 @@ class ChildProcess {
  private:
    void spawn( int socket, int errors );
    void receive();
+   bool handleInput();
    void receiveErrors();
    bool drainErrors();
    void takeErrorLine( std::string line );
@@ -46,7 +49,9 @@ class ChildProcess {
    boost::asio::local::stream_protocol::socket socket_;
    boost::asio::posix::stream_descriptor errors_;
    pid_t process_ = -1;
-   std::string input_{};
+   std::array<char, 4096> chunk_{};
+   FrameBuffer input_{};
+   bool sentNonsense_ = false;
    std::string errorInput_{};
    std::string lastWords_{}; // the line of its standard error that tells most
    std::shared_ptr<bool> alive_ = std::make_shared<bool>( true );

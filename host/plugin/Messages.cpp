@@ -1,153 +1,207 @@
 #include "host/plugin/Messages.h"
 
-#include "boardfiles/Json.h"
-#include "host/JsonReader.h"
-#include "host/JsonWriter.h"
+#include "host/plugin/Child.pb.h"
+
+#include <limits>
+#include <sockets/Frames.h>
 
 namespace Host {
 namespace {
 
-using rapidjson::Value;
-
-template <class... F>
-struct Overloaded : F... {
-   using F::operator()...;
-};
-template <class... F>
-Overloaded( F... ) -> Overloaded<F...>;
-
-std::string line( const JsonWriter &json ) { return json.text() + "\n"; }
-
-void write( JsonWriter &json, const AddCommand &add ) {
-   const BoardFiles::ObjectDescription &what = add.description;
-   json.member( "do", "add" ).member( "object", static_cast<int64_t>( add.object ) );
-   json.member( "kind", nameOf( what.kind ) ).member( "name", what.name );
-   json.member( "text", what.text ).member( "alert", double{ what.alert } );
-   json.member( "critical", double{ what.critical } );
-   json.member( "value", int64_t{ what.value } );
+void fill( HostChild::Command &message, const LoadCommand &load ) {
+   message.mutable_load()->set_plugin( load.plugin );
+   message.mutable_load()->set_topology( load.topology );
 }
 
-void write( JsonWriter &json, const ActCommand &act ) {
-   json.member( "do", "act" ).member( "object", static_cast<int64_t>( act.object ) );
-   json.member( "operation", act.action.operation ).key( "arguments" ).beginList();
-   for ( const int64_t argument : act.action.arguments )
-      json.value( argument );
-   json.endList();
+void fill( HostChild::Command &message, const InitCommand &init ) {
+   message.mutable_init()->set_kind( std::string( nameOf( init.kind ) ) );
 }
 
-// Members of a message, told with the default where they are missing.
-float number( const Value &json, const char *key ) {
-   const Value *value = BoardFiles::Json::find( &json, key );
-   return value && value->IsNumber() ? static_cast<float>( value->GetDouble() ) : 0;
+void fill( HostChild::Command &message, const AddCommand &command ) {
+   const BoardFiles::ObjectDescription &object = command.description;
+   HostChild::Command::Add &add = *message.mutable_add();
+   add.set_object( static_cast<uint32_t>( command.object ) );
+   add.set_kind( std::string( nameOf( object.kind ) ) );
+   add.set_name( object.name );
+   add.set_text( object.text );
+   add.set_alert( object.alert );
+   add.set_critical( object.critical );
+   add.set_value( object.value );
 }
-BoardFiles::Kind kind( const Value &json ) {
-   return BoardFiles::kindOf( BoardFiles::Json::textOf( json, "kind" ) )
-      .value_or( BoardFiles::Kind::System );
+
+void fill( HostChild::Command &message, const ReadCommand &read ) {
+   message.mutable_read()->set_object( static_cast<uint32_t>( read.object ) );
+}
+
+void fill( HostChild::Command &message, const ActCommand &command ) {
+   HostChild::Command::Act &act = *message.mutable_act();
+   act.set_object( static_cast<uint32_t>( command.object ) );
+   act.set_operation( command.action.operation );
+   for ( const int64_t argument : command.action.arguments )
+      act.add_arguments( argument );
+}
+
+void fill( HostChild::Event::Fault &message, const Fault &fault ) {
+   if ( fault.status )
+      message.set_status( *fault.status );
+   message.set_words( fault.words );
+}
+
+void fill( HostChild::Event &message, const Begun &begun ) {
+   message.mutable_begun()->set_operation( begun.operation );
+}
+
+void fill( HostChild::Event &message, const Trace &trace ) {
+   message.mutable_trace()->set_level( trace.level );
+   message.mutable_trace()->set_text( trace.text );
+   if ( trace.timerOf )
+      message.mutable_trace()->set_timer_of( static_cast<uint32_t>( *trace.timerOf ) );
+}
+
+void set( HostChild::Event::Reading &, std::monostate ) {}
+void set( HostChild::Event::Reading &message, bool flag ) { message.set_flag( flag ); }
+void set( HostChild::Event::Reading &message, int64_t integer ) { message.set_integer( integer ); }
+void set( HostChild::Event::Reading &message, double real ) { message.set_real( real ); }
+void set( HostChild::Event::Reading &message, const std::string &text ) {
+   message.set_text( text );
+}
+
+void fill( HostChild::Event &message, const Reading &what ) {
+   HostChild::Event::Reading &reading = *message.mutable_reading();
+   reading.set_name( what.name );
+   reading.set_unit( what.unit );
+   reading.set_state( std::string( nameOf( what.state ) ) );
+   std::visit( [&reading]( const auto &value ) { set( reading, value ); }, what.value );
+   fill( *reading.mutable_fault(), what.fault );
+}
+
+void fill( HostChild::Event &message, const Done &done ) {
+   message.mutable_done();
+   if ( done.fault )
+      fill( *message.mutable_done()->mutable_fault(), *done.fault );
+}
+
+std::optional<Command> toCommand( const HostChild::Command::Init &init ) {
+   const auto kind = BoardFiles::kindOf( init.kind() );
+   return kind ? std::optional<Command>( InitCommand{ *kind } ) : std::nullopt;
+}
+
+std::optional<Command> toCommand( const HostChild::Command::Add &add ) {
+   const auto kind = BoardFiles::kindOf( add.kind() );
+   if ( !kind || add.value() > std::numeric_limits<uint8_t>::max() )
+      return {};
+   return AddCommand{ add.object(),
+                      { .kind = *kind,
+                        .name = add.name(),
+                        .text = add.text(),
+                        .alert = add.alert(),
+                        .critical = add.critical(),
+                        .value = static_cast<uint8_t>( add.value() ) } };
+}
+
+ActCommand toCommand( const HostChild::Command::Act &act ) {
+   return { act.object(),
+            { .operation = act.operation(),
+              .arguments = { act.arguments().begin(), act.arguments().end() } } };
+}
+
+Fault toFault( const HostChild::Event::Fault &message ) {
+   return { .status = message.has_status() ? std::optional<int>( message.status() ) : std::nullopt,
+            .words = message.words() };
+}
+
+Scalar toScalar( const HostChild::Event::Reading &reading ) {
+   switch ( reading.value_case() ) {
+   case HostChild::Event::Reading::kFlag:
+      return reading.flag();
+   case HostChild::Event::Reading::kInteger:
+      return int64_t{ reading.integer() };
+   case HostChild::Event::Reading::kReal:
+      return reading.real();
+   case HostChild::Event::Reading::kText:
+      return reading.text();
+   default:
+      return {};
+   }
+}
+
+std::optional<Event> toEvent( const HostChild::Event::Reading &reading ) {
+   const auto state = stateOf( reading.state() );
+   if ( !state )
+      return {};
+   return Reading{ .name = reading.name(),
+                   .unit = reading.unit(),
+                   .state = *state,
+                   .value = toScalar( reading ),
+                   .fault = toFault( reading.fault() ) };
+}
+
+Trace toEvent( const HostChild::Event::Trace &trace ) {
+   Trace event{ .level = trace.level(), .text = trace.text() };
+   if ( trace.has_timer_of() )
+      event.timerOf = trace.timer_of();
+   return event;
+}
+
+Done toEvent( const HostChild::Event::Done &done ) {
+   return { done.has_fault() ? std::optional( toFault( done.fault() ) ) : std::nullopt };
+}
+
+template <class Message>
+bool parse( Message &message, std::string_view bytes ) {
+   return message.ParseFromArray( bytes.data(), static_cast<int>( bytes.size() ) );
 }
 
 } // namespace
 
 std::string encode( const Command &command ) {
-   JsonWriter json;
-   json.beginObject();
-   std::visit( Overloaded{
-                  [&]( const LoadCommand &load ) {
-                     json.member( "do", "load" ).member( "plugin", load.plugin );
-                     json.member( "topology", load.topology );
-                  },
-                  [&]( const InitCommand &init ) {
-                     json.member( "do", "init" ).member( "kind", nameOf( init.kind ) );
-                  },
-                  [&]( const AddCommand &add ) { write( json, add ); },
-                  [&]( const ReadCommand &read ) {
-                     json.member( "do", "read" );
-                     json.member( "object", static_cast<int64_t>( read.object ) );
-                  },
-                  [&]( const ActCommand &act ) { write( json, act ); },
-               },
-               command );
-   return line( json.endObject() );
+   HostChild::Command message;
+   std::visit( [&message]( const auto &what ) { fill( message, what ); }, command );
+   return Sockets::framed( message );
 }
 
 std::string encode( const Event &event ) {
-   JsonWriter json;
-   json.beginObject();
-   std::visit( Overloaded{
-                  [&]( const Begun &begun ) {
-                     json.member( "event", "begun" ).member( "operation", begun.operation );
-                  },
-                  [&]( const Trace &trace ) {
-                     json.member( "event", "trace" );
-                     json.member( "level", int64_t{ trace.level } );
-                     json.member( "text", trace.text );
-                     if ( trace.timerOf )
-                        json.member( "object", static_cast<int64_t>( *trace.timerOf ) );
-                  },
-                  [&]( const Reading &reading ) {
-                     json.member( "event", "reading" ).reading( reading ).fault( reading.fault );
-                  },
-                  [&]( const Done &done ) {
-                     json.member( "event", "done" ).member( "ok", !done.fault );
-                     if ( done.fault )
-                        json.fault( *done.fault );
-                  },
-               },
-               event );
-   return line( json.endObject() );
+   HostChild::Event message;
+   std::visit( [&message]( const auto &what ) { fill( message, what ); }, event );
+   return Sockets::framed( message );
 }
 
-std::optional<Command> decodeCommand( const std::string &line ) {
-   rapidjson::Document json;
-   json.Parse( line.c_str(), line.size() );
-   if ( json.HasParseError() )
+std::optional<Command> decodeCommand( std::string_view bytes ) {
+   HostChild::Command message;
+   if ( !parse( message, bytes ) )
       return {};
-   const std::string what = BoardFiles::Json::textOf( json, "do" );
-   const size_t object =
-      BoardFiles::Json::toUnsigned( BoardFiles::Json::find( &json, "object" ) ).value_or( 0 );
-   if ( what == "load" )
-      return LoadCommand{ BoardFiles::Json::textOf( json, "plugin" ),
-                          BoardFiles::Json::textOf( json, "topology" ) };
-   if ( what == "init" )
-      return InitCommand{ kind( json ) };
-   if ( what == "read" )
-      return ReadCommand{ object };
-   if ( what == "act" ) {
-      ActCommand act{ object, { .operation = BoardFiles::Json::textOf( json, "operation" ) } };
-      for ( const Value &argument :
-            BoardFiles::Json::elements( BoardFiles::Json::find( &json, "arguments" ) ) )
-         act.action.arguments.push_back( argument.IsInt64() ? argument.GetInt64() : 0 );
-      return act;
+   switch ( message.what_case() ) {
+   case HostChild::Command::kLoad:
+      return LoadCommand{ message.load().plugin(), message.load().topology() };
+   case HostChild::Command::kInit:
+      return toCommand( message.init() );
+   case HostChild::Command::kAdd:
+      return toCommand( message.add() );
+   case HostChild::Command::kRead:
+      return ReadCommand{ message.read().object() };
+   case HostChild::Command::kAct:
+      return toCommand( message.act() );
+   default:
+      return {};
    }
-   if ( what == "add" )
-      return AddCommand{ object,
-                         { .kind = kind( json ),
-                           .name = BoardFiles::Json::textOf( json, "name" ),
-                           .text = BoardFiles::Json::textOf( json, "text" ),
-                           .alert = number( json, "alert" ),
-                           .critical = number( json, "critical" ),
-                           .value = static_cast<uint8_t>( number( json, "value" ) ) } };
-   return {};
 }
 
-std::optional<Event> decodeEvent( const std::string &line ) {
-   rapidjson::Document json;
-   json.Parse( line.c_str(), line.size() );
-   if ( json.HasParseError() )
+std::optional<Event> decodeEvent( std::string_view bytes ) {
+   HostChild::Event message;
+   if ( !parse( message, bytes ) )
       return {};
-   const std::string what = BoardFiles::Json::textOf( json, "event" );
-   if ( what == "begun" )
-      return Begun{ BoardFiles::Json::textOf( json, "operation" ) };
-   if ( what == "trace" )
-      return Trace{ static_cast<int>( number( json, "level" ) ),
-                    BoardFiles::Json::textOf( json, "text" ),
-                    BoardFiles::Json::toUnsigned( BoardFiles::Json::find( &json, "object" ) ) };
-   if ( what == "reading" )
-      return toReading( json );
-   if ( what == "done" )
-      return Done{ BoardFiles::Json::isTrue( BoardFiles::Json::find( &json, "ok" ) )
-                      ? std::nullopt
-                      : std::optional( toFault( json ) ) };
-   return {};
+   switch ( message.what_case() ) {
+   case HostChild::Event::kBegun:
+      return Begun{ message.begun().operation() };
+   case HostChild::Event::kTrace:
+      return toEvent( message.trace() );
+   case HostChild::Event::kReading:
+      return toEvent( message.reading() );
+   case HostChild::Event::kDone:
+      return toEvent( message.done() );
+   default:
+      return {};
+   }
 }
 
 } // namespace Host

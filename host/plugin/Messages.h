@@ -7,10 +7,11 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 
-// What the parent and the child that holds the plug-in say to each other: one line of JSON each.
-// A command is answered by Begun, traces and values as they come, and Done.
+// What the parent and the child that holds the plug-in send each other; Child.proto has their form
+// on the socket. A command is answered by Begun, traces and values as they come, and Done.
 namespace Host {
 
 // Load the plug-in; the topology is kept for the kinds' init functions.
@@ -22,7 +23,7 @@ struct LoadCommand {
 struct InitCommand {
    BoardFiles::Kind kind{};
 };
-// pl_<kind>_add; the object is known by its number from then on.
+// pl_<kind>_add; the object has this number from then on.
 struct AddCommand {
    size_t object = 0;
    BoardFiles::ObjectDescription description{};
@@ -31,35 +32,35 @@ struct AddCommand {
 struct ReadCommand {
    size_t object = 0;
 };
-// Something that an object is asked to do; answered by one reading as well.
+// One operation of an object; one reading gives its result.
 struct ActCommand {
    size_t object = 0;
    Action action{};
 };
 using Command = std::variant<LoadCommand, InitCommand, AddCommand, ReadCommand, ActCommand>;
 
-// The child is about to call the plug-in: "pl_led_init", "pl_led_add" or a value's name.
+// The child calls the plug-in now: "pl_led_init", "pl_led_add" or a value's name.
 struct Begun {
    std::string operation{};
 };
 struct Trace {
    int level = 0;
    std::string text{};
-   // Told between commands, by a timer that was made when this object was added.
+   // Set when a timer of the plug-in wrote it: the object during whose add the timer was made.
    std::optional<size_t> timerOf{};
 };
-// How the command ended; no fault when it went well.
+// The end of a command; no fault when it succeeded.
 struct Done {
    std::optional<Fault> fault{};
 };
 using Event = std::variant<Begun, Trace, Reading, Done>;
 
-// One line, with its line feed.
+// A message with its length, as it is sent.
 std::string encode( const Command &command );
 std::string encode( const Event &event );
 
-// Nothing when the line is no such message.
-std::optional<Command> decodeCommand( const std::string &line );
-std::optional<Event> decodeEvent( const std::string &line );
+// A message without its length. Nothing when the bytes are not such a message.
+std::optional<Command> decodeCommand( std::string_view bytes );
+std::optional<Event> decodeEvent( std::string_view bytes );
 
 } // namespace Host

@@ -1,28 +1,43 @@
 #include "host/plugin/Messages.h"
 
+#include "host/plugin/Child.pb.h"
+#include "host/plugin/FrameBuffer.h"
+
 #include <gtest/gtest.h>
+#include <stdexcept>
 
 namespace Host {
 namespace {
 
+// The one message in the bytes that were sent.
+std::string unframed( const std::string &sent ) {
+   FrameBuffer buffer;
+   buffer.append( sent );
+   const std::string message = buffer.next().value();
+   EXPECT_FALSE( buffer.hasRest() );
+   return message;
+}
+std::optional<Command> sent( const Command &command ) {
+   return decodeCommand( unframed( encode( command ) ) );
+}
+std::optional<Event> sent( const Event &event ) {
+   return decodeEvent( unframed( encode( event ) ) );
+}
+
 TEST( MessagesTest, CarryEveryCommandThrough ) {
-   const auto load =
-      std::get<LoadCommand>( *decodeCommand( encode( LoadCommand{ "p.so", "[\n\"°\"]" } ) ) );
+   const auto load = std::get<LoadCommand>( *sent( LoadCommand{ "p.so", "[\n\"°\"]" } ) );
    EXPECT_EQ( load.plugin, "p.so" );
    EXPECT_EQ( load.topology, "[\n\"°\"]" );
-   EXPECT_EQ(
-      std::get<InitCommand>( *decodeCommand( encode( InitCommand{ BoardFiles::Kind::Psu } ) ) )
-         .kind,
-      BoardFiles::Kind::Psu );
-   EXPECT_EQ( std::get<ReadCommand>( *decodeCommand( encode( ReadCommand{ 130 } ) ) ).object,
-              130u );
+   EXPECT_EQ( std::get<InitCommand>( *sent( InitCommand{ BoardFiles::Kind::Psu } ) ).kind,
+              BoardFiles::Kind::Psu );
+   EXPECT_EQ( std::get<ReadCommand>( *sent( ReadCommand{ 130 } ) ).object, 130u );
    const BoardFiles::ObjectDescription sensor{ .kind = BoardFiles::Kind::TempSensor,
                                                .name = "t",
                                                .text = "{}",
                                                .alert = -3.5f,
                                                .critical = 70.25f,
                                                .value = 255 };
-   const auto add = std::get<AddCommand>( *decodeCommand( encode( AddCommand{ 7, sensor } ) ) );
+   const auto add = std::get<AddCommand>( *sent( AddCommand{ 7, sensor } ) );
    EXPECT_EQ( add.object, 7u );
    EXPECT_EQ( add.description.kind, BoardFiles::Kind::TempSensor );
    EXPECT_EQ( add.description.text, "{}" );
@@ -33,29 +48,35 @@ TEST( MessagesTest, CarryEveryCommandThrough ) {
 
 TEST( MessagesTest, CarryAnActionThrough ) {
    const Action action{ "block_write", { 1, 0, 255 } };
-   const auto act = std::get<ActCommand>( *decodeCommand( encode( ActCommand{ 7, action } ) ) );
+   const auto act = std::get<ActCommand>( *sent( ActCommand{ 7, action } ) );
    EXPECT_EQ( act.object, 7u );
    EXPECT_EQ( act.action, action );
 }
 
-TEST( MessagesTest, CarryEveryEventThroughOnOneLine ) {
-   EXPECT_EQ( std::get<Trace>( *decodeEvent( encode( Trace{ 0, "x", 129 } ) ) ).timerOf, 129u );
-   const std::string trace = encode( Trace{ 3, "two\nlines" } );
-   EXPECT_EQ( trace.find( '\n' ), trace.size() - 1 );
-   EXPECT_EQ( std::get<Trace>( *decodeEvent( trace ) ).text, "two\nlines" );
-   EXPECT_EQ( std::get<Trace>( *decodeEvent( trace ) ).level, 3 );
-   EXPECT_EQ( std::get<Begun>( *decodeEvent( encode( Begun{ "x" } ) ) ).operation, "x" );
-   EXPECT_FALSE( std::get<Done>( *decodeEvent( encode( Done{} ) ) ).fault );
-   EXPECT_EQ( std::get<Done>( *decodeEvent( encode( Done{ Fault{ 4, "w" } } ) ) ).fault,
-              ( Fault{ 4, "w" } ) );
-   EXPECT_EQ( std::get<Done>( *decodeEvent( encode( Done{ Fault{} } ) ) ).fault, Fault{} );
+TEST( MessagesTest, CarryEveryEventThrough ) {
+   const auto trace = std::get<Trace>( *sent( Trace{ 3, "two\nlines", 129 } ) );
+   EXPECT_EQ( trace.level, 3 );
+   EXPECT_EQ( trace.text, "two\nlines" );
+   EXPECT_EQ( trace.timerOf, 129u );
+   EXPECT_EQ( std::get<Trace>( *sent( Trace{ -1, "", {} } ) ).timerOf, std::nullopt );
+   EXPECT_EQ( std::get<Begun>( *sent( Begun{ "x" } ) ).operation, "x" );
+   EXPECT_FALSE( std::get<Done>( *sent( Done{} ) ).fault );
+   EXPECT_EQ( std::get<Done>( *sent( Done{ Fault{ 4, "w" } } ) ).fault, ( Fault{ 4, "w" } ) );
+   EXPECT_EQ( std::get<Done>( *sent( Done{ Fault{} } ) ).fault, Fault{} );
+   EXPECT_EQ( std::get<Done>( *sent( Done{ Fault{ 0, "" } } ) ).fault, ( Fault{ 0, "" } ) );
+}
+
+TEST( MessagesTest, CarryBytesThroughThatAreNotUtf8 ) {
+   const std::string text( "\xff\0\xc3(", 4 );
+   EXPECT_EQ( std::get<Trace>( *sent( Trace{ 0, text, {} } ) ).text, text );
+   EXPECT_EQ( std::get<Reading>( *sent( Reading{ .value = text } ) ).value, Scalar( text ) );
 }
 
 TEST( MessagesTest, CarryEveryKindOfValueThrough ) {
    for ( const Scalar &value : { Scalar(), Scalar( true ), Scalar( int64_t{ -2 } ), Scalar( 24.0 ),
                                  Scalar( std::string( "x" ) ) } ) {
       const Event event = Reading{ "n", "V", State::Absent, value, { 1, "why" } };
-      const auto reading = std::get<Reading>( *decodeEvent( encode( event ) ) );
+      const auto reading = std::get<Reading>( *sent( event ) );
       EXPECT_EQ( reading.value, value );
       EXPECT_EQ( reading.name, "n" );
       EXPECT_EQ( reading.unit, "V" );
@@ -64,10 +85,48 @@ TEST( MessagesTest, CarryEveryKindOfValueThrough ) {
    }
 }
 
-TEST( MessagesTest, AreNothingWhereALineIsNone ) {
-   EXPECT_FALSE( decodeEvent( "{\"event\":\"tor" ) );
-   EXPECT_FALSE( decodeEvent( "[]" ) );
-   EXPECT_FALSE( decodeCommand( "{\"do\":\"dance\"}" ) );
+TEST( MessagesTest, AreRefusedWhereTheyMakeNoSense ) {
+   const std::string whole = unframed( encode( Event( Trace{ 3, "text", {} } ) ) );
+   EXPECT_FALSE( decodeEvent( whole.substr( 0, whole.size() - 1 ) ) );
+   EXPECT_FALSE( decodeEvent( "" ) );
+   EXPECT_FALSE( decodeEvent( "{\"event\":\"done\"}" ) );
+   HostChild::Event event;
+   event.mutable_reading()->set_state( "good" ); // no such state
+   EXPECT_FALSE( decodeEvent( event.SerializeAsString() ) );
+   EXPECT_FALSE( decodeCommand( "" ) );
+   HostChild::Command command;
+   command.mutable_init()->set_kind( "lamp" ); // no such kind
+   EXPECT_FALSE( decodeCommand( command.SerializeAsString() ) );
+   command.mutable_add()->set_kind( "led" );
+   EXPECT_TRUE( decodeCommand( command.SerializeAsString() ) );
+   command.mutable_add()->set_value( 256 ); // more than a byte
+   EXPECT_FALSE( decodeCommand( command.SerializeAsString() ) );
+}
+
+TEST( FrameBufferTest, CutsMessagesOutOfPiecesOfAnyLength ) {
+   const std::string bytes =
+      encode( Event( Begun{ "first" } ) ) + encode( Event( Begun{ std::string( 300, 'x' ) } ) );
+   FrameBuffer buffer;
+   std::vector<size_t> lengths;
+   for ( const char byte : bytes ) {
+      buffer.append( { &byte, 1 } );
+      while ( const auto message = buffer.next() )
+         lengths.push_back( std::get<Begun>( *decodeEvent( *message ) ).operation.size() );
+   }
+   EXPECT_EQ( lengths, ( std::vector<size_t>{ 5, 300 } ) );
+   EXPECT_FALSE( buffer.hasRest() );
+   buffer.append( "\x05" );
+   EXPECT_FALSE( buffer.next() );
+   EXPECT_TRUE( buffer.hasRest() );
+}
+
+TEST( FrameBufferTest, RefusesWhatIsNotALengthOrTooLong ) {
+   for ( const char *bytes :
+         { "\xff\xff\xff\xff\xff\xff\xff\xff\xff\xff", "\xff\xff\xff\xff\x0f" } ) {
+      FrameBuffer buffer;
+      buffer.append( bytes );
+      EXPECT_THROW( buffer.next(), std::runtime_error );
+   }
 }
 
 } // namespace

@@ -87,6 +87,28 @@ TEST_F( SessionTest, GivesTheExitCodeOfAChildThatEndsItself ) {
    EXPECT_EQ( report()[1].fault.words, "ended with exit code 3" );
 }
 
+TEST_F( SessionTest, EndsAChildThatSendsNonsenseAndReadsTheOthers ) {
+   for ( const char *bytes : { "ff ff ff ff ff ff ff ff ff ff ff", // not a length
+                               "ff ff ff ff 0f",                   // a length of 4 GiB
+                               "02 0a 05",                         // a Begun that ends too early
+                               "00",                               // an event without content
+                               "05 1a 03 1a 01 78" } ) {           // a Reading with state "x"
+      folder.write( "a.temperature", std::string( "send " ) + bytes );
+      showOnce();
+      EXPECT_EQ( report()[0].fault.words,
+                 "the plug-in's process sent a message that can't be read" )
+         << bytes;
+      EXPECT_EQ( report()[1].values.at( 0 ).reading.state, State::Ok );
+   }
+}
+
+TEST_F( SessionTest, SaysThatTheLastMessageOfAChildIsIncomplete ) {
+   folder.write( "a.temperature", "send 7f 0a" );
+   showOnce();
+   EXPECT_EQ( report()[0].fault.words, "ended with exit code 3 in the middle of a message" );
+   EXPECT_EQ( report()[1].values.at( 0 ).reading.state, State::Ok );
+}
+
 TEST_F( SessionTest, GivesAnExceptionsTextAndKeepsTheChild ) {
    folder.write( "a.add", "throw stoi" );
    folder.write( "b.temperature", "throw out of range" );

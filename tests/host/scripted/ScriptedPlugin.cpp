@@ -6,6 +6,7 @@
 //    status 6 TEXT     TEXT is traced at level 3, and the status returned
 // What an operation is given stands behind it in calls: "fan.set_rpm 4200".
 //    null | hang | assert | throw TEXT | exit
+//    send HEX...       these bytes go to the parent in place of a message, then the process exits
 // Without a file all is well, and the value is 1. Every call is noted in the file SCRIPT/calls.
 #include <cassert>
 #include <cstdlib>
@@ -41,6 +42,13 @@ Outcome act( const std::string &what, const std::string &given = "" ) {
          ::pause();
    if ( verb == "exit" )
       std::_Exit( 3 );
+   if ( verb == "send" ) {
+      std::string bytes;
+      for ( unsigned byte = 0; file >> std::hex >> byte; )
+         bytes += static_cast<char>( byte );
+      const int parent = 3;
+      std::_Exit( ::write( parent, bytes.data(), bytes.size() ) == std::ssize( bytes ) ? 3 : 4 );
+   }
    if ( verb == "null" )
       return { .null = true };
    int status = 0;
