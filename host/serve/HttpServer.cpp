@@ -8,7 +8,6 @@
 #include <fmt/format.h>
 #include <optional>
 #include <stdexcept>
-#include <sys/stat.h>
 
 namespace Host {
 namespace {
@@ -128,38 +127,24 @@ class Connection : public std::enable_shared_from_this<Connection> {
    unsigned answered_ = 0;
 };
 
-bool isListenedTo( const std::filesystem::path &path, boost::asio::io_context &loop ) {
-   stream_protocol::socket probe( loop );
-   error_code failure;
-   probe.connect( path.string(), failure );
-   return !failure;
+// Returns by value, so that the file has one owner from the start.
+Sockets::SocketFile listenAt( const std::filesystem::path &path ) {
+   try {
+      if ( path.has_parent_path() )
+         std::filesystem::create_directories( path.parent_path() );
+      return { path.string(), "" };
+   } catch ( const std::exception &exception ) {
+      throw std::runtime_error( fmt::format( "can't serve at {}", exception.what() ) );
+   }
 }
 
 } // namespace
 
-HttpServer::HttpServer( boost::asio::io_context &loop, std::filesystem::path socket, const Api &api,
-                        HttpLimits limits )
-   : path_( std::move( socket ) ), api_( api ), limits_( limits ), acceptor_( loop ) {
-   if ( isListenedTo( path_, loop ) )
-      throw std::runtime_error( fmt::format( "{} is served already", path_.string() ) );
-   try {
-      std::filesystem::create_directories( path_.parent_path() );
-      std::filesystem::remove( path_ );
-      const stream_protocol::endpoint endpoint( path_.string() );
-      acceptor_.open( endpoint.protocol() );
-      acceptor_.bind( endpoint );
-      ::chmod( path_.c_str(), S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP );
-      acceptor_.listen();
-   } catch ( const std::exception &exception ) {
-      throw std::runtime_error(
-         fmt::format( "can't serve at {}: {}", path_.string(), exception.what() ) );
-   }
+HttpServer::HttpServer( boost::asio::io_context &loop, const std::filesystem::path &socket,
+                        const Api &api, HttpLimits limits )
+   : file_( listenAt( socket ) ), api_( api ), limits_( limits ),
+     acceptor_( loop, stream_protocol(), file_.release() ) {
    accept();
-}
-
-HttpServer::~HttpServer() {
-   std::error_code ignored;
-   std::filesystem::remove( path_, ignored );
 }
 
 void HttpServer::accept() {

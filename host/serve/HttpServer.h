@@ -7,6 +7,7 @@
 #include <chrono>
 #include <filesystem>
 #include <memory>
+#include <sockets/SocketFile.h>
 
 namespace Host {
 
@@ -22,19 +23,18 @@ struct HttpLimits {
 // Serves an Api over HTTP on a Unix socket, on an event loop.
 class HttpServer {
  public:
-   // Takes the place of a socket that nobody listens to any more. Throws std::runtime_error when
-   // somebody does, or the socket can't be made. The Api must outlive the loop.
-   HttpServer( boost::asio::io_context &loop, std::filesystem::path socket, const Api &api,
+   // Replaces the socket of a server that is dead. Throws std::runtime_error when another server is
+   // running there, when the path is not a socket, or when the system refuses. The Api must outlive
+   // the loop.
+   HttpServer( boost::asio::io_context &loop, const std::filesystem::path &socket, const Api &api,
                HttpLimits limits = {} );
-   // Takes the socket away.
-   ~HttpServer();
    HttpServer( const HttpServer & ) = delete;
    HttpServer &operator=( const HttpServer & ) = delete;
 
  private:
    void accept();
 
-   const std::filesystem::path path_;
+   Sockets::SocketFile file_;
    const Api &api_;
    const HttpLimits limits_;
    boost::asio::local::stream_protocol::acceptor acceptor_;

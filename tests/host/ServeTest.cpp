@@ -18,6 +18,15 @@ using ::testing::Not;
 class HttpServerTest : public ::testing::Test {
  protected:
    void serve( HttpLimits limits = {} ) { server_.emplace( loop_, path_, api_, limits ); }
+   // Why a server can't start at the test's path.
+   std::string refusal() {
+      try {
+         HttpServer( loop_, path_, api_ );
+      } catch ( const std::runtime_error &error ) {
+         return error.what();
+      }
+      return "it starts";
+   }
 
    // Sends bytes on a new connection and runs the loop until the server ends it; what it said.
    std::string say( const std::string &bytes ) {
@@ -102,15 +111,45 @@ TEST_F( HttpServerTest, RefusesOneConnectionTooMany ) {
    EXPECT_THAT( get( "/v1/topology" ), HasSubstr( "200 OK" ) );
 }
 
-TEST_F( HttpServerTest, TakesTheSocketOfNobodyButNotThatOfAnotherServer ) {
-   folder_.write( "host.sock", "left behind" );
+TEST_F( HttpServerTest, OpensItsSocketToOwnerAndGroupAndRemovesItAtTheEnd ) {
    serve();
    struct stat status {};
    ASSERT_EQ( ::stat( path_.c_str(), &status ), 0 );
    EXPECT_EQ( status.st_mode & 0777u, 0660u );
-   EXPECT_THROW( HttpServer( loop_, path_, api_ ), std::runtime_error );
    server_.reset();
    EXPECT_FALSE( std::filesystem::exists( path_ ) );
+}
+
+TEST_F( HttpServerTest, ReplacesTheSocketOfADeadServer ) {
+   { stream_protocol::acceptor dead( loop_, stream_protocol::endpoint( path_.string() ) ); }
+   ASSERT_TRUE( std::filesystem::exists( path_ ) );
+   serve();
+   EXPECT_THAT( get( "/v1/topology" ), HasSubstr( "200 OK" ) );
+}
+
+TEST_F( HttpServerTest, LeavesAFileThatIsNotASocket ) {
+   folder_.write( "host.sock", "a user's file" );
+   EXPECT_EQ( refusal().rfind( "can't serve at " + path_.string() + ": ", 0 ), 0u ) << refusal();
+   EXPECT_EQ( folder_.read( "host.sock" ), "a user's file" );
+}
+
+TEST_F( HttpServerTest, LeavesTheSocketOfAnotherServer ) {
+   serve();
+   EXPECT_EQ( refusal().rfind( "can't serve at " + path_.string() + ": ", 0 ), 0u ) << refusal();
+   EXPECT_THAT( get( "/v1/topology" ), HasSubstr( "200 OK" ) );
+}
+
+TEST_F( HttpServerTest, RemovesOnlyItsOwnSocket ) {
+   serve();
+   folder_.remove( "host.sock" );
+   folder_.write( "host.sock", "another's" );
+   server_.reset();
+   EXPECT_EQ( folder_.read( "host.sock" ), "another's" );
+}
+
+TEST_F( HttpServerTest, MakesTheFolderOfItsSocket ) {
+   server_.emplace( loop_, folder_.path() / "new" / "host.sock", api_ );
+   EXPECT_TRUE( std::filesystem::exists( folder_.path() / "new" / "host.sock" ) );
 }
 
 TEST_F( HttpServerTest, IsNotThereForAClientWithoutASocket ) {
@@ -179,9 +218,12 @@ TEST_F( ServeTest, IsNotAskedForAnotherBoard ) {
    EXPECT_THAT( err, HasSubstr( "up itself" ) );
 }
 
-TEST_F( ServeTest, LeavesASecondServeNoSocket ) {
+TEST_F( ServeTest, RefusesToStartASecondTimeAtTheSameSocket ) {
+   const std::string socket = ( folder_.path() / "host.sock" ).string();
    EXPECT_EQ( run( { "serve", SCRIPTED_BOARD } ), 5 );
-   EXPECT_THAT( err, HasSubstr( "is served already" ) );
+   EXPECT_THAT( err, HasSubstr( "can't serve at " + socket + ": " ) );
+   EXPECT_EQ( client_.read( "calls" ), "" ); // it brought nothing up
+   EXPECT_TRUE( Client( socket ).report() ); // the first still answers
 }
 
 } // namespace
