@@ -1,89 +1,63 @@
 #include "boardfiles/Board.h"
 
 #include "boardfiles/DeviceCheck.h"
-#include "boardfiles/Json.h"
-#include "boardfiles/Schema.h"
+#include "boardfiles/ObjectsFile.h"
+#include "boardfiles/SimulationFile.h"
 
 #include <cstdlib>
-#include <fmt/format.h>
-#include <set>
+#include <iterator>
 
 namespace BoardFiles {
+
 namespace {
 
-using rapidjson::Value;
-
-void checkObject( const Value &object, const Place &place, DeviceCheck &devices,
-                  Findings &findings ) {
-   const auto type = Json::toText( Json::find( &object, "type" ) );
-   const Value *device = Json::find( &object, "device" );
-   const auto label = Json::toText( Json::find( &object, "label" ) );
-   if ( !type || !kindOf( *type ) )
+void checkObject( const BoardObject &object, DeviceCheck &devices ) {
+   if ( !object.kind )
       return;
-   if ( device )
-      devices.check( *device, *type, place / "device" );
-   if ( type == nameOf( Kind::System ) )
-      devices.checkSystem( place );
-   if ( type != nameOf( Kind::Smbus ) )
-      return;
-   if ( !device == !label )
-      report( findings, place, "must have either \"device\" or \"label\"" );
-   else if ( label ) {
-      devices.checkLabel( *label, *type, place / "label" );
-      if ( !Json::find( &object, "value" ) )
-         report( findings, place, "\"value\" is missing beside \"label\"" );
-   } else if ( Json::find( &object, "value" ) )
-      report( findings, place / "value", "has a meaning beside \"label\" only" );
+   if ( object.device )
+      devices.check( *object.device, nameOf( *object.kind ) );
+   else if ( object.kind == Kind::System )
+      devices.checkSystem( object.place );
+   else if ( object.kind == Kind::Smbus && object.label )
+      devices.checkLabel( *object.label, nameOf( *object.kind ), object.labelPlace );
 }
 
-void checkObjects( const Value &objects, const Place &root, DeviceCheck &devices,
-                   Findings &findings ) {
-   std::set<std::string, std::less<>> names;
-   size_t i = 0;
-   for ( const Value &object : Json::elements( &objects ) ) {
-      Place place = root / i++;
-      place.object = Json::toText( Json::find( &object, "name" ) ).value_or( "" );
-      if ( !place.object.empty() && !names.insert( place.object ).second )
-         report( findings, place / "name", "another object has this name" );
-      checkObject( object, place, devices, findings );
+// A finding inside an object names it.
+void nameFindings( const std::vector<BoardObject> &objects, Findings &findings, size_t from ) {
+   for ( size_t i = from; i < findings.size(); ++i ) {
+      const Place &place = findings[i].place;
+      for ( const BoardObject &object : objects ) {
+         if ( place.file == object.place.file &&
+              ( place.pointer + "/" ).starts_with( object.place.pointer + "/" ) )
+            findings[i].object = object.name;
+      }
    }
 }
 
-double toNumber( const Value *value ) {
-   if ( const auto text = Json::toText( value ) )
-      return std::strtod( std::string( *text ).c_str(), nullptr );
-   return value && value->IsNumber() ? value->GetDouble() : 0;
+// As a driver reads it: a number, or its decimal text.
+double numberIn( const Json *value ) {
+   if ( value && value->toText() )
+      return std::strtod( std::string( *value->toText() ).c_str(), nullptr );
+   return value ? value->toNumber().value_or( 0 ) : 0;
 }
 
-// What a device document tells of an object beside what the plug-in makes of it.
-void describeDevice( const Value &device, const DriverTable &table, ObjectDescription &object ) {
-   object.did = Json::toUnsigned( Json::find( &device, "did" ) );
-   object.address =
-      Json::toUnsigned( Json::find( Json::find( &device, "address" ), "address" ) ).value_or( 0 );
-   const auto driver = table.drivers.find( *Json::toText( Json::find( &device, "driver" ) ) );
-   const std::string &fullScale =
-      driver->second.makes.find( nameOf( object.kind ) )->second.fullScale;
-   if ( !fullScale.empty() )
-      object.fullScale =
-         toNumber( Json::find( Json::find( &device, "driverArgs" ), fullScale.c_str() ) );
-}
-
-ObjectDescription describe( const Value &object, const DriverTable &table ) {
-   ObjectDescription description{ .kind = *kindOf( *Json::toText( Json::find( &object, "type" ) ) ),
-                                  .name = std::string(
-                                     *Json::toText( Json::find( &object, "name" ) ) ) };
-   if ( const Value *device = Json::find( &object, "device" ) ) {
-      description.text = Json::write( *device );
-      describeDevice( *device, table, description );
+ObjectDescription describe( const BoardObject &object, const DriverTable &table ) {
+   ObjectDescription description{ .kind = *object.kind,
+                                  .name = object.name,
+                                  .text = object.label.value_or( "" ),
+                                  .alert = static_cast<float>( object.alert.value_or( 0 ) ),
+                                  .critical = static_cast<float>( object.critical.value_or( 0 ) ),
+                                  .value = object.value.value_or( 0 ) };
+   if ( object.device ) {
+      const DeviceDocument &device = *object.device;
+      description.text = device.text;
+      description.did = device.did->number;
+      description.address = device.address->number;
+      const DriverRule &driver = table.drivers.find( device.driver )->second;
+      const std::string &fullScale = driver.makes.find( nameOf( *object.kind ) )->second.fullScale;
+      if ( device.driverArgs && !fullScale.empty() )
+         description.fullScale = numberIn( device.driverArgs->find( fullScale ) );
    }
-   if ( const auto label = Json::toText( Json::find( &object, "label" ) ) )
-      description.text = *label;
-   if ( const Value *alert = Json::find( &object, "alert" ) )
-      description.alert = static_cast<float>( alert->GetDouble() );
-   if ( const Value *critical = Json::find( &object, "critical" ) )
-      description.critical = static_cast<float>( critical->GetDouble() );
-   if ( const auto value = Json::toUnsigned( Json::find( &object, "value" ) ) )
-      description.value = static_cast<uint8_t>( *value );
    return description;
 }
 
@@ -91,25 +65,32 @@ ObjectDescription describe( const Value &object, const DriverTable &table ) {
 
 std::optional<Board> loadBoard( const std::filesystem::path &folder,
                                 const std::filesystem::path &drivers, Findings &findings ) {
-   const size_t before = findings.size();
-   auto topology = Json::load( folder / "topology.json", findings );
-   auto objects = Json::load( folder / "objects.json", findings );
-   auto table = loadDriverTable( drivers, findings );
-   if ( topology )
-      ListSchema( topologySchema ).check( topology->document, topology->root, findings );
+   Findings found;
+   const auto topology = readTopology( folder / "topology.json", found );
+   const size_t beforeObjects = found.size();
+   const auto objects = readObjects( folder / "objects.json", found );
+   const auto table = readDriverTable( drivers, found );
+   const bool hasWiring = topology && !topology->roots.empty();
+   if ( hasWiring && objects && table ) {
+      DeviceCheck devices( *table, *topology, found );
+      for ( const BoardObject &object : *objects )
+         checkObject( object, devices );
+   }
    if ( objects )
-      ListSchema( objectsSchema ).check( objects->document, objects->root, findings );
-   if ( !topology || !objects || !table )
+      nameFindings( *objects, found, beforeObjects );
+   const auto simulationPath = folder / "simulation.json";
+   if ( std::filesystem::exists( simulationPath ) ) {
+      const auto simulation = readSimulation( simulationPath, found );
+      if ( simulation && topology )
+         checkSimulation( *simulation, *topology, found );
+   }
+   const bool usable = !hasErrors( found );
+   findings.insert( findings.end(), std::make_move_iterator( found.begin() ),
+                    std::make_move_iterator( found.end() ) );
+   if ( !usable || !topology || !objects || !table )
       return {};
-   const TopologyIndex index( topology->document, topology->root, *table, findings );
-   DeviceCheck devices( *table, index, findings );
-   checkObjects( objects->document, objects->root, devices, findings );
-   if ( findings.size() != before )
-      return {};
-   Board board{ .folder = folder.string(),
-                .topology = std::move( topology->text ),
-                .traces = table->traces };
-   for ( const Value &object : objects->document.GetArray() )
+   Board board{ .folder = folder.string(), .topology = topology->text, .traces = table->traces };
+   for ( const BoardObject &object : *objects )
       board.objects.push_back( describe( object, *table ) );
    return board;
 }

@@ -33,8 +33,9 @@ struct Board {
    PluginTraces traces{};
 };
 
-// Checks topology.json and objects.json in `folder`, and the plug-in's data file `drivers`, and
-// reports all that is wrong with them. Nothing when anything is.
+// Reads topology.json and objects.json in `folder`, simulation.json where there is one, and the
+// plug-in's table of drivers, and reports all that is wrong with them. Nothing when there is an
+// error; warnings leave the board as it is.
 std::optional<Board> loadBoard( const std::filesystem::path &folder,
                                 const std::filesystem::path &drivers, Findings &findings );
 

@@ -1,199 +1,239 @@
 #include "boardfiles/DeviceCheck.h"
 
 #include "boardfiles/ArgumentCheck.h"
-#include "boardfiles/Json.h"
 #include "boardfiles/Schema.h"
 
-#include <algorithm>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-namespace BoardFiles {
+#include <algorithm>
 
-using rapidjson::Value;
+namespace BoardFiles {
 
 namespace {
 
-bool fits( const Variant &variant, const Value *args ) {
+bool fits( const Variant &variant, const std::optional<Json> &args ) {
    if ( variant.argument.empty() )
       return true;
-   const Value *value = Json::find( args, variant.argument.c_str() );
-   return value && ( !variant.is || Json::toText( value ) == variant.is );
+   const Json *value = args ? args->find( variant.argument ) : nullptr;
+   return value && ( !variant.is || value->toText() == variant.is );
 }
 
 } // namespace
 
-DeviceCheck::DeviceCheck( const DriverTable &drivers, const TopologyIndex &topology,
+DeviceCheck::DeviceCheck( const DriverTable &drivers, const TopologyFile &topology,
                           Findings &findings )
    : drivers_( drivers ), topology_( topology ), findings_( findings ) {
-   for ( const auto &[did, device] : topology.devices() )
-      if ( device.inlined )
-         checkInline( did, device );
+   for ( const TopologyHam &ham : topology.hams ) {
+      if ( std::find( drivers.hams.begin(), drivers.hams.end(), ham.name ) == drivers.hams.end() )
+         report( findings_, ham.place,
+                 fmt::format( "the plug-in has no access method \"{}\"{}", ham.name,
+                              didYouMean( ham.name, drivers.hams ) ) );
+   }
+   for ( const TopologyRoot &root : topology.roots )
+      checkMuxes( root.bus );
+   for ( const auto &[did, device] : topology.devices() ) {
+      if ( device->document )
+         checkInTopology( *device );
+   }
 }
 
-void DeviceCheck::checkInline( uint32_t did, const TopologyIndex::Device &device ) {
-   if ( const auto name = Json::toText( Json::find( device.json, "driver" ) ) )
-      claim( did, *name, device.place / "driver" );
-   const DriverRule *driver = checkDriver( *device.json, device.place );
+void DeviceCheck::checkMuxes( const TopologyBus &bus ) {
+   for ( const TopologyMux &mux : bus.muxes ) {
+      checkMux( mux, bus );
+      for ( const TopologyBus &behind : mux.busses )
+         checkMuxes( behind );
+   }
+}
+
+void DeviceCheck::checkMux( const TopologyMux &mux, const TopologyBus &bus ) {
+   const auto device = std::find_if( bus.devices.begin(), bus.devices.end(),
+                                     [&]( const auto &each ) { return each.did == mux.did; } );
+   if ( device == bus.devices.end() )
+      return; // reported with the topology
+   if ( !device->document ) {
+      report( findings_, mux.didPlace,
+              fmt::format( "device {} has no driver, so it can't be a mux's chip", mux.did ) );
+      return;
+   }
+   const auto driver = drivers_.drivers.find( device->document->driver );
+   if ( driver != drivers_.drivers.end() && !driver->second.makes.contains( "mux" ) )
+      report( findings_, mux.didPlace,
+              fmt::format( "driver \"{}\" of device {} is not a mux driver",
+                           device->document->driver, mux.did ) );
+}
+
+void DeviceCheck::checkInTopology( const TopologyDevice &device ) {
+   const size_t before = findings_.size();
+   claim( *device.document );
+   const DriverRule *driver = checkDriver( *device.document );
    if ( driver && driver->isMultiDevice )
-      report( findings_, device.place / "driver", "a composite can't stand in the topology" );
-   checkWhereItStands( *device.json, false, device.place );
+      report( findings_, device.document->driverPlace, "a composite can't be in the topology" );
+   checkAddress( *device.document, false );
+   for ( size_t i = before; i < findings_.size(); ++i )
+      findings_[i].object = device.label;
 }
 
-void DeviceCheck::check( const Value &document, std::string_view kind, const Place &place ) {
-   const DriverRule *driver = checkDriver( document, place );
-   checkWhereItStands( document, driver && driver->isMultiDevice, place );
-   const auto name = Json::toText( Json::find( &document, "driver" ) );
-   const auto did = Json::toUnsigned( Json::find( &document, "did" ) );
-   if ( did && name )
-      claim( *did, *name, place / "driver" );
+void DeviceCheck::check( const DeviceDocument &document, std::string_view kind ) {
+   const DriverRule *driver = checkDriver( document );
+   checkAddress( document, driver && driver->isMultiDevice );
+   claim( document );
    if ( !driver )
       return;
    const auto rule = driver->makes.find( kind );
    if ( rule == driver->makes.end() ) {
-      report( findings_, place / "driver",
-              fmt::format( "driver \"{}\" can't make a {}", *name, kind ) );
+      report( findings_, document.driverPlace,
+              fmt::format( "driver \"{}\" can't make a {}", document.driver, kind ) );
       return;
    }
-   checkArguments( Json::find( &document, "driverArgs" ), *driver, rule->second, place, findings_ );
-   if ( did )
-      checkVariant( document, *did, *driver, kind, place );
+   checkArguments( document, *driver, rule->second, findings_ );
+   if ( document.did )
+      checkVariant( document, *driver, kind );
    if ( driver->isMultiDevice )
-      checkParts( document, rule->second, place );
+      checkParts( document, rule->second );
 }
 
 void DeviceCheck::checkLabel( std::string_view label, std::string_view kind, const Place &place ) {
-   const TopologyIndex::Device *device = topology_.byLabel( label );
-   if ( !device )
+   const TopologyDevice *device = topology_.byLabel( label );
+   if ( !device ) {
       report( findings_, place, fmt::format( "the topology has no label \"{}\"", label ) );
-   else if ( !device->inlined )
+      return;
+   }
+   if ( !device->document ) {
       report( findings_, place,
-              fmt::format( "the topology device \"{}\" carries no driver, so its address would "
-                           "not be known",
+              fmt::format( "the topology device \"{}\" has no driver, so its address would not be "
+                           "known",
                            label ) );
-   else if ( const DriverRule *driver = checkDriver( *device->json, device->place );
-             driver && !driver->makes.contains( kind ) )
+      return;
+   }
+   const auto driver = drivers_.drivers.find( device->document->driver );
+   if ( driver != drivers_.drivers.end() && !driver->second.makes.contains( kind ) )
       report(
          findings_, place,
          fmt::format( "the driver of the topology device \"{}\" can't make a {}", label, kind ) );
 }
 
 void DeviceCheck::checkSystem( const Place &place ) {
-   for ( const SystemDevice &wanted : drivers_.system ) {
-      const TopologyIndex::Device *device = topology_.byLabel( wanted.label );
-      if ( !device ) {
+   for ( const SystemDevice &needed : drivers_.system ) {
+      const TopologyDevice *device = topology_.byLabel( needed.label );
+      if ( !device )
          report( findings_, place,
-                 fmt::format( "the topology has no label \"{}\"", wanted.label ) );
-         continue;
-      }
-      const auto driver = Json::toText( Json::find( device->json, "driver" ) );
-      if ( !wanted.driver.empty() && driver != wanted.driver )
-         report(
-            findings_, device->place,
-            fmt::format( "must name the driver \"{}\" for the system object", wanted.driver ) );
+                 fmt::format( "the topology has no label \"{}\"", needed.label ) );
+      else if ( !needed.driver.empty() &&
+                ( !device->document || device->document->driver != needed.driver ) )
+         report( findings_, device->place,
+                 fmt::format( "{} must have the driver \"{}\" for the system object", needed.label,
+                              needed.driver ) );
    }
 }
 
 // The first document of a did makes the driver object, in the order of the file.
-void DeviceCheck::checkVariant( const Value &document, uint32_t did, const DriverRule &driver,
-                                std::string_view kind, const Place &place ) {
+void DeviceCheck::checkVariant( const DeviceDocument &document, const DriverRule &driver,
+                                std::string_view kind ) {
+   const uint32_t did = document.did->number;
    const auto known = makers_.find( did );
    if ( known == makers_.end() ) {
-      const Value *args = Json::find( &document, "driverArgs" );
       const auto variant =
          std::find_if( driver.variants.begin(), driver.variants.end(),
-                       [args]( const Variant &one ) { return fits( one, args ); } );
-      makers_[did] = { variant == driver.variants.end() ? nullptr : &*variant, place };
+                       [&]( const Variant &one ) { return fits( one, document.driverArgs ); } );
+      makers_[did] = { variant == driver.variants.end() ? nullptr : &*variant, document.place };
    } else if ( driver.isMultiDevice ) {
-      report( findings_, place / "did",
-              fmt::format( "composite {} stands already, made by {}:{}", did,
-                           known->second.place.file, known->second.place.pointerText() ) );
+      report(
+         findings_, document.did->place,
+         fmt::format( "composite {} is already made at {}", did, toText( known->second.place ) ) );
    }
    const Maker &maker = makers_[did];
    if ( maker.variant && std::find( maker.variant->kinds.begin(), maker.variant->kinds.end(),
                                     kind ) == maker.variant->kinds.end() )
-      report( findings_, place,
-              fmt::format( "device {} can't make a {} as it is made by {}:{}: its arguments make "
-                           "it fit for {} only",
-                           did, kind, maker.place.file, maker.place.pointerText(),
+      report( findings_, document.place,
+              fmt::format( "device {} can't make a {}: the arguments at {}, which make it, allow "
+                           "{} only",
+                           did, kind, toText( maker.place ),
                            fmt::join( maker.variant->kinds, ", " ) ) );
 }
 
+std::string DeviceCheck::nearest( const std::string &driver ) const {
+   std::vector<std::string> names;
+   for ( const auto &[name, rule] : drivers_.drivers )
+      names.push_back( name );
+   return didYouMean( driver, names );
+}
+
 // The driver's rule; null, and a finding, when there is no such driver.
-const DriverRule *DeviceCheck::checkDriver( const Value &document, const Place &place ) {
-   const bool saysComposite = Json::isTrue( Json::find( &document, "isMultiDevice" ) );
-   if ( saysComposite && !Json::find( &document, "multiDeviceArgs" ) )
-      report( findings_, place, "\"multiDeviceArgs\" is missing" );
-   const auto name = Json::toText( Json::find( &document, "driver" ) );
-   if ( !name )
+const DriverRule *DeviceCheck::checkDriver( const DeviceDocument &document ) {
+   if ( document.isMultiDevice && !document.parts )
+      report( findings_, document.place, "\"multiDeviceArgs\" is missing" );
+   if ( document.driver.empty() )
       return nullptr;
-   const auto driver = drivers_.drivers.find( *name );
+   const auto driver = drivers_.drivers.find( document.driver );
    if ( driver == drivers_.drivers.end() ) {
-      report( findings_, place / "driver", fmt::format( "there is no driver \"{}\"", *name ) );
+      report( findings_, document.driverPlace,
+              fmt::format( "there is no driver \"{}\"{}", document.driver,
+                           nearest( document.driver ) ) );
       return nullptr;
    }
-   if ( driver->second.isMultiDevice != saysComposite )
-      report( findings_, place / "isMultiDevice",
-              fmt::format( "must be {} for driver \"{}\"", driver->second.isMultiDevice, *name ) );
+   if ( driver->second.isMultiDevice != document.isMultiDevice )
+      report( findings_, document.isMultiDevicePlace,
+              fmt::format( "\"isMultiDevice\" must be {} for driver \"{}\"",
+                           driver->second.isMultiDevice, document.driver ) );
    return &driver->second;
 }
 
-// A composite is no chip: its did is only the key that it is kept under.
-void DeviceCheck::checkWhereItStands( const Value &document, bool isComposite,
-                                      const Place &place ) {
+// A composite is not a chip: its did is only the key that it is kept under.
+void DeviceCheck::checkAddress( const DeviceDocument &document, bool isComposite ) {
    if ( isComposite )
       return;
-   const auto did = Json::toUnsigned( Json::find( &document, "did" ) );
-   const auto uid = Json::toUnsigned( Json::find( &document, "uid" ) );
-   const TopologyIndex::Device *device = did ? topology_.byDid( *did ) : nullptr;
+   const auto &[did, uid, address] = std::tie( document.did, document.uid, document.address );
+   const TopologyDevice *device = did ? topology_.byDid( did->number ) : nullptr;
    if ( did && !device )
-      report( findings_, place / "did", fmt::format( "the topology has no device {}", *did ) );
+      report( findings_, did->place, fmt::format( "the topology has no device {}", did->number ) );
    if ( uid ) {
-      device = topology_.byUid( *uid ); // the path to the bus is that of the component
+      device = topology_.byUid( uid->number ); // the path to the bus is that of the component
       if ( !device )
-         report( findings_, place / "uid",
-                 fmt::format( "the topology has no component {}", *uid ) );
+         report( findings_, uid->place,
+                 fmt::format( "the topology has no component {}", uid->number ) );
    }
-   const auto address =
-      Json::toUnsigned( Json::find( Json::find( &document, "address" ), "address" ) );
-   if ( device && device->address && address && *address != *device->address )
-      report(
-         findings_, place / "address" / "address",
-         fmt::format( "{} is unlike the topology, which says {}", *address, *device->address ) );
+   if ( device && device->address && address && address->number != *device->address )
+      report( findings_, address->place,
+              fmt::format( "{} is not the address in the topology, {}", address->number,
+                           *device->address ) );
 }
 
-void DeviceCheck::checkParts( const Value &document, const KindRule &kind, const Place &place ) {
-   const Value *parts = Json::find( &document, "multiDeviceArgs" );
-   const Place there = place / "multiDeviceArgs";
-   for ( const auto &[key, partKind] : kind.nested ) {
-      const Value *part = Json::find( parts, key.c_str() );
-      if ( const auto text = Json::toText( part ) )
-         checkPart( std::string( *text ), partKind, there / key );
-      else if ( parts && !part )
-         report( findings_, there, fmt::format( "\"{}\" is missing", key ) );
-   }
-   for ( const auto &[key, text] : Json::members( parts ) )
-      if ( !kind.nested.contains( key.GetString() ) )
-         report( findings_, there / key.GetString(), "is no part of this composite" );
-}
-
-void DeviceCheck::checkPart( const std::string &text, const std::string &kind,
-                             const Place &place ) {
-   static const Schema schema( objectsSchema, "device" );
-   const auto document = Json::parse( text, place, findings_ );
-   if ( !document )
+void DeviceCheck::checkParts( const DeviceDocument &document, const KindRule &kind ) {
+   if ( !document.parts )
       return;
-   schema.check( *document, place, findings_ );
-   check( *document, kind, place );
+   for ( const auto &[key, partKind] : kind.nested ) {
+      const Json *part = document.parts->find( key );
+      if ( !part )
+         report( findings_, document.parts->place(), fmt::format( "\"{}\" is missing", key ) );
+      else if ( part->toText() )
+         checkPart( *part, partKind );
+   }
+   for ( const Json::Member &part : document.parts->members() ) {
+      if ( !kind.nested.contains( part.key ) )
+         report( findings_, part.place,
+                 fmt::format( "\"{}\" is not a part of this composite", part.key ) );
+   }
 }
 
-void DeviceCheck::claim( uint32_t did, std::string_view driver, const Place &place ) {
-   const auto [owner, isNew] = owners_.emplace( did, Owner{ std::string( driver ), place } );
-   if ( !isNew && owner->second.driver != driver )
-      report( findings_, place,
-              fmt::format( "device {} is driven by \"{}\" already, in {}:{}", did,
-                           owner->second.driver, owner->second.place.file,
-                           owner->second.place.pointerText() ) );
+void DeviceCheck::checkPart( const Json &text, const std::string &kind ) {
+   static const Schema schema( objectsSchema );
+   const auto json = parseInside( text, findings_ );
+   if ( !json )
+      return;
+   schema.check( *json, "device", findings_ );
+   check( deviceDocument( *json ), kind );
+}
+
+void DeviceCheck::claim( const DeviceDocument &document ) {
+   if ( !document.did || document.driver.empty() )
+      return;
+   const auto [owner, isNew] =
+      owners_.emplace( document.did->number, Owner{ document.driver, document.driverPlace } );
+   if ( !isNew && owner->second.driver != document.driver )
+      report( findings_, document.driverPlace,
+              fmt::format( "device {} already has the driver \"{}\", by {}", document.did->number,
+                           owner->second.driver, toText( owner->second.place ) ) );
 }
 
 } // namespace BoardFiles

@@ -1,26 +1,25 @@
 #pragma once
 
 #include "boardfiles/DriverTable.h"
-#include "boardfiles/Finding.h"
-#include "boardfiles/TopologyIndex.h"
+#include "boardfiles/TopologyFile.h"
 
 #include <map>
-#include <rapidjson/document.h>
 #include <string>
 #include <string_view>
 
 namespace BoardFiles {
 
-// Checks device documents against the topology and against what the drivers want. One of it goes
+// Checks device documents against the topology and against what the drivers need. One checker goes
 // over a whole board, because the plug-in keeps one driver object for each did.
 class DeviceCheck {
  public:
-   DeviceCheck( const DriverTable &drivers, const TopologyIndex &topology, Findings &findings );
+   // Checks the topology's own documents, its muxes' drivers and its access methods at once.
+   DeviceCheck( const DriverTable &drivers, const TopologyFile &topology, Findings &findings );
 
    // The document of an object of a kind.
-   void check( const rapidjson::Value &document, std::string_view kind, const Place &place );
+   void check( const DeviceDocument &document, std::string_view kind );
 
-   // An SMBus object given by the label of a topology device, which `driver` will serve.
+   // An SMBus object that names a topology device by its label, whose driver will serve it.
    void checkLabel( std::string_view label, std::string_view kind, const Place &place );
 
    // The system object, which asks for topology devices by their labels.
@@ -37,18 +36,20 @@ class DeviceCheck {
       Place place;
    };
 
-   void checkInline( uint32_t did, const TopologyIndex::Device &device );
-   const DriverRule *checkDriver( const rapidjson::Value &document, const Place &place );
-   void checkWhereItStands( const rapidjson::Value &document, bool isComposite,
-                            const Place &place );
-   void checkParts( const rapidjson::Value &document, const KindRule &kind, const Place &place );
-   void checkPart( const std::string &text, const std::string &kind, const Place &place );
-   void checkVariant( const rapidjson::Value &document, uint32_t did, const DriverRule &driver,
-                      std::string_view kind, const Place &place );
-   void claim( uint32_t did, std::string_view driver, const Place &place );
+   void checkInTopology( const TopologyDevice &device );
+   void checkMuxes( const TopologyBus &bus );
+   void checkMux( const TopologyMux &mux, const TopologyBus &bus );
+   const DriverRule *checkDriver( const DeviceDocument &document );
+   void checkAddress( const DeviceDocument &document, bool isComposite );
+   void checkParts( const DeviceDocument &document, const KindRule &kind );
+   void checkPart( const Json &text, const std::string &kind );
+   void checkVariant( const DeviceDocument &document, const DriverRule &driver,
+                      std::string_view kind );
+   void claim( const DeviceDocument &document );
+   std::string nearest( const std::string &driver ) const;
 
    const DriverTable &drivers_;
-   const TopologyIndex &topology_;
+   const TopologyFile &topology_;
    Findings &findings_;
    std::map<uint32_t, Owner> owners_;
    std::map<uint32_t, Maker> makers_;

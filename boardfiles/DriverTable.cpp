@@ -1,106 +1,105 @@
 #include "boardfiles/DriverTable.h"
 
-#include "boardfiles/Json.h"
 #include "boardfiles/Schema.h"
 
 namespace BoardFiles {
 namespace {
 
-using rapidjson::Value;
-
-std::vector<std::string> textsOf( const Value *list ) {
+std::vector<std::string> textsOf( const Json &json, std::string_view key ) {
    std::vector<std::string> texts;
-   for ( const Value &text : Json::elements( list ) )
-      texts.emplace_back( text.GetString(), text.GetStringLength() );
+   for ( const Json &text : json.elementsOf( key ) )
+      texts.emplace_back( *text.toText() );
    return texts;
 }
 
-std::optional<double> numberOf( const Value *value ) {
-   return value ? std::optional( value->GetDouble() ) : std::nullopt;
+std::string textOf( const Json &json, std::string_view key ) {
+   return json.textOf( key ).value_or( "" );
 }
 
-ArgumentRules argumentsOf( const Value *json ) {
+bool flagOf( const Json &json, std::string_view key ) {
+   const Json *flag = json.find( key );
+   return flag && flag->isTrue();
+}
+
+std::span<const Json::Member> membersOf( const Json &json, std::string_view key ) {
+   const Json *object = json.find( key );
+   return object ? object->members() : std::span<const Json::Member>();
+}
+
+ArgumentRules argumentsIn( std::span<const Json::Member> members ) {
    ArgumentRules rules;
-   for ( const auto &[name, rule] : Json::members( json ) )
-      rules[name.GetString()] = { .type = Json::find( &rule, "type" )->GetString(),
-                                  .required = Json::isTrue( Json::find( &rule, "required" ) ),
-                                  .minimum = numberOf( Json::find( &rule, "minimum" ) ),
-                                  .maximum = numberOf( Json::find( &rule, "maximum" ) ),
-                                  .choices = textsOf( Json::find( &rule, "enum" ) ),
-                                  .holds = textsOf( Json::find( &rule, "holds" ) ) };
+   for ( const auto &[name, rule, place] : members )
+      rules[name] = { .type = textOf( rule, "type" ),
+                      .required = flagOf( rule, "required" ),
+                      .minimum = rule.numberOf( "minimum" ),
+                      .maximum = rule.numberOf( "maximum" ),
+                      .choices = textsOf( rule, "enum" ),
+                      .holds = textsOf( rule, "holds" ) };
    return rules;
 }
 
-KindRule ruleOf( const Value &json ) {
-   KindRule rule{ .args = argumentsOf( Json::find( &json, "args" ) ) };
-   for ( const Value &group : Json::elements( Json::find( &json, "numbered" ) ) )
-      rule.numbered.push_back( argumentsOf( &group ) );
-   rule.by = Json::textOf( json, "by" );
-   rule.fullScale = Json::textOf( json, "fullScale" );
-   for ( const auto &[name, args] : Json::members( Json::find( &json, "cases" ) ) )
-      rule.cases[name.GetString()] = argumentsOf( &args );
-   for ( const auto &[key, kind] : Json::members( Json::find( &json, "nested" ) ) )
-      rule.nested[key.GetString()] = kind.GetString();
+KindRule kindRuleIn( const Json &json ) {
+   KindRule rule{ .args = argumentsIn( membersOf( json, "args" ) ) };
+   for ( const Json &group : json.elementsOf( "numbered" ) )
+      rule.numbered.push_back( argumentsIn( group.members() ) );
+   rule.by = textOf( json, "by" );
+   rule.fullScale = textOf( json, "fullScale" );
+   for ( const auto &[name, args, place] : membersOf( json, "cases" ) )
+      rule.cases[name] = argumentsIn( args.members() );
+   for ( const auto &[key, kind, place] : membersOf( json, "nested" ) )
+      rule.nested[key] = *kind.toText();
    return rule;
 }
 
-Variant variantOf( const Value &json ) {
-   Variant variant{ .argument = Json::textOf( json, "argument" ),
-                    .kinds = textsOf( Json::find( &json, "kinds" ) ) };
-   if ( const auto is = Json::toText( Json::find( &json, "is" ) ) )
-      variant.is = *is;
-   return variant;
-}
-
-DriverRule driverOf( const Value &json, const Value *everySingleDevice ) {
-   DriverRule rule{ .isMultiDevice = Json::isTrue( Json::find( &json, "isMultiDevice" ) ),
-                    .args = argumentsOf( Json::find( &json, "args" ) ) };
-   for ( const auto &[kind, wants] : Json::members( Json::find( &json, "makes" ) ) )
-      rule.makes[kind.GetString()] = ruleOf( wants );
+DriverRule driverIn( const Json &json, const Json &table ) {
+   DriverRule rule{ .isMultiDevice = flagOf( json, "isMultiDevice" ),
+                    .args = argumentsIn( membersOf( json, "args" ) ) };
+   for ( const auto &[kind, wants, place] : membersOf( json, "makes" ) )
+      rule.makes[kind] = kindRuleIn( wants );
    if ( !rule.isMultiDevice )
-      for ( const auto &[kind, wants] : Json::members( everySingleDevice ) )
-         rule.makes.emplace( kind.GetString(), ruleOf( wants ) );
-   for ( const Value &variant : Json::elements( Json::find( &json, "variants" ) ) )
-      rule.variants.push_back( variantOf( variant ) );
+      for ( const auto &[kind, wants, place] : membersOf( table, "everySingleDevice" ) )
+         rule.makes.emplace( kind, kindRuleIn( wants ) );
+   for ( const Json &variant : json.elementsOf( "variants" ) )
+      rule.variants.push_back(
+         { textOf( variant, "argument" ), variant.textOf( "is" ), textsOf( variant, "kinds" ) } );
    return rule;
 }
 
-PluginTraces tracesOf( const Value &json ) {
-   const Value none;
-   const auto part = [&none]( const Value &of, const char *key ) -> const Value & {
-      const Value *found = Json::find( &of, key );
+PluginTraces tracesIn( const Json &json ) {
+   static const Json none;
+   const auto part = []( const Json &of, std::string_view key ) -> const Json & {
+      const Json *found = of.find( key );
       return found ? *found : none;
    };
-   const Value &slot = part( json, "slotTraces" );
-   const Value &absent = part( slot, "absent" );
-   const Value &poll = part( json, "pollTraces" );
-   return { .faults = textsOf( Json::find( &json, "faultTraces" ) ),
-            .absentHolds = Json::textOf( absent, "holds" ),
-            .absentEnds = Json::textOf( absent, "ends" ),
-            .unmanaged = Json::textOf( slot, "unmanaged" ),
-            .unreadable = Json::textOf( slot, "unreadable" ),
-            .pollFailed = Json::textOf( poll, "failed" ),
-            .pollDone = Json::textOf( poll, "done" ) };
+   const Json &slot = part( json, "slotTraces" );
+   const Json &absent = part( slot, "absent" );
+   const Json &poll = part( json, "pollTraces" );
+   return { .faults = textsOf( json, "faultTraces" ),
+            .absentHolds = textOf( absent, "holds" ),
+            .absentEnds = textOf( absent, "ends" ),
+            .unmanaged = textOf( slot, "unmanaged" ),
+            .unreadable = textOf( slot, "unreadable" ),
+            .pollFailed = textOf( poll, "failed" ),
+            .pollDone = textOf( poll, "done" ) };
 }
 
 } // namespace
 
-std::optional<DriverTable> loadDriverTable( const std::filesystem::path &path,
+std::optional<DriverTable> readDriverTable( const std::filesystem::path &path,
                                             Findings &findings ) {
+   static const Schema schema( driversSchema );
+   const auto json = readJson( path, findings );
+   if ( !json )
+      return {};
    const size_t before = findings.size();
-   const auto file = Json::load( path, findings );
-   if ( file )
-      Schema( driversSchema, "plugin" ).check( file->document, file->root, findings );
+   schema.check( *json, findings );
    if ( findings.size() != before )
       return {};
-   DriverTable table{ .hams = textsOf( Json::find( &file->document, "hams" ) ),
-                      .traces = tracesOf( file->document ) };
-   for ( const Value &device : Json::elements( Json::find( &file->document, "system" ) ) )
-      table.system.push_back(
-         { Json::textOf( device, "label" ), Json::textOf( device, "driver" ) } );
-   for ( const auto &[name, driver] : Json::members( Json::find( &file->document, "drivers" ) ) )
-      table.drivers[name.GetString()] =
-         driverOf( driver, Json::find( &file->document, "everySingleDevice" ) );
+   DriverTable table{ .hams = textsOf( *json, "hams" ), .traces = tracesIn( *json ) };
+   for ( const Json &device : json->elementsOf( "system" ) )
+      table.system.push_back( { textOf( device, "label" ), textOf( device, "driver" ) } );
+   for ( const auto &[name, driver, place] : membersOf( *json, "drivers" ) )
+      table.drivers[name] = driverIn( driver, *json );
    return table;
 }
 

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <map>
 #include <optional>
-#include <rapidjson/document.h>
 #include <string>
 #include <vector>
 
@@ -72,6 +71,6 @@ struct DriverTable {
 };
 
 // Nothing, and findings, when the file isn't what its schema wants.
-std::optional<DriverTable> loadDriverTable( const std::filesystem::path &path, Findings &findings );
+std::optional<DriverTable> readDriverTable( const std::filesystem::path &path, Findings &findings );
 
 } // namespace BoardFiles

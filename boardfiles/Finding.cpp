@@ -2,35 +2,117 @@
 
 #include <fmt/format.h>
 #include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <algorithm>
+#include <cctype>
 
 namespace BoardFiles {
 
+namespace {
+
+std::string errorsOf( const Findings &findings ) {
+   std::string lines;
+   for ( const Finding &finding : findings ) {
+      if ( !finding.isWarning() )
+         lines += ( lines.empty() ? "" : "\n" ) + toText( finding );
+   }
+   return lines;
+}
+
+// How many letters have to be put in, taken out or changed to make one word the other, upper and
+// lower case being the same (Levenshtein's distance).
+size_t distance( std::string_view one, std::string_view other ) {
+   const auto lower = []( char letter ) { return std::tolower( static_cast<uint8_t>( letter ) ); };
+   std::vector<size_t> row( other.size() + 1 );
+   for ( size_t i = 0; i < row.size(); ++i )
+      row[i] = i;
+   for ( size_t i = 0; i < one.size(); ++i ) {
+      size_t diagonal = row[0]++;
+      for ( size_t j = 0; j < other.size(); ++j ) {
+         const size_t changed = diagonal + ( lower( one[i] ) != lower( other[j] ) );
+         diagonal = row[j + 1];
+         row[j + 1] = std::min( { changed, row[j] + 1, row[j + 1] + 1 } );
+      }
+   }
+   return row.back();
+}
+
+} // namespace
+
+std::string toText( const Place &place ) {
+   return place.line == 0 ? place.file
+                          : fmt::format( "{}:{}:{}", place.file, place.line, place.column );
+}
+
 std::string toText( const Finding &finding ) {
-   std::string text = finding.file;
-   if ( !finding.place.empty() )
-      text += ":" + finding.place;
-   if ( !finding.object.empty() )
-      text += ": " + finding.object;
-   return text + ": " + finding.reason;
-}
-
-Place Place::operator/( std::string_view key ) const {
-   return { file, pointer.Append( key.data(), static_cast<rapidjson::SizeType>( key.size() ) ),
-            object };
-}
-
-Place Place::operator/( size_t index ) const {
-   return { file, pointer.Append( static_cast<rapidjson::SizeType>( index ) ), object };
-}
-
-std::string Place::pointerText() const {
-   rapidjson::StringBuffer buffer;
-   pointer.Stringify( buffer );
-   return { buffer.GetString(), buffer.GetSize() };
+   return fmt::format( "{}: {}{}{}{}", toText( finding.place ),
+                       finding.isWarning() ? "warning: " : "", finding.object,
+                       finding.object.empty() ? "" : ": ", finding.reason );
 }
 
 void report( Findings &findings, const Place &place, std::string reason ) {
-   findings.push_back( { place.file, place.pointerText(), place.object, std::move( reason ) } );
+   findings.push_back( { place, {}, std::move( reason ), Finding::Severity::Error } );
+}
+
+void warn( Findings &findings, const Place &place, std::string reason ) {
+   findings.push_back( { place, {}, std::move( reason ), Finding::Severity::Warning } );
+}
+
+bool hasErrors( const Findings &findings ) {
+   return std::any_of( findings.begin(), findings.end(),
+                       []( const Finding &finding ) { return !finding.isWarning(); } );
+}
+
+std::string toJson( const Findings &findings ) {
+   rapidjson::StringBuffer buffer;
+   rapidjson::Writer<rapidjson::StringBuffer> json( buffer );
+   const auto text = [&json]( const char *key, const std::string &value ) {
+      json.Key( key );
+      json.String( value.c_str(), static_cast<rapidjson::SizeType>( value.size() ) );
+   };
+   json.StartArray();
+   for ( const Finding &finding : findings ) {
+      json.StartObject();
+      text( "severity", finding.isWarning() ? "warning" : "error" );
+      text( "file", finding.place.file );
+      if ( finding.place.line != 0 ) {
+         json.Key( "line" );
+         json.Uint( finding.place.line );
+         json.Key( "column" );
+         json.Uint( finding.place.column );
+      }
+      text( "pointer", finding.place.pointer );
+      if ( !finding.object.empty() )
+         text( "object", finding.object );
+      text( "reason", finding.reason );
+      json.EndObject();
+   }
+   json.EndArray();
+   return { buffer.GetString(), buffer.GetSize() };
+}
+
+BoardError::BoardError( const Findings &findings ) : std::runtime_error( errorsOf( findings ) ) {}
+
+BoardError::BoardError( const Place &place, const std::string &reason )
+   : BoardError( Findings{ { place, {}, reason, Finding::Severity::Error } } ) {}
+
+void throwErrors( const Findings &findings ) {
+   if ( hasErrors( findings ) )
+      throw BoardError( findings );
+}
+
+std::string didYouMean( std::string_view word, const std::vector<std::string> &names ) {
+   const std::string *nearest = nullptr;
+   size_t least = word.size() / 3 + 1; // further away it is another word
+   for ( const std::string &name : names ) {
+      const size_t letters = distance( word, name );
+      if ( letters < least || ( letters == least && !nearest ) ) {
+         nearest = &name;
+         least = letters;
+      }
+   }
+   return nearest ? fmt::format( " (did you mean \"{}\"?)", *nearest ) : "";
 }
 
 } // namespace BoardFiles

@@ -1,40 +1,57 @@
+// What is wrong in a file of a board, with the place where its author finds it.
 #pragma once
 
-#include <cstddef>
-#include <rapidjson/pointer.h>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace BoardFiles {
 
-// Something wrong in a file of a board, told so that its author finds the place.
-struct Finding {
-   std::string file;   // the file's path
-   std::string place;  // "line:column" where text doesn't parse, a JSON pointer elsewhere
-   std::string object; // the name of the board's object concerned; empty when there is none
-   std::string reason;
+// A value in a file.
+struct Place {
+   std::string file{};
+   unsigned line = 0; // from 1 on; 0: the file as a whole
+   unsigned column = 0;
+   std::string pointer{}; // the same place as a JSON pointer, for programs; empty for the root
 };
 
-// One line: "FILE:PLACE: NAME: REASON", without the parts that are empty.
+// "FILE:LINE:COLUMN", or the file alone.
+std::string toText( const Place &place );
+
+struct Finding {
+   enum class Severity { Error, Warning };
+
+   Place place{};
+   std::string object{}; // the name of the board's object concerned; empty when there is none
+   std::string reason{};
+   Severity severity = Severity::Error;
+
+   bool isWarning() const { return severity == Severity::Warning; }
+};
+
+// One line: "FILE:LINE:COLUMN: NAME: REASON", without the parts that are empty. A warning says so.
 std::string toText( const Finding &finding );
 
 using Findings = std::vector<Finding>;
 
-// Where a check stands: a value in a file, and the object of the board that it belongs to.
-struct Place {
-   std::string file;
-   rapidjson::Pointer pointer{};
-   std::string object{};
+void report( Findings &findings, const Place &place, std::string reason );
+void warn( Findings &findings, const Place &place, std::string reason );
+bool hasErrors( const Findings &findings );
 
-   // The member or the array element below this place.
-   Place operator/( std::string_view key ) const;
-   Place operator/( size_t index ) const;
+// All findings as one JSON list, for programs.
+std::string toJson( const Findings &findings );
 
-   std::string pointerText() const;
+// A board file that can't be used; the text has a line for each error found.
+struct BoardError : std::runtime_error {
+   explicit BoardError( const Findings &findings );
+   BoardError( const Place &place, const std::string &reason );
 };
 
-// Adds a finding at a place.
-void report( Findings &findings, const Place &place, std::string reason );
+// Throws BoardError when there is an error among the findings.
+void throwErrors( const Findings &findings );
+
+// ` (did you mean "NAME"?)` for the name that is most like the word, empty when none is near.
+std::string didYouMean( std::string_view word, const std::vector<std::string> &names );
 
 } // namespace BoardFiles

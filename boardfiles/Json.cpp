@@ -1,181 +1,307 @@
 #include "boardfiles/Json.h"
 
-#include <algorithm>
-#include <cstring>
 #include <fmt/format.h>
-#include <fstream>
-#include <iterator>
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-#include <set>
 
-namespace BoardFiles::Json {
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <limits>
+
+namespace BoardFiles {
+
 namespace {
 
-constexpr size_t deepestNesting = 64;
-constexpr unsigned parseFlags =
-   rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
+constexpr size_t maxNesting = 64;
+constexpr unsigned parseFlags = rapidjson::kParseIterativeFlag |
+                                rapidjson::kParseValidateEncodingFlag |
+                                rapidjson::kParseNumbersAsStringsFlag;
 
-// Goes through a text once and keeps book of where it is.
-class Proofreader : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Proofreader> {
- public:
-   Proofreader( const Place &root, Findings &findings ) : root_( root ), findings_( findings ) {}
+std::string escaped( std::string_view key ) { // RFC 6901
+   std::string text;
+   for ( const char letter : key )
+      text += letter == '~' ? "~0" : letter == '/' ? "~1" : std::string( 1, letter );
+   return text;
+}
 
-   bool Default() { return nextElement(); }
-   bool String( const char *text, rapidjson::SizeType length, bool ) {
-      nextElement();
-      refuseNul( text, length );
-      return true;
+// For each byte of a string's value, and for its end, where it is in the literal that starts with
+// the quote at `at`.
+std::vector<size_t> literalOffsets( const std::string &text, size_t at ) {
+   std::vector<size_t> offsets;
+   for ( ++at; text[at] != '"'; ) {
+      if ( text[at] != '\\' ) {
+         offsets.push_back( at++ );
+         continue;
+      }
+      size_t length = 2;
+      size_t bytes = 1;
+      if ( text[at + 1] == 'u' ) {
+         const auto unit = std::stoul( text.substr( at + 2, 4 ), nullptr, 16 );
+         const bool isPair = unit >= 0xD800 && unit < 0xDC00;
+         length = isPair ? 12 : 6;
+         bytes = isPair ? 4 : unit < 0x80 ? 1 : unit < 0x800 ? 2 : 3; // in UTF-8
+      }
+      offsets.insert( offsets.end(), bytes, at );
+      at += length;
    }
-   bool Key( const char *text, rapidjson::SizeType length, bool ) {
-      Level &level = levels_.back();
-      level.key.assign( text, length );
-      if ( !level.keys.insert( level.key ).second )
-         report( findings_, here(), fmt::format( "\"{}\" stands twice in one object", level.key ) );
-      refuseNul( text, length );
-      return true;
-   }
-   bool StartObject() { return open( false ); }
-   bool EndObject( rapidjson::SizeType ) { return close(); }
-   bool StartArray() { return open( true ); }
-   bool EndArray( rapidjson::SizeType ) { return close(); }
-
- private:
-   struct Level {
-      bool isArray = false;
-      size_t count = 0; // elements so far
-      std::string key{};
-      std::set<std::string> keys{};
-   };
-
-   bool nextElement() {
-      if ( !levels_.empty() && levels_.back().isArray )
-         ++levels_.back().count;
-      return true;
-   }
-   bool open( bool isArray ) {
-      nextElement();
-      levels_.push_back( { .isArray = isArray } );
-      return levels_.size() <= deepestNesting;
-   }
-   bool close() {
-      levels_.pop_back();
-      return true;
-   }
-   void refuseNul( const char *text, rapidjson::SizeType length ) {
-      if ( std::memchr( text, 0, length ) )
-         report( findings_, here(), "a NUL byte inside a text" );
-   }
-   Place here() const {
-      Place place = root_;
-      for ( const Level &level : levels_ )
-         place = level.isArray ? place / ( level.count - 1 ) : place / level.key;
-      return place;
-   }
-
-   const Place &root_;
-   Findings &findings_;
-   std::vector<Level> levels_;
-};
-
-// "LINE:COLUMN" of an offset, below the place where the text stands.
-void reportAt( const Place &at, const std::string &text, size_t offset, std::string reason,
-               Findings &findings ) {
-   const auto end = text.begin() + static_cast<ptrdiff_t>( std::min( offset, text.size() ) );
-   const auto line = 1 + std::count( text.begin(), end, '\n' );
-   const auto lineStart = std::find( std::make_reverse_iterator( end ), text.rend(), '\n' ).base();
-   const std::string pointer = at.pointerText();
-   findings.push_back(
-      { at.file,
-        fmt::format( "{}{}{}:{}", pointer, pointer.empty() ? "" : ":", line, end - lineStart + 1 ),
-        at.object, std::move( reason ) } );
+   offsets.push_back( at );
+   return offsets;
 }
 
 } // namespace
 
-std::optional<File> load( const std::filesystem::path &path, Findings &findings ) {
-   File file{ { path.string() }, {}, {} };
+// Makes values of a text's events, and knows where each begins and ends.
+class JsonBuilder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, JsonBuilder> {
+ public:
+   // Offsets of the text in the source, byte by byte; none: the text is the source.
+   JsonBuilder( std::shared_ptr<const Source> source, std::string_view text, std::string pointer,
+                std::vector<size_t> offsets, Findings &findings )
+      : source_( std::move( source ) ), text_( text ), offsets_( std::move( offsets ) ),
+        findings_( findings ) {
+      root_.pointer_ = std::move( pointer );
+   }
+
+   // For the text that a value holds.
+   static JsonBuilder inside( const Json &text, Findings &findings ) {
+      return { text.source_, text.text_, text.pointer_,
+               literalOffsets( text.source_->text(), text.begin_ ), findings };
+   }
+
+   std::optional<Json> build() {
+      if ( const size_t nul = text_.find( '\0' ); nul != text_.npos )
+         return fail( nul, "a NUL byte" );
+      if ( text_.starts_with( "\xEF\xBB\xBF" ) )
+         return fail( 0, "the file starts with a byte-order mark; save it as UTF-8 without one" );
+      rapidjson::Reader reader;
+      rapidjson::MemoryStream stream( text_.data(), text_.size() );
+      stream_ = &stream;
+      if ( const auto result = reader.Parse<parseFlags>( stream, *this ); !result )
+         return fail( result.Offset(),
+                      result.Code() == rapidjson::kParseErrorTermination
+                         ? fmt::format( "nested deeper than {} levels", maxNesting )
+                         : explain( result.Code(), result.Offset() ) );
+      return std::move( root_ );
+   }
+
+   // The reader's side.
+   bool Null() {
+      add( Json::Type::Null );
+      return true;
+   }
+   bool Bool( bool truth ) {
+      add( Json::Type::Bool ).truth_ = truth;
+      return true;
+   }
+   bool RawNumber( const char *digits, rapidjson::SizeType length, bool ) {
+      const std::string text( digits, length );
+      Json &json = add( Json::Type::Number );
+      json.number_ = std::strtod( text.c_str(), nullptr );
+      json.integer_ = text.find_first_of( ".eE" ) == text.npos;
+      return true;
+   }
+   bool String( const char *text, rapidjson::SizeType length, bool ) {
+      Json &json = add( Json::Type::Text );
+      json.text_.assign( text, length );
+      if ( std::memchr( text, 0, length ) )
+         report( findings_, json.place(), "a NUL byte inside a text" );
+      return true;
+   }
+   bool Key( const char *text, rapidjson::SizeType length, bool ) {
+      Json &object = *open_.back();
+      const std::string key( text, length );
+      const size_t begin = nextBegin();
+      Json::Member member{ key, {}, source_->place( inSource( begin ) ) };
+      member.value.pointer_ = object.pointer_ + "/" + escaped( key );
+      member.place.pointer = member.value.pointer_;
+      if ( object.find( key ) )
+         report( findings_, member.place, fmt::format( "\"{}\" is twice in one object", key ) );
+      if ( std::memchr( text, 0, length ) )
+         report( findings_, member.place, "a NUL byte inside a text" );
+      object.members_.push_back( std::move( member ) );
+      last_ = stream_->Tell();
+      return true;
+   }
+   bool StartObject() { return start( Json::Type::Object ); }
+   bool StartArray() { return start( Json::Type::List ); }
+   bool EndObject( rapidjson::SizeType ) { return end(); }
+   bool EndArray( rapidjson::SizeType ) { return end(); }
+
+ private:
+   size_t inSource( size_t offset ) const {
+      return offsets_.empty() ? offset : offsets_[std::min( offset, offsets_.size() - 1 )];
+   }
+   // A value begins behind the last one, white space and separators.
+   size_t nextBegin() const {
+      return std::min( text_.find_first_not_of( " \t\r\n,:", last_ ), text_.size() );
+   }
+
+   Json &add( Json::Type type ) {
+      Json *json = &root_;
+      if ( !open_.empty() ) {
+         Json &parent = *open_.back();
+         if ( parent.type_ == Json::Type::List ) {
+            json = &parent.elements_.emplace_back();
+            json->pointer_ = fmt::format( "{}/{}", parent.pointer_, parent.elements_.size() - 1 );
+         } else {
+            json = &parent.members_.back().value;
+         }
+      }
+      json->type_ = type;
+      json->source_ = source_;
+      json->begin_ = inSource( nextBegin() );
+      json->end_ = inSource( stream_->Tell() );
+      last_ = stream_->Tell();
+      return *json;
+   }
+   bool start( Json::Type type ) {
+      // Values stay where they are while they are open: a parent grows only when none of its
+      // elements is.
+      open_.push_back( &add( type ) );
+      ++last_; // the bracket is still to be read
+      return open_.size() <= maxNesting;
+   }
+   bool end() {
+      last_ = stream_->Tell() + 1;
+      open_.back()->end_ = inSource( last_ );
+      open_.pop_back();
+      return true;
+   }
+
+   std::nullopt_t fail( size_t offset, std::string reason ) {
+      Place place = source_->place( inSource( std::min( offset, text_.size() ) ) );
+      place.pointer = root_.pointer_;
+      report( findings_, place, std::move( reason ) );
+      return std::nullopt;
+   }
+
+   // The usual slips get words of their own.
+   std::string explain( rapidjson::ParseErrorCode code, size_t offset ) const {
+      const std::string_view rest = text_.substr( std::min( offset, text_.size() ) );
+      const size_t before = text_.find_last_not_of( " \t\r\n", offset == 0 ? 0 : offset - 1 );
+      if ( rest.starts_with( "//" ) || rest.starts_with( "/*" ) || rest.starts_with( "#" ) )
+         return "a comment; JSON has none";
+      if ( rest.starts_with( "'" ) )
+         return "a single quote; JSON has texts in double quotes";
+      if ( ( rest.starts_with( "}" ) || rest.starts_with( "]" ) ) && offset > 0 &&
+           before != text_.npos && text_[before] == ',' )
+         return fmt::format( "a comma before the closing {}", rest[0] );
+      return rapidjson::GetParseError_En( code );
+   }
+
+   std::shared_ptr<const Source> source_;
+   std::string_view text_;
+   const std::vector<size_t> offsets_;
+   Findings &findings_;
+   Json root_;
+   std::vector<Json *> open_{};
+   const rapidjson::MemoryStream *stream_ = nullptr;
+   size_t last_ = 0; // the end of the last value or key
+};
+
+Source::Source( std::string name, std::string text )
+   : name_( std::move( name ) ), text_( std::move( text ) ), lineStarts_{ 0 } {
+   for ( size_t at = text_.find( '\n' ); at != text_.npos; at = text_.find( '\n', at + 1 ) )
+      lineStarts_.push_back( at + 1 );
+}
+
+Place Source::place( size_t offset ) const {
+   const auto line = std::upper_bound( lineStarts_.begin(), lineStarts_.end(), offset ) - 1;
+   return { name_,
+            static_cast<unsigned>( line - lineStarts_.begin() + 1 ),
+            static_cast<unsigned>( offset - *line + 1 ),
+            {} };
+}
+
+std::string_view Json::source() const {
+   return std::string_view( source_->text() ).substr( begin_, end_ - begin_ );
+}
+
+Place Json::place() const {
+   Place place = source_->place( begin_ );
+   place.pointer = pointer_;
+   return place;
+}
+
+const Json *Json::find( std::string_view key ) const {
+   const auto member = std::find_if( members_.begin(), members_.end(),
+                                     [&]( const Member &each ) { return each.key == key; } );
+   return member == members_.end() ? nullptr : &member->value;
+}
+
+std::span<const Json::Member> Json::members() const { return members_; }
+
+std::span<const Json> Json::elementsOf( std::string_view key ) const {
+   const Json *list = find( key );
+   return list ? list->elements() : std::span<const Json>();
+}
+
+std::optional<double> Json::toNumber() const {
+   return type_ == Type::Number ? std::optional( number_ ) : std::nullopt;
+}
+
+std::optional<uint32_t> Json::toUnsigned() const {
+   if ( !isInteger() || number_ < 0 || number_ > std::numeric_limits<uint32_t>::max() )
+      return {};
+   return static_cast<uint32_t>( number_ );
+}
+
+std::optional<int64_t> Json::toInteger() const {
+   constexpr double exact = 1ull << 53; // beyond, doubles leave numbers out
+   if ( !isInteger() || number_ < -exact || number_ > exact )
+      return {};
+   return static_cast<int64_t>( number_ );
+}
+
+std::optional<std::string_view> Json::toText() const {
+   return type_ == Type::Text ? std::optional<std::string_view>( text_ ) : std::nullopt;
+}
+
+std::optional<std::string> Json::textOf( std::string_view key ) const {
+   const Json *member = find( key );
+   return member && member->type_ == Type::Text ? std::optional( member->text_ ) : std::nullopt;
+}
+
+std::optional<uint32_t> Json::unsignedOf( std::string_view key ) const {
+   const Json *member = find( key );
+   return member ? member->toUnsigned() : std::nullopt;
+}
+
+std::optional<double> Json::numberOf( std::string_view key ) const {
+   const Json *member = find( key );
+   return member ? member->toNumber() : std::nullopt;
+}
+
+std::optional<Json> readJson( const std::filesystem::path &path, Findings &findings ) {
+   const Place whole{ path.string() };
    std::error_code failure;
-   if ( !std::filesystem::is_regular_file( path, failure ) ) {
-      report( findings, file.root, failure ? failure.message() : "is not a file" );
+   const auto status = std::filesystem::status( path, failure );
+   if ( status.type() == std::filesystem::file_type::not_found ) {
+      report( findings, whole, "no such file" );
+      return {};
+   }
+   if ( status.type() != std::filesystem::file_type::regular ) {
+      report( findings, whole, failure ? failure.message() : "not a file" );
       return {};
    }
    std::ifstream stream( path, std::ios::binary );
-   file.text.assign( std::istreambuf_iterator<char>( stream ), {} );
+   std::string text{ std::istreambuf_iterator<char>( stream ), {} };
    if ( !stream ) {
-      report( findings, file.root, "can't be read" );
+      report( findings, whole, fmt::format( "can't be read: {}", std::strerror( errno ) ) );
       return {};
    }
-   auto document = parse( file.text, file.root, findings );
-   if ( !document )
-      return {};
-   file.document = std::move( *document );
-   return file;
+   return parseJson( std::move( text ), path.string(), findings );
 }
 
-std::optional<rapidjson::Document> parse( const std::string &text, const Place &at,
-                                          Findings &findings ) {
-   if ( const auto nul = text.find( '\0' ); nul != std::string::npos ) {
-      reportAt( at, text, nul, "a NUL byte", findings );
-      return {};
-   }
-   Proofreader proofreader( at, findings );
-   rapidjson::Reader reader;
-   rapidjson::MemoryStream stream( text.data(), text.size() );
-   if ( const auto result = reader.Parse<parseFlags>( stream, proofreader ); !result ) {
-      reportAt( at, text, result.Offset(),
-                result.Code() == rapidjson::kParseErrorTermination
-                   ? fmt::format( "nested deeper than {} levels", deepestNesting )
-                   : rapidjson::GetParseError_En( result.Code() ),
-                findings );
-      return {};
-   }
-   rapidjson::Document document;
-   document.Parse<parseFlags>( text.data(), text.size() );
-   return document;
+std::optional<Json> parseJson( std::string text, const std::string &name, Findings &findings ) {
+   const auto source = std::make_shared<const Source>( name, std::move( text ) );
+   return JsonBuilder( source, source->text(), "", {}, findings ).build();
 }
 
-const rapidjson::Value *find( const rapidjson::Value *value, const char *key ) {
-   if ( !value || !value->IsObject() )
-      return nullptr;
-   const auto member = value->FindMember( key );
-   return member == value->MemberEnd() ? nullptr : &member->value;
+std::optional<Json> parseInside( const Json &text, Findings &findings ) {
+   return JsonBuilder::inside( text, findings ).build();
 }
 
-std::optional<uint32_t> toUnsigned( const rapidjson::Value *value ) {
-   return value && value->IsUint() ? std::optional( value->GetUint() ) : std::nullopt;
-}
-
-std::optional<std::string_view> toText( const rapidjson::Value *value ) {
-   if ( !value || !value->IsString() )
-      return {};
-   return std::string_view( value->GetString(), value->GetStringLength() );
-}
-
-bool isTrue( const rapidjson::Value *value ) { return value && value->IsTrue(); }
-
-std::string textOf( const rapidjson::Value &object, const char *key ) {
-   return std::string( toText( find( &object, key ) ).value_or( "" ) );
-}
-
-rapidjson::Value::ConstArray elements( const rapidjson::Value *value ) {
-   static const rapidjson::Value none( rapidjson::kArrayType );
-   return ( value && value->IsArray() ? *value : none ).GetArray();
-}
-
-rapidjson::Value::ConstObject members( const rapidjson::Value *value ) {
-   static const rapidjson::Value none( rapidjson::kObjectType );
-   return ( value && value->IsObject() ? *value : none ).GetObject();
-}
-
-std::string write( const rapidjson::Value &value ) {
-   rapidjson::StringBuffer buffer;
-   rapidjson::Writer<rapidjson::StringBuffer> writer( buffer );
-   value.Accept( writer );
-   return { buffer.GetString(), buffer.GetSize() };
-}
-
-} // namespace BoardFiles::Json
+} // namespace BoardFiles

@@ -1,6 +1,6 @@
 #include "boardfiles/RoutesFile.h"
 
-#include "boardfiles/FirstFinding.h"
+#include "boardfiles/Schema.h"
 
 #include <fmt/format.h>
 
@@ -12,96 +12,113 @@ namespace {
 
 constexpr uint32_t portCount = 0x10000;
 
-void checkSchema( const JsonFile &file ) {
-   rapidjson::Document schema;
-   schema.Parse( routesSchema.data(), routesSchema.size() );
-   if ( const auto finding = findAgainst( schema, file.document ) )
-      throw BoardError::at( file.path, asText( finding->place ), finding->reason );
-}
+// Reads routes that the schema has let pass.
+class RoutesReader {
+ public:
+   explicit RoutesReader( Findings &findings ) : findings_( findings ) {}
 
-Bus::RootBusId busAt( const JsonPlace &place ) {
-   const auto bus = Bus::parseRootBusId( place.text() );
-   if ( !bus )
-      place.fail( fmt::format(
-         "\"{}\" is no bus; i2c:0, scd(4):1:2, celestica:1:1 and ioport:0 are", place.text() ) );
-   return *bus;
-}
-
-WantedAdapter adapterAt( const JsonPlace &place ) {
-   if ( const auto number = place.find( "number" ) )
-      return AdapterNumber{ number->number() };
-   if ( const auto name = place.find( "name" ) )
-      return AdapterName{ name->text() };
-   return AdapterPath{ place.member( "path" ).text() };
-}
-
-std::map<uint8_t, ChipRules> chipsAt( const JsonPlace &route ) {
-   std::map<uint8_t, ChipRules> chips;
-   for ( const JsonPlace &place : route.elementsOf( "chips" ) ) {
-      const auto address = static_cast<uint8_t>( place.member( "address" ).number() );
-      ChipRules rules;
-      if ( const auto bytes = place.find( "offsetBytes" ) )
-         rules.offsetBytes = bytes->number();
-      if ( const auto force = place.find( "force" ) )
-         rules.force = force->truth();
-      if ( !chips.emplace( address, rules ).second )
-         place.fail( fmt::format( "address {:#04x} has an entry already", address ) );
+   RoutesFile read( const Json &json ) {
+      RoutesFile routes;
+      for ( const Json &entry : json.elementsOf( "routes" ) ) {
+         Route route = routeIn( entry );
+         for ( const Route &earlier : routes.routes )
+            checkBeside( earlier, route );
+         routes.routes.push_back( std::move( route ) );
+      }
+      return routes;
    }
-   return chips;
-}
 
-PortsRoute portsAt( const JsonPlace &place ) {
-   const PortsRoute ports{ place.member( "base" ).number(), place.member( "size" ).number() };
-   if ( ports.size > portCount - ports.base )
-      place.fail( fmt::format( "{} ports from {:#06x} on reach beyond the last, {:#06x}",
-                               ports.size, ports.base, portCount - 1 ) );
-   return ports;
-}
+ private:
+   Route routeIn( const Json &entry ) {
+      const Json *optional = entry.find( "optional" );
+      Route route{
+         busIn( *entry.find( "bus" ) ), {}, optional && optional->isTrue(), entry.place()
+      };
+      if ( const Json *adapter = entry.find( "adapter" ) )
+         route.to = AdapterRoute{ adapterIn( *adapter ), chipsIn( entry ) };
+      else if ( const Json *chips = entry.find( "chips" ) )
+         report( findings_, chips->place(), "only the route of an adapter can have chips" );
+      else if ( const Json *ports = entry.find( "ports" ) )
+         route.to = portsIn( *ports );
+      return route;
+   }
 
-Route routeAt( const JsonPlace &place ) {
-   const auto optional = place.find( "optional" );
-   Route route{ busAt( place.member( "bus" ) ), {}, optional && optional->truth(), place };
-   if ( const auto adapter = place.find( "adapter" ) )
-      route.to = AdapterRoute{ adapterAt( *adapter ), chipsAt( place ) };
-   else if ( const auto chips = place.find( "chips" ) )
-      chips->fail( "only an adapter's route tells of chips" );
-   else if ( const auto ports = place.find( "ports" ) )
-      route.to = portsAt( *ports );
-   return route;
-}
+   Bus::RootBusId busIn( const Json &json ) {
+      const auto bus = Bus::parseRootBusId( *json.toText() );
+      if ( !bus )
+         report( findings_, json.place(),
+                 fmt::format( "{} is not a bus; write i2c:0, scd(4):1:2, celestica:1:1 or ioport:0",
+                              json.source() ) );
+      return bus.value_or( Bus::RootBusId() );
+   }
 
-bool overlap( const PortsRoute &one, const PortsRoute &other ) {
-   return one.base < other.base + other.size && other.base < one.base + one.size;
-}
+   static WantedAdapter adapterIn( const Json &json ) {
+      if ( const auto number = json.unsignedOf( "number" ) )
+         return AdapterNumber{ *number };
+      if ( const auto name = json.textOf( "name" ) )
+         return AdapterName{ *name };
+      return AdapterPath{ *json.textOf( "path" ) };
+   }
 
-void checkBeside( const Route &earlier, const Route &route ) {
-   const auto fail = [&]( const std::string &what ) {
-      route.place.fail( fmt::format( "{}, like {}", what, earlier.place.pointer() ) );
-   };
-   if ( earlier.bus == route.bus )
-      fail( fmt::format( "a route of {}", toString( route.bus ) ) );
-   const auto *adapter = std::get_if<AdapterRoute>( &route.to );
-   const auto *earlierAdapter = std::get_if<AdapterRoute>( &earlier.to );
-   if ( adapter && earlierAdapter && adapter->adapter == earlierAdapter->adapter )
-      fail( "on the same adapter" );
-   const auto *ports = std::get_if<PortsRoute>( &route.to );
-   const auto *earlierPorts = std::get_if<PortsRoute>( &earlier.to );
-   if ( ports && earlierPorts && overlap( *ports, *earlierPorts ) )
-      fail( "with some of the same ports" );
-}
+   std::map<uint8_t, ChipRules> chipsIn( const Json &route ) {
+      std::map<uint8_t, ChipRules> chips;
+      for ( const Json &entry : route.elementsOf( "chips" ) ) {
+         const auto address = static_cast<uint8_t>( *entry.unsignedOf( "address" ) );
+         const Json *force = entry.find( "force" );
+         const ChipRules rules{ entry.unsignedOf( "offsetBytes" ).value_or( 0 ),
+                                force && force->isTrue() };
+         if ( !chips.emplace( address, rules ).second )
+            report( findings_, entry.place(),
+                    fmt::format( "address {:#04x} has an entry already", address ) );
+      }
+      return chips;
+   }
+
+   PortsRoute portsIn( const Json &json ) {
+      const PortsRoute ports{ *json.unsignedOf( "base" ), *json.unsignedOf( "size" ) };
+      if ( ports.size > portCount - ports.base )
+         report( findings_, json.place(),
+                 fmt::format( "{} ports from {:#06x} on go beyond the last, {:#06x}", ports.size,
+                              ports.base, portCount - 1 ) );
+      return ports;
+   }
+
+   static bool overlap( const PortsRoute &one, const PortsRoute &other ) {
+      return one.base < other.base + other.size && other.base < one.base + one.size;
+   }
+
+   void checkBeside( const Route &earlier, const Route &route ) {
+      const auto complain = [&]( const std::string &what ) {
+         report( findings_, route.place,
+                 fmt::format( "{} as the route at {}", what, toText( earlier.place ) ) );
+      };
+      if ( earlier.bus == route.bus )
+         complain( fmt::format( "the same bus, {},", toString( route.bus ) ) );
+      const auto *adapter = std::get_if<AdapterRoute>( &route.to );
+      const auto *earlierAdapter = std::get_if<AdapterRoute>( &earlier.to );
+      if ( adapter && earlierAdapter && adapter->adapter == earlierAdapter->adapter )
+         complain( "the same adapter" );
+      const auto *ports = std::get_if<PortsRoute>( &route.to );
+      const auto *earlierPorts = std::get_if<PortsRoute>( &earlier.to );
+      if ( ports && earlierPorts && overlap( *ports, *earlierPorts ) )
+         complain( "some of the same ports" );
+   }
+
+   Findings &findings_;
+};
 
 } // namespace
 
-std::unique_ptr<const RoutesFile> loadRoutes( const std::string &path ) {
-   auto routes = std::make_unique<RoutesFile>();
-   routes->file = readJsonFile( path );
-   checkSchema( routes->file );
-   for ( const JsonPlace &place : JsonPlace( routes->file ).elementsOf( "routes" ) ) {
-      Route route = routeAt( place );
-      for ( const Route &earlier : routes->routes )
-         checkBeside( earlier, route );
-      routes->routes.push_back( std::move( route ) );
+RoutesFile loadRoutes( const std::filesystem::path &path ) {
+   static const Schema schema( routesSchema );
+   Findings findings;
+   RoutesFile routes;
+   if ( const auto json = readJson( path, findings ) ) {
+      schema.check( *json, findings );
+      throwErrors( findings );
+      routes = RoutesReader( findings ).read( *json );
    }
+   throwErrors( findings );
    return routes;
 }
 

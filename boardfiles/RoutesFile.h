@@ -1,10 +1,10 @@
 #pragma once
 
-#include "boardfiles/JsonFile.h"
+#include "boardfiles/Finding.h"
 #include "smbus/RootBusId.h"
 
+#include <filesystem>
 #include <map>
-#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
@@ -47,16 +47,15 @@ struct Route {
    Bus::RootBusId bus;
    std::variant<SimulatedRoute, AdapterRoute, PortsRoute> to;
    bool optional; // the server starts without it
-   JsonPlace place;
+   Place place;
 };
 
 struct RoutesFile {
-   JsonFile file;
    std::vector<Route> routes;
 };
 
-// Throws BoardError: not as boards/routes.schema.json has it, no bus, a bus that has a route
-// already, an address told of twice, or two busses on one adapter or one port.
-std::unique_ptr<const RoutesFile> loadRoutes( const std::string &path );
+// Throws BoardError: not as boards/routes.schema.json has it, not a bus, two routes of one bus, two
+// entries of one address, or two busses on one adapter or one port.
+RoutesFile loadRoutes( const std::filesystem::path &path );
 
 } // namespace BoardFiles

@@ -1,140 +1,278 @@
 #include "boardfiles/Schema.h"
 
-#include "boardfiles/Json.h"
-
 #include <fmt/format.h>
-#include <fmt/ranges.h>
-#include <set>
+
+#include <algorithm>
+#include <regex>
+#include <stdexcept>
 
 namespace BoardFiles {
+
 namespace {
 
-// Checks a copy of a value again and again, each time without what was found wrong before: the
-// validator itself ends at the first thing that doesn't fit.
-class Pruner {
- public:
-   Pruner( const rapidjson::Document &source, const rapidjson::SchemaDocument &compiled,
-           const rapidjson::Value &value, const Place &root, Findings &findings )
-      : source_( source ), compiled_( compiled ), root_( root ), findings_( findings ) {
-      rest_.CopyFrom( value, rest_.GetAllocator() );
-   }
+std::string quoted( const std::vector<std::string> &names ) {
+   return fmt::format( "\"{}\"", fmt::join( names, "\", \"" ) );
+}
 
-   void run() {
-      rapidjson::SchemaValidator validator( compiled_ );
-      while ( !rest_.Accept( validator ) && prune( validator ) )
-         validator.Reset();
+// A value in a message: what it is, or how the file has it.
+std::string shown( const Json &value ) {
+   if ( value.type() == Json::Type::Object )
+      return "an object";
+   if ( value.type() == Json::Type::List )
+      return "a list";
+   return std::string( value.source() );
+}
+
+struct TypeName {
+   std::string_view schemas;
+   const char *words;
+};
+constexpr TypeName typeNames[] = {
+   { "object", "an object" }, { "array", "a list" },           { "string", "a text" },
+   { "number", "a number" },  { "integer", "a whole number" }, { "boolean", "true or false" }
+};
+
+bool isOfType( const Json &value, std::string_view type ) {
+   switch ( value.type() ) {
+   case Json::Type::Object:
+      return type == "object";
+   case Json::Type::List:
+      return type == "array";
+   case Json::Type::Text:
+      return type == "string";
+   case Json::Type::Number:
+      return type == "number" || ( type == "integer" && value.isInteger() );
+   case Json::Type::Bool:
+      return type == "boolean";
+   case Json::Type::Null:
+      break;
+   }
+   return false;
+}
+
+std::vector<std::string> keysOf( const Json *object ) {
+   std::vector<std::string> keys;
+   if ( object ) {
+      for ( const Json::Member &member : object->members() )
+         keys.push_back( member.key );
+   }
+   return keys;
+}
+
+class Checker {
+ public:
+   Checker( const Json &schema, Findings &findings ) : schema_( schema ), findings_( findings ) {}
+
+   void check( const Json &value, const Json &rules ) {
+      const Json &rule = resolved( rules );
+      if ( !checkType( value, rule ) )
+         return;
+      checkScalar( value, rule );
+      if ( value.type() == Json::Type::Object )
+         checkObject( value, rule );
+      if ( value.type() == Json::Type::List )
+         checkList( value, rule );
+      checkBranches( value, rule );
    }
 
  private:
-   // False when the whole value is what doesn't fit, so that nothing is left to look at.
-   bool prune( const rapidjson::SchemaValidator &validator ) {
-      const rapidjson::Pointer at = validator.GetInvalidDocumentPointer();
-      const rapidjson::Value *value = at.Get( rest_ );
-      const rapidjson::Value *rule = validator.GetInvalidSchemaPointer().Get( source_ );
-      const std::string keyword = validator.GetInvalidSchemaKeyword();
-      const Place place = original( at );
-      if ( keyword == "required" )
-         reportMissing( place, value, *Json::find( rule, "required" ) );
-      else if ( keyword == "dependencies" )
-         for ( const auto &[key, needs] : Json::members( Json::find( rule, "dependencies" ) ) ) {
-            if ( Json::find( value, key.GetString() ) )
-               reportMissing( place, value, needs );
-         }
-      else if ( keyword == "additionalProperties" )
-         report( findings_, place, "is not a key that is known here" );
-      else
-         report( findings_, place,
-                 fmt::format( "{} does not fit \"{}\": {}", shortText( *value ), keyword,
-                              Json::write( *Json::find( rule, keyword.c_str() ) ) ) );
-      return remove( at, place );
+   const Json &resolved( const Json &rule ) const {
+      const auto reference = rule.textOf( "$ref" );
+      if ( !reference )
+         return rule;
+      constexpr std::string_view before = "#/definitions/";
+      return resolved( *schema_.find( "definitions" )->find( reference->substr( before.size() ) ) );
    }
 
-   void reportMissing( const Place &place, const rapidjson::Value *value,
-                       const rapidjson::Value &keys ) {
-      for ( const rapidjson::Value &key : keys.GetArray() )
-         if ( !Json::find( value, key.GetString() ) &&
-              !removed_.contains( ( place / key.GetString() ).pointerText() ) )
-            report( findings_, place, fmt::format( "\"{}\" is missing", key.GetString() ) );
+   bool checkType( const Json &value, const Json &rule ) {
+      const auto type = rule.textOf( "type" );
+      if ( !type || isOfType( value, *type ) )
+         return true;
+      const auto *name =
+         std::find_if( std::begin( typeNames ), std::end( typeNames ),
+                       [&]( const TypeName &each ) { return each.schemas == *type; } );
+      report( findings_, value.place(),
+              fmt::format( "{} is not {}", shown( value ), name->words ) );
+      return false;
    }
 
-   bool remove( const rapidjson::Pointer &at, const Place &place ) {
-      removed_.insert( place.pointerText() );
-      return at.GetTokenCount() && at.Erase( rest_ );
+   void checkScalar( const Json &value, const Json &rule ) {
+      const auto complain = [&]( const std::string &reason ) {
+         report( findings_, value.place(), reason );
+      };
+      if ( const Json *allowed = rule.find( "enum" ) )
+         checkEnum( value, *allowed );
+      const auto number = value.toNumber();
+      const Json *minimum = rule.find( "minimum" );
+      const Json *maximum = rule.find( "maximum" );
+      if ( number && minimum && *number < *minimum->toNumber() )
+         complain( fmt::format( "{} is below {}", shown( value ), minimum->source() ) );
+      if ( number && maximum && *number > *maximum->toNumber() )
+         complain( fmt::format( "{} is above {}", shown( value ), maximum->source() ) );
+      const auto text = value.toText();
+      const auto pattern = rule.textOf( "pattern" );
+      if ( text && pattern && !std::regex_search( std::string( *text ), std::regex( *pattern ) ) )
+         complain( fmt::format( "{} does not have the form {}", shown( value ), *pattern ) );
+      if ( text && text->empty() && rule.unsignedOf( "minLength" ).value_or( 0 ) > 0 )
+         complain( "an empty text" );
+      const auto longest = rule.unsignedOf( "maxLength" );
+      if ( text && longest && text->size() > *longest )
+         complain( fmt::format( "{} has more than {} bytes", shown( value ), *longest ) );
    }
 
-   // The place that a pointer into the rest has in the value as it was given: array elements that
-   // were removed count again.
-   Place original( const rapidjson::Pointer &at ) const {
-      Place place = root_;
-      for ( size_t i = 0; i < at.GetTokenCount(); ++i ) {
-         const auto &token = at.GetTokens()[i];
-         const rapidjson::Pointer parent( at.GetTokens(), i );
-         if ( !parent.Get( rest_ )->IsArray() ) {
-            place = place / std::string_view( token.name, token.length );
-            continue;
-         }
-         size_t index = 0;
-         for ( size_t left = token.index;; ++index )
-            if ( !removed_.contains( ( place / index ).pointerText() ) && left-- == 0 )
-               break;
-         place = place / index;
+   void checkEnum( const Json &value, const Json &allowed ) {
+      std::vector<std::string> names;
+      for ( const Json &each : allowed.elements() ) {
+         if ( each.source() == value.source() )
+            return;
+         names.emplace_back( each.toText().value_or( each.source() ) );
       }
-      return place;
+      const std::string near =
+         value.toText() ? didYouMean( *value.toText(), names ) : std::string();
+      const std::string known = allowed.elements().front().toText()
+                                   ? quoted( names )
+                                   : fmt::format( "{}", fmt::join( names, ", " ) );
+      report( findings_, value.place(),
+              names.size() == 1
+                 ? fmt::format( "{} is not {}", shown( value ), known )
+                 : fmt::format( "{} is none of {}{}", shown( value ), known, near ) );
    }
 
-   static std::string shortText( const rapidjson::Value &value ) {
-      if ( value.IsObject() )
-         return "an object";
-      if ( value.IsArray() )
-         return "a list";
-      return Json::write( value );
+   void checkObject( const Json &object, const Json &rule ) {
+      for ( const Json &key : rule.elementsOf( "required" ) )
+         require( object, *key.toText() );
+      if ( const Json *dependencies = rule.find( "dependencies" ) ) {
+         for ( const Json::Member &dependency : dependencies->members() ) {
+            if ( object.find( dependency.key ) ) {
+               for ( const Json &key : dependency.value.elements() )
+                  require( object, *key.toText() );
+            }
+         }
+      }
+      const Json *properties = rule.find( "properties" );
+      const Json *additional = rule.find( "additionalProperties" );
+      for ( const Json::Member &member : object.members() ) {
+         const Json *known = properties ? properties->find( member.key ) : nullptr;
+         if ( known )
+            check( member.value, *known );
+         else if ( additional && additional->type() == Json::Type::Object )
+            check( member.value, *additional );
+         else if ( additional )
+            report( findings_, member.place, unknownKey( member.key, properties ) );
+         else if ( properties )
+            warn( findings_, member.place,
+                  unknownKey( member.key, properties ) + "; it is ignored" );
+      }
    }
 
-   const rapidjson::Document &source_;
-   const rapidjson::SchemaDocument &compiled_;
-   const Place &root_;
+   static std::string unknownKey( const std::string &key, const Json *properties ) {
+      return fmt::format( "unknown key \"{}\"{}", key, didYouMean( key, keysOf( properties ) ) );
+   }
+
+   void require( const Json &object, std::string_view key ) {
+      if ( !object.find( key ) )
+         report( findings_, object.place(), fmt::format( "\"{}\" is missing", key ) );
+   }
+
+   void checkList( const Json &list, const Json &rule ) {
+      const size_t size = list.elements().size();
+      const auto least = rule.unsignedOf( "minItems" );
+      const auto most = rule.unsignedOf( "maxItems" );
+      if ( least && size < *least )
+         report( findings_, list.place(),
+                 size == 0 ? "an empty list" : fmt::format( "fewer than {} elements", *least ) );
+      if ( most && size > *most )
+         report( findings_, list.place(), fmt::format( "more than {} elements", *most ) );
+      if ( const Json *items = rule.find( "items" ) ) {
+         for ( const Json &element : list.elements() )
+            check( element, *items );
+      }
+   }
+
+   void checkBranches( const Json &value, const Json &rule ) {
+      std::span<const Json> branches = rule.elementsOf( "oneOf" );
+      if ( branches.empty() )
+         branches = rule.elementsOf( "anyOf" );
+      if ( branches.empty() )
+         return;
+      if ( const std::string key = tellingKey( resolved( branches.front() ) ); !key.empty() )
+         checkBranchNamedBy( key, value, branches );
+      else
+         checkKeyChoice( value, branches );
+   }
+
+   // The property of a branch that may only have certain texts.
+   std::string tellingKey( const Json &branch ) const {
+      if ( const Json *properties = branch.find( "properties" ) ) {
+         for ( const Json::Member &property : properties->members() ) {
+            const auto texts = resolved( property.value ).elementsOf( "enum" );
+            if ( !texts.empty() && texts.front().toText() )
+               return property.key;
+         }
+      }
+      return {};
+   }
+
+   void checkBranchNamedBy( const std::string &key, const Json &value,
+                            std::span<const Json> branches ) {
+      if ( value.type() != Json::Type::Object ) {
+         report( findings_, value.place(), fmt::format( "{} is not an object", shown( value ) ) );
+         return;
+      }
+      const Json *named = value.find( key );
+      if ( !named ) {
+         report( findings_, value.place(), fmt::format( "\"{}\" is missing", key ) );
+         return;
+      }
+      std::vector<std::string> known;
+      for ( const Json &each : branches ) {
+         const Json &branch = resolved( each );
+         const Json &texts = resolved( *branch.find( "properties" )->find( key ) );
+         for ( const Json &text : texts.elementsOf( "enum" ) ) {
+            if ( text.toText() == named->toText() )
+               return check( value, branch );
+            known.emplace_back( *text.toText() );
+         }
+      }
+      report( findings_, named->place(),
+              fmt::format( "{} is none of {}{}", shown( *named ), quoted( known ),
+                           didYouMean( named->toText().value_or( "" ), known ) ) );
+   }
+
+   // Branches that only require a key each.
+   void checkKeyChoice( const Json &value, std::span<const Json> branches ) {
+      std::vector<std::string> keys;
+      size_t found = 0;
+      for ( const Json &branch : branches ) {
+         keys.emplace_back( *branch.elementsOf( "required" ).front().toText() );
+         found += value.find( keys.back() ) != nullptr;
+      }
+      if ( found != 1 )
+         report( findings_, value.place(),
+                 fmt::format( "needs exactly one of {}, has {}", quoted( keys ),
+                              found == 0 ? "none" : "several" ) );
+   }
+
+   const Json &schema_;
    Findings &findings_;
-   rapidjson::Document rest_;
-   std::set<std::string> removed_; // by their original places
 };
 
 } // namespace
 
-Schema::Schema( std::string_view text, const std::string &definition ) {
-   rapidjson::Document whole;
-   whole.Parse( text.data(), text.size() );
-   auto &allocator = source_.GetAllocator();
-   rapidjson::Value &definitions = whole["definitions"];
-   source_.CopyFrom( definitions[definition.c_str()], allocator );
-   source_.AddMember( "definitions", rapidjson::Value( definitions, allocator ), allocator );
-   compiled_ = std::make_unique<rapidjson::SchemaDocument>( source_ );
+Schema::Schema( std::string_view text ) {
+   Findings findings;
+   auto json = parseJson( std::string( text ), "schema", findings );
+   if ( !json )
+      throw std::logic_error( toText( findings.front() ) );
+   root_ = std::move( *json );
 }
 
-void Schema::check( const rapidjson::Value &value, const Place &place, Findings &findings ) const {
-   Pruner( source_, *compiled_, value, place, findings ).run();
+void Schema::check( const Json &value, Findings &findings ) const {
+   Checker( root_, findings ).check( value, root_ );
 }
 
-ListSchema::ListSchema( std::string_view text ) : element_( text, "element" ) {
-   rapidjson::Document whole;
-   whole.Parse( text.data(), text.size() );
-   const rapidjson::Value &types = whole["definitions"]["element"]["properties"]["type"]["enum"];
-   for ( const rapidjson::Value &type : types.GetArray() )
-      byType_.emplace( type.GetString(), Schema( text, type.GetString() ) );
-}
-
-void ListSchema::check( const rapidjson::Value &list, const Place &place,
-                        Findings &findings ) const {
-   if ( !list.IsArray() ) {
-      report( findings, place, "must be a list" );
-      return;
-   }
-   for ( rapidjson::SizeType i = 0; i < list.Size(); ++i ) {
-      const auto type = Json::toText( Json::find( &list[i], "type" ) );
-      const auto known = type ? byType_.find( *type ) : byType_.end();
-      Place at = place / i;
-      at.object = Json::toText( Json::find( &list[i], "name" ) ).value_or( "" );
-      ( known == byType_.end() ? element_ : known->second ).check( list[i], at, findings );
-   }
+void Schema::check( const Json &value, std::string_view definition, Findings &findings ) const {
+   Checker( root_, findings ).check( value, *root_.find( "definitions" )->find( definition ) );
 }
 
 } // namespace BoardFiles

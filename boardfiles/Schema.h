@@ -1,42 +1,28 @@
 #pragma once
 
-#include "boardfiles/Finding.h"
+#include "boardfiles/Json.h"
 #include "boardfiles/SchemaTexts.h"
-
-#include <map>
-#include <memory>
-#include <rapidjson/document.h>
-#include <rapidjson/schema.h>
-#include <string>
-#include <string_view>
 
 namespace BoardFiles {
 
-// One definition of a JSON Schema, ready to check values with.
+// A JSON Schema (draft 4, as far as boards/*.schema.json use it), ready to check values with.
 class Schema {
  public:
-   // Takes "#/definitions/DEFINITION" of a schema's text as the root.
-   Schema( std::string_view text, const std::string &definition );
+   // Throws std::logic_error for a text that isn't JSON.
+   explicit Schema( std::string_view text );
 
-   // Reports everything that doesn't fit, not only what comes first.
-   void check( const rapidjson::Value &value, const Place &place, Findings &findings ) const;
+   // Reports everything that doesn't fit, not only what comes first. Of several branches (anyOf,
+   // oneOf) the value itself names one by the key whose texts tell the branches apart ("type",
+   // "chip"), and only that one's rules are applied. A key that a rule doesn't list is an error
+   // where "additionalProperties" is false, and a warning elsewhere: its reader ignores it.
+   void check( const Json &value, Findings &findings ) const;
+   // The same against "#/definitions/DEFINITION".
+   void check( const Json &value, std::string_view definition, Findings &findings ) const;
 
- private:
-   rapidjson::Document source_;
-   std::unique_ptr<rapidjson::SchemaDocument> compiled_;
-};
-
-// A schema for a list whose elements say by "type" which definition they follow. The definition
-// "element" is for those that don't.
-class ListSchema {
- public:
-   explicit ListSchema( std::string_view text );
-
-   void check( const rapidjson::Value &list, const Place &place, Findings &findings ) const;
+   const Json &root() const { return root_; }
 
  private:
-   Schema element_;
-   std::map<std::string, Schema, std::less<>> byType_;
+   Json root_;
 };
 
 } // namespace BoardFiles

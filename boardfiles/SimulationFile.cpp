@@ -1,69 +1,226 @@
 #include "boardfiles/SimulationFile.h"
 
-#include "boardfiles/SimulationSchema.h"
+#include "boardfiles/Schema.h"
+#include "boardfiles/TopologyFile.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <map>
+#include <regex>
 
 namespace BoardFiles {
 
 namespace {
 
-SimulatedChipEntry entryAt( const JsonPlace &place ) {
-   const auto present = place.find( "present" );
-   return { place.member( "did" ).number(), place.member( "name" ).text(),
-            place.member( "chip" ).text(), !present || present->truth(), place };
+const Schema &simulationRules() {
+   static const Schema schema( simulationSchema );
+   return schema;
 }
 
-ModuleEntry moduleAt( const JsonPlace &place ) {
-   const auto present = place.find( "present" );
-   ModuleEntry module{ place.member( "name" ).text(), !present || present->truth(), {}, {}, place };
-   for ( const JsonPlace &chip : place.elementsOf( "chips" ) )
-      module.chips.push_back( chip.text() );
-   for ( const JsonPlace &set : place.elementsOf( "sets" ) )
-      module.sets.push_back( { set.member( "chip" ).text(), set.member( "quantity" ).text(),
-                               set.member( "in" ).value().GetDouble(),
-                               set.member( "out" ).value().GetDouble(), set } );
+bool isPresent( const Json &entry ) {
+   const Json *present = entry.find( "present" );
+   return !present || present->isTrue();
+}
+
+SimulatedChip chipIn( const Json &entry ) {
+   return { .did = *entry.unsignedOf( "did" ),
+            .didPlace = entry.find( "did" )->place(),
+            .name = *entry.textOf( "name" ),
+            .kind = *entry.textOf( "chip" ),
+            .present = isPresent( entry ),
+            .settings = entry,
+            .place = entry.place() };
+}
+
+SimulatedModule moduleIn( const Json &entry ) {
+   SimulatedModule module{ .name = *entry.textOf( "name" ),
+                           .present = isPresent( entry ),
+                           .place = entry.place() };
+   for ( const Json &chip : entry.elementsOf( "chips" ) )
+      module.chips.emplace_back( chip.toText().value_or( "" ) );
+   for ( const Json &set : entry.elementsOf( "sets" ) )
+      module.sets.push_back(
+         { set.textOf( "chip" ).value_or( "" ), set.textOf( "quantity" ).value_or( "" ),
+           set.numberOf( "in" ).value_or( 0 ), set.numberOf( "out" ).value_or( 0 ), set.place() } );
    return module;
 }
 
-// Notes where each value of a key was first, and complains about the second.
-template <typename Value>
-class Unique {
+// Reports each name that an entry before has.
+class Names {
  public:
-   void add( const Value &value, const JsonPlace &place ) {
-      const auto [first, isNew] = places_.try_emplace( value, place.pointer() );
+   void add( const Json &entry, Findings &findings ) {
+      const Json *name = entry.find( "name" );
+      if ( !name || !name->toText() )
+         return;
+      const auto [first, isNew] =
+         places_.try_emplace( std::string( *name->toText() ), name->place() );
       if ( !isNew )
-         place.fail( fmt::format( "{} is at {} already", value, first->second ) );
+         report( findings, name->place(),
+                 fmt::format( "the name {} is there twice, first at {}", first->first,
+                              toText( first->second ) ) );
    }
 
  private:
-   std::map<Value, std::string> places_;
+   std::map<std::string, Place> places_;
+};
+
+class SimulationCheck {
+ public:
+   SimulationCheck( const SimulationFile &simulation, const TopologyFile &topology,
+                    Findings &findings )
+      : simulation_( simulation ), topology_( topology ), findings_( findings ) {}
+
+   void run() {
+      for ( const SimulatedChip &chip : simulation_.chips ) {
+         byName_.emplace( chip.name, &chip );
+         checkDevice( chip );
+      }
+      for ( const TopologyRoot &root : topology_.roots )
+         checkBus( root.bus );
+      for ( const SimulatedModule &module : simulation_.modules )
+         checkModule( module );
+   }
+
+ private:
+   static const Json &rulesOf( const std::string &kind ) {
+      return *simulationRules().root().find( "definitions" )->find( kind );
+   }
+
+   void checkDevice( const SimulatedChip &chip ) {
+      const TopologyDevice *device = topology_.byDid( chip.did );
+      if ( !device || !device->address )
+         report(
+            findings_, chip.didPlace,
+            fmt::format( "no device of {} has did {} and an address", topology_.path, chip.did ) );
+   }
+
+   // Whether a mux's device, or another at its place on the bus, has a chip that can be one.
+   void checkMux( const TopologyMux &mux, const TopologyBus &bus ) {
+      const TopologyDevice *device = topology_.byDid( mux.did );
+      if ( !device || !device->address )
+         return;
+      const auto isHere = [&]( const SimulatedChip &chip ) {
+         const Json *multiplexer = rulesOf( chip.kind ).find( "multiplexer" );
+         return multiplexer && multiplexer->isTrue() &&
+                std::any_of( bus.devices.begin(), bus.devices.end(), [&]( const auto &each ) {
+                   return each.did == chip.did && each.address == device->address;
+                } );
+      };
+      if ( std::none_of( simulation_.chips.begin(), simulation_.chips.end(), isHere ) )
+         report( findings_, simulation_.chipsPlace,
+                 fmt::format( "device {} has no multiplexer chip, which the mux at {} needs",
+                              mux.did, toText( mux.place ) ) );
+   }
+
+   void checkBus( const TopologyBus &bus ) {
+      std::map<uint8_t, const SimulatedChip *> taken;
+      for ( const SimulatedChip &chip : simulation_.chips ) {
+         const auto here =
+            std::find_if( bus.devices.begin(), bus.devices.end(),
+                          [&]( const TopologyDevice &each ) { return each.did == chip.did; } );
+         if ( !chip.present || here == bus.devices.end() || !here->address )
+            continue;
+         const auto [first, isNew] = taken.emplace( *here->address, &chip );
+         if ( !isNew )
+            report( findings_, chip.place,
+                    fmt::format( "{} is already at this address of this bus ({})",
+                                 first->second->name, toText( here->place ) ) );
+      }
+      for ( const TopologyMux &mux : bus.muxes ) {
+         checkMux( mux, bus );
+         for ( const TopologyBus &behind : mux.busses )
+            checkBus( behind );
+      }
+   }
+
+   void checkModule( const SimulatedModule &module ) {
+      for ( const std::string &name : module.chips ) {
+         const SimulatedChip *chip = chipNamed( name, module.place );
+         if ( chip && chip->present != module.present )
+            report( findings_, module.place,
+                    fmt::format( "{} is {}, but the module is {}", name,
+                                 chip->present ? "present" : "absent",
+                                 module.present ? "present" : "absent" ) );
+      }
+      for ( const SimulatedModule::Set &set : module.sets )
+         checkQuantity( set );
+   }
+
+   const SimulatedChip *chipNamed( const std::string &name, const Place &place ) {
+      const auto found = byName_.find( name );
+      if ( found != byName_.end() )
+         return found->second;
+      std::vector<std::string> names;
+      for ( const auto &[each, chip] : byName_ )
+         names.push_back( each );
+      report( findings_, place,
+              fmt::format( "no chip is called {}{}", name, didYouMean( name, names ) ) );
+      return nullptr;
+   }
+
+   // "settable" of a kind's rules: regular expressions for the quantities that can be set.
+   static bool canSet( const std::string &kind, const std::string &quantity ) {
+      const auto patterns = rulesOf( kind ).elementsOf( "settable" );
+      return std::any_of( patterns.begin(), patterns.end(), [&]( const Json &pattern ) {
+         return std::regex_match( quantity, std::regex( std::string( *pattern.toText() ) ) );
+      } );
+   }
+
+   // The chip may also be named by what its quantities begin with: "fan3.inlet" and "stalled".
+   void checkQuantity( const SimulatedModule::Set &set ) {
+      const auto named = byName_.find( set.chip );
+      if ( named != byName_.end() ) {
+         if ( !canSet( named->second->kind, set.quantity ) )
+            report(
+               findings_, set.place,
+               fmt::format( "{} has no quantity \"{}\" that can be set", set.chip, set.quantity ) );
+         return;
+      }
+      const std::string whole = set.chip + " " + set.quantity;
+      const auto &chips = simulation_.chips;
+      if ( std::none_of( chips.begin(), chips.end(),
+                         [&]( const SimulatedChip &chip ) { return canSet( chip.kind, whole ); } ) )
+         chipNamed( set.chip, set.place );
+   }
+
+   const SimulationFile &simulation_;
+   const TopologyFile &topology_;
+   Findings &findings_;
+   std::map<std::string, const SimulatedChip *> byName_;
 };
 
 } // namespace
 
-std::unique_ptr<const SimulationFile> loadSimulation( const std::string &path ) {
+std::unique_ptr<const SimulationFile> readSimulation( const std::filesystem::path &path,
+                                                      Findings &findings ) {
+   const auto json = readJson( path, findings );
+   if ( !json )
+      return nullptr;
+   const size_t before = findings.size();
+   simulationRules().check( *json, findings );
    auto simulation = std::make_unique<SimulationFile>();
-   simulation->file = readJsonFile( path );
-   checkSimulation( simulation->file );
-   const JsonPlace root( simulation->file );
-   if ( const auto seed = root.find( "seed" ) )
-      simulation->seed = seed->number();
-   Unique<std::string> names;
-   for ( const JsonPlace &place : root.elementsOf( "chips" ) ) {
-      SimulatedChipEntry entry = entryAt( place );
-      names.add( entry.name, place.member( "name" ) );
-      simulation->chips.push_back( std::move( entry ) );
-   }
-   Unique<std::string> modules;
-   for ( const JsonPlace &place : root.elementsOf( "modules" ) ) {
-      ModuleEntry entry = moduleAt( place );
-      modules.add( entry.name, place.member( "name" ) );
-      simulation->modules.push_back( std::move( entry ) );
-   }
+   simulation->path = path.string();
+   simulation->chipsPlace = json->find( "chips" ) ? json->find( "chips" )->place() : json->place();
+   Names names;
+   for ( const Json &entry : json->elementsOf( "chips" ) )
+      names.add( entry, findings );
+   Names modules;
+   for ( const Json &entry : json->elementsOf( "modules" ) )
+      modules.add( entry, findings );
+   if ( findings.size() != before )
+      return nullptr;
+   simulation->seed = json->unsignedOf( "seed" ).value_or( 0 );
+   for ( const Json &entry : json->elementsOf( "chips" ) )
+      simulation->chips.push_back( chipIn( entry ) );
+   for ( const Json &entry : json->elementsOf( "modules" ) )
+      simulation->modules.push_back( moduleIn( entry ) );
    return simulation;
+}
+
+void checkSimulation( const SimulationFile &simulation, const TopologyFile &topology,
+                      Findings &findings ) {
+   SimulationCheck( simulation, topology, findings ).run();
 }
 
 } // namespace BoardFiles

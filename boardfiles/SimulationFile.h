@@ -1,6 +1,6 @@
 #pragma once
 
-#include "boardfiles/JsonFile.h"
+#include "boardfiles/Json.h"
 
 #include <memory>
 #include <string>
@@ -8,40 +8,52 @@
 
 namespace BoardFiles {
 
-// One chip of a simulated board, its kind's own keys still in the file's value.
-struct SimulatedChipEntry {
+class TopologyFile;
+
+// One chip of a simulated board.
+struct SimulatedChip {
    uint32_t did = 0;
-   std::string name;
-   std::string kind;
+   Place didPlace{};
+   std::string name{};
+   std::string kind{};
    bool present = true;
-   JsonPlace place;
+   Json settings{}; // the whole entry, with the keys of its kind
+   Place place{};
 };
 
 // What can be pulled and inserted as one.
-struct ModuleEntry {
+struct SimulatedModule {
    struct Set {
-      std::string chip;
-      std::string quantity;
+      std::string chip{};
+      std::string quantity{};
       double in = 0;
       double out = 0;
-      JsonPlace place;
+      Place place{};
    };
-   std::string name;
+   std::string name{};
    bool present = true;
-   std::vector<std::string> chips;
-   std::vector<Set> sets;
-   JsonPlace place;
+   std::vector<std::string> chips{};
+   std::vector<Set> sets{};
+   Place place{};
 };
 
-// What the chips of a board hold, checked against boards/simulation.schema.json.
+// What the chips of a board hold.
 struct SimulationFile {
-   JsonFile file;
+   std::string path{};
    uint64_t seed = 0;
-   std::vector<SimulatedChipEntry> chips; // their places are in the file above
-   std::vector<ModuleEntry> modules;
+   std::vector<SimulatedChip> chips{};
+   std::vector<SimulatedModule> modules{};
+   Place chipsPlace{};
 };
 
-// Throws BoardError: besides what the schema finds, a name that is used twice.
-std::unique_ptr<const SimulationFile> loadSimulation( const std::string &path );
+// Reads the file and reports what its schema refuses and names that are there twice. Null when
+// there is anything of that.
+std::unique_ptr<const SimulationFile> readSimulation( const std::filesystem::path &path,
+                                                      Findings &findings );
+
+// Holds it against the wiring and against itself: chips that have no place or share one, a mux
+// without a chip, a module of chips that aren't there, a quantity that no chip of that kind has.
+void checkSimulation( const SimulationFile &simulation, const TopologyFile &topology,
+                      Findings &findings );
 
 } // namespace BoardFiles

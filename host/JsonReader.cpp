@@ -1,71 +1,64 @@
 #include "host/JsonReader.h"
 
-#include "boardfiles/Json.h"
-
 namespace Host {
 namespace {
 
-using rapidjson::Value;
+using BoardFiles::Json;
 
-double ageOf( const Value &json ) {
-   const Value *age = BoardFiles::Json::find( &json, "age" );
-   return age && age->IsNumber() ? age->GetDouble() : 0;
-}
-
-Scalar toScalar( const Value *json ) {
+Scalar toScalar( const Json *json ) {
    if ( !json )
       return {};
-   if ( json->IsBool() )
-      return json->GetBool();
-   if ( json->IsInt64() )
-      return json->GetInt64();
-   if ( json->IsNumber() )
-      return json->GetDouble();
-   if ( const auto words = BoardFiles::Json::toText( json ) )
+   if ( json->isBool() )
+      return json->isTrue();
+   if ( const auto integer = json->toInteger() )
+      return *integer;
+   if ( const auto number = json->toNumber() )
+      return *number;
+   if ( const auto words = json->toText() )
       return std::string( *words );
    return {};
 }
 
-Fault toFault( const Value &json ) {
-   Fault fault{ .words = BoardFiles::Json::textOf( json, "fault" ) };
-   if ( const Value *status = BoardFiles::Json::find( &json, "status" ); status && status->IsInt() )
-      fault.status = status->GetInt();
+State stateIn( const Json &json ) {
+   return stateOf( json.textOf( "state" ).value_or( "" ) ).value_or( State::Unreadable );
+}
+
+Fault toFault( const Json &json ) {
+   Fault fault{ .words = json.textOf( "fault" ).value_or( "" ) };
+   const Json *status = json.find( "status" );
+   if ( const auto number = status ? status->toInteger() : std::nullopt )
+      fault.status = static_cast<int>( *number );
    return fault;
 }
 
-ObjectReport toObject( const Value &json ) {
-   ObjectReport object{
-      .name = BoardFiles::Json::textOf( json, "name" ),
-      .type = BoardFiles::Json::textOf( json, "type" ),
-      .state = stateOf( BoardFiles::Json::textOf( json, "state" ) ).value_or( State::Unreadable ),
-      .fault = toFault( json ),
-      .age = ageOf( json )
-   };
-   for ( const Value &value :
-         BoardFiles::Json::elements( BoardFiles::Json::find( &json, "values" ) ) )
-      object.values.push_back( { toReading( value ), ageOf( value ) } );
+ObjectReport toObject( const Json &json ) {
+   ObjectReport object{ .name = json.textOf( "name" ).value_or( "" ),
+                        .type = json.textOf( "type" ).value_or( "" ),
+                        .state = stateIn( json ),
+                        .fault = toFault( json ),
+                        .age = json.numberOf( "age" ).value_or( 0 ) };
+   for ( const Json &value : json.elementsOf( "values" ) )
+      object.values.push_back( { toReading( value ), value.numberOf( "age" ).value_or( 0 ) } );
    return object;
 }
 
 } // namespace
 
-Reading toReading( const Value &json ) {
-   return { .name = BoardFiles::Json::textOf( json, "name" ),
-            .unit = BoardFiles::Json::textOf( json, "unit" ),
-            .state =
-               stateOf( BoardFiles::Json::textOf( json, "state" ) ).value_or( State::Unreadable ),
-            .value = toScalar( BoardFiles::Json::find( &json, "value" ) ),
+Reading toReading( const Json &json ) {
+   return { .name = json.textOf( "name" ).value_or( "" ),
+            .unit = json.textOf( "unit" ).value_or( "" ),
+            .state = stateIn( json ),
+            .value = toScalar( json.find( "value" ) ),
             .fault = toFault( json ) };
 }
 
-std::optional<BoardText> readBoard( const std::string &json ) {
-   rapidjson::Document document;
-   document.Parse( json.c_str(), json.size() );
-   if ( document.HasParseError() || !BoardFiles::Json::find( &document, "objects" ) )
+std::optional<BoardText> readBoard( const std::string &text ) {
+   BoardFiles::Findings findings;
+   const auto json = BoardFiles::parseJson( text, "board", findings );
+   if ( !json || !json->find( "objects" ) )
       return {};
-   BoardText board{ .board = BoardFiles::Json::textOf( document, "board" ) };
-   for ( const Value &object :
-         BoardFiles::Json::elements( BoardFiles::Json::find( &document, "objects" ) ) )
+   BoardText board{ .board = json->textOf( "board" ).value_or( "" ) };
+   for ( const Json &object : json->elementsOf( "objects" ) )
       board.objects.push_back( toObject( object ) );
    return board;
 }

@@ -1,15 +1,15 @@
 #pragma once
 
+#include "boardfiles/Json.h"
 #include "host/State.h"
 
 #include <optional>
-#include <rapidjson/document.h>
 #include <string>
 
 namespace Host {
 
 // A reading from its members; unreadable where its state is missing or unknown.
-Reading toReading( const rapidjson::Value &json );
+Reading toReading( const BoardFiles::Json &json );
 
 // What toJson() wrote: the board's folder and its objects.
 struct BoardText {
@@ -17,6 +17,6 @@ struct BoardText {
    BoardReport objects{};
 };
 // Nothing when the text is no such thing.
-std::optional<BoardText> readBoard( const std::string &json );
+std::optional<BoardText> readBoard( const std::string &text );
 
 } // namespace Host

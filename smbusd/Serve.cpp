@@ -43,7 +43,7 @@ struct Simulation {
 Bus::Busses routed( const std::string &path, Bus::Busses simulated ) {
    const auto routes = BoardFiles::loadRoutes( path );
    RoutedBusses busses( std::move( simulated ), {} );
-   for ( const BoardFiles::Route &route : routes->routes ) {
+   for ( const BoardFiles::Route &route : routes.routes ) {
       busses.add( route, []( const std::string &why ) { spdlog::warn( "not yet: {}", why ); } );
       if ( !busses.lastCarrier().empty() )
          spdlog::info( "{} is {}", toString( route.bus ), busses.lastCarrier() );
@@ -150,7 +150,7 @@ bool checkRoutes( const Options &options ) {
       return true;
    RoutedBusses busses( {}, {} );
    bool well = true;
-   for ( const BoardFiles::Route &route : routes->routes ) {
+   for ( const BoardFiles::Route &route : routes.routes ) {
       const auto tell = [&]( const std::string &what ) {
          fmt::print( "{:16} {}\n", toString( route.bus ), what );
       };

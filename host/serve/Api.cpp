@@ -21,19 +21,18 @@ Api::Response wrongMethod( const std::string &allow ) {
 
 // The words of {"words": ["reset", "on"]}; nothing for any other body.
 std::optional<std::vector<std::string>> wordsOf( const std::string &body ) {
-   rapidjson::Document json;
-   json.Parse<rapidjson::kParseIterativeFlag>( body.c_str(), body.size() );
-   if ( json.HasParseError() || !json.IsObject() || json.MemberCount() != 1 )
+   BoardFiles::Findings findings;
+   const auto json = BoardFiles::parseJson( body, "body", findings );
+   if ( !json || !findings.empty() || json->members().size() != 1 )
       return {};
-   const rapidjson::Value *list = BoardFiles::Json::find( &json, "words" );
-   if ( !list || !list->IsArray() )
+   const BoardFiles::Json *list = json->find( "words" );
+   if ( !list || list->type() != BoardFiles::Json::Type::List )
       return {};
    std::vector<std::string> words;
-   for ( const rapidjson::Value &word : list->GetArray() ) {
-      const auto text = BoardFiles::Json::toText( &word );
-      if ( !text )
+   for ( const BoardFiles::Json &word : list->elements() ) {
+      if ( !word.toText() )
          return {};
-      words.emplace_back( *text );
+      words.emplace_back( *word.toText() );
    }
    return words;
 }

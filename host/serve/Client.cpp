@@ -49,12 +49,13 @@ Reading Client::act( const std::string &object, const std::vector<std::string> &
       body.value( word );
    body.endList().endObject();
    const auto answer = call( true, "/v1/objects/" + object + "/action", body.text(), actionLimit );
-   rapidjson::Document json;
-   if ( !answer || json.Parse( answer->c_str() ).HasParseError() )
+   BoardFiles::Findings findings;
+   const auto json = answer ? BoardFiles::parseJson( *answer, "answer", findings ) : std::nullopt;
+   if ( !json )
       return { .state = State::Unreadable, .fault = { .words = "serve did not answer" } };
-   if ( const auto error = BoardFiles::Json::toText( BoardFiles::Json::find( &json, "error" ) ) )
-      return { .state = State::Unreadable, .fault = { .words = std::string( *error ) } };
-   return toReading( json );
+   if ( const auto error = json->textOf( "error" ) )
+      return { .state = State::Unreadable, .fault = { .words = *error } };
+   return toReading( *json );
 }
 
 std::optional<std::string> Client::call( bool isPost, const std::string &path,

@@ -1,25 +1,22 @@
 #pragma once
 
 #include "boardfiles/SimulationFile.h"
-#include "simulator/chips/Chip.h"
-#include "smbus/Clock.h"
+#include "simulator/chips/ChipKind.h"
 
-#include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace Simulator {
 
-// What a chip finds on the board; all of it outlives the chip.
-struct Surroundings {
-   const Bus::Clock &clock;
-   uint64_t seed = 0;
-   uint8_t address = 0;
-   std::function<void()> powerCycle;
-   std::function<void()> powerOff;
-};
+// All kinds of chip that a board can have, in the order of the schema.
+const std::vector<ChipKind> &chipKinds();
 
-// A chip as its entry describes it. Throws BoardError for a kind that nobody has written, and for
-// texts that the chip has no room for.
-std::unique_ptr<Chip> makeChip( const BoardFiles::SimulatedChipEntry &, const Surroundings & );
+// A chip as its entry describes it. Throws BoardError for a kind that isn't known, and for texts
+// that the chip has no room for.
+std::unique_ptr<Chip> makeChip( const BoardFiles::SimulatedChip &, const Surroundings & );
+
+// boards/simulation.schema.json, made of the chips' descriptions.
+std::string simulationSchemaText();
 
 } // namespace Simulator

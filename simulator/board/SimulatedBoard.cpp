@@ -9,19 +9,36 @@
 
 namespace Simulator {
 
+namespace {
+
+// Both files, held against each other, or all that is wrong with them.
+std::pair<std::unique_ptr<const BoardFiles::TopologyFile>,
+          std::unique_ptr<const BoardFiles::SimulationFile>>
+load( const std::string &topologyPath, const std::string &simulationPath ) {
+   BoardFiles::Findings findings;
+   auto topology = BoardFiles::readTopology( topologyPath, findings );
+   auto simulation = BoardFiles::readSimulation( simulationPath, findings );
+   if ( topology && simulation )
+      BoardFiles::checkSimulation( *simulation, *topology, findings );
+   BoardFiles::throwErrors( findings );
+   return { std::move( topology ), std::move( simulation ) };
+}
+
+} // namespace
+
 SimulatedBoard::SimulatedBoard( const std::string &topologyPath, const std::string &simulationPath,
                                 const Bus::Clock &clock )
-   : topology_( BoardFiles::loadTopology( topologyPath ) ),
-     simulation_( BoardFiles::loadSimulation( simulationPath ) ), clock_( clock ) {
-   for ( const BoardFiles::TopologyRoot &root : topology_.roots ) {
+   : clock_( clock ) {
+   const auto [topology, simulation] = load( topologyPath, simulationPath );
+   for ( const BoardFiles::TopologyRoot &root : topology->roots ) {
       BusSegment *&wire = roots_[root.id];
-      if ( !wire ) // described in pieces otherwise
+      if ( !wire ) // a file may describe a bus in pieces
          wire = &newWire();
       layBus( root.bus, *wire );
    }
-   seatChips( clock );
+   seatChips( *simulation );
    joinChannels();
-   addModules();
+   addModules( *simulation );
 }
 
 Bus::Busses SimulatedBoard::busses() {
@@ -65,14 +82,8 @@ void SimulatedBoard::layBus( const BoardFiles::TopologyBus &bus, BusSegment &wir
 }
 
 void SimulatedBoard::layDevice( const BoardFiles::TopologyDevice &device, BusSegment &wire ) {
-   if ( !device.address )
-      return;
-   const Place place{ &wire, *device.address };
-   const auto [first, isNew] = seats_.try_emplace( device.did, Seat{ place, device.place } );
-   if ( !isNew && first->second.place != place )
-      throw BoardFiles::BoardError::at(
-         topology_.path, device.place,
-         fmt::format( "did {} is elsewhere already, at {}", device.did, first->second.pointer ) );
+   if ( device.address )
+      seats_.try_emplace( device.did, Seat{ { &wire, *device.address }, device.place } );
 }
 
 void SimulatedBoard::layMux( const BoardFiles::TopologyMux &mux, const BoardFiles::TopologyBus &on,
@@ -81,32 +92,22 @@ void SimulatedBoard::layMux( const BoardFiles::TopologyMux &mux, const BoardFile
       return each.did == mux.did && each.address;
    } );
    if ( device == on.devices.end() )
-      throw BoardFiles::BoardError::at(
-         topology_.path, mux.place + "/did",
-         fmt::format( "no device of this bus has did {} and an address", mux.did ) );
+      throw BoardFiles::BoardError(
+         mux.didPlace, fmt::format( "the mux's chip, device {}, has no address", mux.did ) );
    for ( const BoardFiles::TopologyBus &bus : mux.busses ) {
-      const auto control = static_cast<uint8_t>( bus.id ); // the byte that selects the channel
-      if ( !std::has_single_bit( control ) )
-         throw BoardFiles::BoardError::at(
-            topology_.path, bus.place + "/id",
-            fmt::format( "{} selects no single channel: its low byte must have "
-                         "one bit (1, 2, 4, ... 128)",
-                         bus.id ) );
       BusSegment &behind = newWire();
-      const auto number = static_cast<unsigned>( std::countr_zero( control ) );
-      channels_.push_back( { mux.did, { &wire, *device->address }, number, &behind, mux.place } );
+      const auto number =
+         static_cast<unsigned>( std::countr_zero( static_cast<uint8_t>( bus.id ) ) );
+      channels_.push_back( { { &wire, *device->address }, number, &behind } );
       layBus( bus, behind );
    }
 }
 
-void SimulatedBoard::seatChips( const Bus::Clock &clock ) {
-   for ( const BoardFiles::SimulatedChipEntry &entry : simulation_->chips ) {
-      const auto seat = seats_.find( entry.did );
-      if ( seat == seats_.end() )
-         entry.place.member( "did" ).fail(
-            fmt::format( "no device of {} has did {} and an address", topology_.path, entry.did ) );
-      const Place &place = seat->second.place;
-      const Surroundings around{ clock, simulation_->seed, place.address,
+void SimulatedBoard::seatChips( const BoardFiles::SimulationFile &simulation ) {
+   for ( const BoardFiles::SimulatedChip &entry : simulation.chips ) {
+      const Seat &seat = seats_.at( entry.did );
+      const Place &place = seat.place;
+      const Surroundings around{ clock_, simulation.seed, place.address,
                                  [this] { bench_.powerCycle(); },
                                  [this] { bench_.powerIs( false ); } };
       try {
@@ -116,43 +117,32 @@ void SimulatedBoard::seatChips( const Bus::Clock &clock ) {
          if ( const auto *mux = dynamic_cast<const PCA9548 *>( &chip ) )
             muxes_.emplace( place, mux );
       } catch ( const BenchError &error ) {
-         entry.place.fail(
-            fmt::format( "{} ({} in {})", error.what(), seat->second.pointer, topology_.path ) );
+         throw BoardFiles::BoardError(
+            entry.place, fmt::format( "{} ({})", error.what(), toText( seat.where ) ) );
       }
    }
 }
 
 void SimulatedBoard::joinChannels() {
-   for ( const Channel &channel : channels_ ) {
-      const auto mux = muxes_.find( channel.mux );
-      if ( mux == muxes_.end() )
-         throw BoardFiles::BoardError::at(
-            simulation_->file.path, "/chips",
-            fmt::format( "no PCA9548 for did {}, the multiplexer at {} in {}", channel.muxDid,
-                         channel.pointer, topology_.path ) );
-      channel.mux.wire->join( *mux->second, channel.number, *channel.behind );
-   }
+   for ( const Channel &channel : channels_ )
+      channel.mux.wire->join( *muxes_.at( channel.mux ), channel.number, *channel.behind );
 }
 
-void SimulatedBoard::addModules() {
-   for ( const BoardFiles::ModuleEntry &entry : simulation_->modules ) {
+void SimulatedBoard::addModules( const BoardFiles::SimulationFile &simulation ) {
+   for ( const BoardFiles::SimulatedModule &entry : simulation.modules ) {
       Bench::Module module{ entry.name, {}, {}, entry.present };
       try {
          for ( const std::string &chip : entry.chips )
             module.chips.push_back( &bench_.chip( chip ) );
-         for ( const BoardFiles::ModuleEntry::Set &set : entry.sets ) {
+         for ( const BoardFiles::SimulatedModule::Set &set : entry.sets ) {
             Quantity quantity = bench_.quantity( set.chip, set.quantity );
             if ( !quantity.set )
-               set.place.fail( fmt::format( "{} can't be set", set.quantity ) );
+               throw BoardFiles::BoardError( set.place,
+                                             fmt::format( "{} can't be set", set.quantity ) );
             module.sets.push_back( { std::move( quantity ), set.in, set.out } );
          }
       } catch ( const BenchError &error ) {
-         entry.place.fail( error.what() );
-      }
-      for ( const Chip *chip : module.chips ) {
-         if ( chip->present() != module.present )
-            entry.place.fail( fmt::format( "{} is {}, which the module is not", chip->name(),
-                                           chip->present() ? "present" : "absent" ) );
+         throw BoardFiles::BoardError( entry.place, error.what() );
       }
       bench_.add( std::move( module ) );
    }

@@ -20,7 +20,7 @@ namespace Simulator {
 // of one chip. Names serve messages and the bench; transfers go by wires and addresses alone.
 class SimulatedBoard {
  public:
-   // The clock outlives the board. Throws BoardError.
+   // The clock outlives the board. Throws BoardError for files with errors.
    SimulatedBoard( const std::string &topologyPath, const std::string &simulationPath,
                    const Bus::Clock & );
 
@@ -43,27 +43,23 @@ class SimulatedBoard {
    };
    struct Seat {
       Place place;
-      std::string pointer; // in the topology
+      BoardFiles::Place where; // in the topology
    };
    struct Channel {
-      uint32_t muxDid;
       Place mux;
       unsigned number;
       BusSegment *behind;
-      std::string pointer;
    };
 
    BusSegment &newWire();
    void layBus( const BoardFiles::TopologyBus &, BusSegment & );
    void layDevice( const BoardFiles::TopologyDevice &, BusSegment & );
    void layMux( const BoardFiles::TopologyMux &, const BoardFiles::TopologyBus &on, BusSegment & );
-   void seatChips( const Bus::Clock & );
+   void seatChips( const BoardFiles::SimulationFile & );
    void joinChannels();
-   void addModules();
+   void addModules( const BoardFiles::SimulationFile & );
    void report( const Bus::RootBusId &, const Bus::Transfer &, const SimulatedBus::Carried & );
 
-   const BoardFiles::TopologyFile topology_;
-   const std::unique_ptr<const BoardFiles::SimulationFile> simulation_;
    std::vector<std::unique_ptr<BusSegment>> wires_;
    std::map<Bus::RootBusId, BusSegment *> roots_;
    std::map<uint32_t, Seat> seats_; // by did

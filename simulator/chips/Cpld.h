@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/chips/Chip.h"
+#include "simulator/chips/ChipKind.h"
 
 #include <map>
 
@@ -46,5 +46,9 @@ class Cpld : public Chip {
    Registers registers_;
    uint16_t pointer_ = 0;
 };
+
+// The key "registers" of a CPLD's entry, and what it says.
+EntryKey registersKey();
+Cpld::Registers registersIn( const ChipEntry & );
 
 } // namespace Simulator

@@ -224,4 +224,26 @@ bool EMC2305::write( uint8_t byte ) {
 
 uint8_t EMC2305::read() { return at( pointer_++ ); }
 
+ChipKind emc2305Kind() {
+   const EntryKey rotor = object(
+      "", "",
+      { text( "name", "For people; the names of its quantities begin with it.", 64 ),
+        number( "maxRpm", "At full drive.", 1, 100000 ),
+        integer( "bootDrive", "What the board's boot code leaves in the setting register, of 255.",
+                 0, 255 ) } );
+   return { .name = "EMC2305",
+            .description = "A controller of five fans, with its rotors.",
+            .settings = { list( "rotors", "On its channels, the first one first.", rotor, 0,
+                                EMC2305::channels ) },
+            .settable = { ".+ (stalled|seated)" },
+            .make = []( const ChipEntry &entry ) -> std::unique_ptr<Chip> {
+               std::vector<EMC2305::Rotor> rotors;
+               for ( const auto &each : entry.find( "rotors" )->elements() )
+                  rotors.push_back( { *each.textOf( "name" ), *each.numberOf( "maxRpm" ),
+                                      static_cast<uint8_t>( *each.unsignedOf( "bootDrive" ) ) } );
+               return std::make_unique<EMC2305>( entry.name(), entry.around.clock,
+                                                 std::move( rotors ) );
+            } };
+}
+
 } // namespace Simulator

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/chips/Chip.h"
+#include "simulator/chips/ChipKind.h"
 #include "simulator/chips/Inertia.h"
 
 #include <array>
@@ -57,5 +57,7 @@ class EMC2305 final : public Chip {
    std::array<uint8_t, 256> registers_{};
    uint8_t pointer_ = 0;
 };
+
+ChipKind emc2305Kind();
 
 } // namespace Simulator

@@ -58,4 +58,22 @@ EepromImage fruImage( const FruProduct &product ) {
    return image;
 }
 
+ChipKind fru24C02Kind() {
+   constexpr unsigned longest = 63; // six bits of length
+   return { .name = "Fru24C02",
+            .description = "A memory with FRU information.",
+            .settings = { text( "manufacturer", "Who made it.", longest ),
+                          text( "product", "The product's name.", longest ),
+                          text( "partNumber", "Part or model number.", longest ),
+                          text( "version", "The product's version.", longest ),
+                          text( "serial", "Serial number.", longest ),
+                          text( "assetTag", "Asset tag.", longest ) },
+            .make = []( const ChipEntry &entry ) -> std::unique_ptr<Chip> {
+               const FruProduct product{ entry.text( "manufacturer" ), entry.text( "product" ),
+                                         entry.text( "partNumber" ),   entry.text( "version" ),
+                                         entry.text( "serial" ),       entry.text( "assetTag" ) };
+               return std::make_unique<Eeprom24C02>( entry.name(), fruImage( product ) );
+            } };
+}
+
 } // namespace Simulator

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/chips/ChipKind.h"
 #include "simulator/chips/Eeprom24C02.h"
 
 namespace Simulator {
@@ -19,5 +20,7 @@ struct FruProduct {
 // one character, which the format has no room for, gets a blank behind it. Throws std::length_error
 // when a field has over 63 characters or all of them don't fit.
 EepromImage fruImage( const FruProduct & );
+
+ChipKind fru24C02Kind();
 
 } // namespace Simulator

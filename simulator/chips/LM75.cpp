@@ -83,4 +83,30 @@ uint8_t LM75::read() {
    return lastRead_;
 }
 
+ChipKind lm75Kind() {
+   return {
+      .name = "LM75",
+      .description = "A thermometer.",
+      .settings = { number( "temperature", "Degrees Celsius.", -55, 125 ),
+                    object( "drift", "How the temperature changes by itself; it stays without it.",
+                            { number( "amplitude", "Degrees Celsius, at most so far either side.",
+                                      0, 50 ),
+                              number( "period", "Seconds from one turn to the next.", 1, 86400 ) } )
+                       .optional() },
+      .settable = { "temperature" },
+      .make = []( const ChipEntry &entry ) -> std::unique_ptr<Chip> {
+         auto chip = std::make_unique<LM75>( entry.name(), entry.around.clock );
+         Drift drift;
+         if ( const auto *settings = entry.find( "drift" ) ) {
+            // Neighbours drift apart: the device id is part of the seed.
+            drift = Drift( *settings->numberOf( "amplitude" ),
+                           std::chrono::duration<double>( *settings->numberOf( "period" ) ),
+                           entry.around.seed << 32 | entry.did() );
+         }
+         chip->temperatureIs( entry.number( "temperature" ), drift );
+         return chip;
+      }
+   };
+}
+
 } // namespace Simulator

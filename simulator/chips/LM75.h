@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/chips/Chip.h"
+#include "simulator/chips/ChipKind.h"
 #include "simulator/chips/Drift.h"
 
 #include <array>
@@ -44,5 +44,7 @@ class LM75 final : public Chip {
    uint8_t firstByte_ = 0;           // of a word that is being written
    uint8_t lastRead_ = 0;
 };
+
+ChipKind lm75Kind();
 
 } // namespace Simulator

@@ -79,4 +79,32 @@ EepromImage qsfpImage( const ModuleIdentity &identity ) {
    return image;
 }
 
+namespace {
+
+ChipKind moduleKind( std::string name, std::string description, unsigned revisionBytes,
+                     EepromImage ( *image )( const ModuleIdentity & ) ) {
+   return { .name = std::move( name ),
+            .description = std::move( description ),
+            .settings = { text( "vendor", "Who made it.", 16 ),
+                          text( "partNumber", "Its part number.", 16 ),
+                          text( "revision", "Of the part.", revisionBytes ),
+                          text( "serial", "Serial number.", 16 ), text( "date", "YYMMDD.", 8 ) },
+            .make = [image]( const ChipEntry &entry ) -> std::unique_ptr<Chip> {
+               return std::make_unique<Eeprom24C02>(
+                  entry.name(), image( { entry.text( "vendor" ), entry.text( "partNumber" ),
+                                         entry.text( "revision" ), entry.text( "serial" ),
+                                         entry.text( "date" ) } ) );
+            } };
+}
+
+} // namespace
+
+ChipKind sfpModuleKind() {
+   return moduleKind( "SfpModule", "The serial id of an SFP.", 4, sfpImage );
+}
+
+ChipKind qsfpModuleKind() {
+   return moduleKind( "QsfpModule", "The memory of a QSFP.", 2, qsfpImage );
+}
+
 } // namespace Simulator

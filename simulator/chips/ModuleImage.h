@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/chips/ChipKind.h"
 #include "simulator/chips/Eeprom24C02.h"
 
 namespace Simulator {
@@ -19,5 +20,8 @@ EepromImage sfpImage( const ModuleIdentity & );
 
 // Lower page and upper page 00h of a 40GBASE-SR4 QSFP+ module without other pages (SFF-8636).
 EepromImage qsfpImage( const ModuleIdentity & );
+
+ChipKind sfpModuleKind();
+ChipKind qsfpModuleKind();
 
 } // namespace Simulator

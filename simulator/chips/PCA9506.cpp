@@ -92,4 +92,26 @@ void PCA9506::stopped() {
       action_();
 }
 
+ChipKind pca9506Kind() {
+   const EntryKey pin = integer( "", "A pin.", 0, PCA9506::pins - 1 );
+   return {
+      .name = "PCA9506",
+      .description = "An expander of 40 pins.",
+      .settings = { list( "pullDown", "Pins that are pulled down; the others are pulled up.", pin )
+                       .optional(),
+                    list( "powerOff",
+                          "Pins that turn the board off when all of them are driven high.", pin, 1 )
+                       .optional() },
+      .settable = { "pin[0-9]+" },
+      .make = []( const ChipEntry &entry ) -> std::unique_ptr<Chip> {
+         auto chip = std::make_unique<PCA9506>( entry.name() );
+         for ( const unsigned each : entry.numbers( "pullDown" ) )
+            chip->pullIs( each, false );
+         if ( entry.find( "powerOff" ) )
+            chip->onHigh( entry.numbers( "powerOff" ), entry.around.powerOff );
+         return chip;
+      }
+   };
+}
+
 } // namespace Simulator

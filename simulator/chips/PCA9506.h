@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/chips/Chip.h"
+#include "simulator/chips/ChipKind.h"
 
 #include <array>
 #include <optional>
@@ -53,5 +53,7 @@ class PCA9506 final : public Chip {
    std::vector<unsigned> watched_;
    std::function<void()> action_;
 };
+
+ChipKind pca9506Kind();
 
 } // namespace Simulator

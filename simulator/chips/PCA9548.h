@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/chips/Chip.h"
+#include "simulator/chips/ChipKind.h"
 
 #include <optional>
 
@@ -35,5 +35,7 @@ class PCA9548 final : public Chip {
    uint8_t control_ = 0;
    std::optional<uint8_t> written_; // since the start
 };
+
+ChipKind pca9548Kind();
 
 } // namespace Simulator

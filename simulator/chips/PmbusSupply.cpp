@@ -266,4 +266,47 @@ void PmbusSupply::stopped() {
       status_[Cml] |= invalidData;
 }
 
+namespace {
+
+std::unique_ptr<Chip> makeSupply( const ChipEntry &entry ) {
+   SupplyModel::Rating rating;
+   rating.nominalVolts = entry.number( "volts", rating.nominalVolts );
+   rating.maxAmperes = entry.number( "maxAmperes", rating.maxAmperes );
+   rating.efficiency = entry.number( "efficiency", rating.efficiency );
+   const auto maxRpm = entry.find( "maxRpm" )->elements();
+   for ( size_t fan = 0; fan < maxRpm.size(); ++fan )
+      rating.maxRpm[fan] = *maxRpm[fan].toNumber();
+   auto chip = std::make_unique<PmbusSupply>(
+      entry.name(), entry.around.address, entry.around.clock, rating,
+      PmbusSupply::Identity{ entry.text( "manufacturer" ), entry.text( "model" ),
+                             entry.text( "revision" ), entry.text( "serial" ) } );
+   chip->model().lineIs( entry.number( "line" ) );
+   chip->model().loadIs( entry.number( "load" ) );
+   chip->model().ambientIs( entry.number( "ambient" ) );
+   chip->model().settle();
+   return chip;
+}
+
+} // namespace
+
+ChipKind pmbusSupplyKind() {
+   return {
+      .name = "PmbusSupply",
+      .description = "A power supply with PMBus.",
+      .settings = { text( "manufacturer", "MFR_ID.", 32 ), text( "model", "MFR_MODEL.", 32 ),
+                    text( "revision", "MFR_REVISION.", 32 ), text( "serial", "MFR_SERIAL.", 32 ),
+                    number( "line", "Volts of the mains.", 0, 300 ),
+                    number( "load", "Amperes at the output.", 0, 100 ),
+                    number( "ambient", "Degrees Celsius of the air that it takes in.", -40, 100 ),
+                    number( "volts", "Nominal output; 12 without it.", 1, 60 ).optional(),
+                    number( "maxAmperes", "What it can give; 70 without it.", 1, 100 ).optional(),
+                    number( "efficiency", "Output by input power; 0.92 without it.", 0.1, 1 )
+                       .optional(),
+                    list( "maxRpm", "Of its one or two fans, at full drive.",
+                          number( "", "Revolutions a minute.", 1, 100000 ), 1, 2 ) },
+      .settable = { "line", "load", "ambient", "failed", ".+ stalled" },
+      .make = makeSupply
+   };
+}
+
 } // namespace Simulator

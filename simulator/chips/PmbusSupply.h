@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/chips/Chip.h"
+#include "simulator/chips/ChipKind.h"
 #include "simulator/chips/SupplyModel.h"
 
 #include <map>
@@ -63,5 +63,7 @@ class PmbusSupply final : public Chip {
    size_t position_ = 0;
    uint8_t pec_ = 0;
 };
+
+ChipKind pmbusSupplyKind();
 
 } // namespace Simulator

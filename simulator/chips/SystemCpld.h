@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/chips/ChipKind.h"
 #include "simulator/chips/Cpld.h"
 
 namespace Simulator {
@@ -28,5 +29,7 @@ class SystemCpld final : public Cpld {
    bool asked_ = false;
    std::function<void()> action_;
 };
+
+ChipKind systemCpldKind();
 
 } // namespace Simulator

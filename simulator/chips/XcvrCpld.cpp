@@ -106,4 +106,36 @@ std::vector<Quantity> XcvrCpld::quantities() {
    return all;
 }
 
+namespace {
+
+constexpr const char *settableLines = "q?sfp[0-9]+ (presence|interrupt|rxLos|txFault)";
+
+} // namespace
+
+ChipKind qsfpCpldKind() {
+   return { .name = "QsfpCpld",
+            .description = "The CPLD of 32 QSFP cages, qsfp1 to qsfp32.",
+            .settings = { registersKey() },
+            .settable = { settableLines },
+            .make = []( const ChipEntry &entry ) -> std::unique_ptr<Chip> {
+               return std::make_unique<XcvrCpld>( entry.name(), XcvrCpld::qsfpCpld, 1,
+                                                  registersIn( entry ) );
+            } };
+}
+
+ChipKind sfpCpldKind() {
+   return { .name = "SfpCpld",
+            .description = "The CPLD of 48 SFP cages, from sfp1 on, and 6 QSFP cages.",
+            .settings = { integer( "firstQsfp", "The number of its first QSFP cage; 1 without it.",
+                                   1, 1000 )
+                             .optional(),
+                          registersKey() },
+            .settable = { settableLines },
+            .make = []( const ChipEntry &entry ) -> std::unique_ptr<Chip> {
+               const auto firstQsfp = static_cast<unsigned>( entry.number( "firstQsfp", 1 ) );
+               return std::make_unique<XcvrCpld>( entry.name(), XcvrCpld::sfpCpld, firstQsfp,
+                                                  registersIn( entry ) );
+            } };
+}
+
 } // namespace Simulator

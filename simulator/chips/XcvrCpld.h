@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/chips/ChipKind.h"
 #include "simulator/chips/Cpld.h"
 
 #include <array>
@@ -48,5 +49,8 @@ class XcvrCpld final : public Cpld {
    std::vector<Line> lines_;
    Registers inputs_; // levels of the lines from the modules
 };
+
+ChipKind qsfpCpldKind();
+ChipKind sfpCpldKind();
 
 } // namespace Simulator

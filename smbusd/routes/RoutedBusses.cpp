@@ -22,9 +22,10 @@ std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route
                                                   const Warn & ) {
    const auto found = simulated_.find( route.bus );
    if ( found == simulated_.end() )
-      route.place.fail( simulated_.empty() ? "no board is simulated"
-                                           : fmt::format( "the simulated board has no {}",
-                                                          toString( route.bus ) ) );
+      throw BoardFiles::BoardError(
+         route.place, simulated_.empty()
+                         ? "no board is simulated"
+                         : fmt::format( "the simulated board has no {}", toString( route.bus ) ) );
    carrier_ = "simulated";
    return std::move( found->second );
 }
@@ -39,14 +40,15 @@ std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route
    try {
       const unsigned number = findAdapter( to.adapter, places_ );
       carrier_ = describeAdapter( number, places_ );
-      const auto [earlier, isNew] = adapters_.emplace( number, route.place.pointer() );
+      const auto [earlier, isNew] = adapters_.emplace( number, toText( route.place ) );
       if ( !isNew )
-         route.place.fail(
-            fmt::format( "on the same adapter, number {}, like {}", number, earlier->second ) );
+         throw BoardFiles::BoardError(
+            route.place, fmt::format( "on the same adapter, number {}, as the route at {}", number,
+                                      earlier->second ) );
       bus->open();
    } catch ( const AdapterError &error ) {
       if ( !route.optional )
-         route.place.fail( error.what() );
+         throw BoardFiles::BoardError( route.place, error.what() );
       warn( fmt::format( "{}: {}", toString( route.bus ), error.what() ) );
    }
    return bus;
@@ -61,7 +63,7 @@ std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route
       bus->open();
    } catch ( const PortError &error ) {
       if ( !route.optional )
-         route.place.fail( error.what() );
+         throw BoardFiles::BoardError( route.place, error.what() );
       warn( fmt::format( "{}: {}", toString( route.bus ), error.what() ) );
    }
    return bus;

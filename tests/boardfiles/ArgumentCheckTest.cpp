@@ -1,7 +1,5 @@
 #include "boardfiles/ArgumentCheck.h"
 
-#include "boardfiles/Json.h"
-
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
@@ -16,20 +14,20 @@ using ::testing::IsEmpty;
 class ArgumentCheckTest : public ::testing::Test {
  protected:
    std::vector<std::string> check( const char *kind, const char *json ) {
-      rapidjson::Document args;
-      args.Parse( json );
       Findings findings;
+      const auto document =
+         parseJson( fmt::format( R"({{ "driverArgs": {} }})", json ), "f", findings );
       const DriverRule &chip = table_->drivers.at( "Chip" );
-      checkArguments( &args, chip, chip.makes.at( kind ), Place{ "f" }, findings );
+      checkArguments( deviceDocument( *document ), chip, chip.makes.at( kind ), findings );
       std::vector<std::string> texts;
       for ( const Finding &finding : findings )
-         texts.push_back( finding.place + ": " + finding.reason );
+         texts.push_back( finding.place.pointer + ": " + finding.reason );
       return texts;
    }
 
    Findings none_;
    std::optional<DriverTable> table_ =
-      loadDriverTable( SCRIPTED_BOARD "/libScriptedPlugin.drivers.json", none_ );
+      readDriverTable( SCRIPTED_BOARD "/libScriptedPlugin.drivers.json", none_ );
 };
 
 TEST_F( ArgumentCheckTest, TakesNumbersAndTheirDecimalText ) {
@@ -65,9 +63,11 @@ TEST_F( ArgumentCheckTest, ChecksNumbersAndBooleans ) {
 }
 
 TEST_F( ArgumentCheckTest, TellsWhatIsMissingAndWhatNoDriverReads ) {
-   EXPECT_THAT( check( "gpio", R"({ "bitPos": 3, "register": 0 })" ),
-                ElementsAre( ": driver argument \"bitpos\" is missing",
-                             "/driverArgs/bitPos: is no argument of this driver" ) );
+   EXPECT_THAT(
+      check( "gpio", R"({ "bitPos": 3, "register": 0 })" ),
+      ElementsAre( ": driver argument \"bitpos\" is missing",
+                   "/driverArgs/bitPos: \"bitPos\" is not an argument of this driver (did you "
+                   "mean \"bitpos\"?)" ) );
 }
 
 TEST_F( ArgumentCheckTest, TakesAFlagWhateverItsValue ) {
@@ -79,8 +79,9 @@ TEST_F( ArgumentCheckTest, HasRangesOfTheirOwnForTheCasesOfAKind ) {
    EXPECT_THAT( check( "xcvr", R"({ "type": "sfp", "id": 48 })" ), IsEmpty() );
    EXPECT_THAT( check( "xcvr", R"({ "type": "qsfp", "id": 7 })" ),
                 ElementsAre( "/driverArgs/id: 7 is more than 6" ) );
-   EXPECT_THAT( check( "xcvr", R"({ "type": "cfp", "id": 1 })" ),
-                ElementsAre( "/driverArgs/type: \"cfp\" is none of qsfp, sfp" ) );
+   EXPECT_THAT(
+      check( "xcvr", R"({ "type": "cfp", "id": 1 })" ),
+      ElementsAre( "/driverArgs/type: \"cfp\" is none of qsfp, sfp (did you mean \"sfp\"?)" ) );
    EXPECT_THAT( check( "xcvr", R"({ "id": 1 })" ),
                 ElementsAre( ": driver argument \"type\" is missing" ) );
 }
@@ -90,7 +91,8 @@ TEST_F( ArgumentCheckTest, WantsNumberedArgumentsTogetherAndWithoutAGap ) {
    EXPECT_THAT( check( "slot", R"({ "model_1": "A", "text_1": "{n}", "model_2": "B" })" ),
                 ElementsAre( ": driver argument \"text_2\" is missing" ) );
    EXPECT_THAT( check( "slot", R"({ "model_1": "A", "text_1": "{n}", "model_3": "C" })" ),
-                ElementsAre( "/driverArgs/model_3: is no argument of this driver" ) );
+                ElementsAre( "/driverArgs/model_3: \"model_3\" is not an argument of this driver "
+                             "(did you mean \"model_2\"?)" ) );
    EXPECT_THAT( check( "slot", R"({})" ),
                 ElementsAre( ": driver argument \"model_1\" is missing",
                              ": driver argument \"text_1\" is missing" ) );

@@ -15,7 +15,7 @@ using namespace Bus;
 
 class RoutesFileTest : public ::testing::Test {
  protected:
-   std::unique_ptr<const RoutesFile> load( const std::string &routes ) {
+   RoutesFile load( const std::string &routes ) {
       return loadRoutes( folder.write( "routes.json", "{ \"routes\": [" + routes + "] }" ) );
    }
    // What is said of them, without the file's name.
@@ -24,9 +24,11 @@ class RoutesFileTest : public ::testing::Test {
          load( routes );
          return "none";
       } catch ( const BoardError &error ) {
-         const std::string text = error.what(), file = folder.file( "routes.json: " );
-         EXPECT_TRUE( text.starts_with( file ) ) << text;
-         return text.substr( file.size() );
+         std::string text = error.what();
+         const std::string file = folder.file( "routes.json:" );
+         for ( size_t at; ( at = text.find( file ) ) != text.npos; )
+            text.erase( at, file.size() );
+         return text;
       }
    }
    TestSupport::PrivateFolder folder;
@@ -40,7 +42,7 @@ TEST_F( RoutesFileTest, ReadsEveryKindOfRoute ) {
       { "bus": "i2c:0", "adapter": { "number": 7 } },
       { "bus": "ioport:0", "ports": { "base": 512, "size": 16 } },
       { "bus": "celestica:1:1", "simulated": true } )" );
-   const std::vector<Route> &routes = file->routes;
+   const std::vector<Route> &routes = file.routes;
    ASSERT_EQ( routes.size(), 5u );
    EXPECT_EQ( toString( routes[0].bus ), "scd(4):1:2" );
    EXPECT_TRUE( routes[0].optional );
@@ -65,43 +67,42 @@ TEST_F( RoutesFileTest, ReadsTheExampleInTheDocuments ) {
    const size_t start = text.find( "```json\n" ) + 8;
    const auto file = loadRoutes(
       folder.write( "example.json", text.substr( start, text.find( "```", start ) - start ) ) );
-   EXPECT_EQ( file->routes.size(), 6u );
+   EXPECT_EQ( file.routes.size(), 6u );
 }
 
 TEST_F( RoutesFileTest, RefusesWhatTheSchemaDoesntHave ) {
    EXPECT_EQ( complaint( R"({ "bus": "i2c:0" })" ),
-              "/routes/0: has to have one of \"simulated\", \"adapter\", \"ports\", and only one" );
+              "1:14: needs exactly one of \"simulated\", \"adapter\", \"ports\", has none" );
    EXPECT_EQ( complaint( R"({ "bus": "i2c:0", "simulated": true, "adapter": { "number": 1 } })" ),
-              "/routes/0: has to have one of \"simulated\", \"adapter\", \"ports\", and only one" );
-   EXPECT_EQ(
-      complaint( R"({ "bus": "i2c:0", "adapter": {} })" ),
-      "/routes/0/adapter: has to have one of \"number\", \"name\", \"path\", and only one" );
-   EXPECT_EQ( complaint( R"({ "simulated": true })" ), "/routes/0: has no \"bus\"" );
+              "1:14: needs exactly one of \"simulated\", \"adapter\", \"ports\", has several" );
+   EXPECT_EQ( complaint( R"({ "bus": "i2c:0", "adapter": {} })" ),
+              "1:43: needs exactly one of \"number\", \"name\", \"path\", has none" );
+   EXPECT_EQ( complaint( R"({ "simulated": true })" ), "1:14: \"bus\" is missing" );
    EXPECT_EQ( complaint( R"({ "bus": "i2c:0", "simulated": true, "pec": 1 })" ),
-              "/routes/0/pec: unknown key" );
+              "1:51: unknown key \"pec\"" );
    EXPECT_EQ(
       complaint(
          R"({ "bus": "i2c:0", "adapter": { "number": 1 }, "chips": [ { "address": 128 } ] })" ),
-      "/routes/0/chips/0/address: 128 is above 127" );
+      "1:84: 128 is above 127" );
 }
 
 TEST_F( RoutesFileTest, RefusesWhatIsNoBus ) {
-   EXPECT_EQ( complaint( R"({ "bus": "scd:1:2", "simulated": true })" ),
-              "/routes/0/bus: \"scd:1:2\" is no bus; i2c:0, scd(4):1:2, celestica:1:1 and ioport:0 "
-              "are" );
+   EXPECT_EQ(
+      complaint( R"({ "bus": "scd:1:2", "simulated": true })" ),
+      "1:23: \"scd:1:2\" is not a bus; write i2c:0, scd(4):1:2, celestica:1:1 or ioport:0" );
 }
 
 TEST_F( RoutesFileTest, RefusesTwoRoutesOfOneBus ) {
    EXPECT_EQ( complaint( R"({ "bus": "celestica:1:1", "simulated": true },
                             { "bus": "celestica(0):1:0x1", "adapter": { "number": 1 } })" ),
-              "/routes/1: a route of celestica:1:1, like /routes/0" );
+              "2:29: the same bus, celestica:1:1, as the route at 1:14" );
 }
 
 TEST_F( RoutesFileTest, RefusesTwoBussesOnOneAdapter ) {
    EXPECT_EQ( complaint( R"({ "bus": "i2c:0", "adapter": { "name": "card" } },
                             { "bus": "i2c:1", "adapter": { "number": 1 } },
                             { "bus": "i2c:2", "adapter": { "name": "card" } })" ),
-              "/routes/2: on the same adapter, like /routes/0" );
+              "3:29: the same adapter as the route at 1:14" );
 }
 
 TEST_F( RoutesFileTest, RefusesPortsThatOverlapOrDontExist ) {
@@ -110,19 +111,19 @@ TEST_F( RoutesFileTest, RefusesPortsThatOverlapOrDontExist ) {
                         R"({ "bus": "ioport:1", "ports": )" + other + " }" );
    };
    EXPECT_EQ( windows( R"({ "base": 512, "size": 16 })", R"({ "base": 527, "size": 1 })" ),
-              "/routes/1: with some of the same ports, like /routes/0" );
+              "1:74: some of the same ports as the route at 1:14" );
    EXPECT_EQ( windows( R"({ "base": 512, "size": 16 })", R"({ "base": 528, "size": 1 })" ),
               "none" );
-   EXPECT_EQ( windows( R"({ "base": 65535, "size": 1 })", R"({ "base": 65535, "size": 2 })" ),
-              "/routes/1/ports: 2 ports from 0xffff on reach beyond the last, 0xffff" );
+   EXPECT_EQ( windows( R"({ "base": 1, "size": 1 })", R"({ "base": 65535, "size": 2 })" ),
+              "1:101: 2 ports from 0xffff on go beyond the last, 0xffff" );
 }
 
-TEST_F( RoutesFileTest, RefusesChipsThatAreToldOfTwiceOrHaveNoAdapter ) {
+TEST_F( RoutesFileTest, RefusesChipsThatAreThereTwiceOrHaveNoAdapter ) {
    EXPECT_EQ( complaint( R"({ "bus": "i2c:0", "adapter": { "number": 1 },
                               "chips": [ { "address": 49 }, { "address": 49, "force": true } ] })" ),
-              "/routes/0/chips/1: address 0x31 has an entry already" );
+              "2:61: address 0x31 has an entry already" );
    EXPECT_EQ( complaint( R"({ "bus": "i2c:0", "simulated": true, "chips": [] })" ),
-              "/routes/0/chips: only an adapter's route tells of chips" );
+              "1:60: only the route of an adapter can have chips" );
 }
 
 } // namespace

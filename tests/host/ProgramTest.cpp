@@ -31,7 +31,7 @@ TEST_F( ProgramTest, CheckEndsWith0ForAGoodBoardAnd3ForABadOne ) {
    folder.write( "topology.json", "{}" );
    EXPECT_EQ( run( { "check", folder.path() } ), 3 );
    EXPECT_THAT( err, HasSubstr( "objects.json:1:4: Missing a name for object member." ) );
-   EXPECT_THAT( err, HasSubstr( "topology.json: must be a list" ) );
+   EXPECT_THAT( err, HasSubstr( "topology.json:1:1: an object is not a list" ) );
 }
 
 TEST_F( ProgramTest, NoCommandLetsABadBoardReachThePlugin ) {

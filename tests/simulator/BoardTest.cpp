@@ -1,9 +1,15 @@
 #include "HandClock.h"
 #include "PrivateFolder.h"
-#include "boardfiles/JsonFile.h"
+#include "boardfiles/Finding.h"
+#include "simulator/board/ChipKinds.h"
 #include "simulator/board/SimulatedBoard.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <regex>
 
 namespace SimulatorTest {
 
@@ -14,6 +20,7 @@ using namespace BoardFiles;
 using namespace Bus;
 using namespace Simulator;
 using namespace std::chrono_literals;
+using ::testing::HasSubstr;
 using Kind = Transfer::Kind;
 
 class BoardTest : public ::testing::Test {
@@ -123,128 +130,73 @@ TEST_F( BoardTest, LeavesAPlaceEmptyWhoseChipIsNotPresent ) {
               noAddressAcknowledge );
 }
 
-TEST_F( BoardTest, NamesFileAndReasonOfWhatCannotBeRead ) {
+TEST_F( BoardTest, NamesAllThatIsWrongInBothFiles ) {
+   topology = R"([ { "type": "I2C", "ham": "H", "bus": { "id": 128 } } ])";
+   simulation = R"({ "chips": [ { "did": 10, "name": "t", "chip": "LM75" } ] })";
+   EXPECT_EQ( complaint(), "topology.json:1:47: 128 is above 127, the highest that a request can "
+                           "carry\nsimulation.json:1:14: \"temperature\" is missing" );
+}
+
+TEST_F( BoardTest, NamesFilesThatCannotBeRead ) {
    try {
       SimulatedBoard( folder.file( "nowhere.json" ), folder.file( "" ), clock );
       FAIL();
    } catch ( const BoardError &error ) {
       EXPECT_EQ( error.what(),
-                 folder.file( "nowhere.json: can't be read: No such file or directory" ) );
+                 folder.file( "nowhere.json: no such file\n" ) + folder.file( ": not a file" ) );
    }
 }
 
-TEST_F( BoardTest, NamesLineAndColumnOfWhatDoesNotParse ) {
-   topology = "[\n   { \"type\" \"SCD\" }\n]";
-   EXPECT_EQ( complaint(), "topology.json:2:13: Missing a colon after a name of object member." );
-   topology = "[]";
-   simulation = "{";
-   EXPECT_EQ( complaint(), "simulation.json:1:2: Missing a name for object member." );
-}
-
-TEST_F( BoardTest, NamesWhatIsWrongInTheTopology ) {
-   const std::pair<const char *, const char *> rows[] = {
-      { R"({})", "topology.json: /: is no array" },
-      { R"([ 5 ])", "topology.json: /0: is no object" },
-      { R"([ { "ham": "H" } ])", "topology.json: /0: has no \"type\"" },
-      { R"([ { "type": "CAN" } ])", "topology.json: /0/type: unknown type \"CAN\", where SCD, I2C, "
-                                    "IOPort or Celestica is due" },
-      { R"([ { "type": "SCD" } ])", "topology.json: /0: has no \"pci\"" },
-      { R"([ { "type": "I2C" } ])", "topology.json: /0: has no \"bus\"" },
-      { R"([ { "type": "I2C", "bus": { "id": 128 } } ])",
-        "topology.json: /0/bus/id: is no whole number from 0 to 127" },
-      { R"([ { "type": "I2C", "bus": { "id": -1 } } ])",
-        "topology.json: /0/bus/id: is no whole number from 0 to 127" },
-      { R"([ { "type": "I2C", "simulated": 1, "bus": { "id": 0 } } ])",
-        "topology.json: /0/simulated: is neither true nor false" },
-      { R"([ { "type": "IOPort", "bus": { "id": 0, "devices": {} } } ])",
-        "topology.json: /0/bus/devices: is no array" },
-      { R"([ { "type": "SCD", "pci": 4, "accelerators": [ { "id": 1, "busses": [ { "id": 2,
-           "devices": [ { "did": 1, "address": { "address": 128 } } ] } ] } ] } ])",
-        "topology.json: /0/accelerators/0/busses/0/devices/0/address/address: "
-        "is no whole number from 0 to 127" },
-   };
-   for ( const auto &[text, due] : rows ) {
-      topology = text;
-      EXPECT_EQ( complaint(), due ) << text;
-   }
-}
-
-TEST_F( BoardTest, NamesADidThatIsAtTwoPlaces ) {
-   EXPECT_EQ( complaintOnBus( R"("devices": [ { "did": 10, "address": { "address": 72 } },
-                                              { "did": 10, "address": { "address": 73 } } ])" ),
-              "topology.json: /0/bus/devices/1: did 10 is elsewhere already, at /0/bus/devices/0" );
-}
-
-TEST_F( BoardTest, NamesAMuxThatIsNoDeviceOfItsBus ) {
-   EXPECT_EQ(
-      complaintOnBus( R"("muxes": [ { "did": 100, "busses": [] } ])" ),
-      "topology.json: /0/bus/muxes/0/did: no device of this bus has did 100 and an address" );
-}
-
-TEST_F( BoardTest, NamesAMuxBusThatSelectsNoSingleChannel ) {
-   for ( const char *id : { "0", "3", "256", "129" } )
-      EXPECT_EQ(
-         complaintOnBus( R"("devices": [ { "did": 100, "address": { "address": 112 } } ],
-                    "muxes": [ { "did": 100, "busses": [ { "id": 4 }, { "id": )" +
-                         std::string( id ) + " } ] } ]" ),
-         std::string( "topology.json: /0/bus/muxes/0/busses/1/id: " ) + id +
-            " selects no single channel: its low byte must have one bit (1, 2, 4, ... 128)" );
-}
-
-TEST_F( BoardTest, NamesAMuxWithoutAChip ) {
+TEST_F( BoardTest, NamesAMuxWithoutAChipOnTheBus ) {
    const std::string mux = R"("devices": [ { "did": 100, "address": { "address": 112 } } ],
                               "muxes": [ { "did": 100, "busses": [ { "id": 260 } ] } ])";
-   const char *due =
-      "simulation.json: /chips: no PCA9548 for did 100, the multiplexer at /0/bus/muxes/0 "
-      "in topology.json";
-   EXPECT_EQ( complaintOnBus( mux ), due );
+   const char *expected =
+      "simulation.json:1:12: device 100 has no multiplexer chip, which the mux at "
+      "topology.json:2:42 needs";
+   EXPECT_EQ( complaintOnBus( mux ), expected );
    EXPECT_EQ(
-      complaintOnChips( R"({ "did": 100, "name": "m", "chip": "LM75", "temperature": 1 })" ), due );
+      complaintOnChips( R"({ "did": 100, "name": "m", "chip": "LM75", "temperature": 1 })" ),
+      expected );
    EXPECT_EQ( complaintOnChips( R"({ "did": 100, "name": "m", "chip": "PCA9548" })" ), "none" );
+   EXPECT_THAT( complaintOnBus( R"("devices": [ { "did": 100 } ],
+                                   "muxes": [ { "did": 100, "busses": [] } ])" ),
+                HasSubstr( "the mux's chip, device 100, has no address" ) );
 }
 
-TEST_F( BoardTest, NamesWhatIsWrongInTheSimulation ) {
-   const std::pair<const char *, const char *> rows[] = {
-      { R"({ "did": 10, "name": "t", "chip": "LM76" })",
-        "/chips/0/chip: \"LM76\" is none of [\"LM75\",\"PCA9548\",\"EMC2305\",\"PCA9506\","
-        "\"PmbusSupply\",\"Fru24C02\",\"SfpModule\",\"QsfpModule\",\"QsfpCpld\",\"SfpCpld\","
-        "\"SystemCpld\"]" },
-      { R"({ "did": 10, "name": "t" })", "/chips/0: has no \"chip\"" },
-      { R"({ "did": 10, "name": "t", "chip": "LM75" })", "/chips/0: has no \"temperature\"" },
-      { R"({ "did": 10, "name": "t", "chip": "LM75", "temperature": 1, "colour": 1 })",
-        "/chips/0/colour: unknown key" },
-      { R"({ "did": 10, "name": "t", "chip": "PCA9548", "temperature": 1 })",
-        "/chips/0/temperature: unknown key" },
-      { R"({ "did": 10, "name": "t", "chip": "LM75", "temperature": 125.5 })",
-        "/chips/0/temperature: 125.5 is above 125" },
-      { R"({ "did": 10, "name": "t", "chip": "LM75", "temperature": -56 })",
-        "/chips/0/temperature: -56 is below -55" },
-      { R"({ "did": 10, "name": "t", "chip": "LM75", "temperature": "warm" })",
-        "/chips/0/temperature: \"warm\" is no number" },
-      { R"({ "did": 10, "name": "t", "chip": "LM75", "temperature": 1, "drift": { "amplitude": 1, "period": 0 } })",
-        "/chips/0/drift/period: 0 is below 1" },
-      { R"({ "did": -1, "name": "t", "chip": "PCA9548" })", "/chips/0/did: -1 is below 0" },
-      { R"({ "did": 10, "name": "", "chip": "PCA9548" })",
-        "/chips/0/name: \"\" is against \"minLength\"" },
-      { R"({ "did": 99, "name": "t", "chip": "PCA9548" })",
-        "/chips/0/did: no device of topology.json has did 99 and an address" },
-      { R"({ "did": 13, "name": "t", "chip": "PCA9548" })",
-        "/chips/0/did: no device of topology.json has did 13 and an address" },
-      { R"({ "did": 10, "name": "t", "chip": "PCA9548" }, { "did": 10, "name": "u", "chip": "PCA9548" })",
-        "/chips/1: t sits at this place already (/0/bus/devices/0 in topology.json)" },
-      { R"({ "did": 10, "name": "t", "chip": "PCA9548" }, { "did": 12, "name": "t", "chip": "PCA9548" })",
-        "/chips/1/name: t is at /chips/0/name already" },
-      { R"({ "did": 10, "name": "t", "chip": "PCA9548" }, { "did": 11, "name": "u", "chip": "PCA9548" })",
-        "/chips/1: t sits at this place already (/0/bus/devices/1 in topology.json)" },
-   };
-   for ( const auto &[chips, due] : rows )
-      EXPECT_EQ( complaintOnChips( chips ), std::string( "simulation.json: " ) + due ) << chips;
-   simulation = R"({ "chips": [], "speed": 1 })";
-   EXPECT_EQ( complaint(), "simulation.json: /speed: unknown key" );
-   simulation = "{}";
-   EXPECT_EQ( complaint(), "simulation.json: /: has no \"chips\"" );
-   simulation = R"({ "seed": -1, "chips": [] })";
-   EXPECT_EQ( complaint(), "simulation.json: /seed: -1 is below 0" );
+TEST_F( BoardTest, NamesTextsThatAChipHasNoRoomFor ) {
+   std::string chip = R"({ "did": 10, "name": "f", "chip": "Fru24C02")";
+   for ( const char *key :
+         { "manufacturer", "product", "partNumber", "version", "serial", "assetTag" } )
+      chip += std::string( ", \"" ) + key + "\": \"" + std::string( 60, 'x' ) + "\"";
+   EXPECT_THAT( complaintOnChips( chip + " }" ), HasSubstr( "simulation.json:1:14: " ) );
+}
+
+TEST_F( BoardTest, KnowsWhatCanBeSetOnEveryChip ) {
+   SimulatedBoard board( KELT_BOARD "/topology.json", KELT_BOARD "/simulation.json", clock );
+   for ( const Bench::Seated &seated : board.bench().chips() ) {
+      const auto &kinds = chipKinds();
+      const auto kind = std::find_if( kinds.begin(), kinds.end(), [&]( const ChipKind &each ) {
+         return each.name == seated.kind;
+      } );
+      ASSERT_NE( kind, kinds.end() );
+      for ( const Quantity &quantity : seated.chip->quantities() ) {
+         const bool listed =
+            std::any_of( kind->settable.begin(), kind->settable.end(), [&]( const auto &pattern ) {
+               return std::regex_match( quantity.name, std::regex( pattern ) );
+            } );
+         EXPECT_EQ( listed, bool( quantity.set ) )
+            << seated.chip->name() << ' ' << quantity.name
+            << ": its kind's \"settable\" has to list what can be set, and nothing else";
+      }
+   }
+}
+
+TEST_F( BoardTest, HasTheSchemaThatTheChipsDescribe ) {
+   std::ifstream stream( BOARDS "/simulation.schema.json" );
+   const std::string text{ std::istreambuf_iterator<char>( stream ), {} };
+   EXPECT_TRUE( text == simulationSchemaText() )
+      << "boards/simulation.schema.json is not what the simulated chips describe; "
+         "packaging/renew-schema writes it anew";
 }
 
 } // namespace

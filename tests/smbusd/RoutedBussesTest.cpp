@@ -39,7 +39,7 @@ class RoutedBussesTest : public ::testing::Test {
       file = loadRoutes( folder.write( "routes.json", "{ \"routes\": [" + routes + "] }" ) );
       RoutedBusses routed( std::move( simulatedBusses ),
                            { folder.file( "sys" ), folder.file( "" ) } );
-      for ( const Route &each : file->routes )
+      for ( const Route &each : file.routes )
          routed.add( each, [this]( const std::string &why ) { missing = why; } );
       return routed.take();
    }
@@ -52,7 +52,7 @@ class RoutedBussesTest : public ::testing::Test {
       }
    }
    TestSupport::PrivateFolder folder;
-   std::unique_ptr<const RoutesFile> file;
+   RoutesFile file;
    std::string missing;
 };
 
@@ -65,13 +65,13 @@ TEST_F( RoutedBussesTest, ServesOfTheSimulatedBussesThoseThatHaveARoute ) {
 
 TEST_F( RoutedBussesTest, RefusesASimulatedBusThatThereIsnt ) {
    EXPECT_THAT( complaint( R"({ "bus": "scd(4):1:9", "simulated": true })" ),
-                EndsWith( "/routes/0: the simulated board has no scd(4):1:9" ) );
+                EndsWith( "routes.json:1:14: the simulated board has no scd(4):1:9" ) );
    EXPECT_THROW( route( R"({ "bus": "scd(4):1:2", "simulated": true })", {} ), BoardError );
 }
 
 TEST_F( RoutedBussesTest, RefusesAnAdapterThatThereIsntUnlessItMayCome ) {
    EXPECT_THAT( complaint( R"({ "bus": "i2c:0", "adapter": { "number": 4 } })" ),
-                EndsWith( "/routes/0: no adapter has the number 4" ) );
+                EndsWith( "routes.json:1:14: no adapter has the number 4" ) );
    const Busses busses =
       route( R"({ "bus": "i2c:0", "adapter": { "number": 4 }, "optional": true })", {} );
    EXPECT_EQ( missing, "i2c:0: no adapter has the number 4" );
@@ -88,7 +88,7 @@ TEST_F( RoutedBussesTest, RefusesAnAdapterWithoutItsDeviceFile ) {
 TEST_F( RoutedBussesTest, RefusesOneAdapterUnderTwoNames ) {
    EXPECT_THAT( complaint( R"({ "bus": "i2c:0", "adapter": { "number": 5 }, "optional": true },
                     { "bus": "i2c:1", "adapter": { "name": "card bus 1" }, "optional": true })" ),
-                EndsWith( "/routes/1: on the same adapter, number 5, like /routes/0" ) );
+                EndsWith( "number 5, as the route at " + folder.file( "routes.json:1:14" ) ) );
 }
 
 } // namespace

@@ -43,21 +43,21 @@ TEST_F( RoutesProgramTest, TellsEveryAdapterThatIsMissing ) {
    const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "name": "none here" } },
                                       { "bus": "i2c:1", "adapter": { "name": "nor here" } })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", file } ), "1\n" );
-   EXPECT_EQ( errors, file + ": /routes/0: no adapter named \"none here\"\n" + file +
-                         ": /routes/1: no adapter named \"nor here\"\n" );
+   EXPECT_EQ( errors, file + ":1:14: no adapter named \"none here\"\n" + file +
+                         ":2:39: no adapter named \"nor here\"\n" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", "--elsewhere", file } ), "0\n" );
 }
 
 TEST_F( RoutesProgramTest, ChecksTheFileAloneForAnotherMachine ) {
    const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "number": -1 } })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", "--elsewhere", file } ), "1\n" );
-   EXPECT_THAT( errors, HasSubstr( file + ": /routes/0/adapter/number: -1 is below 0" ) );
+   EXPECT_THAT( errors, HasSubstr( file + ":1:55: -1 is below 0" ) );
 }
 
 TEST_F( RoutesProgramTest, DoesNotStartWithoutAnAdapterThatItNeeds ) {
    const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "name": "none here" } })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "--socket", socket, "--routes", file } ), "1\n" );
-   EXPECT_THAT( errors, HasSubstr( file + ": /routes/0: no adapter named \"none here\"" ) );
+   EXPECT_THAT( errors, HasSubstr( file + ":1:14: no adapter named \"none here\"" ) );
 }
 
 TEST_F( RoutesProgramTest, ServesWhatHasARouteAndNothingElse ) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "boardfiles/Finding.h"
 #include "support/TempFolder.h"
 
 #include <filesystem>
@@ -15,7 +16,7 @@ class ChangedBoard {
    void change( const std::string &file, const std::string &pointer,
                 const std::string &json ) const;
 
-   // What a check of the copy finds, as texts.
+   // What a check of the copy finds, each as textWithPointer() has it.
    std::vector<std::string> check() const;
 
    const TempFolder &folder() const { return folder_; }
@@ -24,6 +25,10 @@ class ChangedBoard {
    const TempFolder folder_;
    const std::filesystem::path drivers_;
 };
+
+// "FILE:POINTER: NAME: REASON": a finding with the place that a test can name.
+std::string textWithPointer( const BoardFiles::Finding &finding );
+std::vector<std::string> textsWithPointers( const BoardFiles::Findings &findings );
 
 // A change of a board's files, and a part of the finding that must come of it.
 struct Mutation {

@@ -1,19 +1,30 @@
 #include "support/StateSchema.h"
 
-#include "boardfiles/Json.h"
-
+#include <rapidjson/pointer.h>
 #include <rapidjson/schema.h>
+#include <rapidjson/stringbuffer.h>
+
+#include <fstream>
+#include <iterator>
+
+rapidjson::Document parsedFile( const std::string &path ) {
+   std::ifstream stream( path );
+   const std::string text{ std::istreambuf_iterator<char>( stream ), {} };
+   rapidjson::Document document;
+   document.Parse( text.c_str() );
+   return document;
+}
 
 std::string stateSchemaFault( const std::string &json ) {
-   BoardFiles::Findings findings;
-   const auto schema = BoardFiles::Json::load( BOARDS "/state.schema.json", findings );
+   const rapidjson::Document schema = parsedFile( BOARDS "/state.schema.json" );
    rapidjson::Document document;
-   if ( !schema || document.Parse( json.c_str() ).HasParseError() )
+   if ( schema.HasParseError() || document.Parse( json.c_str() ).HasParseError() )
       return "doesn't parse";
-   const rapidjson::SchemaDocument compiled( schema->document );
+   const rapidjson::SchemaDocument compiled( schema );
    rapidjson::SchemaValidator validator( compiled );
    if ( document.Accept( validator ) )
       return {};
-   const BoardFiles::Place place{ "state", validator.GetInvalidDocumentPointer() };
-   return place.pointerText() + ": " + validator.GetInvalidSchemaKeyword();
+   rapidjson::StringBuffer pointer;
+   validator.GetInvalidDocumentPointer().Stringify( pointer );
+   return std::string( pointer.GetString() ) + ": " + validator.GetInvalidSchemaKeyword();
 }

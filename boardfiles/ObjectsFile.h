@@ -1,0 +1,33 @@
+#pragma once
+
+#include "boardfiles/DeviceDocument.h"
+#include "boardfiles/Kind.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace BoardFiles {
+
+// One object of a board, as objects.json describes it.
+struct BoardObject {
+   std::optional<Kind> kind{};
+   std::string name{};
+   std::optional<DeviceDocument> device{};
+   std::optional<std::string> label{}; // of SMBus objects
+   Place labelPlace{};
+   std::optional<uint8_t> value{}; // beside a label
+   Place valuePlace{};
+   std::optional<double> alert{}; // degrees Celsius, of temperature sensors
+   std::optional<double> critical{};
+   Place place{};
+};
+
+// Reads the file and reports what its schema refuses and what is wrong with objects by themselves:
+// names that are there twice, a label without a value, an alert above critical. Nothing when it can't
+// be read as JSON; what the schema refuses is left out of the result.
+std::optional<std::vector<BoardObject>> readObjects( const std::filesystem::path &path,
+                                                     Findings &findings );
+
+} // namespace BoardFiles
