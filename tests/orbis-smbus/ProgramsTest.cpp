@@ -101,7 +101,7 @@ TEST_F( ProgramsTest, RefusesABadBoardFileByItsPlace ) {
    StartedProgram server( { ORBIS_SMBUSD, "--socket", path, "--simulate",
                             KELT_BOARD "/topology.json", "--simulation", bad } );
    EXPECT_EQ( server.wait(), 1 );
-   EXPECT_THAT( server.errors(), HasSubstr( bad + ": /chips/0: 5 is no object" ) );
+   EXPECT_THAT( server.errors(), HasSubstr( bad + ":1:14: 5 is not an object" ) );
 }
 
 TEST_F( ProgramsTest, TellWrongUsageByTheirExitCode ) {
