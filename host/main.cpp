@@ -1,7 +1,6 @@
 #include "boardfiles/Board.h"
 #include "host/commands/Commands.h"
 #include "host/plugin/Child.h"
-#include "host/terminal/Log.h"
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>

@@ -1,7 +1,6 @@
 #include "host/commands/Commands.h"
 #include "host/serve/Client.h"
 #include "host/session/Session.h"
-#include "host/terminal/Log.h"
 #include "host/terminal/Table.h"
 
 #include <algorithm>
@@ -34,7 +33,7 @@ bool cutsPower( const Action &action ) {
 }
 
 // Whether the user, asked at the terminal, agrees.
-bool agrees( const Action &action, const BoardFiles::Board &board ) {
+bool userAgrees( const Action &action, const BoardFiles::Board &board ) {
    if ( !::isatty( STDIN_FILENO ) ) {
       fmt::print( stderr, "nobody to ask: say --yes for {}\n", action.operation );
       return false;
@@ -44,7 +43,7 @@ bool agrees( const Action &action, const BoardFiles::Board &board ) {
    return std::getline( std::cin, answer ) && ( answer == "y" || answer == "yes" );
 }
 
-int tell( const std::string &name, const Reading &result ) {
+int print( const std::string &name, const Reading &result ) {
    if ( result.state == State::Ok ) {
       if ( !std::holds_alternative<std::monostate>( result.value ) )
          fmt::print( "{}\n", toText( result.value ) );
@@ -59,9 +58,9 @@ int tell( const std::string &name, const Reading &result ) {
 }
 
 // Brings the object up, and has it do what it is asked. An LED that blinks keeps this from ending.
-class Doer {
+class ActionSession {
  public:
-   Doer( const BoardFiles::Board &board, const Options &options, size_t object )
+   ActionSession( const BoardFiles::Board &board, const Options &options, size_t object )
       : board_( board ), object_( object ), signals_( loop_, SIGINT, SIGTERM, SIGHUP ),
         session_( loop_, board, options.plugin,
                   Limits{ .init = initLimit, .step = fromSeconds( options.limit ), .only = object },
@@ -83,7 +82,7 @@ class Doer {
                     [this, stays]( const Reading &result ) { ended( result, stays ); } );
       loop_.run();
       const auto &fault = session_.supervisor().loadFault();
-      return fault ? tellLoadFault( *fault ) : exitCode_;
+      return fault ? reportLoadFault( *fault ) : exitCode_;
    }
 
  private:
@@ -93,7 +92,7 @@ class Doer {
    }
    void ended( const Reading &result, bool stays ) {
       giveUp_.cancel();
-      exitCode_ = tell( board_.objects[object_].name, result );
+      exitCode_ = print( board_.objects[object_].name, result );
       if ( stays && exitCode_ == exitOk )
          fmt::print( stderr, "{} blinks until Ctrl-C\n", board_.objects[object_].name );
       else
@@ -123,15 +122,15 @@ int act( const BoardFiles::Board &board, const Options &options ) {
       return exitUsage;
    }
    const Action &action = std::get<Action>( parsed );
-   if ( cutsPower( action ) && !options.yes && !agrees( action, board ) )
+   if ( cutsPower( action ) && !options.yes && !userAgrees( action, board ) )
       return exitUsage;
    if ( const auto client = Client::ofBoard( board.folder ) ) {
       spdlog::debug( "asks the serve at {}", client->socket().string() );
       const std::string &name = board.objects[*object].name;
-      return tell( name, client->act( name, options.words ) );
+      return print( name, client->act( name, options.words ) );
    }
    spdlog::debug( "brings {} up itself", board.folder );
-   return Doer( board, options, *object ).run( action );
+   return ActionSession( board, options, *object ).run( action );
 }
 
 } // namespace Host

@@ -85,7 +85,7 @@ void addAction( CLI::App &app, Options &options, BoardFiles::Kind kind, const ch
 }
 
 // "psu=5": seconds between two readings of objects of a kind.
-std::string takePeriod( const std::string &text, std::map<BoardFiles::Kind, double> &periods ) {
+std::string parsePeriod( const std::string &text, std::map<BoardFiles::Kind, double> &periods ) {
    const auto equals = text.find( '=' );
    const auto kind = BoardFiles::kindOf( text.substr( 0, equals ) );
    double seconds = 0;
@@ -138,7 +138,7 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
          "KIND=SECONDS between two readings of objects of a kind" )
       ->multi_option_policy( CLI::MultiOptionPolicy::TakeAll )
       ->check(
-         [&options]( const std::string &text ) { return takePeriod( text, options.periods ); } );
+         [&options]( const std::string &text ) { return parsePeriod( text, options.periods ); } );
    addAction( app, options, BoardFiles::Kind::Fan, "Set a fan's speed" );
    addAction( app, options, BoardFiles::Kind::Led, "Set an LED" );
    addAction( app, options, BoardFiles::Kind::Xcvr, "Set a control line of a transceiver cage" );

@@ -17,7 +17,7 @@ using Words = std::vector<std::string>;
 // By the numbers of pl_led_status.
 constexpr std::array<std::string_view, 7> settings{ "off",      "good",    "warning", "bad",
                                                     "inactive", "unknown", "beacon" };
-constexpr std::array<std::string_view, 2> switches{ "off", "on" };
+constexpr std::array<std::string_view, 2> onOff{ "off", "on" };
 
 // What a word behind a verb stands for: one of some names, or a number in a range.
 struct Argument {
@@ -27,7 +27,7 @@ struct Argument {
    int64_t maximum = 0;
 };
 
-constexpr Argument onOffArgument{ .names = switches };
+constexpr Argument onOffArgument{ .names = onOff };
 constexpr Argument settingArgument{ .names = settings };
 constexpr Argument rpmArgument{ .name = "RPM", .maximum = std::numeric_limits<int32_t>::max() };
 constexpr Argument bitArgument{ .name = "BIT", .maximum = 1 };
@@ -81,7 +81,7 @@ constexpr std::array verbs{
    Verb{ BoardFiles::Kind::System, "poweroff", "poweroff" },
 };
 
-bool isThere( const Argument &argument ) {
+bool isUsed( const Argument &argument ) {
    return !argument.name.empty() || !argument.names.empty();
 }
 
@@ -90,7 +90,7 @@ std::string usage( const Verb &verb ) {
    if ( !verb.word.empty() )
       words.emplace_back( verb.word );
    for ( const Argument &argument : verb.arguments )
-      if ( isThere( argument ) )
+      if ( isUsed( argument ) )
          words.push_back( argument.names.empty()
                              ? std::string( argument.name )
                              : fmt::format( "{}", fmt::join( argument.names, "|" ) ) );
@@ -118,7 +118,7 @@ std::optional<int64_t> valueOf( std::string_view word, const Argument &argument 
    return number;
 }
 
-std::string wrong( std::string_view word, const Argument &argument ) {
+std::string invalid( std::string_view word, const Argument &argument ) {
    if ( argument.names.empty() )
       return fmt::format( "\"{}\" is no {} from {} to {}", word, argument.name, argument.minimum,
                           argument.maximum );
@@ -129,7 +129,7 @@ std::string wrong( std::string_view word, const Argument &argument ) {
 std::variant<Action, std::string> parse( const Verb &verb, std::span<const std::string> words ) {
    std::vector<Argument> arguments;
    std::copy_if( verb.arguments.begin(), verb.arguments.end(), std::back_inserter( arguments ),
-                 isThere );
+                 isUsed );
    if ( verb.bytesFollow && words.size() > arguments.size() )
       arguments.resize( std::min( words.size(), arguments.size() + longestBlock ), byteArgument );
    if ( words.size() != arguments.size() )
@@ -138,7 +138,7 @@ std::variant<Action, std::string> parse( const Verb &verb, std::span<const std::
    for ( size_t i = 0; i < words.size(); ++i ) {
       const auto value = valueOf( words[i], arguments[i] );
       if ( !value )
-         return wrong( words[i], arguments[i] );
+         return invalid( words[i], arguments[i] );
       action.arguments.push_back( *value );
    }
    return action;

@@ -1,10 +1,9 @@
 #include "host/plugin/Child.h"
 
-#include "host/plugin/Actions.h"
 #include "host/plugin/FrameBuffer.h"
 #include "host/plugin/Messages.h"
+#include "host/plugin/ObjectCalls.h"
 #include "host/plugin/Plugin.h"
-#include "host/plugin/Readings.h"
 #include "host/plugin/Services.h"
 
 #include <array>
@@ -27,7 +26,7 @@ class Child {
    explicit Child( int socket )
       : socket_( loop_, stream_protocol(), socket ),
         services_( loop_, [this]( int level, std::string text ) {
-           send( Trace{ level, std::move( text ), services_.timerOf() } );
+           send( Trace{ level, std::move( text ), services_.runningTimerOwner() } );
         } ) {}
 
    void run() {
@@ -52,9 +51,8 @@ class Child {
 
    void handle( const std::string &message ) {
       const auto command = decodeCommand( message );
-      send( command
-               ? std::visit( [this]( const auto &what ) { return carryOut( what ); }, *command )
-               : Done{ Fault{ .words = "the command can't be read" } } );
+      send( command ? std::visit( [this]( const auto &what ) { return execute( what ); }, *command )
+                    : Done{ Fault{ .words = "the command can't be read" } } );
    }
 
    // Blocks until all is sent: the plug-in may end this process in its next call.
@@ -63,7 +61,7 @@ class Child {
       boost::asio::write( socket_, boost::asio::buffer( encode( event ) ), ignored );
    }
 
-   Done carryOut( const LoadCommand &load ) {
+   Done execute( const LoadCommand &load ) {
       send( Begun{ "load" } );
       topology_ = load.topology;
       return guard( [&] {
@@ -72,7 +70,7 @@ class Child {
       } );
    }
 
-   Done carryOut( const InitCommand &init ) {
+   Done execute( const InitCommand &init ) {
       send( Begun{ fmt::format( "pl_{}_init", nameOf( init.kind ) ) } );
       return guard( [&] {
          const int status = plugin_.value().init( init.kind, topology_.c_str() );
@@ -80,13 +78,13 @@ class Child {
       } );
    }
 
-   Done carryOut( const AddCommand &add ) {
+   Done execute( const AddCommand &add ) {
       const std::string operation = fmt::format( "pl_{}_add", nameOf( add.description.kind ) );
       send( Begun{ operation } );
       return guard( [&] {
          // The plug-in keeps pointers to the texts; a later try for the object gets the same ones.
          const auto &kept = descriptions_.emplace( add.object, add.description ).first->second;
-         services_.madeFor( add.object );
+         services_.setTimerOwner( add.object );
          const Record record = plugin_.value().add( kept );
          if ( isNull( record ) )
             return Done{ Fault{ .words = operation + " made no object" } };
@@ -95,14 +93,14 @@ class Child {
       } );
    }
 
-   Done carryOut( const ReadCommand &command ) {
+   Done execute( const ReadCommand &command ) {
       return guard( [&] {
          read( records_.at( command.object ), sink() );
          return Done{};
       } );
    }
 
-   Done carryOut( const ActCommand &command ) {
+   Done execute( const ActCommand &command ) {
       return guard( [&] {
          act( records_.at( command.object ), command.action, sink() );
          return Done{};

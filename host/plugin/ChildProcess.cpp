@@ -19,7 +19,7 @@
 namespace Host {
 namespace {
 
-constexpr int politeWaitMs = 300; // how long a child may take to end when asked to
+constexpr int endWaitMs = 300; // how long a child may take to end when asked to
 
 void check( int result, const char *what ) {
    if ( result < 0 )
@@ -27,7 +27,7 @@ void check( int result, const char *what ) {
 }
 
 // An assertion's text tells more than any line around it, and what() more than the rest.
-int worth( const std::string &line ) {
+int importance( const std::string &line ) {
    if ( line.find( "Assertion `" ) != std::string::npos )
       return 3;
    if ( line.find( "what():" ) != std::string::npos )
@@ -81,7 +81,7 @@ ChildProcess::~ChildProcess() {
    socket_.shutdown( boost::asio::socket_base::shutdown_both, ignored );
    // The pipe's other end closes when the child ends.
    pollfd pipe{ errors_.native_handle(), 0, 0 };
-   if ( ::poll( &pipe, 1, politeWaitMs ) != 1 )
+   if ( ::poll( &pipe, 1, endWaitMs ) != 1 )
       kill();
    ::waitpid( process_, nullptr, 0 );
 }
@@ -150,19 +150,19 @@ bool ChildProcess::drainErrors() {
    while ( const size_t length = errors_.read_some( boost::asio::buffer( chunk ), failure ) )
       errorInput_.append( chunk.data(), length );
    for ( size_t end; ( end = errorInput_.find( '\n' ) ) != std::string::npos; ) {
-      takeErrorLine( errorInput_.substr( 0, end ) );
+      handleErrorLine( errorInput_.substr( 0, end ) );
       errorInput_.erase( 0, end + 1 );
    }
    return failure == boost::asio::error::would_block;
 }
 
-void ChildProcess::takeErrorLine( std::string line ) {
+void ChildProcess::handleErrorLine( std::string line ) {
    if ( line.starts_with(
            "orbis-host: " ) ) // the program's name, which assert puts before its text
       line.erase( 0, std::strlen( "orbis-host: " ) );
    handlers_.errorLine( line );
-   if ( worth( line ) >= worth( lastWords_ ) )
-      lastWords_ = std::move( line );
+   if ( importance( line ) >= importance( bestErrorLine_ ) )
+      bestErrorLine_ = std::move( line );
 }
 
 void ChildProcess::ended() {
@@ -172,7 +172,7 @@ void ChildProcess::ended() {
    process_ = -1;
    drainErrors();
    if ( !errorInput_.empty() )
-      takeErrorLine( errorInput_ );
+      handleErrorLine( errorInput_ );
    const auto died = std::move( handlers_.died ); // who hears it may delete this
    died( causeOfDeath( waitStatus ) );
 }
@@ -184,11 +184,11 @@ std::string ChildProcess::causeOfDeath( int waitStatus ) const {
                         ? fmt::format( "ended by signal {} ({})", WTERMSIG( waitStatus ),
                                        ::strsignal( WTERMSIG( waitStatus ) ) )
                         : fmt::format( "ended with exit code {}", WEXITSTATUS( waitStatus ) );
-   if ( worth( lastWords_ ) > 1 )
-      return lastWords_;
+   if ( importance( bestErrorLine_ ) > 1 )
+      return bestErrorLine_;
    if ( input_.hasRest() )
       how += " in the middle of a message";
-   return lastWords_.empty() ? how : fmt::format( "{}: {}", how, lastWords_ );
+   return bestErrorLine_.empty() ? how : fmt::format( "{}: {}", how, bestErrorLine_ );
 }
 
 } // namespace Host

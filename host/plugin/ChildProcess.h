@@ -41,7 +41,7 @@ class ChildProcess {
    bool handleInput();
    void receiveErrors();
    bool drainErrors();
-   void takeErrorLine( std::string line );
+   void handleErrorLine( std::string line );
    void ended();
    std::string causeOfDeath( int waitStatus ) const;
 
@@ -53,7 +53,7 @@ class ChildProcess {
    FrameBuffer input_{};
    bool sentNonsense_ = false;
    std::string errorInput_{};
-   std::string lastWords_{}; // the line of its standard error that tells most
+   std::string bestErrorLine_{}; // the line of its standard error that tells most
    std::shared_ptr<bool> alive_ = std::make_shared<bool>( true );
 };
 

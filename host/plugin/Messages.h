@@ -47,7 +47,7 @@ struct Trace {
    int level = 0;
    std::string text{};
    // Set when a timer of the plug-in wrote it: the object during whose add the timer was made.
-   std::optional<size_t> timerOf{};
+   std::optional<size_t> timerOwner{};
 };
 // The end of a command; no fault when it succeeded.
 struct Done {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/State.h"
-#include "host/plugin/Readings.h"
+#include "host/plugin/ObjectCalls.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -27,7 +27,7 @@ inline Scalar scalar( int value ) { return int64_t{ value }; }
 inline Scalar scalar( unsigned value ) { return int64_t{ value }; }
 
 // Makes of a status what it means for a reading; all is as it was when the status is good.
-inline void judge( Reading &reading, int status ) {
+inline void applyStatus( Reading &reading, int status ) {
    if ( status == PL_STATUS_OK )
       return;
    reading.state = status == PL_STATUS_NOT_PROVIDED ? State::Unsupported : State::Unreadable;
@@ -38,8 +38,8 @@ inline void judge( Reading &reading, int status ) {
 // Announces a reading, lets `operation` fill it in, and hands it on. An exception that the
 // operation throws is the reading's fault.
 template <class Operation>
-void carryOut( const ReadingSink &sink, const char *name, const char *unit,
-               const Operation &operation ) {
+void runOperation( const ReadingSink &sink, const char *name, const char *unit,
+                   const Operation &operation ) {
    sink.begun( name );
    Reading reading{ .name = name, .unit = unit };
    try {
@@ -60,7 +60,7 @@ inline void readReloadCause( pl_system *system, Reading &reading ) {
    long time = 0;
    const int status = system->ops->get_reload_cause( system, &cause, &time, &description );
    reading.value = std::string( cause, ::strnlen( cause, sizeof cause ) );
-   judge( reading, status );
+   applyStatus( reading, status );
 }
 
 } // namespace Host

@@ -10,7 +10,7 @@ struct pl_timer {
    boost::asio::steady_timer timer;
    void ( *callback )( void * );
    void *context;
-   size_t madeFor;
+   size_t owner;
    unsigned armed = 0; // tells an expiry that was overtaken by a later set or cancel
 };
 
@@ -32,7 +32,7 @@ Services *Services::current() { return theServices; }
 
 pl_timer *Services::addTimer( void ( *callback )( void * ), void *context ) {
    const auto timer = std::make_shared<pl_timer>(
-      pl_timer{ boost::asio::steady_timer( loop_ ), callback, context, madeFor_ } );
+      pl_timer{ boost::asio::steady_timer( loop_ ), callback, context, timerOwner_ } );
    timers_[timer.get()] = timer;
    return timer.get();
 }
@@ -48,9 +48,9 @@ bool Services::setTimer( pl_timer *handle, unsigned milliseconds ) {
          const auto timer = watch.lock();
          if ( !timer || failure || timer->armed != armed )
             return;
-         timerOf_ = timer->madeFor;
+         runningTimerOwner_ = timer->owner;
          timer->callback( timer->context );
-         timerOf_.reset();
+         runningTimerOwner_.reset();
       } );
    return true;
 }

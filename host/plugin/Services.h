@@ -27,9 +27,9 @@ class Services {
    void trace( int level, std::string text ) const { sink_( level, std::move( text ) ); }
 
    // The object that timers are made for from now on.
-   void madeFor( size_t object ) { madeFor_ = object; }
+   void setTimerOwner( size_t object ) { timerOwner_ = object; }
    // Whose timer it is that runs now; nothing outside of a timer's callback.
-   std::optional<size_t> timerOf() const { return timerOf_; }
+   std::optional<size_t> runningTimerOwner() const { return runningTimerOwner_; }
 
    pl_timer *addTimer( void ( *callback )( void * ), void *context );
    // False for a timer that there isn't.
@@ -41,8 +41,8 @@ class Services {
    boost::asio::io_context &loop_;
    TraceSink sink_;
    std::map<pl_timer *, std::shared_ptr<pl_timer>> timers_{};
-   size_t madeFor_ = 0;
-   std::optional<size_t> timerOf_{};
+   size_t timerOwner_ = 0;
+   std::optional<size_t> runningTimerOwner_{};
 };
 
 } // namespace Host

@@ -2,7 +2,6 @@
 
 #include "boardfiles/Json.h"
 #include "host/JsonWriter.h"
-#include "host/serve/HttpStatus.h"
 
 #include <algorithm>
 #include <fmt/format.h>

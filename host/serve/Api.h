@@ -47,6 +47,13 @@ class Api {
    const Source source_;
 };
 
+// The status codes of the answers (RFC 9110, RFC 6585).
+namespace HttpStatus {
+constexpr unsigned ok = 200, badRequest = 400, notFound = 404, methodNotAllowed = 405,
+                   contentTooLarge = 413, headerTooLarge = 431, notImplemented = 501,
+                   badGateway = 502, unavailable = 503, timedOut = 504;
+} // namespace HttpStatus
+
 // An answer that says what is wrong, as {"error": "..."}.
 Api::Response errorResponse( unsigned status, std::string_view words );
 

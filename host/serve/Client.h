@@ -10,6 +10,13 @@
 
 namespace Host {
 
+// The Unix socket of `serve`: ORBIS_HOST_SOCKET, or /run/orbis/host.sock where that is unset or
+// empty.
+std::filesystem::path serveSocket();
+
+// The name of a board for `serve` and its clients: its folder, without symbolic links.
+std::string serveName( const std::filesystem::path &board );
+
 // A running `serve` as other commands use it. Every call is a connection of its own, so that one
 // that failed harms no other.
 class Client {

@@ -1,7 +1,5 @@
 #include "host/serve/HttpServer.h"
 
-#include "host/serve/HttpStatus.h"
-
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
@@ -17,7 +15,7 @@ using boost::asio::local::stream_protocol;
 using boost::beast::error_code;
 
 // The answer to a request that can't be read; nothing when the client is only gone.
-std::optional<Api::Response> complaint( const error_code &failure ) {
+std::optional<Api::Response> errorOf( const error_code &failure ) {
    if ( failure == http::error::body_limit )
       return errorResponse( HttpStatus::contentTooLarge, "the body is too long" );
    if ( failure == http::error::header_limit )
@@ -32,7 +30,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
  public:
    Connection( stream_protocol::socket socket, const Api &api, const HttpLimits &limits,
                std::shared_ptr<size_t> open )
-      : stream_( std::move( socket ) ), tooLate_( stream_.get_executor() ), api_( api ),
+      : stream_( std::move( socket ) ), timeout_( stream_.get_executor() ), api_( api ),
         limits_( limits ), open_( std::move( open ) ) {
       ++*open_;
    }
@@ -47,7 +45,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
       stream_.expires_after( limits_.idle );
       http::async_read( stream_, input_, *parser_,
                         [self = shared_from_this()]( const error_code &failure, size_t ) {
-                           self->wasRead( failure );
+                           self->onRead( failure );
                         } );
    }
    void refuse() {
@@ -56,10 +54,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
    }
 
  private:
-   void wasRead( const error_code &failure ) {
+   void onRead( const error_code &failure ) {
       if ( !failure ) {
          handle();
-      } else if ( const auto response = complaint( failure ) ) {
+      } else if ( const auto response = errorOf( failure ) ) {
          keepAlive_ = false;
          write( *response );
       }
@@ -70,8 +68,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
       keepAlive_ = request.keep_alive();
       stream_.expires_never(); // an object may take its time
       const unsigned number = ++requests_;
-      tooLate_.expires_after( limits_.action );
-      tooLate_.async_wait( [self = shared_from_this(), number]( const error_code &failure ) {
+      timeout_.expires_after( limits_.action );
+      timeout_.async_wait( [self = shared_from_this(), number]( const error_code &failure ) {
          if ( !failure )
             self->reply(
                number, errorResponse( HttpStatus::timedOut, "the object did not answer in time" ) );
@@ -90,7 +88,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
       if ( number != requests_ || answered_ == number )
          return;
       answered_ = number;
-      tooLate_.cancel();
+      timeout_.cancel();
       write( response );
    }
 
@@ -115,7 +113,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
    }
 
    boost::beast::basic_stream<stream_protocol> stream_;
-   boost::asio::steady_timer tooLate_;
+   boost::asio::steady_timer timeout_;
    const Api &api_;
    const HttpLimits &limits_;
    const std::shared_ptr<size_t> open_;

@@ -18,9 +18,9 @@ class FaultWords {
    void heard( const Trace &trace );
 
    // Whether a trace of the operation told a fault of the bus.
-   bool sawFault() const { return !fault_.empty(); }
+   bool hasFault() const { return !fault_.empty(); }
    // Whether any trace of the operation began so.
-   bool heardOf( const std::string &beginning ) const;
+   bool hasTrace( const std::string &beginning ) const;
    // The words of the last such trace; else the last messages of level 0.
    std::string words() const;
 

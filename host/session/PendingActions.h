@@ -23,13 +23,13 @@ class PendingActions {
    void refuse( size_t object, const Fault &fault );
 
  private:
-   struct One {
+   struct Pending {
       size_t object;
       Action action;
       Answer answer;
    };
 
-   std::deque<One> all_{};
+   std::deque<Pending> all_{};
 };
 
 } // namespace Host

@@ -26,7 +26,7 @@ void write( const std::string &text ) {
 
 } // namespace
 
-bool Terminal::isThere() { return ::isatty( STDOUT_FILENO ); }
+bool Terminal::isAvailable() { return ::isatty( STDOUT_FILENO ); }
 
 Terminal::Terminal( boost::asio::io_context &loop, std::function<void( char )> key )
    : key_( std::move( key ) ), keyboard_( loop ) {

@@ -15,7 +15,7 @@ namespace Host {
 class Terminal {
  public:
    // Whether standard output is one.
-   static bool isThere();
+   static bool isAvailable();
 
    // `key` hears of every key pressed.
    Terminal( boost::asio::io_context &loop, std::function<void( char )> key );

@@ -1,4 +1,4 @@
-#include "host/plugin/Actions.h"
+#include "host/plugin/ObjectCalls.h"
 
 #include <gtest/gtest.h>
 #include <pl.h>

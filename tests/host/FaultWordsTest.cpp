@@ -14,7 +14,7 @@ TEST_F( FaultWordsTest, KeepsTheServersWordsThoughOthersSpeakAfterIt ) {
    words.heard( { 3, "execute: failure in response request 2: no acknowledge" } );
    words.heard( { 0, "Error: status 6 reading fan 2 presence bit" } );
    EXPECT_EQ( words.words(), "request 2: no acknowledge" );
-   EXPECT_TRUE( words.sawFault() );
+   EXPECT_TRUE( words.hasFault() );
 }
 
 TEST_F( FaultWordsTest, TakesTheFirstBeginningThatFits ) {
@@ -29,7 +29,7 @@ TEST_F( FaultWordsTest, FallsBackOnTheLastMessagesOfLevelNought ) {
       words.heard( { 0, text } );
    words.heard( { 5, "detail" } );
    EXPECT_EQ( words.words(), "driver X not found; null object; create() failed" );
-   EXPECT_FALSE( words.sawFault() );
+   EXPECT_FALSE( words.hasFault() );
 }
 
 TEST_F( FaultWordsTest, ForgetsWhatWasSaidOfAnotherOperation ) {

@@ -96,14 +96,5 @@ TEST_F( AskTest, AnswersWhenThePluginCanNotBeLoaded ) {
    EXPECT_EQ( answers.at( 0 ).fault.words, "no such file" );
 }
 
-TEST_F( AskTest, ReadsKindsAtPeriodsOfTheirOwn ) {
-   restart( Limits{ .period = 1s, .periods = { { BoardFiles::Kind::Led, 5s } } } );
-   runAll();
-   now += 1s;
-   EXPECT_EQ( runAll(), ( Commands{ "read 0", "read 1" } ) );
-   now += 4s;
-   EXPECT_EQ( runAll(), ( Commands{ "read 0", "read 1", "read 2" } ) );
-}
-
 } // namespace
 } // namespace Host

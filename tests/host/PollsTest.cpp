@@ -42,10 +42,10 @@ class PollsTest : public PlayedChild {
    ValueReport readCage( size_t object ) {
       return read( object, {}, { .name = "presence", .value = true } );
    }
-   void poll( size_t madeFor, bool well ) {
+   void poll( size_t timerOwner, bool well ) {
       if ( !well )
-         hear( Trace{ 3, "execute: failure in response nack", madeFor } );
-      hear( Trace{ 0, well ? "Cache updated for X" : "Failed to poll X", madeFor } );
+         hear( Trace{ 3, "execute: failure in response nack", timerOwner } );
+      hear( Trace{ 0, well ? "Cache updated for X" : "Failed to poll X", timerOwner } );
    }
    Reading readBay( const std::vector<std::string> &traces ) {
       return read( 3, traces, { .name = "presence", .state = State::Absent, .fault = { 1, "" } } )

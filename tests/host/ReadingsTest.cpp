@@ -1,4 +1,4 @@
-#include "host/plugin/Readings.h"
+#include "host/plugin/ObjectCalls.h"
 
 #include <cmath>
 #include <cstring>
