@@ -27,8 +27,7 @@ int run( const Options &options ) {
    case Options::Command::Act:
       return Host::act( *board, options );
    default:
-      fmt::print( "{}: {} objects, nothing wrong\n", options.board.string(),
-                  board->objects.size() );
+      fmt::print( "{}: {} objects, no errors\n", options.board.string(), board->objects.size() );
       return Host::exitOk;
    }
 }

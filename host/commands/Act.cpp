@@ -32,10 +32,11 @@ bool cutsPower( const Action &action ) {
    return action.operation == "powercycle" || action.operation == "poweroff";
 }
 
-// Whether the user, asked at the terminal, agrees.
+// Asks the user at the terminal.
 bool userAgrees( const Action &action, const BoardFiles::Board &board ) {
    if ( !::isatty( STDIN_FILENO ) ) {
-      fmt::print( stderr, "nobody to ask: say --yes for {}\n", action.operation );
+      fmt::print( stderr, "{} needs --yes when standard input is not a terminal\n",
+                  action.operation );
       return false;
    }
    fmt::print( stderr, "{} of {}? [y/N] ", action.operation, board.folder );
@@ -51,13 +52,13 @@ int print( const std::string &name, const Reading &result ) {
    }
    const std::string fault = toText( result.fault );
    fmt::print( stderr, "{}: {}{}{}\n", name,
-               result.state == State::Unsupported ? "the driver doesn't support this"
-                                                  : "that did not work",
+               result.state == State::Unsupported ? "the driver doesn't support this" : "failed",
                fault.empty() ? "" : ": ", fault );
    return exitUnreadable;
 }
 
-// Brings the object up, and has it do what it is asked. An LED that blinks keeps this from ending.
+// Brings up one object for one action. While an LED blinks, the program must stay: the plug-in
+// blinks it with a timer.
 class ActionSession {
  public:
    ActionSession( const BoardFiles::Board &board, const Options &options, size_t object )
@@ -129,7 +130,7 @@ int act( const BoardFiles::Board &board, const Options &options ) {
       const std::string &name = board.objects[*object].name;
       return print( name, client->act( name, options.words ) );
    }
-   spdlog::debug( "brings {} up itself", board.folder );
+   spdlog::debug( "no serve runs for {}: this command brings the board up", board.folder );
    return ActionSession( board, options, *object ).run( action );
 }
 

@@ -23,7 +23,7 @@ CommandSession::CommandSession( const BoardFiles::Board &board, const Options &o
    : period_( fromSeconds( options.period ) ), signals_( loop_, SIGINT, SIGTERM, SIGHUP ),
      board_( board ), options_( options ) {
    signals_.async_wait( [this]( const auto &, int signal ) {
-      spdlog::info( "ends on signal {}", signal );
+      spdlog::info( "ending on signal {}", signal );
       stop();
    } );
    if ( source == Source::ServeIfThere )
@@ -35,7 +35,7 @@ CommandSession::CommandSession( const BoardFiles::Board &board, const Options &o
 }
 
 void CommandSession::bringUp() {
-   spdlog::debug( "brings {} up itself", board_.folder );
+   spdlog::debug( "no serve runs for {}: this command brings the board up", board_.folder );
    session_.emplace( loop_, board_, options_.plugin, limitsOf( options_ ),
                      logging( options_, [this] { changed(); } ) );
 }
@@ -44,7 +44,7 @@ BoardReport CommandSession::report() {
    if ( serve_ ) {
       if ( auto report = serve_->report() )
          return *report;
-      spdlog::warn( "the serve at {} has gone", serve_->socket().string() );
+      spdlog::warn( "the serve at {} has ended", serve_->socket().string() );
       serve_.reset();
       bringUp();
    }
@@ -77,7 +77,7 @@ void CommandSession::update() {
 }
 
 void CommandSession::updateLater() {
-   // A round is done a little later than a period after the one before it.
+   // A round ends a little more than a period after the round before it.
    timer_.expires_after( byRound_ && session_ ? period_ * 3 / 2 : period_ );
    timer_.async_wait( [this]( const auto &failure ) {
       if ( !failure )

@@ -9,7 +9,7 @@
 namespace Host {
 namespace {
 
-// Logs what is known of a board, where it isn't what was logged last.
+// Logs the state of every object and value when it changes.
 class StateLog {
  public:
    void record( const BoardReport &board ) {
@@ -50,7 +50,7 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
                        } } );
    const HttpServer server( session.loop(), serveSocket(), api );
    StateLog log;
-   spdlog::info( "serves {} with {} objects at {}", board.folder, board.objects.size(),
+   spdlog::info( "serving {} with {} objects at {}", board.folder, board.objects.size(),
                  serveSocket().string() );
    session.onUpdate( [&] { log.record( session.report() ); }, false );
    return session.run();

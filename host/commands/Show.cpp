@@ -29,7 +29,7 @@ int show( const BoardFiles::Board &board, const Options &options ) {
          spdlog::debug( "asks the serve at {}", client->socket().string() );
          return print( board, options, *report );
       }
-   spdlog::debug( "brings {} up itself", board.folder );
+   spdlog::debug( "no serve runs for {}: this command brings the board up", board.folder );
    boost::asio::io_context loop{ 1 };
    std::optional<Session> session;
    std::optional<Progress> progress( std::in_place );

@@ -19,11 +19,11 @@ int watch( const BoardFiles::Board &board, const Options &options ) {
          if ( key == 'q' )
             session.stop();
       } );
-   // What is written to the same screen would stand across the table.
+   // Log lines on the same screen would overwrite the table.
    const auto logLevel = spdlog::get_level();
    if ( terminal && ::isatty( STDERR_FILENO ) )
       spdlog::set_level( spdlog::level::off );
-   // A table each time all was read, and one a period where that takes longer.
+   // A table after every round. If a round takes long, also one each period.
    session.onUpdate(
       [&] {
          const auto lines = tableOf( session.report() );

@@ -114,7 +114,7 @@ class ActionVisitor {
    uint8_t byte( size_t index ) const { return number<uint8_t>( index ); }
    uint16_t word( size_t index ) const { return number<uint16_t>( index ); }
 
-   // Calls an operation when it is the one that is asked for; whether it went well.
+   // Calls `operation` if it is the action's. Returns whether it was called and succeeded.
    template <class Object, class Ops, class... Parameters, class... Arguments>
    bool call( const Ops &ops, Object *object, std::string_view name,
               pl_status ( *Ops::*operation )( Object *, Parameters... ), Arguments... arguments ) {

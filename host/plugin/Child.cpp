@@ -36,17 +36,18 @@ class Child {
 
  private:
    void receive() {
-      socket_.async_read_some( boost::asio::buffer( chunk_ ),
-                               [this]( const boost::system::error_code &failure, size_t length ) {
-                                  if ( failure ) { // the parent ended, or wants this to end
-                                     loop_.stop();
-                                     return;
-                                  }
-                                  input_.append( { chunk_.data(), length } );
-                                  while ( const auto message = input_.next() )
-                                     handle( *message );
-                                  receive();
-                               } );
+      socket_.async_read_some(
+         boost::asio::buffer( chunk_ ),
+         [this]( const boost::system::error_code &failure, size_t length ) {
+            if ( failure ) { // the parent ended, or closed the socket to end this process
+               loop_.stop();
+               return;
+            }
+            input_.append( { chunk_.data(), length } );
+            while ( const auto message = input_.next() )
+               handle( *message );
+            receive();
+         } );
    }
 
    void handle( const std::string &message ) {
@@ -55,7 +56,7 @@ class Child {
                     : Done{ Fault{ .words = "the command can't be read" } } );
    }
 
-   // Blocks until all is sent: the plug-in may end this process in its next call.
+   // Blocks until everything is sent, because the plug-in may end this process in its next call.
    void send( const Event &event ) {
       boost::system::error_code ignored; // receive() notices when the parent ended
       boost::asio::write( socket_, boost::asio::buffer( encode( event ) ), ignored );
@@ -82,12 +83,13 @@ class Child {
       const std::string operation = fmt::format( "pl_{}_add", nameOf( add.description.kind ) );
       send( Begun{ operation } );
       return guard( [&] {
-         // The plug-in keeps pointers to the texts; a later try for the object gets the same ones.
+         // The plug-in keeps pointers to the texts. A second try for the object uses the same
+         // texts.
          const auto &kept = descriptions_.emplace( add.object, add.description ).first->second;
          services_.setTimerOwner( add.object );
          const Record record = plugin_.value().add( kept );
          if ( isNull( record ) )
-            return Done{ Fault{ .words = operation + " made no object" } };
+            return Done{ Fault{ .words = operation + " returned no object" } };
          records_.insert_or_assign( add.object, record );
          return Done{};
       } );
@@ -112,7 +114,7 @@ class Child {
                .done = [this]( const Reading &reading ) { send( reading ); } };
    }
 
-   // An exception that the plug-in lets out is the fault of the command, and this process goes on.
+   // An exception of the plug-in becomes the fault of the command. This process goes on.
    template <class Call>
    static Done guard( const Call &call ) {
       try {
@@ -136,8 +138,8 @@ class Child {
 } // namespace
 
 int runChild( int socket ) {
-   ::prctl( PR_SET_PDEATHSIG, SIGKILL ); // also from inside a call that doesn't come back
-   const rlimit noCores{ 0, 0 };         // ending by an assertion is daily business here
+   ::prctl( PR_SET_PDEATHSIG, SIGKILL ); // also when a call of the plug-in hangs
+   const rlimit noCores{ 0, 0 }; // failed assertions are common here, and need no core files
    ::setrlimit( RLIMIT_CORE, &noCores );
    Child( socket ).run();
    return 0;

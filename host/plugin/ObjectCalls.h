@@ -7,11 +7,11 @@
 #include <functional>
 #include <string>
 
-// Calls the operations of an object that the plug-in made. An exception that an operation throws
-// becomes the fault of its reading.
+// Calls operations of the plug-in's objects. An exception of an operation becomes the fault of its
+// reading.
 namespace Host {
 
-// Receives what comes of the calls.
+// Receives the results of the calls.
 struct ReadingSink {
    std::function<void( const std::string &name )> begun; // called before the operation
    std::function<void( const Reading & )> done;
@@ -20,8 +20,7 @@ struct ReadingSink {
 // Calls every operation that reads something. LEDs and SMBus proxies have none.
 void read( const Record &record, const ReadingSink &sink );
 
-// Calls one operation. It gives one reading with the operation's name, and its result as value
-// where it has one.
+// Calls one operation. The result is one reading with the operation's name.
 void act( const Record &record, const Action &action, const ReadingSink &sink );
 
 } // namespace Host

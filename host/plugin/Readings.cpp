@@ -16,7 +16,7 @@ class ReadingVisitor {
       runOperation( sink_, name, unit, operation );
    }
 
-   // An operation of the usual shape: a status, and an output that is written on success.
+   // The usual kind of operation: it returns a status, and writes its output on success.
    template <class Object, class Ops, class Output>
    void readOne( const char *name, const char *unit, Object *object, const Ops &ops,
                  pl_status ( *Ops::*operation )( Object *, Output * ) ) const {

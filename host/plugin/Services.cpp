@@ -11,7 +11,7 @@ struct pl_timer {
    void ( *callback )( void * );
    void *context;
    size_t owner;
-   unsigned armed = 0; // tells an expiry that was overtaken by a later set or cancel
+   unsigned armed = 0; // counts sets and cancels, to ignore an expiry from before the last one
 };
 
 namespace Host {
@@ -69,7 +69,7 @@ void Services::deleteTimer( pl_timer *handle ) { timers_.erase( handle ); }
 
 using Host::Services;
 
-#pragma GCC visibility push( default ) // the plug-in binds these
+#pragma GCC visibility push( default ) // the plug-in links to these
 
 void pl_trace( int level, const char *format, ... ) {
    Services *services = Services::current();
@@ -106,7 +106,7 @@ void pl_timer_delete( pl_timer_handle timer ) {
       services->deleteTimer( timer );
 }
 
-// This host hands out no watchers, so that there is never one to release.
+// This host has no watchers, so there is nothing to delete.
 void pl_fd_watcher_delete( pl_fd_watcher_handle ) {}
 
 #pragma GCC visibility pop

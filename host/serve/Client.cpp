@@ -18,7 +18,7 @@ using boost::asio::local::stream_protocol;
 using boost::beast::error_code;
 
 constexpr std::chrono::seconds reportLimit( 5 );
-constexpr std::chrono::seconds actionLimit( 65 ); // the server gives up before
+constexpr std::chrono::seconds actionLimit( 65 ); // longer than the server's own limit
 
 constexpr uint64_t longestAnswer = 16 * 1024 * 1024;
 

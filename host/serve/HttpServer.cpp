@@ -14,7 +14,7 @@ namespace http = boost::beast::http;
 using boost::asio::local::stream_protocol;
 using boost::beast::error_code;
 
-// The answer to a request that can't be read; nothing when the client is only gone.
+// The answer to a request that can't be read. Nothing when the client just disconnected.
 std::optional<Api::Response> errorOf( const error_code &failure ) {
    if ( failure == http::error::body_limit )
       return errorResponse( HttpStatus::contentTooLarge, "the body is too long" );
@@ -66,7 +66,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
    void handle() {
       const auto &request = parser_->get();
       keepAlive_ = request.keep_alive();
-      stream_.expires_never(); // an object may take its time
+      stream_.expires_never(); // an action may take long; timeout_ limits it
       const unsigned number = ++requests_;
       timeout_.expires_after( limits_.action );
       timeout_.async_wait( [self = shared_from_this(), number]( const error_code &failure ) {
@@ -83,7 +83,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
                    } );
    }
 
-   // The first answer to a request counts.
+   // Sends the first answer to a request, and ignores any later one.
    void reply( unsigned number, const Api::Response &response ) {
       if ( number != requests_ || answered_ == number )
          return;
@@ -107,7 +107,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
                          [self = shared_from_this()]( const error_code &failure, size_t ) {
                             if ( !failure && self->keepAlive_ )
                                self->read();
-                            else // whoever may still answer keeps this object alive
+                            else // a pending action may keep this object alive
                                self->stream_.close();
                          } );
    }
@@ -125,7 +125,6 @@ class Connection : public std::enable_shared_from_this<Connection> {
    unsigned answered_ = 0;
 };
 
-// Returns by value, so that the file has one owner from the start.
 Sockets::SocketFile listenAt( const std::filesystem::path &path ) {
    try {
       if ( path.has_parent_path() )

@@ -11,7 +11,7 @@ namespace Host {
 namespace {
 
 constexpr size_t messagesKept = 3;
-constexpr size_t tracesKept = 100; // many more than one operation tells
+constexpr size_t tracesKept = 100; // many more than one operation writes
 
 } // namespace
 

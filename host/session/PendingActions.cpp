@@ -22,7 +22,7 @@ void PendingActions::answer( size_t object, const Reading &reading ) {
    } );
    if ( first == all_.end() )
       return;
-   const Answer answer = std::move( first->answer ); // it may ask for more
+   const Answer answer = std::move( first->answer ); // it may add another action
    all_.erase( first );
    if ( answer )
       answer( reading );

@@ -62,7 +62,7 @@ TEST_F( ActTest, SaysWhatIsNotSupportedAndWhatFailed ) {
    EXPECT_THAT( err, HasSubstr( "system: the driver doesn't support this: status 5" ) );
    folder.write( "fan.set_rpm", "status 6 execute: failure in response nack" );
    EXPECT_EQ( run( { "fan", "fan", "1" } ), 1 );
-   EXPECT_THAT( err, HasSubstr( "fan: that did not work: status 6: nack" ) );
+   EXPECT_THAT( err, HasSubstr( "fan: failed: status 6: nack" ) );
    folder.write( "led.set_light_setting", "assert" );
    EXPECT_EQ( run( { "led", "led", "good" } ), 1 );
    EXPECT_THAT( err, HasSubstr( "Assertion `chipAnswers' failed." ) );
@@ -70,7 +70,7 @@ TEST_F( ActTest, SaysWhatIsNotSupportedAndWhatFailed ) {
 
 TEST_F( ActTest, RefusesWordsAndNamesThatMeanNothing ) {
    EXPECT_EQ( run( { "led", "led", "green" } ), 2 );
-   EXPECT_THAT( err, HasSubstr( "\"green\" is none of off, good" ) );
+   EXPECT_THAT( err, HasSubstr( "\"green\" is not one of: off, good" ) );
    EXPECT_EQ( run( { "led", "fan", "good" } ), 2 );
    EXPECT_THAT( err, HasSubstr( "the board has no led \"fan\"" ) );
    EXPECT_EQ( calls(), "" );

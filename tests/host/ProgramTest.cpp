@@ -26,7 +26,7 @@ class ProgramTest : public ::testing::Test {
 
 TEST_F( ProgramTest, CheckEndsWith0ForAGoodBoardAnd3ForABadOne ) {
    EXPECT_EQ( run( { "check", SCRIPTED_BOARD } ), 0 );
-   EXPECT_THAT( out, HasSubstr( "12 objects, nothing wrong" ) );
+   EXPECT_THAT( out, HasSubstr( "12 objects, no errors" ) );
    folder.write( "objects.json", "[ {" );
    folder.write( "topology.json", "{}" );
    EXPECT_EQ( run( { "check", folder.path() } ), 3 );
@@ -132,7 +132,7 @@ TEST_F( ProgramTest, ServeStaysUntilItIsToldToEnd ) {
       program.waitFor( "err.txt", "temp temperature: ok" );
       program.signal( number );
       EXPECT_EQ( program.exitCode(), 0 );
-      EXPECT_THAT( program.err(), HasSubstr( "ends on signal" ) );
+      EXPECT_THAT( program.err(), HasSubstr( "ending on signal" ) );
    }
 }
 

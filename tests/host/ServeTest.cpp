@@ -69,7 +69,7 @@ TEST_F( HttpServerTest, AnswersOneRequestAfterAnotherOnAConnection ) {
                                    "Connection: close\r\n\r\n" );
    EXPECT_THAT( answer, HasSubstr( "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n" ) );
    EXPECT_THAT( answer, HasSubstr( "HTTP/1.1 404 Not Found" ) );
-   EXPECT_THAT( answer, HasSubstr( R"({"error":"there is nothing at /v1/nothing"})" ) );
+   EXPECT_THAT( answer, HasSubstr( R"({"error":"no such path: /v1/nothing"})" ) );
 }
 
 TEST_F( HttpServerTest, NamesTheMethodOfAPath ) {
@@ -204,8 +204,8 @@ TEST_F( ServeTest, IsWatchedAndReplacedOnceItHasGone ) {
    EXPECT_EQ( client_.read( "calls" ), "" );
    serve_.signal( SIGTERM );
    EXPECT_EQ( serve_.exitCode(), 0 );
-   watch.waitFor( "err.txt", "has gone" );
-   watch.waitFor( "err.txt", "itself" );
+   watch.waitFor( "err.txt", "has ended" );
+   watch.waitFor( "err.txt", "this command brings the board up" );
    watch.signal( SIGINT );
    EXPECT_EQ( watch.exitCode(), 0 );
    EXPECT_FALSE( std::filesystem::exists( folder_.path() / "host.sock" ) );
@@ -215,7 +215,7 @@ TEST_F( ServeTest, IsNotAskedForAnotherBoard ) {
    std::filesystem::copy( SCRIPTED_BOARD, client_.path(),
                           std::filesystem::copy_options::recursive );
    EXPECT_EQ( run( { "show", "-v", client_.path() } ), 0 ) << err;
-   EXPECT_THAT( err, HasSubstr( "up itself" ) );
+   EXPECT_THAT( err, HasSubstr( "this command brings the board up" ) );
 }
 
 TEST_F( ServeTest, RefusesToStartASecondTimeAtTheSameSocket ) {

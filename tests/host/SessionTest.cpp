@@ -121,13 +121,13 @@ TEST_F( SessionTest, GivesAnExceptionsTextAndKeepsTheChild ) {
 TEST_F( SessionTest, TellsAnObjectThatWasNotMade ) {
    folder.write( "a.add", "null" );
    showOnce();
-   EXPECT_EQ( report()[0].fault.words, "pl_temp_sensor_add made no object: adding a" );
+   EXPECT_EQ( report()[0].fault.words, "pl_temp_sensor_add returned no object: adding a" );
 }
 
 TEST_F( SessionTest, EndsAHangingOperationAndReadsTheOthers ) {
    folder.write( "a.temperature", "hang" );
    showOnce( { .step = 200ms } );
-   EXPECT_EQ( report()[0].fault.words, "temperature did not come back within 0.2 s" );
+   EXPECT_EQ( report()[0].fault.words, "temperature did not return within 0.2 s" );
    EXPECT_EQ( report()[1].values.at( 0 ).reading.state, State::Ok );
 }
 
@@ -137,7 +137,7 @@ TEST_F( SessionTest, EndsInTimeWhenTheServerIsNotThere ) {
    for ( const ObjectReport &object : report() )
       EXPECT_EQ( object.fault.words,
                  "can't reach the SMBus server yet: pl_temp_sensor_init did not "
-                 "come back within 0.2 s" );
+                 "return within 0.2 s" );
 }
 
 TEST_F( SessionTest, ShowsAFaultInTheNextPeriodAndTheReadingOnceItIsBack ) {

@@ -69,9 +69,9 @@ TEST_F( SupervisorDeathTest, GivesUpAnOperationThatDoesNotComeBack ) {
    now += 12s - 1ms;
    EXPECT_FALSE( supervisor->overdue( now ) );
    now += 1ms;
-   EXPECT_EQ( supervisor->overdue( now ), "read 0 did not come back within 12 s" );
+   EXPECT_EQ( supervisor->overdue( now ), "read 0 did not return within 12 s" );
    die( *supervisor->overdue( now ) );
-   EXPECT_EQ( object( 0 ).fault.words, "read 0 did not come back within 12 s" );
+   EXPECT_EQ( object( 0 ).fault.words, "read 0 did not return within 12 s" );
    EXPECT_EQ( supervisor->overdue( now + 1h ), std::nullopt );
 }
 
