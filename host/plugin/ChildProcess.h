@@ -25,7 +25,7 @@ class ChildProcess {
       std::function<void( std::string )> died{};
    };
 
-   // Starts `orbis-host child`. Throws std::system_error.
+   // Starts this program again, as `PROGRAM child`. Throws std::system_error.
    ChildProcess( boost::asio::io_context &loop, Handlers handlers );
    // Closes the socket, and kills the child if it doesn't end then. Handlers are not called any
    // more.

@@ -38,7 +38,7 @@ TEST_F( ServicesTest, RunATimerOnceForEverySetting ) {
    EXPECT_EQ( expired, 2 );
 }
 
-TEST_F( ServicesTest, TellWhoseTimerRunsWhileItRuns ) {
+TEST_F( ServicesTest, KnowTheOwnerOfARunningTimer ) {
    struct Seen {
       const Services &services;
       std::optional<size_t> timerOwner{};

@@ -39,7 +39,7 @@ TEST_F( SupervisorDeathTest, StartsTheBackOffAnewOnceAReadingSucceededNotAnAddin
    runTo( "read 1" );
    die();
    now += 1s;
-   runTo( "read 1" ); // was added again
+   runTo( "read 1" ); // it was added again
    die();
    now += 1s;
    for ( const std::string &command : runAll() )
@@ -64,7 +64,7 @@ TEST_F( SupervisorDeathTest, KeepsTheValuesOfTheOthersThroughADeath ) {
    EXPECT_EQ( reading( 1 ).value, Scalar() );
 }
 
-TEST_F( SupervisorDeathTest, GivesUpAnOperationThatDoesNotComeBack ) {
+TEST_F( SupervisorDeathTest, EndsAnOperationThatDoesNotReturn ) {
    runTo( "read 0" );
    now += 12s - 1ms;
    EXPECT_FALSE( supervisor->overdue( now ) );

@@ -36,7 +36,7 @@ TEST_F( SupervisorTest, ReadsTheLastObjectTooWhereARoundTakesLongerThanAPeriod )
    EXPECT_THAT( read, ::testing::Contains( "read 1" ) );
 }
 
-TEST_F( SupervisorTest, HasOneCommandInHandAtATime ) {
+TEST_F( SupervisorTest, RunsOneCommandAtATime ) {
    EXPECT_EQ( next(), "load" );
    EXPECT_EQ( next(), "-" );
 }
@@ -59,7 +59,7 @@ TEST_F( SupervisorTest, GivesAFailedReadingTheServersWords ) {
    hear( Reading{ .name = "temperature", .state = State::Unreadable, .fault = { .status = 6 } } );
    good();
    EXPECT_EQ( reading( 0 ).fault, ( Fault{ 6, "request 1 (0x48): no acknowledge" } ) );
-   EXPECT_EQ( object( 0 ).state, State::Ok ); // it stands
+   EXPECT_EQ( object( 0 ).state, State::Ok ); // it is up
 }
 
 TEST_F( SupervisorTest, NeverTurnsAFailedReadIntoAbsent ) {
@@ -117,7 +117,7 @@ TEST_F( SupervisorTest, DoesNotHideOneKindsMissingFunctionsBehindAnother ) {
    EXPECT_EQ( object( 0 ).fault.words, "the plug-in has no pl_temp_sensor_init" );
 }
 
-TEST_F( SupervisorTest, ReadsEverythingJustOnceWhenToldSo ) {
+TEST_F( SupervisorTest, ReadsEverythingJustOnceWithTheLimitOnce ) {
    restart( { .once = true } );
    runTo( "add 0" );
    die();
@@ -140,7 +140,7 @@ TEST_F( SupervisorTest, EndsAtAPluginThatCanNotBeLoaded ) {
 TEST_F( SupervisorTest, WakesForTheNextThingThatIsDue ) {
    EXPECT_EQ( next(), "load" );
    begin();
-   EXPECT_EQ( supervisor->wakeAt( now ), now + 500ms ); // to tell that it waits
+   EXPECT_EQ( supervisor->wakeAt( now ), now + 500ms ); // to show that it waits
    good();
    runAll();
    EXPECT_EQ( supervisor->wakeAt( now + 400ms ), now + 1s );

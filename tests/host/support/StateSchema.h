@@ -2,6 +2,6 @@
 
 #include <string>
 
-// Where a JSON text doesn't fit boards/state.schema.json, and which rule it breaks; empty when it
-// fits.
+// The place where a JSON text breaks boards/state.schema.json, and the rule. Empty when it is
+// valid.
 std::string stateSchemaFault( const std::string &json );
