@@ -8,15 +8,15 @@
 
 namespace Host {
 
-// A reading from its members; unreadable where its state is missing or unknown.
+// Reads one reading. Its state is unreadable when it is missing or unknown.
 Reading toReading( const BoardFiles::Json &json );
 
-// What toJson() wrote: the board's folder and its objects.
+// The output of toJson(): the board's folder and its objects.
 struct BoardText {
    std::string board{};
    BoardReport objects{};
 };
-// Nothing when the text is no such thing.
+// Nothing when the text is not such an output.
 std::optional<BoardText> readBoard( const std::string &text );
 
 } // namespace Host

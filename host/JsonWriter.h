@@ -34,12 +34,12 @@ class JsonWriter {
    JsonWriter &member( std::string_view name, const T &what ) {
       return key( name ).value( what );
    }
-   // The members "status" and "fault", where there is something to say.
+   // The members "status" and "fault"; either is left out when it is empty.
    JsonWriter &fault( const Fault &fault );
-   // The members of a reading but for its fault: "name", "unit", "state", "value".
+   // The members "name", "unit", "state" and "value" of a reading.
    JsonWriter &reading( const Reading &reading );
 
-   // A whole object of a board.
+   // An object of a board.
    JsonWriter &object( const ObjectReport &object );
 
    std::string text() const { return { buffer_.GetString(), buffer_.GetSize() }; }
@@ -49,10 +49,10 @@ class JsonWriter {
    rapidjson::Writer<rapidjson::StringBuffer> writer_{ buffer_ };
 };
 
-// An object of a board, as the schema's definition "object" has it.
+// An object of a board, by the definition "object" of boards/state.schema.json.
 std::string toJson( const ObjectReport &object );
 
-// The one JSON text that tells of a board; its schema is boards/state.schema.json.
+// A whole board, by boards/state.schema.json.
 std::string toJson( std::string_view board, const BoardReport &report );
 
 } // namespace Host

@@ -9,48 +9,48 @@
 
 namespace Host {
 
-// What is known of an object, of one of its values or of a module's presence.
+// The state of an object, of one of its values, or of a module's presence.
 enum class State {
    Ok,
-   Stale,       // was good when it was last read, which is too long ago
+   Stale,       // the last good reading is too old
    Unreadable,  // the last attempt failed
-   Absent,      // the module is not there, and that was read without a fault
-   Unmanaged,   // a module is there, but none that is known
+   Absent,      // there is no module, and this was read without a fault
+   Unmanaged,   // there is a module, but its model is unknown
    Unsupported, // the driver or the platform doesn't provide it
 };
 
-// "ok" and so on.
+// "ok", "stale" and so on.
 std::string_view nameOf( State state );
 std::optional<State> stateOf( std::string_view name );
 
-// Why something is not ok: a pl_status where an operation returned one, and words.
+// Why something is not ok: the pl_status of an operation, if there is one, and an explanation.
 struct Fault {
    std::optional<int> status{};
    std::string words{};
    bool operator==( const Fault & ) const = default;
 };
 
-// "status 6: WORDS", or what there is of it.
+// "status 6: WORDS", or only one of the two.
 std::string toText( const Fault &fault );
 
 using Scalar = std::variant<std::monostate, bool, int64_t, double, std::string>;
 
-// One value as an operation of an object's table gave it.
+// One value that an operation of an object returned.
 struct Reading {
    std::string name{}; // "temperature"; unique in its object
    std::string unit{}; // empty for plain numbers and texts
    State state = State::Ok;
-   Scalar value{}; // nothing unless ok
+   Scalar value{}; // empty unless the state is ok
    Fault fault{};
 };
 
-// A reading as users get it.
+// A reading for users.
 struct ValueReport {
    Reading reading{};
-   double age = 0; // seconds since it was read, or since the attempt that failed
+   double age = 0; // seconds since it was read, or since the read failed
 };
 
-// An object as users get it: whether it stands, and its values.
+// An object for users: its own state, and its values.
 struct ObjectReport {
    std::string name{};
    std::string type{};
@@ -62,7 +62,7 @@ struct ObjectReport {
 
 using BoardReport = std::vector<ObjectReport>;
 
-// Whether anything of the board is stale or unreadable.
+// Whether any object or value of the board is stale or unreadable.
 bool hasUnreadable( const BoardReport &board );
 
 } // namespace Host

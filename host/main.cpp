@@ -1,7 +1,6 @@
 #include "boardfiles/Board.h"
 #include "host/commands/Commands.h"
 #include "host/plugin/Child.h"
-#include "host/terminal/Log.h"
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
@@ -28,8 +27,7 @@ int run( const Options &options ) {
    case Options::Command::Act:
       return Host::act( *board, options );
    default:
-      fmt::print( "{}: {} objects, nothing wrong\n", options.board.string(),
-                  board->objects.size() );
+      fmt::print( "{}: {} objects, no errors\n", options.board.string(), board->objects.size() );
       return Host::exitOk;
    }
 }

@@ -1,7 +1,6 @@
 #include "host/commands/Commands.h"
 #include "host/serve/Client.h"
 #include "host/session/Session.h"
-#include "host/terminal/Log.h"
 #include "host/terminal/Table.h"
 
 #include <algorithm>
@@ -33,10 +32,11 @@ bool cutsPower( const Action &action ) {
    return action.operation == "powercycle" || action.operation == "poweroff";
 }
 
-// Whether the user, asked at the terminal, agrees.
-bool agrees( const Action &action, const BoardFiles::Board &board ) {
+// Asks the user at the terminal.
+bool userAgrees( const Action &action, const BoardFiles::Board &board ) {
    if ( !::isatty( STDIN_FILENO ) ) {
-      fmt::print( stderr, "nobody to ask: say --yes for {}\n", action.operation );
+      fmt::print( stderr, "{} needs --yes when standard input is not a terminal\n",
+                  action.operation );
       return false;
    }
    fmt::print( stderr, "{} of {}? [y/N] ", action.operation, board.folder );
@@ -44,7 +44,7 @@ bool agrees( const Action &action, const BoardFiles::Board &board ) {
    return std::getline( std::cin, answer ) && ( answer == "y" || answer == "yes" );
 }
 
-int tell( const std::string &name, const Reading &result ) {
+int print( const std::string &name, const Reading &result ) {
    if ( result.state == State::Ok ) {
       if ( !std::holds_alternative<std::monostate>( result.value ) )
          fmt::print( "{}\n", toText( result.value ) );
@@ -52,16 +52,16 @@ int tell( const std::string &name, const Reading &result ) {
    }
    const std::string fault = toText( result.fault );
    fmt::print( stderr, "{}: {}{}{}\n", name,
-               result.state == State::Unsupported ? "the driver doesn't support this"
-                                                  : "that did not work",
+               result.state == State::Unsupported ? "the driver doesn't support this" : "failed",
                fault.empty() ? "" : ": ", fault );
    return exitUnreadable;
 }
 
-// Brings the object up, and has it do what it is asked. An LED that blinks keeps this from ending.
-class Doer {
+// Brings up one object for one action. While an LED blinks, the program must stay: the plug-in
+// blinks it with a timer.
+class ActionSession {
  public:
-   Doer( const BoardFiles::Board &board, const Options &options, size_t object )
+   ActionSession( const BoardFiles::Board &board, const Options &options, size_t object )
       : board_( board ), object_( object ), signals_( loop_, SIGINT, SIGTERM, SIGHUP ),
         session_( loop_, board, options.plugin,
                   Limits{ .init = initLimit, .step = fromSeconds( options.limit ), .only = object },
@@ -83,7 +83,7 @@ class Doer {
                     [this, stays]( const Reading &result ) { ended( result, stays ); } );
       loop_.run();
       const auto &fault = session_.supervisor().loadFault();
-      return fault ? tellLoadFault( *fault ) : exitCode_;
+      return fault ? reportLoadFault( *fault ) : exitCode_;
    }
 
  private:
@@ -93,7 +93,7 @@ class Doer {
    }
    void ended( const Reading &result, bool stays ) {
       giveUp_.cancel();
-      exitCode_ = tell( board_.objects[object_].name, result );
+      exitCode_ = print( board_.objects[object_].name, result );
       if ( stays && exitCode_ == exitOk )
          fmt::print( stderr, "{} blinks until Ctrl-C\n", board_.objects[object_].name );
       else
@@ -123,15 +123,15 @@ int act( const BoardFiles::Board &board, const Options &options ) {
       return exitUsage;
    }
    const Action &action = std::get<Action>( parsed );
-   if ( cutsPower( action ) && !options.yes && !agrees( action, board ) )
+   if ( cutsPower( action ) && !options.yes && !userAgrees( action, board ) )
       return exitUsage;
    if ( const auto client = Client::ofBoard( board.folder ) ) {
       spdlog::debug( "asks the serve at {}", client->socket().string() );
       const std::string &name = board.objects[*object].name;
-      return tell( name, client->act( name, options.words ) );
+      return print( name, client->act( name, options.words ) );
    }
-   spdlog::debug( "brings {} up itself", board.folder );
-   return Doer( board, options, *object ).run( action );
+   spdlog::debug( "no serve runs for {}: this command brings the board up", board.folder );
+   return ActionSession( board, options, *object ).run( action );
 }
 
 } // namespace Host

@@ -12,27 +12,25 @@ namespace fs = std::filesystem;
 
 constexpr auto description =
    "Brings a board up with its driver plug-in, and shows it.\n\n"
-   "All but check write to the board: bringing it up sets thresholds of temperature\n"
-   "sensors, port LEDs, and pin directions of expanders.\n";
+   "All commands except check write to the board: bringing it up sets the thresholds of\n"
+   "temperature sensors, the port LEDs, and the pin directions of expanders.\n";
 
 constexpr auto footer =
-   "\nfan, led, xcvr, gpio, smbus and system take the board from --board or ORBIS_BOARD. An LED "
-   "that\n"
-   "blinks needs somebody who stays: led NAME beacon does so until Ctrl-C.\n"
-   "\nWhere a serve of the board runs, the other commands ask that; -v tells. Its socket is\n"
-   "ORBIS_HOST_SOCKET, or /run/orbis/host.sock.\n"
-   "\nBOARD is a folder with topology.json and objects.json. What the plug-in's drivers want is\n"
-   "read from PLUGIN.drivers.json beside that folder.\n\n"
-   "What fails is tried again by watch and serve after 1 s, then after twice as long each time, "
-   "up\n"
-   "to 60 s. show tries everything once, and ends after 30 s at the latest.\n\n"
-   "Exit codes: 0 all is well; 1 something can't be read or done; 2 usage; 3 the files of the "
-   "board\n"
-   "are bad; 4 the plug-in can't be loaded; 5 the process that holds it can't be run.\n\n"
-   "Environment: ORBIS_BOARD, ORBIS_HOST_SOCKET, ORBIS_PLUGIN, ORBIS_SMBUS_SOCKET, "
+   "\nfan, led, xcvr, gpio, smbus and system take the board from --board or ORBIS_BOARD.\n"
+   "led NAME beacon runs until Ctrl-C, because the program itself makes the LED blink.\n"
+   "\nIf serve runs for the board, the other commands send their requests to it; -v shows this.\n"
+   "The socket of serve is ORBIS_HOST_SOCKET, or /run/orbis/host.sock.\n"
+   "\nBOARD is a folder with topology.json and objects.json. The rules for the arguments of the\n"
+   "plug-in's drivers are in PLUGIN.drivers.json, beside that folder.\n"
+   "\nwatch and serve retry what fails after 1 s, then after twice as long each time, up to 60 s.\n"
+   "show tries everything once, and ends after 30 s at the latest.\n"
+   "\nExit codes: 0 success; 1 something can't be read or done; 2 wrong usage; 3 errors in the\n"
+   "board's files; 4 the plug-in can't be loaded; 5 its process can't be run, or serve can't\n"
+   "listen at its socket.\n"
+   "\nEnvironment: ORBIS_BOARD, ORBIS_HOST_SOCKET, ORBIS_PLUGIN, ORBIS_SMBUS_SOCKET,\n"
    "ORBIS_SMBUS_TIMEOUT_MS.\n";
 
-// Beside the program where it stands there; else wherever the loader looks.
+// The plug-in in ../lib beside the program, if it is there. Else the loader searches for it.
 std::string defaultPlugin() {
    std::error_code failure;
    const fs::path program = fs::read_symlink( "/proc/self/exe", failure );
@@ -52,8 +50,8 @@ CLI::App *addBoardCommand( CLI::App &app, Options &options, Options::Command com
    return sub;
 }
 
-// Asked only where no board is named: CLI11 looks at the environment for every sub-command, and
-// would put this board in the place of the one that another sub-command is given.
+// Not done by CLI11: it reads the environment for every sub-command, and would replace the board of
+// another sub-command.
 void boardFromEnvironment( Options &options ) {
    if ( !options.board.empty() )
       return;
@@ -65,18 +63,18 @@ void boardFromEnvironment( Options &options ) {
    options.board = named;
 }
 
-// A sub-command that has an object of a kind do something.
+// A sub-command for the actions of a kind.
 void addAction( CLI::App &app, Options &options, BoardFiles::Kind kind, const char *what ) {
    CLI::App *sub = app.add_subcommand( std::string( nameOf( kind ) ), what );
    sub->fallthrough();
    sub->footer( fmt::format( "{}", fmt::join( usageOf( kind ), "\n" ) ) );
-   sub->add_option( "--board", options.board, "The board's folder, else ORBIS_BOARD" )
+   sub->add_option( "--board", options.board, "The board's folder; without this ORBIS_BOARD" )
       ->check( CLI::ExistingDirectory );
    if ( kind == BoardFiles::Kind::System )
-      sub->add_flag( "-y,--yes", options.yes, "Don't ask before power is cut" );
+      sub->add_flag( "-y,--yes", options.yes, "Cut power without a question" );
    else
       sub->add_option( "NAME", options.object, "The object's name" )->required();
-   sub->add_option( "WORDS", options.words, "What it is to do" )->required();
+   sub->add_option( "WORDS", options.words, "The action" )->required();
    sub->callback( [&options, kind] {
       boardFromEnvironment( options );
       options.command = Options::Command::Act;
@@ -84,8 +82,8 @@ void addAction( CLI::App &app, Options &options, BoardFiles::Kind kind, const ch
    } );
 }
 
-// "psu=5": seconds between two readings of objects of a kind.
-std::string takePeriod( const std::string &text, std::map<BoardFiles::Kind, double> &periods ) {
+// "psu=5": seconds between two readings of objects of this kind. Returns an error text.
+std::string parsePeriod( const std::string &text, std::map<BoardFiles::Kind, double> &periods ) {
    const auto equals = text.find( '=' );
    const auto kind = BoardFiles::kindOf( text.substr( 0, equals ) );
    double seconds = 0;
@@ -116,18 +114,19 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
    app.add_option( "-t,--trace-level", options.traceLevel,
                    "Print the plug-in's traces up to this level, 0 to 7" )
       ->check( CLI::Range( 0, 7 ) );
-   app.add_flag( "-v,--verbose", options.verbose, "Tell what happens to the plug-in's process" );
+   app.add_flag( "-v,--verbose", options.verbose, "Log what happens to the plug-in's process" );
    app.add_option( "--limit", options.limit,
-                   "Seconds that an operation may take before the plug-in's process is given up" )
+                   "Seconds for one operation; after that the plug-in's process is ended" )
       ->check( CLI::Range( 0.1, 3600.0 ) )
       ->capture_default_str();
    addBoardCommand( app, options, Check, "check", "Check the files of a board" );
    addBoardCommand( app, options, Show, "show", "Show every object once" )
-      ->add_flag( "--json", options.json, "Print JSON, as boards/state.schema.json tells" );
+      ->add_flag( "--json", options.json, "Print JSON; its schema is boards/state.schema.json" );
    CLI::App *watch = addBoardCommand( app, options, Watch, "watch",
-                                      "Show every object again and again, until q or Ctrl-C" );
-   CLI::App *serve = addBoardCommand( app, options, Serve, "serve",
-                                      "Stay with the board until SIGTERM or Ctrl-C" );
+                                      "Show every object in every period, until q or Ctrl-C" );
+   CLI::App *serve =
+      addBoardCommand( app, options, Serve, "serve",
+                       "Read the board in every period and answer HTTP, until SIGTERM or Ctrl-C" );
    for ( CLI::App *staying : { watch, serve } )
       staying->add_option( "--period", options.period, "Seconds between two readings" )
          ->check( CLI::Range( 0.1, 3600.0 ) )
@@ -135,17 +134,17 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
    serve
       ->add_option_function<std::vector<std::string>>(
          "--period-of", []( const auto & ) {},
-         "KIND=SECONDS between two readings of objects of a kind" )
+         "KIND=SECONDS: another period for objects of this kind" )
       ->multi_option_policy( CLI::MultiOptionPolicy::TakeAll )
       ->check(
-         [&options]( const std::string &text ) { return takePeriod( text, options.periods ); } );
+         [&options]( const std::string &text ) { return parsePeriod( text, options.periods ); } );
    addAction( app, options, BoardFiles::Kind::Fan, "Set a fan's speed" );
    addAction( app, options, BoardFiles::Kind::Led, "Set an LED" );
    addAction( app, options, BoardFiles::Kind::Xcvr, "Set a control line of a transceiver cage" );
    addAction( app, options, BoardFiles::Kind::Gpio, "Set, clear or read a GPIO" );
    addAction( app, options, BoardFiles::Kind::Smbus,
-              "Carry out an SMBus operation through a proxy" );
-   addAction( app, options, BoardFiles::Kind::System, "Ask for the reload cause, or cut power" );
+              "Run an SMBus operation through a proxy object" );
+   addAction( app, options, BoardFiles::Kind::System, "Read the reload cause, or cut power" );
    app.add_subcommand( "child" )->group( "" )->callback( [&options] { options.command = Child; } );
    try {
       app.parse( argc, argv );

@@ -9,37 +9,37 @@
 
 namespace Host {
 
-// What the program's exit codes mean.
+// The program's exit codes.
 enum ExitCode {
    exitOk = 0,
-   exitUnreadable = 1, // something of the board could not be read, or not be done
+   exitUnreadable = 1, // a value could not be read, or an action failed
    exitUsage = 2,
    exitBadBoard = 3, // the board's files, or the plug-in's data file
    exitNoPlugin = 4, // the plug-in can't be loaded
-   exitNoChild = 5,  // the child process can't be run
+   exitNoChild = 5,  // the plug-in's process can't be run, or serve has no socket
 };
 
-// What the user asked for.
+// The command line.
 struct Options {
    enum class Command { Nothing, Check, Show, Watch, Serve, Act, Child };
    Command command = Command::Nothing;
    std::filesystem::path board{};
-   std::string plugin{};            // as dlopen() takes it
+   std::string plugin{};            // file name for dlopen()
    std::filesystem::path drivers{}; // the plug-in's data file
-   int traceLevel = -1;             // traces up to this level are printed
+   int traceLevel = -1;             // print the traces up to this level
    bool verbose = false;
    bool json = false;
    double period = 1;                            // seconds between two readings
-   double limit = 12;                            // seconds that one operation of an object may take
-   std::map<BoardFiles::Kind, double> periods{}; // of kinds that have one of their own
-   BoardFiles::Kind kind{};                      // of the object that is to do something
-   std::string object{};                         // its name; empty for the system
-   std::vector<std::string> words{};             // what it is to do
-   bool yes = false;                             // don't ask before power is cut
+   double limit = 12;                            // seconds for one operation of an object
+   std::map<BoardFiles::Kind, double> periods{}; // of kinds with their own period
+   BoardFiles::Kind kind{};                      // of the object for an action
+   std::string object{};                         // the object's name; empty for the system
+   std::vector<std::string> words{};             // the action
+   bool yes = false;                             // cut power without a question
 };
 
-// Parses the command line. Prints help, version or an error by itself; `command` is Nothing then,
-// and `exitCode` says how to end.
+// Parses the command line. Where it prints help, the version or an error, `command` is Nothing and
+// `exitCode` is set.
 Options parseCommandLine( int argc, char **argv, int &exitCode );
 
 } // namespace Host

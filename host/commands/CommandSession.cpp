@@ -1,7 +1,6 @@
 #include "host/commands/CommandSession.h"
 
 #include "host/commands/Commands.h"
-#include "host/terminal/Log.h"
 
 #include <csignal>
 #include <spdlog/spdlog.h>
@@ -19,11 +18,12 @@ Limits limitsOf( const Options &options ) {
 
 } // namespace
 
-Stay::Stay( const BoardFiles::Board &board, const Options &options, Source source )
+CommandSession::CommandSession( const BoardFiles::Board &board, const Options &options,
+                                Source source )
    : period_( fromSeconds( options.period ) ), signals_( loop_, SIGINT, SIGTERM, SIGHUP ),
      board_( board ), options_( options ) {
    signals_.async_wait( [this]( const auto &, int signal ) {
-      spdlog::info( "ends on signal {}", signal );
+      spdlog::info( "ending on signal {}", signal );
       stop();
    } );
    if ( source == Source::ServeIfThere )
@@ -34,54 +34,54 @@ Stay::Stay( const BoardFiles::Board &board, const Options &options, Source sourc
       bringUp();
 }
 
-void Stay::bringUp() {
-   spdlog::debug( "brings {} up itself", board_.folder );
+void CommandSession::bringUp() {
+   spdlog::debug( "no serve runs for {}: this command brings the board up", board_.folder );
    session_.emplace( loop_, board_, options_.plugin, limitsOf( options_ ),
                      logging( options_, [this] { changed(); } ) );
 }
 
-BoardReport Stay::report() {
+BoardReport CommandSession::report() {
    if ( serve_ ) {
       if ( auto report = serve_->report() )
          return *report;
-      spdlog::warn( "the serve at {} has gone", serve_->socket().string() );
+      spdlog::warn( "the serve at {} has ended", serve_->socket().string() );
       serve_.reset();
       bringUp();
    }
    return session_->supervisor().report( Clock::now() );
 }
 
-void Stay::tellWith( std::function<void()> tell, bool byRound ) {
-   tell_ = std::move( tell );
+void CommandSession::onUpdate( std::function<void()> update, bool byRound ) {
+   update_ = std::move( update );
    byRound_ = byRound;
-   tellLater();
+   updateLater();
 }
 
-int Stay::run( const std::function<void()> &leave ) {
+int CommandSession::run( const std::function<void()> &leave ) {
    loop_.run();
    leave();
    const auto fault = session_ ? session_->supervisor().loadFault() : std::nullopt;
-   return fault ? tellLoadFault( *fault ) : exitOk;
+   return fault ? reportLoadFault( *fault ) : exitOk;
 }
 
-void Stay::changed() {
+void CommandSession::changed() {
    if ( session_->supervisor().loadFault() )
       stop();
    else if ( byRound_ && session_->supervisor().roundDone() )
-      tell();
+      update();
 }
 
-void Stay::tell() {
-   tell_();
-   tellLater();
+void CommandSession::update() {
+   update_();
+   updateLater();
 }
 
-void Stay::tellLater() {
-   // A round is done a little later than a period after the one before it.
+void CommandSession::updateLater() {
+   // A round ends a little more than a period after the round before it.
    timer_.expires_after( byRound_ && session_ ? period_ * 3 / 2 : period_ );
    timer_.async_wait( [this]( const auto &failure ) {
       if ( !failure )
-         tell();
+         update();
    } );
 }
 

@@ -12,39 +12,40 @@
 
 namespace Host {
 
-// What the commands have in common that stay with a board: a session on a loop, or a running
-// serve that has one, something to do
-// again and again, and an end by SIGINT, SIGTERM or SIGHUP.
-class Stay {
+// The common part of watch and serve: a session of its own, or the client of a running serve; an
+// update in every period; and an end at SIGINT, SIGTERM or SIGHUP.
+class CommandSession {
  public:
    enum class Source { Own, ServeIfThere };
-   Stay( const BoardFiles::Board &board, const Options &options, Source source );
+   CommandSession( const BoardFiles::Board &board, const Options &options, Source source );
 
-   // Calls `tell` once a period; with `byRound` whenever every object was read, and where that
-   // takes too long, one and a half periods after the last call.
-   void tellWith( std::function<void()> tell, bool byRound );
+   // Calls `update` once in every period. With `byRound` it is called when every object was read,
+   // but not later than one and a half periods after the last call.
+   void onUpdate( std::function<void()> update, bool byRound );
 
-   // Runs to the end, then calls `leave`; the program's exit code.
+   // Runs until stop() or a signal, then calls `leave`. Returns the exit code.
    int run( const std::function<void()> &leave = [] {} );
    void stop() { loop_.stop(); }
 
    boost::asio::io_context &loop() { return loop_; }
-   // What is known now. Brings the board up itself once a serve has gone.
+   // The board as it is known now. If the serve has ended, this brings the board up itself.
    BoardReport report();
-   // Its own session.
-   Session &session() { return *session_; }
+   // Has an object do something. Only with Source::Own.
+   void ask( size_t object, const Action &action, Supervisor::Answer answer ) {
+      session_->ask( object, action, std::move( answer ) );
+   }
 
  private:
    void bringUp();
    void changed();
-   void tell();
-   void tellLater();
+   void update();
+   void updateLater();
 
    const Clock::duration period_;
    boost::asio::io_context loop_{ 1 };
    boost::asio::signal_set signals_;
    boost::asio::steady_timer timer_{ loop_ };
-   std::function<void()> tell_{};
+   std::function<void()> update_{};
    bool byRound_ = false;
    const BoardFiles::Board &board_;
    const Options &options_;

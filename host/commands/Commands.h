@@ -3,22 +3,30 @@
 #include "boardfiles/Board.h"
 #include "host/State.h"
 #include "host/commands/CommandLine.h"
+#include "host/session/Session.h"
 
 #include <chrono>
+#include <functional>
 
 namespace Host {
 
-// How long a command that ends by itself waits: for the plug-in to come up, and in all.
+// The longest time of a command that ends by itself: for an init of the plug-in, and in all.
 constexpr auto initLimit = std::chrono::seconds( 5 );
 constexpr auto totalLimit = std::chrono::seconds( 30 );
 
-// Each carries one sub-command out and returns the program's exit code.
+// Each runs one command and returns the exit code.
 int show( const BoardFiles::Board &board, const Options &options );
 int watch( const BoardFiles::Board &board, const Options &options );
 int serve( const BoardFiles::Board &board, const Options &options );
 int act( const BoardFiles::Board &board, const Options &options );
 
-// Says that the plug-in can't be loaded; the exit code for that.
-int tellLoadFault( const Fault &fault );
+// Sets up spdlog. All its output goes to standard error.
+void setUpLog( const Options &options );
+
+// Handlers for a session: they log its traces and notices, and call `changed`.
+Session::Handlers logging( const Options &options, std::function<void()> changed );
+
+// Logs that the plug-in can't be loaded, and returns the exit code.
+int reportLoadFault( const Fault &fault );
 
 } // namespace Host

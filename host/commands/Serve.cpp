@@ -1,7 +1,7 @@
 #include "host/commands/CommandSession.h"
 #include "host/commands/Commands.h"
+#include "host/serve/Client.h"
 #include "host/serve/HttpServer.h"
-#include "host/serve/Place.h"
 
 #include <map>
 #include <spdlog/spdlog.h>
@@ -9,20 +9,20 @@
 namespace Host {
 namespace {
 
-// Logs what is known of a board, where it isn't what was logged last.
-class Diary {
+// Logs the state of every object and value when it changes.
+class StateLog {
  public:
-   void take( const BoardReport &board ) {
+   void record( const BoardReport &board ) {
       for ( const ObjectReport &object : board ) {
-         take( object.name, object.state, object.fault );
+         record( object.name, object.state, object.fault );
          for ( const ValueReport &value : object.values )
-            take( object.name + " " + value.reading.name, value.reading.state,
-                  value.reading.fault );
+            record( object.name + " " + value.reading.name, value.reading.state,
+                    value.reading.fault );
       }
    }
 
  private:
-   void take( const std::string &what, State state, const Fault &fault ) {
+   void record( const std::string &what, State state, const Fault &fault ) {
       const bool bad = state == State::Unreadable;
       std::string entry( nameOf( state ) );
       if ( bad )
@@ -40,20 +40,20 @@ class Diary {
 } // namespace
 
 int serve( const BoardFiles::Board &board, const Options &options ) {
-   Stay stay( board, options, Stay::Source::Own );
+   CommandSession session( board, options, CommandSession::Source::Own );
    const Api api( board, serveName( board.folder ),
-                  { .report = [&stay] { return stay.report(); },
+                  { .report = [&session] { return session.report(); },
                     .ask =
-                       [&stay]( size_t object, const Action &action,
-                                std::function<void( const Reading & )> answer ) {
-                          stay.session().ask( object, action, std::move( answer ) );
+                       [&session]( size_t object, const Action &action,
+                                   std::function<void( const Reading & )> answer ) {
+                          session.ask( object, action, std::move( answer ) );
                        } } );
-   const HttpServer server( stay.loop(), serveSocket(), api );
-   Diary diary;
-   spdlog::info( "serves {} with {} objects at {}", board.folder, board.objects.size(),
+   const HttpServer server( session.loop(), serveSocket(), api );
+   StateLog log;
+   spdlog::info( "serving {} with {} objects at {}", board.folder, board.objects.size(),
                  serveSocket().string() );
-   stay.tellWith( [&] { diary.take( stay.report() ); }, false );
-   return stay.run();
+   session.onUpdate( [&] { log.record( session.report() ); }, false );
+   return session.run();
 }
 
 } // namespace Host

@@ -1,7 +1,6 @@
 #include "host/JsonWriter.h"
 #include "host/commands/Commands.h"
 #include "host/serve/Client.h"
-#include "host/terminal/Log.h"
 #include "host/terminal/Progress.h"
 #include "host/terminal/Table.h"
 
@@ -14,7 +13,7 @@
 namespace Host {
 namespace {
 
-int tell( const BoardFiles::Board &board, const Options &options, const BoardReport &report ) {
+int print( const BoardFiles::Board &board, const Options &options, const BoardReport &report ) {
    if ( options.json )
       fmt::print( "{}\n", toJson( board.folder, report ) );
    else
@@ -24,18 +23,13 @@ int tell( const BoardFiles::Board &board, const Options &options, const BoardRep
 
 } // namespace
 
-int tellLoadFault( const Fault &fault ) {
-   spdlog::error( "the plug-in can't be loaded: {}", toText( fault ) );
-   return exitNoPlugin;
-}
-
 int show( const BoardFiles::Board &board, const Options &options ) {
    if ( const auto client = Client::ofBoard( board.folder ) )
       if ( const auto report = client->report() ) {
          spdlog::debug( "asks the serve at {}", client->socket().string() );
-         return tell( board, options, *report );
+         return print( board, options, *report );
       }
-   spdlog::debug( "brings {} up itself", board.folder );
+   spdlog::debug( "no serve runs for {}: this command brings the board up", board.folder );
    boost::asio::io_context loop{ 1 };
    std::optional<Session> session;
    std::optional<Progress> progress( std::in_place );
@@ -57,10 +51,10 @@ int show( const BoardFiles::Board &board, const Options &options ) {
    loop.run();
    progress.reset();
    if ( session->supervisor().loadFault() )
-      return tellLoadFault( *session->supervisor().loadFault() );
+      return reportLoadFault( *session->supervisor().loadFault() );
 
    const BoardReport report = session->supervisor().report( Clock::now() );
-   const int exitCode = tell( board, options, report );
+   const int exitCode = print( board, options, report );
    if ( gaveUp )
       spdlog::error( "gave up after {} s", totalLimit.count() );
    return gaveUp ? exitUnreadable : exitCode;

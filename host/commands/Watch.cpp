@@ -12,21 +12,21 @@
 namespace Host {
 
 int watch( const BoardFiles::Board &board, const Options &options ) {
-   Stay stay( board, options, Stay::Source::ServeIfThere );
+   CommandSession session( board, options, CommandSession::Source::ServeIfThere );
    std::optional<Terminal> terminal;
-   if ( Terminal::isThere() )
-      terminal.emplace( stay.loop(), [&stay]( char key ) {
+   if ( Terminal::isAvailable() )
+      terminal.emplace( session.loop(), [&session]( char key ) {
          if ( key == 'q' )
-            stay.stop();
+            session.stop();
       } );
-   // What is written to the same screen would stand across the table.
+   // Log lines on the same screen would overwrite the table.
    const auto logLevel = spdlog::get_level();
    if ( terminal && ::isatty( STDERR_FILENO ) )
       spdlog::set_level( spdlog::level::off );
-   // A table each time all was read, and one a period where that takes longer.
-   stay.tellWith(
+   // A table after every round. If a round takes long, also one each period.
+   session.onUpdate(
       [&] {
-         const auto lines = tableOf( stay.report() );
+         const auto lines = tableOf( session.report() );
          if ( terminal )
             terminal->draw( lines );
          else
@@ -34,7 +34,7 @@ int watch( const BoardFiles::Board &board, const Options &options ) {
          std::fflush( stdout );
       },
       true );
-   return stay.run( [&] {
+   return session.run( [&] {
       terminal.reset();
       spdlog::set_level( logLevel );
    } );

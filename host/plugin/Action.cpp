@@ -14,12 +14,12 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// By the numbers of pl_led_status.
+// In the order of pl_led_status.
 constexpr std::array<std::string_view, 7> settings{ "off",      "good",    "warning", "bad",
                                                     "inactive", "unknown", "beacon" };
-constexpr std::array<std::string_view, 2> switches{ "off", "on" };
+constexpr std::array<std::string_view, 2> onOff{ "off", "on" };
 
-// What a word behind a verb stands for: one of some names, or a number in a range.
+// The rule for one word after the verb: one of some names, or a number in a range.
 struct Argument {
    std::string_view name{};
    std::span<const std::string_view> names{};
@@ -27,7 +27,7 @@ struct Argument {
    int64_t maximum = 0;
 };
 
-constexpr Argument onOffArgument{ .names = switches };
+constexpr Argument onOffArgument{ .names = onOff };
 constexpr Argument settingArgument{ .names = settings };
 constexpr Argument rpmArgument{ .name = "RPM", .maximum = std::numeric_limits<int32_t>::max() };
 constexpr Argument bitArgument{ .name = "BIT", .maximum = 1 };
@@ -40,10 +40,10 @@ constexpr size_t longestBlock = 0xFF; // a block's length is one byte
 
 struct Verb {
    BoardFiles::Kind kind;
-   std::string_view word; // empty: the arguments come at once
+   std::string_view word; // empty: the arguments come first
    std::string_view operation;
-   std::array<Argument, 2> arguments{}; // as many as have a name or names
-   bool bytesFollow = false;            // a block, one word a byte
+   std::array<Argument, 2> arguments{}; // those without a name and names are unused
+   bool bytesFollow = false;            // a block: one word for each byte
 };
 
 constexpr std::array verbs{
@@ -81,7 +81,7 @@ constexpr std::array verbs{
    Verb{ BoardFiles::Kind::System, "poweroff", "poweroff" },
 };
 
-bool isThere( const Argument &argument ) {
+bool isUsed( const Argument &argument ) {
    return !argument.name.empty() || !argument.names.empty();
 }
 
@@ -90,7 +90,7 @@ std::string usage( const Verb &verb ) {
    if ( !verb.word.empty() )
       words.emplace_back( verb.word );
    for ( const Argument &argument : verb.arguments )
-      if ( isThere( argument ) )
+      if ( isUsed( argument ) )
          words.push_back( argument.names.empty()
                              ? std::string( argument.name )
                              : fmt::format( "{}", fmt::join( argument.names, "|" ) ) );
@@ -118,27 +118,27 @@ std::optional<int64_t> valueOf( std::string_view word, const Argument &argument 
    return number;
 }
 
-std::string wrong( std::string_view word, const Argument &argument ) {
+std::string invalid( std::string_view word, const Argument &argument ) {
    if ( argument.names.empty() )
-      return fmt::format( "\"{}\" is no {} from {} to {}", word, argument.name, argument.minimum,
-                          argument.maximum );
-   return fmt::format( "\"{}\" is none of {}", word, fmt::join( argument.names, ", " ) );
+      return fmt::format( "\"{}\" is not a valid {} ({} to {})", word, argument.name,
+                          argument.minimum, argument.maximum );
+   return fmt::format( "\"{}\" is not one of: {}", word, fmt::join( argument.names, ", " ) );
 }
 
-// `words` without the verb's own.
+// `words` are the words after the verb.
 std::variant<Action, std::string> parse( const Verb &verb, std::span<const std::string> words ) {
    std::vector<Argument> arguments;
    std::copy_if( verb.arguments.begin(), verb.arguments.end(), std::back_inserter( arguments ),
-                 isThere );
+                 isUsed );
    if ( verb.bytesFollow && words.size() > arguments.size() )
       arguments.resize( std::min( words.size(), arguments.size() + longestBlock ), byteArgument );
    if ( words.size() != arguments.size() )
-      return fmt::format( "say: {}", usage( verb ) );
+      return fmt::format( "usage: {}", usage( verb ) );
    Action action{ .operation = std::string( verb.operation ) };
    for ( size_t i = 0; i < words.size(); ++i ) {
       const auto value = valueOf( words[i], arguments[i] );
       if ( !value )
-         return wrong( words[i], arguments[i] );
+         return invalid( words[i], arguments[i] );
       action.arguments.push_back( *value );
    }
    return action;
@@ -156,8 +156,8 @@ std::variant<Action, std::string> parseAction( BoardFiles::Kind kind, const Word
    }
    const auto usages = usageOf( kind );
    if ( usages.empty() )
-      return fmt::format( "nothing can be asked of a {}", nameOf( kind ) );
-   return fmt::format( "say one of: {}", fmt::join( usages, "; " ) );
+      return fmt::format( "there are no commands for a {}", nameOf( kind ) );
+   return fmt::format( "usage, one of: {}", fmt::join( usages, "; " ) );
 }
 
 std::vector<std::string> usageOf( BoardFiles::Kind kind ) {

@@ -10,22 +10,22 @@
 
 namespace Host {
 
-// Something that an object is asked to do: an operation of its table, and what it is given.
+// An operation for an object to carry out, with its arguments.
 struct Action {
-   std::string operation{}; // in the words of pl.h: "set_rpm"
+   std::string operation{}; // its name in pl.h: "set_rpm"
    std::vector<int64_t> arguments{};
    bool operator==( const Action & ) const = default;
 };
 
-// The action that words ask of an object of a kind, as they stand behind its name on the command
-// line: "reset", "on". Else a sentence that says what is wrong.
+// The action for the words behind an object's name on the command line: "reset", "on". For wrong
+// words the result is an error text.
 std::variant<Action, std::string> parseAction( BoardFiles::Kind kind,
                                                const std::vector<std::string> &words );
 
-// What can be asked of a kind, one line each: "reset on|off".
+// The commands of a kind, one line each: "reset on|off".
 std::vector<std::string> usageOf( BoardFiles::Kind kind );
 
-// "off", "good" and so on, by the number of a pl_led_status.
+// The name of a pl_led_status: "off", "good" and so on.
 std::string_view nameOfSetting( int64_t setting );
 
 } // namespace Host

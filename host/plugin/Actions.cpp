@@ -1,4 +1,4 @@
-#include "host/plugin/Actions.h"
+#include "host/plugin/ObjectCalls.h"
 
 #include "host/plugin/Operation.h"
 
@@ -16,9 +16,9 @@ std::string hex( std::span<const uint8_t> bytes ) {
    return fmt::format( "{:02x}", fmt::join( bytes, " " ) );
 }
 
-class Actor {
+class ActionVisitor {
  public:
-   Actor( const Action &action, Reading &result ) : action_( action ), result_( result ) {}
+   ActionVisitor( const Action &action, Reading &result ) : action_( action ), result_( result ) {}
 
    void operator()( pl_fan *fan ) {
       call( *fan->ops, fan, "set_rpm", &pl_fan_ops::set_rpm, number<int>( 0 ) );
@@ -48,7 +48,7 @@ class Actor {
       call( *system->ops, system, "poweroff", &pl_system_ops::poweroff );
       if ( action_.operation == "get_reload_cause" &&
            provides( *system->ops, &pl_system_ops::get_reload_cause ) ) {
-         carriedOut_ = true;
+         called_ = true;
          readReloadCause( system, result_ );
       }
    }
@@ -61,7 +61,7 @@ class Actor {
    void operator()( pl_temp_sensor * ) {}
    void operator()( pl_psu * ) {}
 
-   bool carriedOut() const { return carriedOut_; }
+   bool wasCalled() const { return called_; }
 
  private:
    void writes( pl_smbus *proxy ) {
@@ -114,15 +114,15 @@ class Actor {
    uint8_t byte( size_t index ) const { return number<uint8_t>( index ); }
    uint16_t word( size_t index ) const { return number<uint16_t>( index ); }
 
-   // Calls an operation when it is the one that is asked for; whether it went well.
+   // Calls `operation` if it is the action's. Returns whether it was called and succeeded.
    template <class Object, class Ops, class... Parameters, class... Arguments>
    bool call( const Ops &ops, Object *object, std::string_view name,
               pl_status ( *Ops::*operation )( Object *, Parameters... ), Arguments... arguments ) {
       if ( name != action_.operation || !provides( ops, operation ) )
          return false;
-      carriedOut_ = true;
+      called_ = true;
       const int status = ( ops.*operation )( object, arguments... );
-      judge( result_, status );
+      applyStatus( result_, status );
       if ( status == PL_STATUS_UNSUPPORTED )
          result_.state = State::Unsupported;
       return status == PL_STATUS_OK;
@@ -130,16 +130,16 @@ class Actor {
 
    const Action &action_;
    Reading &result_;
-   bool carriedOut_ = false;
+   bool called_ = false;
 };
 
 } // namespace
 
 void act( const Record &record, const Action &action, const ReadingSink &sink ) {
-   carryOut( sink, action.operation.c_str(), "", [&]( Reading &reading ) {
-      Actor actor( action, reading );
+   runOperation( sink, action.operation.c_str(), "", [&]( Reading &reading ) {
+      ActionVisitor actor( action, reading );
       std::visit( actor, record );
-      if ( !actor.carriedOut() )
+      if ( !actor.wasCalled() )
          reading.state = State::Unsupported;
    } );
 }

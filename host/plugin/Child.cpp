@@ -1,10 +1,9 @@
 #include "host/plugin/Child.h"
 
-#include "host/plugin/Actions.h"
 #include "host/plugin/FrameBuffer.h"
 #include "host/plugin/Messages.h"
+#include "host/plugin/ObjectCalls.h"
 #include "host/plugin/Plugin.h"
-#include "host/plugin/Readings.h"
 #include "host/plugin/Services.h"
 
 #include <array>
@@ -27,7 +26,7 @@ class Child {
    explicit Child( int socket )
       : socket_( loop_, stream_protocol(), socket ),
         services_( loop_, [this]( int level, std::string text ) {
-           send( Trace{ level, std::move( text ), services_.timerOf() } );
+           send( Trace{ level, std::move( text ), services_.runningTimerOwner() } );
         } ) {}
 
    void run() {
@@ -37,33 +36,33 @@ class Child {
 
  private:
    void receive() {
-      socket_.async_read_some( boost::asio::buffer( chunk_ ),
-                               [this]( const boost::system::error_code &failure, size_t length ) {
-                                  if ( failure ) { // the parent ended, or wants this to end
-                                     loop_.stop();
-                                     return;
-                                  }
-                                  input_.append( { chunk_.data(), length } );
-                                  while ( const auto message = input_.next() )
-                                     handle( *message );
-                                  receive();
-                               } );
+      socket_.async_read_some(
+         boost::asio::buffer( chunk_ ),
+         [this]( const boost::system::error_code &failure, size_t length ) {
+            if ( failure ) { // the parent ended, or closed the socket to end this process
+               loop_.stop();
+               return;
+            }
+            input_.append( { chunk_.data(), length } );
+            while ( const auto message = input_.next() )
+               handle( *message );
+            receive();
+         } );
    }
 
    void handle( const std::string &message ) {
       const auto command = decodeCommand( message );
-      send( command
-               ? std::visit( [this]( const auto &what ) { return carryOut( what ); }, *command )
-               : Done{ Fault{ .words = "the command can't be read" } } );
+      send( command ? std::visit( [this]( const auto &what ) { return execute( what ); }, *command )
+                    : Done{ Fault{ .words = "the command can't be read" } } );
    }
 
-   // Blocks until all is sent: the plug-in may end this process in its next call.
+   // Blocks until everything is sent, because the plug-in may end this process in its next call.
    void send( const Event &event ) {
       boost::system::error_code ignored; // receive() notices when the parent ended
       boost::asio::write( socket_, boost::asio::buffer( encode( event ) ), ignored );
    }
 
-   Done carryOut( const LoadCommand &load ) {
+   Done execute( const LoadCommand &load ) {
       send( Begun{ "load" } );
       topology_ = load.topology;
       return guard( [&] {
@@ -72,7 +71,7 @@ class Child {
       } );
    }
 
-   Done carryOut( const InitCommand &init ) {
+   Done execute( const InitCommand &init ) {
       send( Begun{ fmt::format( "pl_{}_init", nameOf( init.kind ) ) } );
       return guard( [&] {
          const int status = plugin_.value().init( init.kind, topology_.c_str() );
@@ -80,29 +79,30 @@ class Child {
       } );
    }
 
-   Done carryOut( const AddCommand &add ) {
+   Done execute( const AddCommand &add ) {
       const std::string operation = fmt::format( "pl_{}_add", nameOf( add.description.kind ) );
       send( Begun{ operation } );
       return guard( [&] {
-         // The plug-in keeps pointers to the texts; a later try for the object gets the same ones.
+         // The plug-in keeps pointers to the texts. A second try for the object uses the same
+         // texts.
          const auto &kept = descriptions_.emplace( add.object, add.description ).first->second;
-         services_.madeFor( add.object );
+         services_.setTimerOwner( add.object );
          const Record record = plugin_.value().add( kept );
          if ( isNull( record ) )
-            return Done{ Fault{ .words = operation + " made no object" } };
+            return Done{ Fault{ .words = operation + " returned no object" } };
          records_.insert_or_assign( add.object, record );
          return Done{};
       } );
    }
 
-   Done carryOut( const ReadCommand &command ) {
+   Done execute( const ReadCommand &command ) {
       return guard( [&] {
          read( records_.at( command.object ), sink() );
          return Done{};
       } );
    }
 
-   Done carryOut( const ActCommand &command ) {
+   Done execute( const ActCommand &command ) {
       return guard( [&] {
          act( records_.at( command.object ), command.action, sink() );
          return Done{};
@@ -114,7 +114,7 @@ class Child {
                .done = [this]( const Reading &reading ) { send( reading ); } };
    }
 
-   // An exception that the plug-in lets out is the fault of the command, and this process goes on.
+   // An exception of the plug-in becomes the fault of the command. This process goes on.
    template <class Call>
    static Done guard( const Call &call ) {
       try {
@@ -138,8 +138,8 @@ class Child {
 } // namespace
 
 int runChild( int socket ) {
-   ::prctl( PR_SET_PDEATHSIG, SIGKILL ); // also from inside a call that doesn't come back
-   const rlimit noCores{ 0, 0 };         // ending by an assertion is daily business here
+   ::prctl( PR_SET_PDEATHSIG, SIGKILL ); // also when a call of the plug-in hangs
+   const rlimit noCores{ 0, 0 }; // failed assertions are common here, and need no core files
    ::setrlimit( RLIMIT_CORE, &noCores );
    Child( socket ).run();
    return 0;

@@ -2,11 +2,11 @@
 
 namespace Host {
 
-// The descriptor that the child finds its socket at.
+// The file descriptor of the child's socket to its parent.
 constexpr int childSocket = 3;
 
-// The program's other half: holds the plug-in, runs its timers, and does what the parent says over
-// a socket, until the parent closes it. The result is the process's exit code.
+// The main function of the child process: it loads the plug-in, runs its timers, and carries out
+// the parent's commands until the parent closes the socket. Returns the exit code.
 int runChild( int socket );
 
 } // namespace Host

@@ -19,15 +19,15 @@
 namespace Host {
 namespace {
 
-constexpr int politeWaitMs = 300; // how long a child may take to end when asked to
+constexpr int endWaitMs = 300; // a child that needs longer to end is killed
 
 void check( int result, const char *what ) {
    if ( result < 0 )
       throw std::system_error( errno, std::generic_category(), what );
 }
 
-// An assertion's text tells more than any line around it, and what() more than the rest.
-int worth( const std::string &line ) {
+// How useful a line of standard error is: a failed assertion most, then an exception's what().
+int importance( const std::string &line ) {
    if ( line.find( "Assertion `" ) != std::string::npos )
       return 3;
    if ( line.find( "what():" ) != std::string::npos )
@@ -61,7 +61,7 @@ void ChildProcess::spawn( int socket, int errors ) {
    ::posix_spawn_file_actions_adddup2( &files, socket, childSocket );
    posix_spawnattr_t attributes;
    ::posix_spawnattr_init( &attributes );
-   // Ctrl-C on the terminal is the parent's to answer.
+   // A group of its own, so that Ctrl-C on the terminal reaches the parent only.
    ::posix_spawnattr_setflags( &attributes, POSIX_SPAWN_SETPGROUP );
    std::string name = "orbis-host", command = "child";
    std::array<char *, 3> arguments{ name.data(), command.data(), nullptr };
@@ -79,20 +79,20 @@ ChildProcess::~ChildProcess() {
       return;
    boost::system::error_code ignored;
    socket_.shutdown( boost::asio::socket_base::shutdown_both, ignored );
-   // The pipe's other end closes when the child ends.
+   // The other end of the pipe closes when the child ends.
    pollfd pipe{ errors_.native_handle(), 0, 0 };
-   if ( ::poll( &pipe, 1, politeWaitMs ) != 1 )
+   if ( ::poll( &pipe, 1, endWaitMs ) != 1 )
       kill();
    ::waitpid( process_, nullptr, 0 );
 }
 
 void ChildProcess::send( const Command &command ) {
-   boost::system::error_code ignored; // the death shows when reading
+   boost::system::error_code ignored; // receive() notices when the child ended
    boost::asio::write( socket_, boost::asio::buffer( encode( command ) ), ignored );
 }
 
 void ChildProcess::kill() const {
-   if ( process_ > 0 ) // anything else would mean other processes than this one
+   if ( process_ > 0 ) // kill() takes 0 and -1 for many processes
       ::kill( process_, SIGKILL );
 }
 
@@ -112,8 +112,7 @@ void ChildProcess::receive() {
       } );
 }
 
-// Passes on the messages that have come. False when that was the end of this object or of the
-// child.
+// Passes on the messages received so far. False when this object or the child ended meanwhile.
 bool ChildProcess::handleInput() {
    const auto alive = alive_;
    while ( *alive ) {
@@ -143,37 +142,36 @@ void ChildProcess::receiveErrors() {
                        } );
 }
 
-// Takes what is there of the child's standard error; false at its end.
+// Reads the child's standard error as far as it is there. False at its end.
 bool ChildProcess::drainErrors() {
    boost::system::error_code failure;
    std::array<char, 4096> chunk{};
    while ( const size_t length = errors_.read_some( boost::asio::buffer( chunk ), failure ) )
       errorInput_.append( chunk.data(), length );
    for ( size_t end; ( end = errorInput_.find( '\n' ) ) != std::string::npos; ) {
-      takeErrorLine( errorInput_.substr( 0, end ) );
+      handleErrorLine( errorInput_.substr( 0, end ) );
       errorInput_.erase( 0, end + 1 );
    }
    return failure == boost::asio::error::would_block;
 }
 
-void ChildProcess::takeErrorLine( std::string line ) {
-   if ( line.starts_with(
-           "orbis-host: " ) ) // the program's name, which assert puts before its text
+void ChildProcess::handleErrorLine( std::string line ) {
+   if ( line.starts_with( "orbis-host: " ) ) // assert() prints the program's name first
       line.erase( 0, std::strlen( "orbis-host: " ) );
    handlers_.errorLine( line );
-   if ( worth( line ) >= worth( lastWords_ ) )
-      lastWords_ = std::move( line );
+   if ( importance( line ) >= importance( bestErrorLine_ ) )
+      bestErrorLine_ = std::move( line );
 }
 
 void ChildProcess::ended() {
-   kill(); // a child without its socket is of no use; a dead one doesn't mind
+   kill(); // harmless when the child is dead already
    int waitStatus = 0;
    ::waitpid( process_, &waitStatus, 0 );
    process_ = -1;
    drainErrors();
    if ( !errorInput_.empty() )
-      takeErrorLine( errorInput_ );
-   const auto died = std::move( handlers_.died ); // who hears it may delete this
+      handleErrorLine( errorInput_ );
+   const auto died = std::move( handlers_.died ); // the handler may delete this object
    died( causeOfDeath( waitStatus ) );
 }
 
@@ -184,11 +182,11 @@ std::string ChildProcess::causeOfDeath( int waitStatus ) const {
                         ? fmt::format( "ended by signal {} ({})", WTERMSIG( waitStatus ),
                                        ::strsignal( WTERMSIG( waitStatus ) ) )
                         : fmt::format( "ended with exit code {}", WEXITSTATUS( waitStatus ) );
-   if ( worth( lastWords_ ) > 1 )
-      return lastWords_;
+   if ( importance( bestErrorLine_ ) > 1 )
+      return bestErrorLine_;
    if ( input_.hasRest() )
       how += " in the middle of a message";
-   return lastWords_.empty() ? how : fmt::format( "{}: {}", how, lastWords_ );
+   return bestErrorLine_.empty() ? how : fmt::format( "{}: {}", how, bestErrorLine_ );
 }
 
 } // namespace Host

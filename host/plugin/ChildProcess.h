@@ -14,25 +14,27 @@
 
 namespace Host {
 
-// The parent's end of the child process that holds the plug-in.
+// The child process with the plug-in, as its parent sees it.
 class ChildProcess {
  public:
    struct Handlers {
       std::function<void( Event )> event{};
       std::function<void( const std::string & )> errorLine{}; // of its standard error
-      // The child is dead, and why: an assertion's text where there is one. Comes last.
+      // The child is dead. The text says why: a failed assertion, if there was one. This is the
+      // last call.
       std::function<void( std::string )> died{};
    };
 
-   // Starts this program anew as `PROGRAM child`. Throws std::system_error.
+   // Starts this program again, as `PROGRAM child`. Throws std::system_error.
    ChildProcess( boost::asio::io_context &loop, Handlers handlers );
-   // Ends the child, by force when it doesn't end by itself. No handler is called any more.
+   // Closes the socket, and kills the child if it doesn't end then. Handlers are not called any
+   // more.
    ~ChildProcess();
    ChildProcess( const ChildProcess & ) = delete;
    ChildProcess &operator=( const ChildProcess & ) = delete;
 
    void send( const Command &command );
-   // Ends the child at once; `died` follows.
+   // Kills the child. The handler `died` is called later.
    void kill() const;
 
  private:
@@ -41,7 +43,7 @@ class ChildProcess {
    bool handleInput();
    void receiveErrors();
    bool drainErrors();
-   void takeErrorLine( std::string line );
+   void handleErrorLine( std::string line );
    void ended();
    std::string causeOfDeath( int waitStatus ) const;
 
@@ -53,7 +55,7 @@ class ChildProcess {
    FrameBuffer input_{};
    bool sentNonsense_ = false;
    std::string errorInput_{};
-   std::string lastWords_{}; // the line of its standard error that tells most
+   std::string bestErrorLine_{}; // the most useful line of its standard error
    std::shared_ptr<bool> alive_ = std::make_shared<bool>( true );
 };
 

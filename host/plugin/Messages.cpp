@@ -54,8 +54,8 @@ void fill( HostChild::Event &message, const Begun &begun ) {
 void fill( HostChild::Event &message, const Trace &trace ) {
    message.mutable_trace()->set_level( trace.level );
    message.mutable_trace()->set_text( trace.text );
-   if ( trace.timerOf )
-      message.mutable_trace()->set_timer_of( static_cast<uint32_t>( *trace.timerOf ) );
+   if ( trace.timerOwner )
+      message.mutable_trace()->set_timer_owner( static_cast<uint32_t>( *trace.timerOwner ) );
 }
 
 void set( HostChild::Event::Reading &, std::monostate ) {}
@@ -138,8 +138,8 @@ std::optional<Event> toEvent( const HostChild::Event::Reading &reading ) {
 
 Trace toEvent( const HostChild::Event::Trace &trace ) {
    Trace event{ .level = trace.level(), .text = trace.text() };
-   if ( trace.has_timer_of() )
-      event.timerOf = trace.timer_of();
+   if ( trace.has_timer_owner() )
+      event.timerOwner = trace.timer_owner();
    return event;
 }
 

@@ -10,8 +10,8 @@ struct pl_timer {
    boost::asio::steady_timer timer;
    void ( *callback )( void * );
    void *context;
-   size_t madeFor;
-   unsigned armed = 0; // tells an expiry that was overtaken by a later set or cancel
+   size_t owner;
+   unsigned armed = 0; // counts sets and cancels, to ignore an expiry from before the last one
 };
 
 namespace Host {
@@ -32,7 +32,7 @@ Services *Services::current() { return theServices; }
 
 pl_timer *Services::addTimer( void ( *callback )( void * ), void *context ) {
    const auto timer = std::make_shared<pl_timer>(
-      pl_timer{ boost::asio::steady_timer( loop_ ), callback, context, madeFor_ } );
+      pl_timer{ boost::asio::steady_timer( loop_ ), callback, context, timerOwner_ } );
    timers_[timer.get()] = timer;
    return timer.get();
 }
@@ -48,9 +48,9 @@ bool Services::setTimer( pl_timer *handle, unsigned milliseconds ) {
          const auto timer = watch.lock();
          if ( !timer || failure || timer->armed != armed )
             return;
-         timerOf_ = timer->madeFor;
+         runningTimerOwner_ = timer->owner;
          timer->callback( timer->context );
-         timerOf_.reset();
+         runningTimerOwner_.reset();
       } );
    return true;
 }
@@ -69,7 +69,7 @@ void Services::deleteTimer( pl_timer *handle ) { timers_.erase( handle ); }
 
 using Host::Services;
 
-#pragma GCC visibility push( default ) // the plug-in binds these
+#pragma GCC visibility push( default ) // the plug-in links to these
 
 void pl_trace( int level, const char *format, ... ) {
    Services *services = Services::current();
@@ -106,7 +106,7 @@ void pl_timer_delete( pl_timer_handle timer ) {
       services->deleteTimer( timer );
 }
 
-// This host hands out no watchers, so that there is never one to release.
+// This host has no watchers, so there is nothing to delete.
 void pl_fd_watcher_delete( pl_fd_watcher_handle ) {}
 
 #pragma GCC visibility pop

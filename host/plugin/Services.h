@@ -11,8 +11,8 @@ struct pl_timer;
 
 namespace Host {
 
-// What pl.h promises a plug-in: the functions pl_trace and pl_timer_* of this process work on the
-// one object of this class that there is. Without it they are silent and make no timer.
+// The services that pl.h gives to a plug-in. The functions pl_trace and pl_timer_* of this process
+// use the one object of this class. Without it they print nothing and make no timers.
 class Services {
  public:
    using TraceSink = std::function<void( int level, std::string text )>;
@@ -26,13 +26,13 @@ class Services {
 
    void trace( int level, std::string text ) const { sink_( level, std::move( text ) ); }
 
-   // The object that timers are made for from now on.
-   void madeFor( size_t object ) { madeFor_ = object; }
-   // Whose timer it is that runs now; nothing outside of a timer's callback.
-   std::optional<size_t> timerOf() const { return timerOf_; }
+   // The object that owns all timers made from now on.
+   void setTimerOwner( size_t object ) { timerOwner_ = object; }
+   // The owner of the timer whose callback runs now. Nothing outside of callbacks.
+   std::optional<size_t> runningTimerOwner() const { return runningTimerOwner_; }
 
    pl_timer *addTimer( void ( *callback )( void * ), void *context );
-   // False for a timer that there isn't.
+   // False when there is no such timer.
    bool setTimer( pl_timer *timer, unsigned milliseconds );
    bool cancelTimer( pl_timer *timer );
    void deleteTimer( pl_timer *timer );
@@ -41,8 +41,8 @@ class Services {
    boost::asio::io_context &loop_;
    TraceSink sink_;
    std::map<pl_timer *, std::shared_ptr<pl_timer>> timers_{};
-   size_t madeFor_ = 0;
-   std::optional<size_t> timerOf_{};
+   size_t timerOwner_ = 0;
+   std::optional<size_t> runningTimerOwner_{};
 };
 
 } // namespace Host

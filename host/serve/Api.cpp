@@ -2,7 +2,6 @@
 
 #include "boardfiles/Json.h"
 #include "host/JsonWriter.h"
-#include "host/serve/HttpStatus.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -14,12 +13,12 @@ constexpr std::string_view objectsPath = "/v1/objects/";
 constexpr std::string_view actionEnd = "/action";
 
 Api::Response wrongMethod( const std::string &allow ) {
-   Api::Response response = errorResponse( HttpStatus::methodNotAllowed, "say " + allow );
+   Api::Response response = errorResponse( HttpStatus::methodNotAllowed, "use " + allow );
    response.allow = allow;
    return response;
 }
 
-// The words of {"words": ["reset", "on"]}; nothing for any other body.
+// The words of the body {"words": ["reset", "on"]}. Nothing for any other body.
 std::optional<std::vector<std::string>> wordsOf( const std::string &body ) {
    BoardFiles::Findings findings;
    const auto json = BoardFiles::parseJson( body, "body", findings );
@@ -68,7 +67,7 @@ void Api::handle( const Request &request, const Reply &reply ) const {
    else if ( request.path.starts_with( objectsPath ) )
       handleObject( request, request.path.substr( objectsPath.size() ), reply );
    else
-      reply( errorResponse( HttpStatus::notFound, "there is nothing at " + request.path ) );
+      reply( errorResponse( HttpStatus::notFound, "no such path: " + request.path ) );
 }
 
 void Api::handleObject( const Request &request, const std::string &rest,

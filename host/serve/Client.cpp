@@ -3,12 +3,12 @@
 #include "boardfiles/Json.h"
 #include "host/JsonReader.h"
 #include "host/JsonWriter.h"
-#include "host/serve/Place.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
+#include <cstdlib>
 
 namespace Host {
 namespace {
@@ -18,11 +18,20 @@ using boost::asio::local::stream_protocol;
 using boost::beast::error_code;
 
 constexpr std::chrono::seconds reportLimit( 5 );
-constexpr std::chrono::seconds actionLimit( 65 ); // the server gives up before
+constexpr std::chrono::seconds actionLimit( 65 ); // longer than the server's own limit
 
 constexpr uint64_t longestAnswer = 16 * 1024 * 1024;
 
 } // namespace
+
+std::filesystem::path serveSocket() {
+   const char *path = std::getenv( "ORBIS_HOST_SOCKET" );
+   return path && *path ? path : "/run/orbis/host.sock";
+}
+
+std::string serveName( const std::filesystem::path &board ) {
+   return std::filesystem::canonical( board ).string();
+}
 
 std::optional<Client> Client::ofBoard( const std::filesystem::path &folder ) {
    const Client client( serveSocket() );

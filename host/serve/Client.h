@@ -10,25 +10,31 @@
 
 namespace Host {
 
-// A running `serve` as other commands use it. Every call is a connection of its own, so that one
-// that failed harms no other.
+// The Unix socket of `serve`: ORBIS_HOST_SOCKET, or /run/orbis/host.sock when that is not set.
+std::filesystem::path serveSocket();
+
+// The name of a board for `serve` and its clients: its folder, without symbolic links.
+std::string serveName( const std::filesystem::path &board );
+
+// The client of a running `serve`. Every call opens a new connection, so a failed call does not
+// affect the next.
 class Client {
  public:
    explicit Client( std::filesystem::path socket ) : socket_( std::move( socket ) ) {}
 
-   // The `serve` of a board; nothing when there is none, or it is another board's.
+   // The `serve` of a board. Nothing when none is running, or when it serves another board.
    static std::optional<Client> ofBoard( const std::filesystem::path &folder );
 
-   // The board that is served, and what is known of it; nothing when nobody answers.
+   // The objects of the served board, and its name in `board`. Nothing without an answer.
    std::optional<BoardReport> report( std::string *board = nullptr ) const;
 
-   // Has an object do something; how that ended.
+   // Has an object do something, and returns the result.
    Reading act( const std::string &object, const std::vector<std::string> &words ) const;
 
    const std::filesystem::path &socket() const { return socket_; }
 
  private:
-   // The body of the answer; nothing when there is none in time.
+   // The body of the answer. Nothing when it does not come within `limit`.
    std::optional<std::string> call( bool isPost, const std::string &path, const std::string &body,
                                     std::chrono::milliseconds limit ) const;
 

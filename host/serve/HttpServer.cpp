@@ -1,7 +1,5 @@
 #include "host/serve/HttpServer.h"
 
-#include "host/serve/HttpStatus.h"
-
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
@@ -16,8 +14,8 @@ namespace http = boost::beast::http;
 using boost::asio::local::stream_protocol;
 using boost::beast::error_code;
 
-// The answer to a request that can't be read; nothing when the client is only gone.
-std::optional<Api::Response> complaint( const error_code &failure ) {
+// The answer to a request that can't be read. Nothing when the client just disconnected.
+std::optional<Api::Response> errorOf( const error_code &failure ) {
    if ( failure == http::error::body_limit )
       return errorResponse( HttpStatus::contentTooLarge, "the body is too long" );
    if ( failure == http::error::header_limit )
@@ -32,7 +30,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
  public:
    Connection( stream_protocol::socket socket, const Api &api, const HttpLimits &limits,
                std::shared_ptr<size_t> open )
-      : stream_( std::move( socket ) ), tooLate_( stream_.get_executor() ), api_( api ),
+      : stream_( std::move( socket ) ), timeout_( stream_.get_executor() ), api_( api ),
         limits_( limits ), open_( std::move( open ) ) {
       ++*open_;
    }
@@ -47,7 +45,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
       stream_.expires_after( limits_.idle );
       http::async_read( stream_, input_, *parser_,
                         [self = shared_from_this()]( const error_code &failure, size_t ) {
-                           self->wasRead( failure );
+                           self->onRead( failure );
                         } );
    }
    void refuse() {
@@ -56,10 +54,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
    }
 
  private:
-   void wasRead( const error_code &failure ) {
+   void onRead( const error_code &failure ) {
       if ( !failure ) {
          handle();
-      } else if ( const auto response = complaint( failure ) ) {
+      } else if ( const auto response = errorOf( failure ) ) {
          keepAlive_ = false;
          write( *response );
       }
@@ -68,10 +66,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
    void handle() {
       const auto &request = parser_->get();
       keepAlive_ = request.keep_alive();
-      stream_.expires_never(); // an object may take its time
+      stream_.expires_never(); // an action may take long; timeout_ limits it
       const unsigned number = ++requests_;
-      tooLate_.expires_after( limits_.action );
-      tooLate_.async_wait( [self = shared_from_this(), number]( const error_code &failure ) {
+      timeout_.expires_after( limits_.action );
+      timeout_.async_wait( [self = shared_from_this(), number]( const error_code &failure ) {
          if ( !failure )
             self->reply(
                number, errorResponse( HttpStatus::timedOut, "the object did not answer in time" ) );
@@ -85,12 +83,12 @@ class Connection : public std::enable_shared_from_this<Connection> {
                    } );
    }
 
-   // The first answer to a request counts.
+   // Sends the first answer to a request, and ignores any later one.
    void reply( unsigned number, const Api::Response &response ) {
       if ( number != requests_ || answered_ == number )
          return;
       answered_ = number;
-      tooLate_.cancel();
+      timeout_.cancel();
       write( response );
    }
 
@@ -109,13 +107,13 @@ class Connection : public std::enable_shared_from_this<Connection> {
                          [self = shared_from_this()]( const error_code &failure, size_t ) {
                             if ( !failure && self->keepAlive_ )
                                self->read();
-                            else // whoever may still answer keeps this object alive
+                            else // a pending action may keep this object alive
                                self->stream_.close();
                          } );
    }
 
    boost::beast::basic_stream<stream_protocol> stream_;
-   boost::asio::steady_timer tooLate_;
+   boost::asio::steady_timer timeout_;
    const Api &api_;
    const HttpLimits &limits_;
    const std::shared_ptr<size_t> open_;
@@ -127,7 +125,6 @@ class Connection : public std::enable_shared_from_this<Connection> {
    unsigned answered_ = 0;
 };
 
-// Returns by value, so that the file has one owner from the start.
 Sockets::SocketFile listenAt( const std::filesystem::path &path ) {
    try {
       if ( path.has_parent_path() )

@@ -11,20 +11,20 @@
 
 namespace Host {
 
-// How much a client may ask of the server.
+// What the server allows to its clients.
 struct HttpLimits {
-   uint64_t body = 64 * 1024;                  // bytes; more is answered with 413
-   uint32_t header = 8 * 1024;                 // bytes; more is answered with 431
-   size_t connections = 64;                    // at a time; one more is answered with 503
-   std::chrono::milliseconds idle{ 30'000 };   // until a connection without a request ends
-   std::chrono::milliseconds action{ 60'000 }; // until an action is answered with 504
+   uint64_t body = 64 * 1024;                  // bytes; the answer to more is 413
+   uint32_t header = 8 * 1024;                 // bytes; the answer to more is 431
+   size_t connections = 64;                    // at a time; the answer to one more is 503
+   std::chrono::milliseconds idle{ 30'000 };   // a connection without a request is closed then
+   std::chrono::milliseconds action{ 60'000 }; // the answer to an unfinished action is 504 then
 };
 
 // Serves an Api over HTTP on a Unix socket, on an event loop.
 class HttpServer {
  public:
    // Replaces the socket of a server that is dead. Throws std::runtime_error when another server is
-   // running there, when the path is not a socket, or when the system refuses. The Api must outlive
+   // running there, when the path is not a socket, or when the system refuses. `api` must outlive
    // the loop.
    HttpServer( boost::asio::io_context &loop, const std::filesystem::path &socket, const Api &api,
                HttpLimits limits = {} );

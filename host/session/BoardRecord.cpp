@@ -8,7 +8,7 @@
 namespace Host {
 namespace {
 
-constexpr auto setting = "setting";
+constexpr auto settingName = "setting";
 
 // In percent with one decimal. A speed that couldn't be read gives a duty with the same fault.
 Reading dutyOf( Reading speed, double highestRpm ) {
@@ -32,12 +32,12 @@ void BoardRecord::read( size_t object, const Reading &reading, Time at ) {
 }
 
 void BoardRecord::ledWasSet( size_t object, int64_t number, Time now ) {
-   objects_[object].keep( { .name = setting, .value = std::string( nameOfSetting( number ) ) },
+   objects_[object].keep( { .name = settingName, .value = std::string( nameOfSetting( number ) ) },
                           now );
 }
 
 bool BoardRecord::blinks( size_t object ) const {
-   const Reading *last = objects_[object].find( setting );
+   const Reading *last = objects_[object].find( settingName );
    return last && last->value == Scalar( std::string( nameOfSetting( PL_LED_BEACON ) ) );
 }
 

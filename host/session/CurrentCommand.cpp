@@ -19,7 +19,7 @@ std::optional<Command> CurrentCommand::end() {
 std::optional<std::string> CurrentCommand::overdue( Time now ) const {
    if ( !running_ || now - running_->since < limit() )
       return {};
-   return fmt::format( "{}{} did not come back within {:g} s",
+   return fmt::format( "{}{} did not return within {:g} s",
                        as<InitCommand>() ? fmt::format( "{}: ", waitingForServer ) : "",
                        running_->operation, std::chrono::duration<double>( limit() ).count() );
 }

@@ -11,7 +11,7 @@ namespace Host {
 namespace {
 
 constexpr size_t messagesKept = 3;
-constexpr size_t tracesKept = 100; // many more than one operation tells
+constexpr size_t tracesKept = 100; // many more than one operation writes
 
 } // namespace
 
@@ -38,14 +38,14 @@ void FaultWords::heard( const Trace &trace ) {
       messages_.erase( messages_.begin() );
 }
 
-bool FaultWords::heardOf( const std::string &beginning ) const {
+bool FaultWords::hasTrace( const std::string &beginning ) const {
    return !beginning.empty() &&
           std::any_of( traces_.begin(), traces_.end(),
                        [&]( const std::string &trace ) { return trace.starts_with( beginning ); } );
 }
 
 std::string FaultWords::words() const {
-   return sawFault() ? fault_ : fmt::format( "{}", fmt::join( messages_, "; " ) );
+   return hasFault() ? fault_ : fmt::format( "{}", fmt::join( messages_, "; " ) );
 }
 
 std::string printable( const std::string &text ) {

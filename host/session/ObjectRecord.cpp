@@ -15,7 +15,7 @@ void ObjectRecord::failed( const Fault &fault, Time now ) {
    fault_ = fault;
    at_ = now;
    for ( Value &value : values_ ) {
-      if ( value.lasts )
+      if ( value.isSetting )
          continue;
       value.reading.state = State::Unreadable;
       value.reading.value = {};
@@ -58,7 +58,7 @@ ObjectReport ObjectRecord::report( const BoardFiles::ObjectDescription &descript
                         .age = age( at_ ) };
    for ( const Value &value : values_ ) {
       report.values.push_back( { value.reading, age( value.at ) } );
-      if ( !value.lasts )
+      if ( !value.isSetting )
          report.values.back().reading.state = stateAt( value.reading.state, value.at );
    }
    return report;

@@ -8,26 +8,26 @@
 
 namespace Host {
 
-// What is known of one object: whether it stands, its values as they were last read, and when.
+// What is known of one object: its state, its last values, and when they were read.
 class ObjectRecord {
  public:
    explicit ObjectRecord( Time now ) : at_( now ) {}
 
-   // The object was brought up, or asked without a fault.
+   // The object was brought up, or read without a fault.
    void good( Time now );
-   // Nothing of it can be read; values that were known are so no longer.
+   // The object can't be used. All values that were read become unreadable.
    void failed( const Fault &fault, Time now );
-   // A value as it was read at `at`.
+   // A value that was measured at `at`.
    void read( const Reading &reading, Time at );
-   // A value that holds until it is replaced: what something was set to.
+   // A setting. It stays until the next one, and does not become stale.
    void keep( const Reading &reading, Time at );
 
-   // Why nothing of it can be read; no words while it is fine.
+   // Why the object can't be used. Empty while it is good.
    const Fault &fault() const { return fault_; }
-   // The last reading of a name; null when there was none.
+   // The value with this name, or null.
    const Reading *find( const std::string &name ) const;
 
-   // What was good and is older than `staleAfter` is reported as stale.
+   // Good values that are older than `staleAfter` are reported as stale.
    ObjectReport report( const BoardFiles::ObjectDescription &description,
                         Clock::duration staleAfter, Time now ) const;
 
@@ -35,7 +35,7 @@ class ObjectRecord {
    struct Value {
       Reading reading;
       Time at;
-      bool lasts;
+      bool isSetting;
    };
 
    void put( const Value &value );

@@ -8,28 +8,28 @@
 
 namespace Host {
 
-// What users asked of objects and was not answered yet, in the order in which it came.
+// Actions that users asked for and that are not finished, oldest first.
 class PendingActions {
  public:
-   // Told how an action ended, as a reading with the operation's name.
+   // Called with the result of an action: a reading with the operation's name.
    using Answer = std::function<void( const Reading & )>;
 
    void add( size_t object, const Action &action, Answer answer );
-   // The first that was asked of an object that can do it now.
+   // The oldest action whose object can do it now.
    std::optional<Command> next( const std::function<bool( size_t object )> &can ) const;
-   // Answers what was asked of the object first.
+   // Answers the object's oldest action, and removes it.
    void answer( size_t object, const Reading &reading );
-   // Answers all that was asked of the object until now with a fault.
+   // Answers all actions of the object with a fault, and removes them.
    void refuse( size_t object, const Fault &fault );
 
  private:
-   struct One {
+   struct Pending {
       size_t object;
       Action action;
       Answer answer;
    };
 
-   std::deque<One> all_{};
+   std::deque<Pending> all_{};
 };
 
 } // namespace Host

@@ -10,17 +10,18 @@
 
 namespace Host {
 
-// Devices that read their cages again and again by themselves: what they hand out is as old as
-// their last poll that went well. Knows of the polls from the plug-in's traces.
+// Devices that poll their cages with a timer. The values that they return are as old as their last
+// good poll. The plug-in's traces tell when a poll was done or failed.
 class Polls {
  public:
    explicit Polls( const BoardFiles::PluginTraces &traces ) : traces_( traces ) {}
 
-   // A new child: every device begins anew.
+   // Forgets all polls, for a new child.
    void clear() { devices_.clear(); }
-   // A trace of a device, by its did.
+   // A trace of the device with this did.
    void heard( uint32_t did, const Trace &trace, Time now );
-   // Makes of a reading what the device's last poll left of it; when the value was polled.
+   // Makes a reading stale or unreadable if the device's last poll failed. Returns the time at
+   // which the value was polled.
    Time classify( std::optional<uint32_t> did, Reading &reading, Time now ) const;
 
  private:

@@ -10,9 +10,9 @@ ReadingClassifier::ReadingClassifier( const BoardFiles::Board &board )
 
 // Traces of a timer are not part of the running command's output.
 void ReadingClassifier::heard( const Trace &trace, std::optional<size_t> added, Time now ) {
-   if ( !trace.timerOf )
+   if ( !trace.timerOwner )
       words_.heard( trace );
-   const auto object = trace.timerOf ? trace.timerOf : added;
+   const auto object = trace.timerOwner ? trace.timerOwner : added;
    if ( object && *object < board_.objects.size() )
       if ( const auto did = board_.objects[*object].did )
          polls_.heard( *did, trace, now );
@@ -38,7 +38,7 @@ Time ReadingClassifier::classify( Reading &reading, size_t object, Time now ) co
 // unknown.
 State ReadingClassifier::stateOfAbsent( const BoardFiles::ObjectDescription &slot ) const {
    const BoardFiles::PluginTraces &traces = board_.traces;
-   if ( words_.sawFault() ) {
+   if ( words_.hasFault() ) {
       const std::string words = words_.words();
       const std::string holds = boost::algorithm::replace_all_copy(
          traces.absentHolds, "{address}", fmt::format( "{:#04x}", slot.address ) );
@@ -47,9 +47,9 @@ State ReadingClassifier::stateOfAbsent( const BoardFiles::ObjectDescription &slo
                                  words.find( holds ) != std::string::npos;
       return noAcknowledge ? State::Absent : State::Unreadable;
    }
-   if ( words_.heardOf( traces.unmanaged ) )
+   if ( words_.hasTrace( traces.unmanaged ) )
       return State::Unmanaged;
-   return words_.heardOf( traces.unreadable ) ? State::Unreadable : State::Absent;
+   return words_.hasTrace( traces.unreadable ) ? State::Unreadable : State::Absent;
 }
 
 } // namespace Host

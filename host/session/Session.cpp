@@ -60,7 +60,7 @@ void Session::heard( const Event &event ) {
 
 void Session::died( const std::string &cause ) {
    const std::string why = whyKilled_.empty() ? cause : whyKilled_;
-   handlers_.notice( "the child that holds the plug-in is gone: " + why );
+   handlers_.notice( "the plug-in's process ended: " + why );
    child_.reset();
    supervisor_.childDied( why, Clock::now() );
    pump();

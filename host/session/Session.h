@@ -11,22 +11,24 @@
 
 namespace Host {
 
-// A board that is up: keeps a child running on an event loop and a supervisor informed.
+// Runs a board on an event loop: starts and ends the child process for the supervisor, and gives it
+// the child's events and the time.
 class Session {
  public:
    struct Handlers {
       std::function<void()> changed{}; // a command ended, or a child died
       std::function<void( const Trace & )> trace{};
-      std::function<void( const std::string & )> notice{}; // for the log: what befell the child
+      std::function<void( const std::string & )>
+         notice{}; // for the log: events of the child process
    };
 
-   // The board must outlive the session. Starts when the loop runs.
+   // `board` must outlive the session. Work starts when the loop runs.
    Session( boost::asio::io_context &loop, const BoardFiles::Board &board, std::string plugin,
             Limits limits, Handlers handlers );
 
    const Supervisor &supervisor() const { return supervisor_; }
 
-   // Has an object do something; `answer` is called once, now or when the loop runs.
+   // Has an object do something. `answer` is called once: now, or when the loop runs.
    void ask( size_t object, const Action &action, Supervisor::Answer answer );
 
  private:

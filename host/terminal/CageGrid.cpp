@@ -54,7 +54,7 @@ std::string cellOf( const ObjectReport &cage ) {
    return cage.name + " " + marks + states;
 }
 
-// The first fault of a cage; empty when there is none.
+// The first fault of a cage, or an empty text.
 std::string faultOf( const ObjectReport &cage ) {
    if ( std::string fault = toText( cage.fault ); !fault.empty() )
       return fault;

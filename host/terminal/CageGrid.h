@@ -7,14 +7,14 @@
 
 namespace Host {
 
-// Characters, as opposed to bytes, of a text in UTF-8.
+// The number of characters, not bytes, of a UTF-8 text.
 size_t widthOf( const std::string &text );
 
-// Whether an object is shown in the grid of cages, and not as lines of its own.
+// Whether the grid shows this object. The table shows all others.
 bool isCage( const ObjectReport &object );
 
-// The transceiver cages of a board, several a line: a name, whether a module is there, and a
-// letter for each control line that is on. Below them what is wrong. Nothing without cages.
+// The transceiver cages of a board, several on a line: name, presence, and a letter for each
+// control line that is on. Faults follow below. Empty when the board has no cages.
 std::vector<std::string> gridOf( const BoardReport &board );
 
 } // namespace Host

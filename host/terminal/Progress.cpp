@@ -25,10 +25,10 @@ void Progress::update( size_t settled, size_t all, const std::string &operation 
       fmt::print( stderr, "{}[{:-<{}}] {}/{} {}", clearLine, std::string( filled, '#' ), barWidth,
                   settled, all, operation );
       std::fflush( stderr );
-   } else if ( settled > told_ ) {
+   } else if ( settled > printed_ ) {
       fmt::print( stderr, "{} of {} objects\n", settled, all );
    }
-   told_ = settled;
+   printed_ = settled;
 }
 
 } // namespace Host

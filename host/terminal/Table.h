@@ -7,14 +7,14 @@
 
 namespace Host {
 
-// A board as lines of aligned columns, the first line their titles: one line for each value, and
-// one for each object that has none; then the grid of its cages.
+// A board as a table with a title line, then the grid of its cages. Each value is a line. An object
+// without values is a line too.
 std::vector<std::string> tableOf( const BoardReport &board );
 
-// A value as people read it: "yes", "24.5"; "-" for nothing.
+// A value as text: "yes", "24.5", or "-" when there is no value.
 std::string toText( const Scalar &value );
 
-// A line's first `columns` characters.
+// The first `columns` characters of a line.
 std::string clip( const std::string &line, size_t columns );
 
 } // namespace Host

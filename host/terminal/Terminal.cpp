@@ -13,7 +13,7 @@
 namespace Host {
 namespace {
 
-constexpr auto enterScreen = "\x1b[?1049h\x1b[?25l"; // the other screen, no cursor
+constexpr auto enterScreen = "\x1b[?1049h\x1b[?25l"; // alternate screen, no cursor
 constexpr auto leaveScreen = "\x1b[?25h\x1b[?1049l";
 constexpr auto home = "\x1b[H";
 constexpr auto clearToEndOfLine = "\x1b[K";
@@ -26,18 +26,19 @@ void write( const std::string &text ) {
 
 } // namespace
 
-bool Terminal::isThere() { return ::isatty( STDOUT_FILENO ); }
+bool Terminal::isAvailable() { return ::isatty( STDOUT_FILENO ); }
 
 Terminal::Terminal( boost::asio::io_context &loop, std::function<void( char )> key )
    : key_( std::move( key ) ), keyboard_( loop ) {
-   // Opened anew, because standard input's own descriptor would be left non-blocking for others.
+   // Opens the terminal a second time. Else standard input would stay non-blocking for other
+   // programs.
    const char *name = ::ttyname( STDIN_FILENO );
    const int keyboard = name ? ::open( name, O_RDONLY | O_NOCTTY | O_CLOEXEC ) : -1;
    termios raw{};
    if ( keyboard >= 0 && ::tcgetattr( keyboard, &raw ) == 0 ) {
       before_ = raw;
       raw.c_lflag &= ~static_cast<tcflag_t>( ICANON | ECHO );
-      raw.c_lflag |= NOFLSH; // Ctrl-C must not throw away what is written on leaving
+      raw.c_lflag |= NOFLSH; // Ctrl-C must not discard the text that restores the screen
       ::tcsetattr( keyboard, TCSANOW, &raw );
       keyboard_.assign( keyboard );
       readKeys();

@@ -10,20 +10,20 @@
 
 namespace Host {
 
-// The terminal as a full-screen program has it: a screen of its own, keys without line editing.
-// Everything is as before once this is gone.
+// The terminal in full-screen mode: its alternate screen, and every key at once. The destructor
+// restores the terminal.
 class Terminal {
  public:
-   // Whether standard output is one.
-   static bool isThere();
+   // Whether standard output is a terminal.
+   static bool isAvailable();
 
-   // `key` hears of every key pressed.
+   // Calls `key` for every key that is pressed.
    Terminal( boost::asio::io_context &loop, std::function<void( char )> key );
    ~Terminal();
    Terminal( const Terminal & ) = delete;
    Terminal &operator=( const Terminal & ) = delete;
 
-   // Draws lines in place of those that were there, as many as the terminal has room for.
+   // Draws these lines in place of the last ones. Lines that don't fit on the screen are left out.
    void draw( const std::vector<std::string> &lines ) const;
 
  private:

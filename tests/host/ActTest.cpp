@@ -8,7 +8,7 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-// The sub-commands that have an object do something, where no serve runs.
+// The commands for one object, while no serve runs.
 class ActTest : public ::testing::Test {
  protected:
    int run( std::vector<std::string> arguments ) {
@@ -48,11 +48,11 @@ TEST_F( ActTest, PrintsWhatAnOperationReads ) {
    EXPECT_EQ( out, "1\n" );
 }
 
-TEST_F( ActTest, BringsUpNothingThatTheObjectDoesNotNeed ) {
+TEST_F( ActTest, BringsUpOnlyWhatTheObjectNeeds ) {
    folder.write( "temp.add", "hang" ); // another device
    EXPECT_EQ( run( { "led", "led", "good" } ), 0 ) << err;
    EXPECT_THAT( calls(), Not( HasSubstr( "temp." ) ) );
-   EXPECT_THAT( calls(), HasSubstr( "fan.add\n" ) ); // what made the LED's device
+   EXPECT_THAT( calls(), HasSubstr( "fan.add\n" ) ); // this object makes the LED's device
 }
 
 TEST_F( ActTest, SaysWhatIsNotSupportedAndWhatFailed ) {
@@ -62,21 +62,21 @@ TEST_F( ActTest, SaysWhatIsNotSupportedAndWhatFailed ) {
    EXPECT_THAT( err, HasSubstr( "system: the driver doesn't support this: status 5" ) );
    folder.write( "fan.set_rpm", "status 6 execute: failure in response nack" );
    EXPECT_EQ( run( { "fan", "fan", "1" } ), 1 );
-   EXPECT_THAT( err, HasSubstr( "fan: that did not work: status 6: nack" ) );
+   EXPECT_THAT( err, HasSubstr( "fan: failed: status 6: nack" ) );
    folder.write( "led.set_light_setting", "assert" );
    EXPECT_EQ( run( { "led", "led", "good" } ), 1 );
    EXPECT_THAT( err, HasSubstr( "Assertion `chipAnswers' failed." ) );
 }
 
-TEST_F( ActTest, RefusesWordsAndNamesThatMeanNothing ) {
+TEST_F( ActTest, RefusesInvalidWordsAndNames ) {
    EXPECT_EQ( run( { "led", "led", "green" } ), 2 );
-   EXPECT_THAT( err, HasSubstr( "\"green\" is none of off, good" ) );
+   EXPECT_THAT( err, HasSubstr( "\"green\" is not one of: off, good" ) );
    EXPECT_EQ( run( { "led", "fan", "good" } ), 2 );
    EXPECT_THAT( err, HasSubstr( "the board has no led \"fan\"" ) );
    EXPECT_EQ( calls(), "" );
 }
 
-TEST_F( ActTest, CutsNoPowerUnasked ) {
+TEST_F( ActTest, CutsPowerOnlyAfterAQuestion ) {
    EXPECT_EQ( run( { "system", "poweroff" } ), 2 );
    EXPECT_EQ( calls(), "" );
    Program refused( folder, { "system", "--board", SCRIPTED_BOARD, "poweroff" },
@@ -93,7 +93,7 @@ TEST_F( ActTest, CutsNoPowerUnasked ) {
    EXPECT_THAT( calls(), HasSubstr( "poweroff\n" ) );
 }
 
-TEST_F( ActTest, StaysWithAnLedThatBlinksUntilItIsToldToEnd ) {
+TEST_F( ActTest, RunsUntilASignalWhileAnLedBlinks ) {
    Program program( folder, { "led", "led", "beacon", "--board", SCRIPTED_BOARD } );
    program.waitFor( "err.txt", "led blinks until Ctrl-C" );
    EXPECT_THAT( calls(), HasSubstr( "led.set_light_setting 6\n" ) );

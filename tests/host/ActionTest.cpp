@@ -57,23 +57,24 @@ TEST( ActionTest, TakesEveryOperationOfAProxyWithDecimalAndHexNumbers ) {
 
 TEST( ActionTest, SaysWhatIsWrong ) {
    EXPECT_EQ( bad( BoardFiles::Kind::Led, { "green" } ),
-              "\"green\" is none of off, good, warning, bad, inactive, unknown, beacon" );
-   EXPECT_EQ( bad( BoardFiles::Kind::Fan, { "-1" } ), "\"-1\" is no RPM from 0 to 2147483647" );
-   EXPECT_EQ( bad( BoardFiles::Kind::Fan, {} ), "say: RPM" );
-   EXPECT_EQ( bad( BoardFiles::Kind::Xcvr, { "reset" } ), "say: reset off|on" );
+              "\"green\" is not one of: off, good, warning, bad, inactive, unknown, beacon" );
+   EXPECT_EQ( bad( BoardFiles::Kind::Fan, { "-1" } ),
+              "\"-1\" is not a valid RPM (0 to 2147483647)" );
+   EXPECT_EQ( bad( BoardFiles::Kind::Fan, {} ), "usage: RPM" );
+   EXPECT_EQ( bad( BoardFiles::Kind::Xcvr, { "reset" } ), "usage: reset off|on" );
    EXPECT_THAT( bad( BoardFiles::Kind::Gpio, { "toggle" } ),
-                HasSubstr( "say one of: set; clear; read" ) );
-   EXPECT_EQ( bad( BoardFiles::Kind::Psu, { "off" } ), "nothing can be asked of a psu" );
+                HasSubstr( "usage, one of: set; clear; read" ) );
+   EXPECT_EQ( bad( BoardFiles::Kind::Psu, { "off" } ), "there are no commands for a psu" );
    EXPECT_EQ( bad( BoardFiles::Kind::Smbus, { "read-byte", "256" } ),
-              "\"256\" is no COMMAND from 0 to 255" );
+              "\"256\" is not a valid COMMAND (0 to 255)" );
    EXPECT_EQ( bad( BoardFiles::Kind::Smbus, { "i2c-block-read", "1", "0" } ),
-              "\"0\" is no LENGTH from 1 to 255" );
+              "\"0\" is not a valid LENGTH (1 to 255)" );
    EXPECT_EQ( bad( BoardFiles::Kind::Smbus, { "write-byte", "1", "0x" } ),
-              "\"0x\" is no BYTE from 0 to 255" );
-   EXPECT_EQ( bad( BoardFiles::Kind::Smbus, { "send-byte", "1", "2" } ), "say: send-byte BYTE" );
+              "\"0x\" is not a valid BYTE (0 to 255)" );
+   EXPECT_EQ( bad( BoardFiles::Kind::Smbus, { "send-byte", "1", "2" } ), "usage: send-byte BYTE" );
    std::vector<std::string> long256{ "block-write", "1" };
    long256.resize( 2 + 256, "0" );
-   EXPECT_EQ( bad( BoardFiles::Kind::Smbus, long256 ), "say: block-write COMMAND BYTE..." );
+   EXPECT_EQ( bad( BoardFiles::Kind::Smbus, long256 ), "usage: block-write COMMAND BYTE..." );
 }
 
 } // namespace

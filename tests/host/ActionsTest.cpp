@@ -1,4 +1,4 @@
-#include "host/plugin/Actions.h"
+#include "host/plugin/ObjectCalls.h"
 
 #include <gtest/gtest.h>
 #include <pl.h>
@@ -7,7 +7,7 @@
 namespace Host {
 namespace {
 
-std::string calls; // what the tables below were asked, for the test that runs
+std::string calls; // the calls of the functions below, for the running test
 
 Reading actOn( const Record &record, const Action &action ) {
    calls.clear();
@@ -37,7 +37,7 @@ Reading setLed( pl_status ( *operation )( pl_led *, pl_led_status ) ) {
    return actOn( &led, { "set_light_setting", { PL_LED_INACTIVE } } );
 }
 
-TEST( ActionsTest, TellsWhatADriverDoesNotSupport ) {
+TEST( ActionsTest, ReportsWhatADriverDoesNotSupport ) {
    const Reading setting =
       setLed( []( pl_led *, pl_led_status ) { return PL_STATUS_UNSUPPORTED; } );
    EXPECT_EQ( setting.state, State::Unsupported );

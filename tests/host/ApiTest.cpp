@@ -12,12 +12,12 @@ namespace {
 
 using ::testing::HasSubstr;
 
-// An Api over two objects, held against the document that users read.
+// An Api with two objects, compared with docs/openapi.json.
 class ApiTest : public ::testing::Test {
  protected:
    ApiTest() { EXPECT_FALSE( document_.HasParseError() ); }
 
-   // Asks, and checks that the document knows path, method, status and the answer's members.
+   // Sends a request.
    Api::Response ask( const std::string &method, const std::string &path,
                       const std::string &body = "" ) {
       Api::Response answer{ .status = 0 };
@@ -25,6 +25,8 @@ class ApiTest : public ::testing::Test {
                    [&]( const Api::Response &response ) { answer = response; } );
       return answer;
    }
+   // Sends a request, and checks that the document knows its path, method and status, and that the
+   // answer fits the document's schema.
    Api::Response documented( const std::string &method, const std::string &path,
                              const std::string &body, const std::string &documentedPath ) {
       const Api::Response answer = ask( method, path, body );
@@ -46,7 +48,7 @@ class ApiTest : public ::testing::Test {
       return pointer.Get( document_ );
    }
 
-   // What of an answer doesn't fit the schema of "#/components/responses/NAME".
+   // Where an answer doesn't fit the schema of "#/components/responses/NAME".
    std::string schemaFault( const std::string &json, const std::string &reference ) const {
       const std::string name = reference.substr( reference.rfind( '/' ) + 1 );
       const rapidjson::Value *schema = at( { "components", "schemas", name } );
@@ -79,14 +81,14 @@ class ApiTest : public ::testing::Test {
    const rapidjson::Document document_ = parsedFile( DOCS "/openapi.json" );
 };
 
-TEST_F( ApiTest, TellsTheBoardAsItsSchemaSays ) {
+TEST_F( ApiTest, GivesTheBoardByItsSchema ) {
    const auto answer = documented( "GET", "/v1/board", "", "/v1/board" );
    EXPECT_EQ( answer.status, 200u );
    EXPECT_EQ( stateSchemaFault( answer.json ), "" );
    EXPECT_THAT( answer.json, HasSubstr( R"({"board":"/b","objects":[{"name":"led")" ) );
 }
 
-TEST_F( ApiTest, TellsOneObjectAndTheTopology ) {
+TEST_F( ApiTest, GivesOneObjectAndTheTopology ) {
    const auto object = documented( "GET", "/v1/objects/psu", "", "/v1/objects/{name}" );
    EXPECT_THAT( object.json, HasSubstr( R"({"name":"psu","type":"psu","state":"ok")" ) );
    EXPECT_EQ( documented( "GET", "/v1/topology", "", "/v1/topology" ).json, "[ 5 ]" );
@@ -119,7 +121,7 @@ TEST_F( ApiTest, RefusesBodiesThatMakeNoSense ) {
    EXPECT_EQ( asked_, Action() );
 }
 
-TEST_F( ApiTest, TellsWhatIsNotThereAndWhichMethodAPathHas ) {
+TEST_F( ApiTest, NamesWhatIsMissingAndTheMethodOfAPath ) {
    for ( const char *path : { "/", "/v1", "/v1/objects/", "/v1/objects/x", "/v1/objects/led/x",
                               "/v1/boards", "/v1/objects/x/action" } )
       EXPECT_EQ( ask( "GET", path ).status, 404u ) << path;

@@ -15,7 +15,7 @@ using ::testing::UnorderedElementsAre;
 
 class CompletionTest : public ::testing::Test {
  protected:
-   // What the shell offers for the last of these words.
+   // The completions for the last of these words.
    std::vector<std::string> complete( const std::vector<std::string> &words ) const {
       folder_.write( "ask.sh", fmt::format( ". {}\nCOMP_WORDS=( orbis-host {} )\nCOMP_CWORD={}\n"
                                             "_orbis_host\nprintf '%s\\n' \"${{COMPREPLY[@]}}\"\n",
@@ -49,7 +49,7 @@ TEST_F( CompletionTest, OffersTheBoardsObjectsOfTheCommandsType ) {
                 ElementsAre( "on", "off" ) );
 }
 
-TEST_F( CompletionTest, OffersEveryVerbThatIsTaken ) {
+TEST_F( CompletionTest, OffersEveryVerb ) {
    const std::vector<std::pair<std::string, BoardFiles::Kind>> kinds{
       { "xcvr", BoardFiles::Kind::Xcvr },
       { "gpio", BoardFiles::Kind::Gpio },

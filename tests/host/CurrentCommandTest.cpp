@@ -31,7 +31,7 @@ TEST_F( CurrentCommandTest, GivesEveryOperationItsOwnTime ) {
    current.operationBegins( "input_voltage", now + 10s );
    current.operationBegins( "output_voltage", now + 20s );
    EXPECT_FALSE( current.overdue( now + 32s - 1ms ) );
-   EXPECT_EQ( current.overdue( now + 32s ), "output_voltage did not come back within 12 s" );
+   EXPECT_EQ( current.overdue( now + 32s ), "output_voltage did not return within 12 s" );
    EXPECT_EQ( current.deadlines(), std::pair( now + 20s + 500ms, now + 32s ) );
 }
 

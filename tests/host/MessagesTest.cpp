@@ -57,8 +57,8 @@ TEST( MessagesTest, CarryEveryEventThrough ) {
    const auto trace = std::get<Trace>( *sent( Trace{ 3, "two\nlines", 129 } ) );
    EXPECT_EQ( trace.level, 3 );
    EXPECT_EQ( trace.text, "two\nlines" );
-   EXPECT_EQ( trace.timerOf, 129u );
-   EXPECT_EQ( std::get<Trace>( *sent( Trace{ -1, "", {} } ) ).timerOf, std::nullopt );
+   EXPECT_EQ( trace.timerOwner, 129u );
+   EXPECT_EQ( std::get<Trace>( *sent( Trace{ -1, "", {} } ) ).timerOwner, std::nullopt );
    EXPECT_EQ( std::get<Begun>( *sent( Begun{ "x" } ) ).operation, "x" );
    EXPECT_FALSE( std::get<Done>( *sent( Done{} ) ).fault );
    EXPECT_EQ( std::get<Done>( *sent( Done{ Fault{ 4, "w" } } ) ).fault, ( Fault{ 4, "w" } ) );

@@ -7,7 +7,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// What users ask of the board's LED, number 2.
+// Actions of the board's LED, object 2.
 class AskTest : public PlayedChild {
  protected:
    void ask( int64_t setting = 1 ) {
@@ -23,7 +23,7 @@ class AskTest : public PlayedChild {
    std::vector<Reading> answers;
 };
 
-TEST_F( AskTest, WaitsUntilTheObjectStandsAndThenGoesBeforeReadings ) {
+TEST_F( AskTest, WaitsUntilTheObjectIsUpAndThenGoesBeforeReadings ) {
    ask();
    EXPECT_EQ( runAll(), ( Commands{ "load", "init temp_sensor", "init led", "add 0", "add 1",
                                     "add 2", "act 2", "read 0", "read 1", "read 2" } ) );
@@ -38,11 +38,11 @@ TEST_F( AskTest, KeepsTheLastSettingOfAnLedThatTookIt ) {
    EXPECT_EQ( answers.at( 0 ).state, State::Ok );
    EXPECT_EQ( reading( 2 ).name, "setting" );
    EXPECT_EQ( reading( 2 ).value, Scalar( "bad" ) );
-   now += 1h; // what it was set to does not age away
+   now += 1h; // a setting does not become stale
    EXPECT_EQ( reading( 2 ).state, State::Ok );
 }
 
-TEST_F( AskTest, TellsTheFaultOfAnActionAndKeepsTheSettingBefore ) {
+TEST_F( AskTest, GivesTheFaultOfAnActionAndKeepsTheLastSetting ) {
    runAll();
    ask( 1 );
    next();
@@ -94,15 +94,6 @@ TEST_F( AskTest, AnswersWhenThePluginCanNotBeLoaded ) {
    next();
    hear( Done{ Fault{ .words = "no such file" } } );
    EXPECT_EQ( answers.at( 0 ).fault.words, "no such file" );
-}
-
-TEST_F( AskTest, ReadsKindsAtPeriodsOfTheirOwn ) {
-   restart( Limits{ .period = 1s, .periods = { { BoardFiles::Kind::Led, 5s } } } );
-   runAll();
-   now += 1s;
-   EXPECT_EQ( runAll(), ( Commands{ "read 0", "read 1" } ) );
-   now += 4s;
-   EXPECT_EQ( runAll(), ( Commands{ "read 0", "read 1", "read 2" } ) );
 }
 
 } // namespace

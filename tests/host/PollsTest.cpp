@@ -5,7 +5,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Two cages of device 7, one of device 8, and a slot; their traces as the data file tells them.
+// Two cages of device 7, one of device 8, a slot and a fan, with their traces in the data file.
 class PollsTest : public PlayedChild {
  protected:
    PollsTest() {
@@ -42,10 +42,10 @@ class PollsTest : public PlayedChild {
    ValueReport readCage( size_t object ) {
       return read( object, {}, { .name = "presence", .value = true } );
    }
-   void poll( size_t madeFor, bool well ) {
+   void poll( size_t timerOwner, bool well ) {
       if ( !well )
-         hear( Trace{ 3, "execute: failure in response nack", madeFor } );
-      hear( Trace{ 0, well ? "Cache updated for X" : "Failed to poll X", madeFor } );
+         hear( Trace{ 3, "execute: failure in response nack", timerOwner } );
+      hear( Trace{ 0, well ? "Cache updated for X" : "Failed to poll X", timerOwner } );
    }
    Reading readBay( const std::vector<std::string> &traces ) {
       return read( 3, traces, { .name = "presence", .state = State::Absent, .fault = { 1, "" } } )
@@ -55,7 +55,7 @@ class PollsTest : public PlayedChild {
    BoardFiles::Board cages = makeBoard();
 };
 
-TEST_F( PollsTest, AreGoodAsLongAsNothingElseIsHeard ) {
+TEST_F( PollsTest, AreGoodUntilATraceSaysThatOneFailed ) {
    runAll();
    poll( 0, true );
    now += 1s;
@@ -89,7 +89,7 @@ TEST_F( PollsTest, LeaveCagesUnreadableThatNeverWerePolledWell ) {
    EXPECT_EQ( cage.reading.fault.words, "nack" );
 }
 
-TEST_F( PollsTest, AreNoWordsOfTheOperationInHand ) {
+TEST_F( PollsTest, AreNotPartOfTheRunningOperation ) {
    runTo( "read 3" );
    poll( 0, false );
    hear( Reading{ .name = "presence", .state = State::Absent } );
@@ -97,7 +97,7 @@ TEST_F( PollsTest, AreNoWordsOfTheOperationInHand ) {
    EXPECT_EQ( supervisor->report( now )[3].values.at( 0 ).reading.state, State::Absent );
 }
 
-TEST_F( PollsTest, SlotsAreEmptyWhenNobodyAnswersAtTheirModulesAddress ) {
+TEST_F( PollsTest, SlotsAreEmptyWhenNoChipAcknowledgesTheirModulesAddress ) {
    const std::string fault = "execute: failure in response request 3 of 4: read of 1 byte from ";
    EXPECT_EQ( readBay( { fault + "0x58 register 0x9a: no acknowledge of the address" } ).state,
               State::Absent );
@@ -110,7 +110,7 @@ TEST_F( PollsTest, SlotsAreEmptyWhenNobodyAnswersAtTheirModulesAddress ) {
               State::Unreadable );
 }
 
-TEST_F( PollsTest, SlotsTellAnUnknownModuleFromOneThatCanNotBeMadeOut ) {
+TEST_F( PollsTest, SlotsSeparateAnUnknownModuleFromAnUnreadableOne ) {
    EXPECT_EQ( readBay( { "Unknown modelName. PSU is unmanaged" } ).state, State::Unmanaged );
    now += 1s;
    EXPECT_EQ( readBay( { "Failed to read PSU info '' ''" } ).state, State::Unreadable );

@@ -26,7 +26,7 @@ class ProgramTest : public ::testing::Test {
 
 TEST_F( ProgramTest, CheckEndsWith0ForAGoodBoardAnd3ForABadOne ) {
    EXPECT_EQ( run( { "check", SCRIPTED_BOARD } ), 0 );
-   EXPECT_THAT( out, HasSubstr( "12 objects, nothing wrong" ) );
+   EXPECT_THAT( out, HasSubstr( "12 objects, no errors" ) );
    folder.write( "objects.json", "[ {" );
    folder.write( "topology.json", "{}" );
    EXPECT_EQ( run( { "check", folder.path() } ), 3 );
@@ -42,7 +42,7 @@ TEST_F( ProgramTest, NoCommandLetsABadBoardReachThePlugin ) {
    EXPECT_EQ( folder.read( "calls" ), "" );
 }
 
-TEST_F( ProgramTest, ShowTellsEveryKindOfObjectInOneTable ) {
+TEST_F( ProgramTest, ShowPrintsEveryKindOfObjectInOneTable ) {
    folder.write( "temp.temperature", "-3.5" );
    folder.write( "fan.speed", "4200" );
    folder.write( "slot.presence", "status 1 empty" );
@@ -81,7 +81,7 @@ TEST_F( ProgramTest, ShowPrintsJsonThatFitsTheSchema ) {
    EXPECT_THAT( out, HasSubstr( R"("status":6,"fault":"  ? \"quoted\"")" ) );
 }
 
-TEST_F( ProgramTest, ShowTellsPlainlyWhenTheServerIsNotThereAndEnds ) {
+TEST_F( ProgramTest, ShowReportsAMissingServerAndEnds ) {
    folder.write( "init", "status 4 pl_slot_init: socket Setup failed!" );
    EXPECT_EQ( run( { "show", SCRIPTED_BOARD } ), 1 );
    EXPECT_THAT( out, HasSubstr( "status 4: can't reach the SMBus server yet" ) );
@@ -95,7 +95,7 @@ TEST_F( ProgramTest, ShowDrawsABarOnATerminalAndClearsItBeforeTheTable ) {
    EXPECT_EQ( program.exitCode(), 0 );
 }
 
-TEST_F( ProgramTest, PrintsTracesUpToTheLevelThatWasAskedFor ) {
+TEST_F( ProgramTest, PrintsTracesUpToTheGivenLevel ) {
    folder.write( "temp.temperature", "status 6 words of level three" );
    run( { "show", SCRIPTED_BOARD, "-t", "0" } );
    EXPECT_THAT( err, HasSubstr( "trace 0: adding temp" ) );
@@ -111,7 +111,7 @@ TEST_F( ProgramTest, EndsWith4WhenThePluginCanNotBeLoaded ) {
    }
 }
 
-TEST_F( ProgramTest, EndsWith2ForWrongUsageAndTellsItsHelpAndVersion ) {
+TEST_F( ProgramTest, EndsWith2ForWrongUsageAndPrintsHelpAndVersion ) {
    EXPECT_EQ( run( {} ), 2 );
    EXPECT_EQ( run( { "show", "/no/such/folder" } ), 2 );
    EXPECT_EQ( run( { "show", SCRIPTED_BOARD, "-t", "8" } ), 2 );
@@ -126,17 +126,17 @@ TEST_F( ProgramTest, EndsWith2ForWrongUsageAndTellsItsHelpAndVersion ) {
    EXPECT_THAT( out, HasSubstr( "orbis-host 0." ) );
 }
 
-TEST_F( ProgramTest, ServeStaysUntilItIsToldToEnd ) {
+TEST_F( ProgramTest, ServeRunsUntilASignalEndsIt ) {
    for ( const int number : { SIGTERM, SIGINT } ) {
       Program program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
       program.waitFor( "err.txt", "temp temperature: ok" );
       program.signal( number );
       EXPECT_EQ( program.exitCode(), 0 );
-      EXPECT_THAT( program.err(), HasSubstr( "ends on signal" ) );
+      EXPECT_THAT( program.err(), HasSubstr( "ending on signal" ) );
    }
 }
 
-TEST_F( ProgramTest, ServeTellsThatTheServerIsNotThereWhileItIsTriedFor ) {
+TEST_F( ProgramTest, ServeReportsAMissingServerWhileItRetries ) {
    folder.write( "init", "hang" );
    Program program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
    program.waitFor( "err.txt", "temp: unreadable: can't reach the SMBus server yet" );

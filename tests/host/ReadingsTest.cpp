@@ -1,4 +1,4 @@
-#include "host/plugin/Readings.h"
+#include "host/plugin/ObjectCalls.h"
 
 #include <cmath>
 #include <cstring>
@@ -33,7 +33,7 @@ Reading readTemperature( pl_status ( *operation )( pl_temp_sensor *, float * ) )
       pl_temp_sensor_ops{ sizeof( pl_temp_sensor_ops ), nullptr, operation } );
 }
 
-TEST( ReadingsTest, GivesAFloatAsTheDecimalThatWasMeant ) {
+TEST( ReadingsTest, GivesAFloatAsItsShortestDecimal ) {
    const Reading reading = readTemperature( []( pl_temp_sensor *, float *celsius ) {
       *celsius = -24.1f;
       return PL_STATUS_OK;
@@ -62,7 +62,7 @@ TEST( ReadingsTest, CallsUnreadableWhatIsNotANumber ) {
    EXPECT_EQ( reading.fault.words, "the value is not a number" );
 }
 
-TEST( ReadingsTest, TellsAnExceptionFromAnOperationThatIsNotThere ) {
+TEST( ReadingsTest, SeparatesAnExceptionFromAMissingOperation ) {
    const Reading fault = readTemperature(
       []( pl_temp_sensor *, float * ) -> pl_status { throw std::runtime_error( "stoi" ); } );
    EXPECT_EQ( fault.state, State::Unreadable );
@@ -84,7 +84,7 @@ Reading readSlot( pl_status ( *operation )( pl_slot *, char ** ) ) {
    return readOne<pl_slot>( pl_slot_ops{ sizeof( pl_slot_ops ), operation } );
 }
 
-TEST( ReadingsTest, TellsAnAbsentModuleFromOneThatCanNotBeRead ) {
+TEST( ReadingsTest, SeparatesAnAbsentModuleFromAnUnreadableOne ) {
    const Reading module = readSlot( []( pl_slot *, char **description ) {
       *description = ::strdup( "PWR-1" );
       return PL_STATUS_OK;
@@ -125,7 +125,7 @@ TEST( ReadingsTest, ReadsACageByItsOwnHalfOfTheTable ) {
    EXPECT_EQ( readAll( &cage ).size(), 4u );
 }
 
-TEST( ReadingsTest, ReadsNothingOfLedsAndProxies ) {
+TEST( ReadingsTest, ReadsNothingFromLedsAndProxies ) {
    pl_led led{};
    pl_smbus proxy{};
    EXPECT_TRUE( readAll( &led ).empty() );

@@ -14,7 +14,7 @@ using boost::asio::local::stream_protocol;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-// The server on a socket of the test's own, spoken to in plain bytes.
+// The server on a socket of the test. Requests are plain bytes.
 class HttpServerTest : public ::testing::Test {
  protected:
    void serve( HttpLimits limits = {} ) { server_.emplace( loop_, path_, api_, limits ); }
@@ -28,7 +28,7 @@ class HttpServerTest : public ::testing::Test {
       return "it starts";
    }
 
-   // Sends bytes on a new connection and runs the loop until the server ends it; what it said.
+   // Sends bytes on a new connection, and returns what the server sends until it closes it.
    std::string say( const std::string &bytes ) {
       stream_protocol::socket socket( loop_ );
       socket.connect( path_.string() );
@@ -69,7 +69,7 @@ TEST_F( HttpServerTest, AnswersOneRequestAfterAnotherOnAConnection ) {
                                    "Connection: close\r\n\r\n" );
    EXPECT_THAT( answer, HasSubstr( "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n" ) );
    EXPECT_THAT( answer, HasSubstr( "HTTP/1.1 404 Not Found" ) );
-   EXPECT_THAT( answer, HasSubstr( R"({"error":"there is nothing at /v1/nothing"})" ) );
+   EXPECT_THAT( answer, HasSubstr( R"({"error":"no such path: /v1/nothing"})" ) );
 }
 
 TEST_F( HttpServerTest, NamesTheMethodOfAPath ) {
@@ -77,7 +77,7 @@ TEST_F( HttpServerTest, NamesTheMethodOfAPath ) {
    EXPECT_THAT( say( "PUT /v1/board HTTP/1.0\r\n\r\n" ), HasSubstr( "Allow: GET\r\n" ) );
 }
 
-TEST_F( HttpServerTest, RefusesWhatIsTooLongOrNoHttp ) {
+TEST_F( HttpServerTest, RefusesWhatIsTooLongOrNotHttp ) {
    serve();
    EXPECT_THAT( say( "POST /v1/objects/led/action HTTP/1.1\r\nContent-Length: 65537\r\n\r\n" ),
                 HasSubstr( "HTTP/1.1 413" ) );
@@ -86,12 +86,12 @@ TEST_F( HttpServerTest, RefusesWhatIsTooLongOrNoHttp ) {
    EXPECT_THAT( say( "what?\r\n\r\n" ), HasSubstr( "HTTP/1.1 400" ) );
 }
 
-TEST_F( HttpServerTest, EndsAConnectionThatAsksNothing ) {
+TEST_F( HttpServerTest, ClosesAConnectionWithoutARequest ) {
    serve( { .idle = std::chrono::milliseconds( 20 ) } );
    EXPECT_EQ( say( "" ), "" );
 }
 
-TEST_F( HttpServerTest, TellsThatAnObjectDidNotAnswerInTimeAndTakesNoLaterAnswer ) {
+TEST_F( HttpServerTest, AnswersForAnObjectThatIsTooSlowAndIgnoresItsLaterAnswer ) {
    serve( { .action = std::chrono::milliseconds( 20 ) } );
    const std::string body = R"({"words":["off"]})";
    EXPECT_THAT( say( "POST /v1/objects/led/action HTTP/1.0\r\nContent-Length: " +
@@ -152,12 +152,12 @@ TEST_F( HttpServerTest, MakesTheFolderOfItsSocket ) {
    EXPECT_TRUE( std::filesystem::exists( folder_.path() / "new" / "host.sock" ) );
 }
 
-TEST_F( HttpServerTest, IsNotThereForAClientWithoutASocket ) {
+TEST_F( HttpServerTest, IsNotFoundByAClientWithoutASocket ) {
    EXPECT_FALSE( Client( path_ ).report() );
    EXPECT_EQ( Client( path_ ).act( "led", { "off" } ).state, State::Unreadable );
 }
 
-// The program's commands beside a serve of the same board.
+// The other commands while serve runs for the same board.
 class ServeTest : public ::testing::Test {
  protected:
    ServeTest() { serve_.waitFor( "err.txt", "led: ok" ); }
@@ -171,7 +171,7 @@ class ServeTest : public ::testing::Test {
    }
    std::string calls() const { return folder_.read( "calls" ); }
 
-   const TempFolder folder_, client_; // scripts and calls of either
+   const TempFolder folder_, client_; // scripts and calls of serve, and of the other command
    Program serve_{ folder_, { "serve", SCRIPTED_BOARD, "--period", "0.1" } };
    std::string out, err;
 };
@@ -182,7 +182,7 @@ TEST_F( ServeTest, IsAskedByShow ) {
    EXPECT_THAT( run( { "show", "-v", SCRIPTED_BOARD } ), ::testing::AnyOf( 0, 1 ) );
    EXPECT_THAT( out, HasSubstr( "temp    temp_sensor" ) );
    EXPECT_THAT( err, HasSubstr( "asks the serve at " ) );
-   EXPECT_EQ( client_.read( "calls" ), "" ); // it brought nothing up itself
+   EXPECT_EQ( client_.read( "calls" ), "" ); // it brought nothing up
 }
 
 TEST_F( ServeTest, CarriesActionsOutAndKeepsTheLastSetting ) {
@@ -204,8 +204,8 @@ TEST_F( ServeTest, IsWatchedAndReplacedOnceItHasGone ) {
    EXPECT_EQ( client_.read( "calls" ), "" );
    serve_.signal( SIGTERM );
    EXPECT_EQ( serve_.exitCode(), 0 );
-   watch.waitFor( "err.txt", "has gone" );
-   watch.waitFor( "err.txt", "itself" );
+   watch.waitFor( "err.txt", "has ended" );
+   watch.waitFor( "err.txt", "this command brings the board up" );
    watch.signal( SIGINT );
    EXPECT_EQ( watch.exitCode(), 0 );
    EXPECT_FALSE( std::filesystem::exists( folder_.path() / "host.sock" ) );
@@ -215,7 +215,7 @@ TEST_F( ServeTest, IsNotAskedForAnotherBoard ) {
    std::filesystem::copy( SCRIPTED_BOARD, client_.path(),
                           std::filesystem::copy_options::recursive );
    EXPECT_EQ( run( { "show", "-v", client_.path() } ), 0 ) << err;
-   EXPECT_THAT( err, HasSubstr( "up itself" ) );
+   EXPECT_THAT( err, HasSubstr( "this command brings the board up" ) );
 }
 
 TEST_F( ServeTest, RefusesToStartASecondTimeAtTheSameSocket ) {

@@ -38,24 +38,24 @@ TEST_F( ServicesTest, RunATimerOnceForEverySetting ) {
    EXPECT_EQ( expired, 2 );
 }
 
-TEST_F( ServicesTest, TellWhoseTimerRunsWhileItRuns ) {
+TEST_F( ServicesTest, KnowTheOwnerOfARunningTimer ) {
    struct Seen {
       const Services &services;
-      std::optional<size_t> timerOf{};
+      std::optional<size_t> timerOwner{};
    } seen{ services };
-   services.madeFor( 7 );
+   services.setTimerOwner( 7 );
    const pl_timer_handle another = pl_timer_add(
       []( void *context ) {
          auto *what = static_cast<Seen *>( context );
-         what->timerOf = what->services.timerOf();
+         what->timerOwner = what->services.runningTimerOwner();
       },
       &seen );
-   services.madeFor( 8 );
+   services.setTimerOwner( 8 );
    pl_timer_set( another, 0 );
-   EXPECT_FALSE( services.timerOf() );
+   EXPECT_FALSE( services.runningTimerOwner() );
    loop.run();
-   EXPECT_EQ( seen.timerOf, 7u );
-   EXPECT_FALSE( services.timerOf() );
+   EXPECT_EQ( seen.timerOwner, 7u );
+   EXPECT_FALSE( services.runningTimerOwner() );
 }
 
 TEST_F( ServicesTest, CountASecondSettingInPlaceOfTheFirst ) {

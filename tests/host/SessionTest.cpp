@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 
-// A real child, this program started anew, with the scripted plug-in and limits that are short.
+// A real child process with the scripted plug-in, and short limits. The child is this test program.
 class SessionTest : public ::testing::Test {
  protected:
    SessionTest() {
@@ -118,26 +118,26 @@ TEST_F( SessionTest, GivesAnExceptionsTextAndKeepsTheChild ) {
    EXPECT_EQ( calls(), "init\na.add\nb.add\nb.temperature\n" );
 }
 
-TEST_F( SessionTest, TellsAnObjectThatWasNotMade ) {
+TEST_F( SessionTest, ReportsAnObjectThatWasNotMade ) {
    folder.write( "a.add", "null" );
    showOnce();
-   EXPECT_EQ( report()[0].fault.words, "pl_temp_sensor_add made no object: adding a" );
+   EXPECT_EQ( report()[0].fault.words, "pl_temp_sensor_add returned no object: adding a" );
 }
 
 TEST_F( SessionTest, EndsAHangingOperationAndReadsTheOthers ) {
    folder.write( "a.temperature", "hang" );
    showOnce( { .step = 200ms } );
-   EXPECT_EQ( report()[0].fault.words, "temperature did not come back within 0.2 s" );
+   EXPECT_EQ( report()[0].fault.words, "temperature did not return within 0.2 s" );
    EXPECT_EQ( report()[1].values.at( 0 ).reading.state, State::Ok );
 }
 
-TEST_F( SessionTest, EndsInTimeWhenTheServerIsNotThere ) {
+TEST_F( SessionTest, EndsInTimeWithoutAServer ) {
    folder.write( "init", "hang" );
    showOnce( { .init = 200ms } );
    for ( const ObjectReport &object : report() )
       EXPECT_EQ( object.fault.words,
                  "can't reach the SMBus server yet: pl_temp_sensor_init did not "
-                 "come back within 0.2 s" );
+                 "return within 0.2 s" );
 }
 
 TEST_F( SessionTest, ShowsAFaultInTheNextPeriodAndTheReadingOnceItIsBack ) {

@@ -36,62 +36,9 @@ TEST_F( SupervisorTest, ReadsTheLastObjectTooWhereARoundTakesLongerThanAPeriod )
    EXPECT_THAT( read, ::testing::Contains( "read 1" ) );
 }
 
-TEST_F( SupervisorTest, HasOneCommandInHandAtATime ) {
+TEST_F( SupervisorTest, RunsOneCommandAtATime ) {
    EXPECT_EQ( next(), "load" );
    EXPECT_EQ( next(), "-" );
-}
-
-TEST_F( SupervisorTest, BlamesTheObjectInHandForADeathAndBringsUpTheOthers ) {
-   runTo( "add 1" );
-   die( "LM75.cpp:9: f(): Assertion `ok' failed." );
-   EXPECT_EQ( object( 1 ).state, State::Unreadable );
-   EXPECT_EQ( object( 1 ).fault.words, "LM75.cpp:9: f(): Assertion `ok' failed." );
-   EXPECT_TRUE( supervisor->wantsChild( now ) );
-   EXPECT_EQ( runAll(), ( Commands{ "load", "init temp_sensor", "init led", "add 0", "add 2",
-                                    "read 0", "read 2" } ) );
-}
-
-TEST_F( SupervisorTest, TriesAgainAfterOneSecondThenTwiceAsLongUpToAMinute ) {
-   runTo( "add 1" );
-   for ( const auto wait : { 1s, 2s, 4s, 8s, 16s, 32s, 60s, 60s } ) {
-      die();
-      const Time death = now;
-      EXPECT_EQ( runAll().size(), 7u ); // all but the one
-      now = death + wait - 1ms;
-      for ( const std::string &command : runAll() )
-         EXPECT_NE( command, "add 1" );
-      now = death + wait;
-      runTo( "add 1" );
-   }
-}
-
-TEST_F( SupervisorTest, StartsTheBackOffAnewOnceAReadingSucceededNotAnAdding ) {
-   runTo( "read 1" );
-   die();
-   now += 1s;
-   runTo( "read 1" ); // was added again
-   die();
-   now += 1s;
-   for ( const std::string &command : runAll() )
-      EXPECT_NE( command, "add 1" );
-   now += 1s;
-   runAll(); // and now it was read
-   now += 1s;
-   runTo( "read 1" );
-   die();
-   now += 1s;
-   runTo( "add 1" );
-}
-
-TEST_F( SupervisorTest, KeepsTheValuesOfTheOthersThroughADeath ) {
-   runAll( 24.5 );
-   now += 1s;
-   runTo( "read 1" );
-   die();
-   EXPECT_EQ( reading( 0 ).value, Scalar( 24.5 ) );
-   EXPECT_EQ( reading( 0 ).state, State::Ok );
-   EXPECT_EQ( reading( 1 ).state, State::Unreadable );
-   EXPECT_EQ( reading( 1 ).value, Scalar() );
 }
 
 TEST_F( SupervisorTest, CallsAValueStaleAfterThreePeriodsWithoutAReading ) {
@@ -112,7 +59,7 @@ TEST_F( SupervisorTest, GivesAFailedReadingTheServersWords ) {
    hear( Reading{ .name = "temperature", .state = State::Unreadable, .fault = { .status = 6 } } );
    good();
    EXPECT_EQ( reading( 0 ).fault, ( Fault{ 6, "request 1 (0x48): no acknowledge" } ) );
-   EXPECT_EQ( object( 0 ).state, State::Ok ); // it stands
+   EXPECT_EQ( object( 0 ).state, State::Ok ); // it is up
 }
 
 TEST_F( SupervisorTest, NeverTurnsAFailedReadIntoAbsent ) {
@@ -170,43 +117,7 @@ TEST_F( SupervisorTest, DoesNotHideOneKindsMissingFunctionsBehindAnother ) {
    EXPECT_EQ( object( 0 ).fault.words, "the plug-in has no pl_temp_sensor_init" );
 }
 
-TEST_F( SupervisorTest, GivesUpAnOperationThatDoesNotComeBack ) {
-   runTo( "read 0" );
-   now += 12s - 1ms;
-   EXPECT_FALSE( supervisor->overdue( now ) );
-   now += 1ms;
-   EXPECT_EQ( supervisor->overdue( now ), "read 0 did not come back within 12 s" );
-   die( *supervisor->overdue( now ) );
-   EXPECT_EQ( object( 0 ).fault.words, "read 0 did not come back within 12 s" );
-   EXPECT_EQ( supervisor->overdue( now + 1h ), std::nullopt );
-}
-
-TEST_F( SupervisorTest, LetsAnInitTryForLongerThanAnOperation ) {
-   runTo( "init temp_sensor" );
-   EXPECT_FALSE( supervisor->overdue( now + 39s ) );
-   EXPECT_THAT( supervisor->overdue( now + 40s ).value_or( "" ),
-                HasSubstr( "can't reach the SMBus server yet: init temp_sensor did not" ) );
-}
-
-TEST_F( SupervisorTest, WaitsBeforeAChildThatDiesWithNothingInHand ) {
-   runAll();
-   supervisor->childDied( "ended by signal 6", now );
-   EXPECT_FALSE( supervisor->wantsChild( now + 999ms ) );
-   EXPECT_TRUE( supervisor->wantsChild( now + 1s ) );
-   supervisor->childDied( "ended by signal 6", now );
-   EXPECT_FALSE( supervisor->wantsChild( now + 1s ) );
-   EXPECT_TRUE( supervisor->wantsChild( now + 2s ) );
-}
-
-TEST_F( SupervisorTest, BlamesNobodyForADeathBeforeTheCommandBegan ) {
-   runAll();
-   now += 1s;
-   EXPECT_EQ( next(), "read 0" ); // sent, and then a timer of the plug-in ended the child
-   supervisor->childDied( "Assertion", now );
-   EXPECT_EQ( object( 0 ).state, State::Ok );
-}
-
-TEST_F( SupervisorTest, ReadsEverythingJustOnceWhenToldSo ) {
+TEST_F( SupervisorTest, ReadsEverythingJustOnceWithTheLimitOnce ) {
    restart( { .once = true } );
    runTo( "add 0" );
    die();
@@ -216,24 +127,6 @@ TEST_F( SupervisorTest, ReadsEverythingJustOnceWhenToldSo ) {
    now += 1h;
    EXPECT_EQ( next(), "-" );
    EXPECT_EQ( reading( 1 ).state, State::Ok ); // nothing goes stale in what is shown once
-}
-
-TEST_F( SupervisorTest, DoesNotBringUpAgainWhatWasReadAlreadyWhenReadingOnce ) {
-   restart( { .once = true } );
-   runTo( "read 1" );
-   die();
-   EXPECT_EQ( runAll(), ( Commands{ "load", "init temp_sensor", "init led", "add 2", "read 2" } ) );
-   EXPECT_TRUE( supervisor->roundDone() );
-}
-
-TEST_F( SupervisorTest, EndsReadingOnceWhenTheServerIsGoneAfterADeath ) {
-   restart( { .once = true } );
-   runTo( "read 0" );
-   die();
-   runTo( "init temp_sensor" );
-   hear( Done{ Fault{ .status = 4 } } );
-   EXPECT_TRUE( supervisor->roundDone() );
-   EXPECT_EQ( object( 1 ).state, State::Unreadable );
 }
 
 TEST_F( SupervisorTest, EndsAtAPluginThatCanNotBeLoaded ) {
@@ -247,10 +140,19 @@ TEST_F( SupervisorTest, EndsAtAPluginThatCanNotBeLoaded ) {
 TEST_F( SupervisorTest, WakesForTheNextThingThatIsDue ) {
    EXPECT_EQ( next(), "load" );
    begin();
-   EXPECT_EQ( supervisor->wakeAt( now ), now + 500ms ); // to tell that it waits
+   EXPECT_EQ( supervisor->wakeAt( now ), now + 500ms ); // to show that it waits
    good();
    runAll();
    EXPECT_EQ( supervisor->wakeAt( now + 400ms ), now + 1s );
+}
+
+TEST_F( SupervisorTest, ReadsKindsAtPeriodsOfTheirOwn ) {
+   restart( Limits{ .period = 1s, .periods = { { BoardFiles::Kind::Led, 5s } } } );
+   runAll();
+   now += 1s;
+   EXPECT_EQ( runAll(), ( Commands{ "read 0", "read 1" } ) );
+   now += 4s;
+   EXPECT_EQ( runAll(), ( Commands{ "read 0", "read 1", "read 2" } ) );
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <string_view>
 
-// Started as "PROGRAM child" it is what orbis-host is when started so.
+// "host_tests child" is the child process, like "orbis-host child".
 int main( int argc, char **argv ) {
    if ( argc == 2 && std::string_view( argv[1] ) == "child" )
       return Host::runChild( Host::childSocket );

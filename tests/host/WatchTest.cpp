@@ -58,7 +58,7 @@ TEST_F( WatchTest, ShowsAFaultAndThenTheReadingAgain ) {
    program.waitFor( "out.txt", "1.0 °C", at );
 }
 
-TEST_F( WatchTest, ShowsTheServerMissingWhileItIsTriedFor ) {
+TEST_F( WatchTest, ShowsThatTheServerIsMissingWhileItRetries ) {
    folder.write( "init", "hang" );
    Program program( folder, command );
    program.waitFor( "out.txt", "can't reach the SMBus server yet: pl_temp_sensor_init is trying" );

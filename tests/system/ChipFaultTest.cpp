@@ -144,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
             { byteAssertion } } ),
    []( const auto &row ) { return row.param.name; } );
 
-// An action under a fault: what it says when it did not work.
+// An action under a fault: what it prints when it fails.
 struct Act {
    const char *name;
    Words fault;
@@ -163,7 +163,7 @@ TEST_P( FaultyAction, IsToldWithItsReasonAndWorksOnceMended ) {
    ASSERT_EQ( board.smbus( words ), "" );
    const Ran ran = board.host( row.action );
    EXPECT_EQ( ran.exitCode, 1 );
-   EXPECT_THAT( ran.errors, HasSubstr( "that did not work" ) );
+   EXPECT_THAT( ran.errors, HasSubstr( ": failed: " ) );
    for ( const std::string &why : row.why )
       EXPECT_THAT( ran.errors, HasSubstr( why ) );
    ASSERT_EQ( board.smbus( { "sim", "mend", row.fault[1] } ), "" );

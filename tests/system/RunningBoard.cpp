@@ -86,7 +86,7 @@ std::unique_ptr<StartedProgram> RunningBoard::serve( const std::vector<std::stri
    std::vector<std::string> command = { ORBIS_HOST, "serve", board_ };
    command.insert( command.end(), words.begin(), words.end() );
    auto serve = start( command, "served" );
-   EXPECT_TRUE( says( "served", "serves " ) );
+   EXPECT_TRUE( says( "served", "serving " ) );
    return serve;
 }
 

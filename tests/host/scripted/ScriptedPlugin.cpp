@@ -1,13 +1,13 @@
-// A plug-in that does what a test wrote down. The environment variable SCRIPT names a folder; the
-// file NAME.WHAT in it says what happens when WHAT is asked of the object whose driver argument
-// "script" is NAME: "add", or the name of an operation. "init" stands for the init functions. A
-// script is one line:
-//    24.5              all is well, and that is the value
-//    status 6 TEXT     TEXT is traced at level 3, and the status returned
-// What an operation is given stands behind it in calls: "fan.set_rpm 4200".
+// A plug-in that follows the scripts of a test. The environment variable SCRIPT is a folder. Its
+// file NAME.CALL is the script for one call of one object: NAME is the object's driver argument
+// "script", CALL is "add" or an operation. The file "init" is for the init functions. A script is
+// one line:
+//    24.5              success, with this value
+//    status 6 TEXT     trace TEXT at level 3, and return the status
 //    null | hang | assert | throw TEXT | exit
-//    send HEX...       these bytes go to the parent in place of a message, then the process exits
-// Without a file all is well, and the value is 1. Every call is noted in the file SCRIPT/calls.
+//    send HEX...       send these bytes to the parent in place of a message, and exit
+// Without a script the call succeeds with the value 1. The file SCRIPT/calls lists all calls with
+// their arguments: "fan.set_rpm 4200".
 #include <cassert>
 #include <cstdlib>
 #include <cstring>
@@ -162,7 +162,7 @@ std::string argument( const rapidjson::Document &json, const char *name ) {
    return value ? value->GetString() : "";
 }
 
-// The record lives to the end of the process, as those of a plug-in do.
+// Never deleted, like the records of a real plug-in.
 template <class Record, class Ops>
 Record *add( const char *text, const Ops *ops ) {
    rapidjson::Document json;
@@ -192,7 +192,7 @@ void tick( void *timer ) {
 extern "C" {
 
 pl_status pl_slot_init( const char * ) { return init(); }
-// Also starts a timer that ticks from then on.
+// Also starts a timer that ticks from now on.
 pl_status pl_led_init( const char * ) {
    static pl_timer_handle timer = pl_timer_add( tick, &timer );
    pl_timer_set( timer, 20 );

@@ -6,7 +6,7 @@
 
 namespace Host {
 
-// A board of two sensors and an LED, and a child that is played by hand.
+// A board with two sensors and an LED. The test plays the child.
 class PlayedChild : public ::testing::Test {
  protected:
    static BoardFiles::Board makeBoard() {
@@ -18,8 +18,7 @@ class PlayedChild : public ::testing::Test {
                .traces = { .faults = { "execute: failure in response ", "execute: " } } };
    }
 
-   // The next command in short: "load", "init led", "add 0", "read 0", "act 0"; "-" when there is
-   // none.
+   // The next command in short: "load", "init led", "add 0", "read 0", "act 0", or "-" for none.
    std::string next() {
       const auto command = supervisor->next( now );
       if ( !command )
@@ -38,7 +37,7 @@ class PlayedChild : public ::testing::Test {
    void hear( const Event &event ) { supervisor->heard( event, now ); }
    void good() { hear( Done{} ); }
 
-   // Lets commands go well until none is left; what they were.
+   // Lets all commands succeed until none is left, and returns them.
    std::vector<std::string> runAll( double celsius = 20 ) {
       std::vector<std::string> commands;
       for ( std::string command; ( command = next() ) != "-"; good() ) {
@@ -49,7 +48,7 @@ class PlayedChild : public ::testing::Test {
       }
       return commands;
    }
-   // Plays a child until `command` is in hand.
+   // Plays a child until `command` runs.
    void runTo( const std::string &command ) {
       for ( std::string current; ( current = next() ) != command; good() ) {
          ASSERT_NE( current, "-" ) << command << " never came";

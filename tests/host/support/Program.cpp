@@ -39,7 +39,7 @@ Program::Program( const TempFolder &folder, const std::vector<std::string> &argu
 
 void Program::start( const std::vector<std::string> &arguments, Output output,
                      const std::filesystem::path &socket ) {
-   folder_.remove( "out.txt" ); // of an earlier run
+   folder_.remove( "out.txt" ); // from an earlier run
    folder_.remove( "err.txt" );
    std::vector<std::string> words{ "orbis-host", "--plugin", SCRIPTED_PLUGIN, "--drivers",
                                    SCRIPTED_BOARD "/libScriptedPlugin.drivers.json" };
@@ -80,7 +80,7 @@ int Program::exitCode() {
 }
 
 void Program::signal( int number ) const {
-   ASSERT_GT( process_, 0 ); // anything else would mean other processes than this one
+   ASSERT_GT( process_, 0 ); // kill() takes 0 and -1 for many processes
    ::kill( process_, number );
 }
 

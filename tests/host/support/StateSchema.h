@@ -4,8 +4,8 @@
 
 #include <string>
 
-// Where a JSON text doesn't fit boards/state.schema.json, and which rule it breaks; empty when it
-// fits.
+// The place where a JSON text breaks boards/state.schema.json, and the rule. Empty when it is
+// valid.
 std::string stateSchemaFault( const std::string &json );
 
 rapidjson::Document parsedFile( const std::string &path );

@@ -11,7 +11,7 @@ TempFolder::TempFolder() {
 
 TempFolder::~TempFolder() { std::filesystem::remove_all( path_ ); }
 
-// Another process may read it at any time, so that it must be there whole or not at all.
+// Another process may read the file at any time, so it must appear with its whole text.
 void TempFolder::write( const std::string &name, const std::string &text ) const {
    std::ofstream( path_ / ( name + ".new" ), std::ios::binary ) << text;
    std::filesystem::rename( path_ / ( name + ".new" ), path_ / name );

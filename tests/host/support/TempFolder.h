@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-// A folder of a test's own, gone with it.
+// A folder for a test. The destructor removes it.
 class TempFolder {
  public:
    TempFolder();

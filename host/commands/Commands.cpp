@@ -1,4 +1,4 @@
-#include "host/terminal/Log.h"
+#include "host/commands/Commands.h"
 
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
@@ -20,6 +20,11 @@ Session::Handlers logging( const Options &options, std::function<void()> changed
                      spdlog::info( "trace {}: {}", trace.level, printable( trace.text ) );
                },
             .notice = []( const std::string &what ) { spdlog::debug( "{}", printable( what ) ); } };
+}
+
+int reportLoadFault( const Fault &fault ) {
+   spdlog::error( "the plug-in can't be loaded: {}", toText( fault ) );
+   return exitNoPlugin;
 }
 
 } // namespace Host
