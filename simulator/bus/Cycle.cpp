@@ -11,7 +11,7 @@ Cycle::Cycle( const BusSegment &wire, uint8_t address ) : address_( address ) {
    if ( const Chip *stuck = wire.findStuck() )
       throw BusFault( "the data line is held low by " + stuck->name() );
    wire.findHearing( address, hearing_ );
-   std::erase_if( hearing_, []( Chip *chip ) { return chip->misses(); } );
+   std::erase_if( hearing_, []( Chip *chip ) { return chip->nacks(); } );
 }
 
 Cycle::~Cycle() {

@@ -43,8 +43,8 @@ class Chip {
       faults_ = faults;
       transfers_ = 0;
    }
-   // Whether the chip misses the transfer that begins now; counts it.
-   bool misses() { return faults_.missed > 0 && transfers_++ % faults_.among < faults_.missed; }
+   // Whether a fault makes the chip nack its address in the transfer that begins now; counts it.
+   bool nacks() { return faults_.nacks > 0 && transfers_++ % faults_.outOf < faults_.nacks; }
    virtual void reset() = 0;   // power on
    virtual void powerLost() {} // what it drives runs down
    virtual std::vector<Quantity> quantities() { return {}; }

@@ -9,9 +9,9 @@ namespace Simulator {
 
 // What the bench has broken about a chip, as the bus notices it. Nothing, when it is made.
 struct Faults {
-   // Of every `among` transfers the chip does not acknowledge its address in the first `missed`.
-   unsigned missed = 0;
-   unsigned among = 1;
+   // Of every `outOf` transfers the chip does not acknowledge its address in the first `nacks`.
+   unsigned nacks = 0;
+   unsigned outOf = 1;
    bool badPec = false; // its packet error codes have all bits turned over
    bool stuck = false;  // it holds the data line low: nothing gets through on its bus
    std::chrono::milliseconds slow{ 0 };        // by which it stretches the clock in each transfer
@@ -20,7 +20,7 @@ struct Faults {
    std::map<uint32_t, uint8_t> corrupted = {}; // by register: bits turned over in its first byte
 
    bool any() const {
-      return missed || badPec || stuck || slow.count() || blockCount || answerSize ||
+      return nacks || badPec || stuck || slow.count() || blockCount || answerSize ||
              !corrupted.empty();
    }
 };

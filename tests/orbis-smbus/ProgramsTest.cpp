@@ -129,7 +129,7 @@ TEST_F( ProgramsTest, TellTheirVersionAndHelp ) {
 
 TEST_F( ProgramsTest, TellByTheExitCodeThatNoServerIsThere ) {
    EXPECT_EQ( run( { "read", "i2c:0:0x48" } ), "3\n" );
-   EXPECT_THAT( errors, HasSubstr( "the server can't be asked: No such file or directory" ) );
+   EXPECT_THAT( errors, HasSubstr( "the server can't be reached: No such file or directory" ) );
 }
 
 TEST_F( ProgramsTest, TellAFailedTransferInTheServersWords ) {

@@ -288,7 +288,7 @@ TEST_F( LentAdapterTest, MuxesAreClosedWhenTheClientGoesInTheMiddle ) {
    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 10 );
    while ( smbus( lender(), { "read", "scd(4):1:2:0x70" } ) != "0x00\n" )
       ASSERT_LT( std::chrono::steady_clock::now(), end );
-   sim( { "mend", "temp-front" } );
+   sim( { "clear", "temp-front" } );
 }
 
 TEST_F( LentAdapterTest, EveryProtocolReachesTheChips ) {

@@ -1,6 +1,6 @@
 #include "Bench.h"
 
-#include "orbis-smbus/Conversation.h"
+#include "orbis-smbus/ServerConnection.h"
 
 #include <fmt/format.h>
 
@@ -28,10 +28,10 @@ void Bench::step( unsigned milliseconds ) {
    server_.ask( step );
 }
 
-void Bench::mend( const std::string &chip ) {
-   Request mend;
-   mend.set_mend( chip );
-   server_.ask( mend );
+void Bench::clearFaults( const std::string &chip ) {
+   Request clear;
+   clear.set_clear_faults( chip );
+   server_.ask( clear );
 }
 
 Request Bench::anything( Random &random ) const {
@@ -45,11 +45,11 @@ Request Bench::anything( Random &random ) const {
       break;
    case 2:
       request.mutable_fault()->set_chip( random.oneOf( chips_ ) );
-      request.mutable_fault()->set_missed( 1 );
-      request.mutable_fault()->set_among( 1 + random.below( 5 ) );
+      request.mutable_fault()->set_nacks( 1 );
+      request.mutable_fault()->set_out_of( 1 + random.below( 5 ) );
       break;
    case 3:
-      request.set_mend( random.oneOf( chips_ ) );
+      request.set_clear_faults( random.oneOf( chips_ ) );
       break;
    default: {
       const Quantity &quantity = random.oneOf( quantities_ );
@@ -81,10 +81,10 @@ std::string Bench::something( Random &random ) {
       words = "pull " + request.pull();
    else if ( request.has_insert() )
       words = "insert " + request.insert();
-   else if ( request.has_mend() )
-      words = "mend " + request.mend();
+   else if ( request.has_clear_faults() )
+      words = "clear " + request.clear_faults();
    else if ( request.has_fault() )
-      words = fmt::format( "nack {} 1/{}", request.fault().chip(), request.fault().among() );
+      words = fmt::format( "nack {} 1/{}", request.fault().chip(), request.fault().out_of() );
    else
       words = fmt::format( "set {} {} {}", request.set().name().whose(),
                            request.set().name().name(), request.set().value() );

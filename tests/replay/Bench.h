@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Random.h"
-#include "orbis-smbus/ControlConversation.h"
+#include "orbis-smbus/ControlConnection.h"
 
 #include <string>
 #include <vector>
@@ -13,17 +13,17 @@ class Bench {
    explicit Bench( const std::string &socket );
 
    void step( unsigned milliseconds );
-   void mend( const std::string &chip );
-   // Sets a quantity, pulls or inserts a module, makes a chip miss transfers or mends it; in words,
-   // with what came of it. Leaves alone what would end the plug-in: multiplexers, whose faults
-   // reach every chip, and the fan board, whose LEDs must blink.
+   void clearFaults( const std::string &chip );
+   // Sets a quantity, pulls or inserts a module, makes a chip nack transfers or clears its faults;
+   // in words, with what came of it. Leaves alone what would end the plug-in: multiplexers, whose
+   // faults reach every chip, and the fan board, whose LEDs must blink.
    std::string something( Random &random );
 
  private:
    std::string carryOut( const SmbusControl::Request &request );
    SmbusControl::Request anything( Random &random ) const;
 
-   SmbusClient::ControlConversation server_;
+   SmbusClient::ControlConnection server_;
    std::vector<std::string> chips_;
    std::vector<std::string> modules_;
    struct Quantity {

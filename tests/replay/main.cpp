@@ -54,7 +54,7 @@ void play( uint32_t seed, unsigned count ) {
       std::fflush( stdout ); // what is printed so far is seen if this action is the process's last
    }
    HandHost::forgetOtherPointers();
-   bench.mend( "cpld" );
+   bench.clearFaults( "cpld" );
    fmt::print( "powercycle\n-> {}\n",
                int( objects.system()->ops->powercycle( objects.system() ) ) );
 }

@@ -50,13 +50,13 @@ class FaultsTest : public ::testing::Test {
 };
 
 TEST_F( FaultsTest, MissesTheFirstOfEverySoManyTransfers ) {
-   thermometer.faultsAre( { .missed = 1, .among = 3 } );
+   thermometer.faultsAre( { .nacks = 1, .outOf = 3 } );
    std::string seen;
    for ( int i = 0; i < 7; ++i )
       seen += temperature().ok() ? '+' : '-';
    EXPECT_EQ( seen, "-++-++-" );
    EXPECT_EQ( selectMux( 0 ).error, "" );
-   thermometer.faultsAre( { .missed = 1 } );
+   thermometer.faultsAre( { .nacks = 1 } );
    EXPECT_EQ( temperature().error, noAddressAcknowledge );
    EXPECT_EQ( temperature().error, noAddressAcknowledge );
    thermometer.faultsAre( {} );

@@ -42,7 +42,7 @@ TEST_P( FaultyReading, IsToldWithItsReasonAndOnlyThere ) {
       EXPECT_THAT( shown.faults.at( row.object ), HasSubstr( why ) );
    EXPECT_FALSE( shown.faults.contains( "temp-cpu" ) ) << shown.faults.at( "temp-cpu" );
 
-   ASSERT_EQ( board.smbus( { "sim", "mend", row.fault[1] } ), "" );
+   ASSERT_EQ( board.smbus( { "sim", "clear", row.fault[1] } ), "" );
    EXPECT_EQ( board.show().exitCode, 0 );
 }
 
@@ -156,7 +156,7 @@ struct Act {
 
 class FaultyAction : public ChipFaultTest, public ::testing::WithParamInterface<Act> {};
 
-TEST_P( FaultyAction, IsToldWithItsReasonAndWorksOnceMended ) {
+TEST_P( FaultyAction, IsToldWithItsReasonAndWorksOnceCleared ) {
    const Act &row = GetParam();
    Words words = { "sim" };
    words.insert( words.end(), row.fault.begin(), row.fault.end() );
@@ -166,7 +166,7 @@ TEST_P( FaultyAction, IsToldWithItsReasonAndWorksOnceMended ) {
    EXPECT_THAT( ran.errors, HasSubstr( "that did not work" ) );
    for ( const std::string &why : row.why )
       EXPECT_THAT( ran.errors, HasSubstr( why ) );
-   ASSERT_EQ( board.smbus( { "sim", "mend", row.fault[1] } ), "" );
+   ASSERT_EQ( board.smbus( { "sim", "clear", row.fault[1] } ), "" );
    EXPECT_EQ( board.host( row.action ).exitCode, 0 );
 }
 

@@ -114,7 +114,7 @@ class SoakTest : public ::testing::Test {
       } );
       EXPECT_TRUE( wasTold ) << fmt::format( "{}", fmt::join( words, " " ) ) << " is told as "
                              << told;
-      ASSERT_EQ( board.smbus( { "sim", "mend", failure.fault[1] } ), "" );
+      ASSERT_EQ( board.smbus( { "sim", "clear", failure.fault[1] } ), "" );
       Shown last;
       EXPECT_TRUE( within( patience, [&] { return isRight( last = board.show() ); } ) )
          << "after " << fmt::format( "{}", fmt::join( words, " " ) ) << " "
