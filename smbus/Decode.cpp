@@ -11,7 +11,7 @@ namespace Bus {
 namespace {
 
 // What is wrong with one request, without its number.
-struct Senseless : std::runtime_error {
+struct InvalidRequest : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
@@ -37,7 +37,7 @@ struct AddressWord {
 
 void require( bool present, const char *field ) {
    if ( !present )
-      throw Senseless( fmt::format( "no {}", field ) );
+      throw InvalidRequest( fmt::format( "no {}", field ) );
 }
 
 // An enumerator that this server doesn't know has been left out by the parser.
@@ -63,17 +63,17 @@ Transfer::Kind kindOf( Smbus::RequestType type ) {
    case Smbus::REQUEST_BLOCK_WRITE:
       return Transfer::Kind::BlockWrite;
    }
-   throw Senseless( "no type that is known" );
+   throw InvalidRequest( "no type that is known" );
 }
 
 void checkLength( const Transfer &transfer ) {
    const auto allow = [&]( const char *what, uint32_t least, uint32_t most ) {
       if ( transfer.length >= least && transfer.length <= most )
          return;
-      const std::string due =
+      const std::string expected =
          least == most ? fmt::format( "{}", least ) : fmt::format( "{} to {}", least, most );
-      throw Senseless(
-         fmt::format( "length {} for a {}, where {} is due", transfer.length, what, due ) );
+      throw InvalidRequest(
+         fmt::format( "length {} for a {}, where {} is due", transfer.length, what, expected ) );
    };
    switch ( transfer.kind ) {
    case Transfer::Kind::Read:
@@ -106,7 +106,7 @@ std::chrono::milliseconds pauseBehind( const AddressWord &word, Transfer::Kind k
 Transfer decodeTransfer( const Smbus::Request &request ) {
    const AddressWord word( request.addr() );
    if ( word.offsetBytes() == 3 )
-      throw Senseless( "address size 3, where 0, 1 or 2 is due" );
+      throw InvalidRequest( "address size 3, where 0, 1 or 2 is due" );
    Transfer transfer{ .kind = kindOf( request.type() ),
                       .address = static_cast<uint8_t>( word.address() ),
                       .offset = word.offset(),
@@ -117,10 +117,10 @@ Transfer decodeTransfer( const Smbus::Request &request ) {
                       .timeout = 10 * std::chrono::milliseconds( word.busTimeout() ) };
    transfer.pause = pauseBehind( word, transfer.kind );
    checkLength( transfer );
-   const size_t due = carriesData( transfer.kind ) ? transfer.length : 0;
-   if ( transfer.data.size() != due )
-      throw Senseless(
-         fmt::format( "{} bytes of data, where {} are due", transfer.data.size(), due ) );
+   const size_t expected = carriesData( transfer.kind ) ? transfer.length : 0;
+   if ( transfer.data.size() != expected )
+      throw InvalidRequest(
+         fmt::format( "{} bytes of data, where {} are due", transfer.data.size(), expected ) );
    return transfer;
 }
 
@@ -136,8 +136,8 @@ void append( const Smbus::Request &request, Transaction &transaction ) {
    if ( transaction.transfers.empty() )
       transaction.bus = bus;
    else if ( bus != transaction.bus )
-      throw Senseless( fmt::format( "on {}, while the transaction is on {}", toString( bus ),
-                                    toString( transaction.bus ) ) );
+      throw InvalidRequest( fmt::format( "on {}, while the transaction is on {}", toString( bus ),
+                                         toString( transaction.bus ) ) );
    transaction.transfers.push_back( decodeTransfer( request ) );
 }
 
@@ -178,19 +178,19 @@ Transaction decode( const Smbus::TransactionRequest &message, std::chrono::milli
    if ( message.timeout_ms() > 0 )
       transaction.limit = std::min( bound, std::chrono::milliseconds( message.timeout_ms() ) );
 
-   uint32_t answered = 0;
+   uint32_t answerSize = 0;
    for ( const Smbus::Request &request : message.request() ) {
       try {
          append( request, transaction );
-      } catch ( const Senseless &reason ) {
+      } catch ( const InvalidRequest &reason ) {
          throw Refused( fmt::format( "request {} of {}: {}", transaction.transfers.size() + 1,
                                      message.request_size(), reason.what() ) );
       }
-      answered += answerBytes( transaction.transfers.back() );
+      answerSize += answerBytes( transaction.transfers.back() );
    }
-   if ( answered > maxAnswerBytes )
+   if ( answerSize > maxAnswerBytes )
       throw Refused( fmt::format( "{} bytes to read, where at most {} are allowed in a transaction",
-                                  answered, maxAnswerBytes ) );
+                                  answerSize, maxAnswerBytes ) );
    return transaction;
 }
 

@@ -15,8 +15,8 @@ class Tracer {
  public:
    using Listener = std::function<void( const SmbusControl::Transfer & )>;
 
-   bool heard() const { return listening_ > 0; }
-   void tell( const SmbusControl::Transfer &transfer ) {
+   bool hasListeners() const { return count_ > 0; }
+   void report( const SmbusControl::Transfer &transfer ) {
       const std::lock_guard lock( mutex_ );
       for ( const auto &[whose, listener] : listeners_ )
          listener( transfer );
@@ -25,19 +25,19 @@ class Tracer {
    void add( const void *whose, Listener listener ) {
       const std::lock_guard lock( mutex_ );
       listeners_[whose] = std::move( listener );
-      listening_ = listeners_.size();
+      count_ = listeners_.size();
    }
    // Is not called any more when this returns.
    void remove( const void *whose ) {
       const std::lock_guard lock( mutex_ );
       listeners_.erase( whose );
-      listening_ = listeners_.size();
+      count_ = listeners_.size();
    }
 
  private:
    std::mutex mutex_;
    std::map<const void *, Listener> listeners_;
-   std::atomic<size_t> listening_ = 0;
+   std::atomic<size_t> count_ = 0;
 };
 
 } // namespace Bus

@@ -22,12 +22,12 @@ class TransactionRunner {
    Smbus::TransactionResponse run( const Bus::Transaction & );
 
  private:
-   void settleOwed();
+   void retryPendingDeselects();
    Bus::Outcome attempt( const Bus::Transfer &, const Bus::Transaction &, Bus::Clock::Time end );
 
    Bus::RootBus &bus_;
    const Bus::Clock &clock_;
-   std::map<uint8_t, Bus::Transfer> owed_; // by address
+   std::map<uint8_t, Bus::Transfer> pendingDeselects_; // by address
 };
 
 } // namespace Smbusd

@@ -56,17 +56,17 @@ gid_t groupNamed( const std::string &name ) {
 } // namespace
 
 SocketFile::SocketFile( const std::string &path, const std::string &group ) : path_( path ) {
-   clearTheWay();
+   removeStaleFile();
    fd_ = newSocket();
    try {
-      listenAt( group );
+      startListening( group );
    } catch ( ... ) {
       close( fd_ );
       throw;
    }
 }
 
-void SocketFile::clearTheWay() const {
+void SocketFile::removeStaleFile() const {
    struct stat status;
    if ( lstat( path_.c_str(), &status ) != 0 )
       return;
@@ -79,7 +79,7 @@ void SocketFile::clearTheWay() const {
       unlink( path_.c_str() );
 }
 
-void SocketFile::listenAt( const std::string &group ) {
+void SocketFile::startListening( const std::string &group ) {
    const sockaddr_un address = addressOf( path_ );
    // A socket's mode before it is bound is that of its file, less the umask: never too wide.
    fchmod( fd_, socketMode );

@@ -22,8 +22,8 @@ class SocketFile {
    int release();
 
  private:
-   void clearTheWay() const;
-   void listenAt( const std::string &group );
+   void removeStaleFile() const;
+   void startListening( const std::string &group );
 
    const std::string path_;
    int fd_ = -1;

@@ -60,7 +60,7 @@ class SimulatedBoard {
    void seatChips( const Bus::Clock & );
    void joinChannels();
    void addModules();
-   void report( const Bus::RootBusId &, const Bus::Transfer &, const SimulatedBus::Carried & );
+   void report( const Bus::RootBusId &, const Bus::Transfer &, const SimulatedBus::Result & );
 
    const BoardFiles::TopologyFile topology_;
    const std::unique_ptr<const BoardFiles::SimulationFile> simulation_;

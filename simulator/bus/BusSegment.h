@@ -11,29 +11,29 @@ namespace Simulator {
 // it. It owns none of them.
 class BusSegment {
  public:
-   void attach( uint8_t address, Chip &chip ) { seats_.push_back( { address, &chip } ); }
+   void attach( uint8_t address, Chip &chip ) { attachments_.push_back( { address, &chip } ); }
    // The multiplexer sits on this wire as a chip, too.
    void join( const PCA9548 &mux, unsigned channel, const BusSegment &behind ) {
-      joints_.push_back( { &mux, channel, &behind } );
+      branches_.push_back( { &mux, channel, &behind } );
    }
 
    // Every chip that now hears this address, through whatever is joined, is added.
-   void findHearing( uint8_t address, std::vector<Chip *> &found ) const;
-   // A chip that holds down this wire, or one that is now joined to it; null when there is none.
+   void findReachable( uint8_t address, std::vector<Chip *> &found ) const;
+   // A chip that holds down this segment, or one that is now joined to it; null when there is none.
    const Chip *findStuck() const;
 
  private:
-   struct Seat {
+   struct Attachment {
       uint8_t address;
       Chip *chip;
    };
-   struct Joint {
+   struct Branch {
       const PCA9548 *mux;
       unsigned channel;
       const BusSegment *behind;
    };
-   std::vector<Seat> seats_;
-   std::vector<Joint> joints_;
+   std::vector<Attachment> attachments_;
+   std::vector<Branch> branches_;
 };
 
 } // namespace Simulator

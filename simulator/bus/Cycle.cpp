@@ -7,15 +7,15 @@
 
 namespace Simulator {
 
-Cycle::Cycle( const BusSegment &wire, uint8_t address ) : address_( address ) {
-   if ( const Chip *stuck = wire.findStuck() )
+Cycle::Cycle( const BusSegment &segment, uint8_t address ) : address_( address ) {
+   if ( const Chip *stuck = segment.findStuck() )
       throw BusFault( "the data line is held low by " + stuck->name() );
-   wire.findHearing( address, hearing_ );
-   std::erase_if( hearing_, []( Chip *chip ) { return chip->nacks(); } );
+   segment.findReachable( address, reachable_ );
+   std::erase_if( reachable_, []( Chip *chip ) { return chip->nacks(); } );
 }
 
 Cycle::~Cycle() {
-   for ( Chip *chip : hearing_ )
+   for ( Chip *chip : reachable_ )
       chip->stopped();
 }
 
@@ -28,7 +28,7 @@ void Cycle::count( uint8_t byte ) {
 
 void Cycle::start( Direction direction ) {
    answering_.clear();
-   for ( Chip *chip : hearing_ ) {
+   for ( Chip *chip : reachable_ ) {
       if ( chip->addressed( direction ) )
          answering_.push_back( chip );
    }

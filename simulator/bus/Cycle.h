@@ -19,7 +19,7 @@ struct BusFault : std::runtime_error {
 // the bits that all of them give.
 class Cycle {
  public:
-   Cycle( const BusSegment &wire, uint8_t address ); // BusFault: the wires are held down
+   Cycle( const BusSegment &segment, uint8_t address ); // BusFault: the wires are held down
    ~Cycle();
    Cycle( const Cycle & ) = delete;
    Cycle &operator=( const Cycle & ) = delete;
@@ -41,7 +41,7 @@ class Cycle {
    void count( uint8_t byte );
 
    const uint8_t address_;
-   std::vector<Chip *> hearing_; // fixed: what a multiplexer joins changes at the stop
+   std::vector<Chip *> reachable_; // fixed: what a multiplexer joins changes at the stop
    std::vector<Chip *> answering_;
    uint8_t pec_ = 0;
    unsigned bytes_ = 0;

@@ -23,16 +23,16 @@ struct BusMessage {
 class SimulatedBus final : public Bus::RootBus {
  public:
    // What became of a transfer, and what it took.
-   struct Carried {
+   struct Result {
       Bus::Outcome outcome;
       const Chip *answering = nullptr; // who acknowledged it; null when nobody did
       unsigned bytes = 0;              // on the wires, addresses and packet error codes among them
    };
    // Called with the mutex held.
-   using Report = std::function<void( const Bus::Transfer &, const Carried & )>;
+   using Observer = std::function<void( const Bus::Transfer &, const Result & )>;
 
-   SimulatedBus( const BusSegment &wire, std::mutex &mutex, Report report = {} )
-      : wire_( wire ), mutex_( mutex ), report_( std::move( report ) ) {}
+   SimulatedBus( const BusSegment &segment, std::mutex &mutex, Observer observer = {} )
+      : segment_( segment ), mutex_( mutex ), observer_( std::move( observer ) ) {}
    // Two chips that answer are an error, though both have taken what was written.
    Bus::Outcome transfer( const Bus::Transfer & ) override;
    // Messages from a start to the stop; what is read takes the place of the bytes. False when
@@ -40,13 +40,13 @@ class SimulatedBus final : public Bus::RootBus {
    bool exchange( std::vector<BusMessage> & );
 
  private:
-   static void exchange( Cycle &, BusMessage &, uint32_t &command, Carried & );
-   Carried exchangeOnce( std::vector<BusMessage> &, uint32_t &command );
-   Carried carryOutOnce( const Bus::Transfer & );
+   static void exchange( Cycle &, BusMessage &, uint32_t &command, Result & );
+   Result exchangeOnce( std::vector<BusMessage> &, uint32_t &command );
+   Result executeOnce( const Bus::Transfer & );
 
-   const BusSegment &wire_;
+   const BusSegment &segment_;
    std::mutex &mutex_;
-   const Report report_;
+   const Observer observer_;
 };
 
 } // namespace Simulator

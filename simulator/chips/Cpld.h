@@ -27,13 +27,13 @@ class Cpld : public Chip {
       return true;
    }
    bool write( uint8_t byte ) override {
-      take( pointer_++, byte );
+      store( pointer_++, byte );
       return true;
    }
    uint8_t read() override { return at( pointer_++ ); }
 
  protected:
-   virtual void take( uint16_t address, uint8_t byte ) { registers_[address] = byte; }
+   virtual void store( uint16_t address, uint8_t byte ) { registers_[address] = byte; }
    virtual uint8_t at( uint16_t address ) const { return stored( address ); }
 
    uint8_t stored( uint16_t address ) const {

@@ -91,8 +91,8 @@ EMC2305::EMC2305( std::string name, const Bus::Clock &clock, std::vector<Rotor> 
    for ( Rotor &rotor : rotors )
       rotors_.push_back( { std::move( rotor ), Inertia( clock, inertia ) } );
    reset();
-   for ( Driven &driven : rotors_ ) // the board has been running for a while
-      driven.rpm.valueIs( driven.rpm.target() );
+   for ( RotorState &state : rotors_ ) // the board has been running for a while
+      state.rpm.valueIs( state.rpm.target() );
 }
 
 void EMC2305::reset() {
@@ -105,14 +105,14 @@ void EMC2305::reset() {
          registers_[registerOf( channel, row.address )] = row.powerOn;
       if ( channel < rotors_.size() ) {
          registers_[registerOf( channel, Setting )] = rotors_[channel].rotor.bootDrive;
-         follow( channel );
+         updateTarget( channel );
       }
    }
 }
 
 void EMC2305::powerLost() {
-   for ( Driven &driven : rotors_ )
-      driven.rpm.targetIs( 0 );
+   for ( RotorState &state : rotors_ )
+      state.rpm.targetIs( 0 );
 }
 
 // Closed loop, the chip itself finds the drive for the speed in its target registers.
@@ -129,22 +129,22 @@ double EMC2305::driveShare( unsigned channel ) const {
    return targetRpm( channel ) / rotors_[channel].rotor.maxRpm;
 }
 
-void EMC2305::follow( unsigned channel ) {
-   Driven &driven = rotors_[channel];
-   if ( driven.stalled || !driven.seated )
-      driven.rpm.valueIs( 0 );
+void EMC2305::updateTarget( unsigned channel ) {
+   RotorState &state = rotors_[channel];
+   if ( state.stalled || !state.seated )
+      state.rpm.valueIs( 0 );
    else
-      driven.rpm.targetIs( targetRpm( channel ) );
+      state.rpm.targetIs( targetRpm( channel ) );
 }
 
 void EMC2305::stalledIs( unsigned channel, bool stalled ) {
    rotors_[channel].stalled = stalled;
-   follow( channel );
+   updateTarget( channel );
 }
 
 void EMC2305::seatedIs( unsigned channel, bool seated ) {
    rotors_[channel].seated = seated;
-   follow( channel );
+   updateTarget( channel );
 }
 
 // What speed and count multiply to: with two poles, five edges and multiplier 1 it is 3,932,160.
@@ -217,7 +217,7 @@ bool EMC2305::write( uint8_t byte ) {
    if ( writable( address ) ) {
       registers_[address] = byte;
       if ( isChannels( address ) && channelOf( address ) < rotors_.size() )
-         follow( channelOf( address ) );
+         updateTarget( channelOf( address ) );
    }
    return true;
 }

@@ -39,21 +39,21 @@ class EMC2305 final : public Chip {
    uint8_t read() override;
 
  private:
-   struct Driven {
+   struct RotorState {
       Rotor rotor;
       Inertia rpm;
       bool stalled = false;
       bool seated = true;
    };
 
-   void follow( unsigned channel ); // sends the rotor towards what its channel asks for
+   void updateTarget( unsigned channel ); // sends the rotor towards what its channel asks for
    unsigned count( unsigned channel ) const;
    double targetRpm( unsigned channel ) const;
    double rpmTimesCount( unsigned channel ) const;
    bool writable( uint8_t address ) const;
    uint8_t at( uint8_t address ) const;
 
-   std::vector<Driven> rotors_;
+   std::vector<RotorState> rotors_;
    std::array<uint8_t, 256> registers_{};
    uint8_t pointer_ = 0;
 };

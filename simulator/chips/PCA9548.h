@@ -14,7 +14,7 @@ class PCA9548 final : public Chip {
  public:
    explicit PCA9548( std::string name ) : Chip( std::move( name ) ) {}
 
-   bool joins( unsigned channel ) const { return control_ >> channel & 1; }
+   bool selects( unsigned channel ) const { return control_ >> channel & 1; }
 
    void reset() override {
       control_ = 0;

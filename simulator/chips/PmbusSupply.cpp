@@ -199,8 +199,8 @@ bool PmbusSupply::addressed( Direction direction ) {
    pec_ = Bus::pecStep( pec_, onTheWire );
    data_.clear();
    position_ = 0;
-   checked_ = false;
-   spoiled_ = false;
+   pecReceived_ = false;
+   refused_ = false;
    if ( !reading_ ) {
       command_ = nullptr;
    } else if ( command_ && command_->read ) {
@@ -228,16 +228,16 @@ bool PmbusSupply::write( uint8_t byte ) {
       return false;
    const auto refuse = [this]( uint8_t reason ) {
       status_[Cml] |= reason;
-      spoiled_ = true;
+      refused_ = true;
       return false;
    };
    if ( !command_->write )
       return refuse( invalidCommand );
-   if ( checked_ )
+   if ( pecReceived_ )
       return refuse( otherCommunication ); // too many bytes
    if ( data_.size() == command_->size ) {
-      checked_ = byte == pec_;
-      return checked_ || refuse( pecFailed );
+      pecReceived_ = byte == pec_;
+      return pecReceived_ || refuse( pecFailed );
    }
    data_ += static_cast<char>( byte );
    pec_ = Bus::pecStep( pec_, byte );
@@ -258,7 +258,7 @@ uint8_t PmbusSupply::read() {
 
 void PmbusSupply::stopped() {
    const Command *command = std::exchange( command_, nullptr );
-   if ( !command || reading_ || spoiled_ || !command->write )
+   if ( !command || reading_ || refused_ || !command->write )
       return;
    if ( data_.size() != command->size )
       status_[Cml] |= data_.empty() ? 0 : otherCommunication; // a command alone asks for nothing

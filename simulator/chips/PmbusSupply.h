@@ -57,9 +57,9 @@ class PmbusSupply final : public Chip {
 
    const Command *command_ = nullptr; // since the start
    bool reading_ = false;
-   bool spoiled_ = false; // what is being written will not be carried out
-   bool checked_ = false; // a right packet error code came
-   std::string data_;     // written, or to be read
+   bool refused_ = false;     // what is being written will not be carried out
+   bool pecReceived_ = false; // a right packet error code came
+   std::string data_;         // written, or to be read
    size_t position_ = 0;
    uint8_t pec_ = 0;
 };

@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds ofFan( 1200 );
 SupplyModel::SupplyModel( const Bus::Clock &clock, const Rating &rating )
    : rating_( rating ),
      hotSpot_( clock, ofHeat ), fans_{ Inertia( clock, ofFan ), Inertia( clock, ofFan ) } {
-   follow();
+   updateTargets();
    settle();
 }
 
@@ -40,7 +40,7 @@ double SupplyModel::hotSpotTarget() const {
    return inletCelsius() + ( inputWatts() - outputWatts() ) * degreesAWatt / share;
 }
 
-void SupplyModel::follow() {
+void SupplyModel::updateTargets() {
    for ( unsigned fan = 0; fan < fans_.size(); ++fan ) {
       if ( stalled_[fan] )
          fans_[fan].valueIs( 0 );
@@ -56,13 +56,15 @@ void SupplyModel::settle() {
    hotSpot_.valueIs( hotSpot_.target() );
 }
 
-void SupplyModel::lineIs( double volts ) { line_ = volts, follow(); }
-void SupplyModel::loadIs( double amperes ) { load_ = amperes, follow(); }
-void SupplyModel::ambientIs( double celsius ) { ambient_ = celsius, follow(); }
-void SupplyModel::failedIs( bool failed ) { failed_ = failed, follow(); }
-void SupplyModel::enabledIs( bool enabled ) { enabled_ = enabled, follow(); }
-void SupplyModel::cutOffIs( bool cutOff ) { cutOff_ = cutOff, follow(); }
-void SupplyModel::fanStalledIs( unsigned fan, bool stalled ) { stalled_[fan] = stalled, follow(); }
-void SupplyModel::dutyIs( unsigned fan, double percent ) { duty_[fan] = percent, follow(); }
+void SupplyModel::lineIs( double volts ) { line_ = volts, updateTargets(); }
+void SupplyModel::loadIs( double amperes ) { load_ = amperes, updateTargets(); }
+void SupplyModel::ambientIs( double celsius ) { ambient_ = celsius, updateTargets(); }
+void SupplyModel::failedIs( bool failed ) { failed_ = failed, updateTargets(); }
+void SupplyModel::enabledIs( bool enabled ) { enabled_ = enabled, updateTargets(); }
+void SupplyModel::cutOffIs( bool cutOff ) { cutOff_ = cutOff, updateTargets(); }
+void SupplyModel::fanStalledIs( unsigned fan, bool stalled ) {
+   stalled_[fan] = stalled, updateTargets();
+}
+void SupplyModel::dutyIs( unsigned fan, double percent ) { duty_[fan] = percent, updateTargets(); }
 
 } // namespace Simulator

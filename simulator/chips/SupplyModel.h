@@ -54,7 +54,7 @@ class SupplyModel {
    void settle();
 
  private:
-   void follow(); // everything with inertia heads for where the rest sends it
+   void updateTargets(); // everything with inertia heads for where the rest sends it
    double hotSpotTarget() const;
 
    const Rating rating_;

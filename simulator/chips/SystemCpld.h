@@ -19,10 +19,10 @@ class SystemCpld final : public Cpld {
    }
 
  private:
-   void take( uint16_t address, uint8_t byte ) override {
+   void store( uint16_t address, uint8_t byte ) override {
       constexpr uint16_t powerCycle = 0x102;
       asked_ |= address == powerCycle && byte & 1;
-      Cpld::take( address, byte );
+      Cpld::store( address, byte );
    }
 
    bool asked_ = false;

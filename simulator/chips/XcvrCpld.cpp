@@ -81,9 +81,9 @@ uint8_t XcvrCpld::at( uint16_t address ) const {
    return input == inputs_.end() ? stored( address ) : input->second;
 }
 
-void XcvrCpld::take( uint16_t address, uint8_t byte ) {
+void XcvrCpld::store( uint16_t address, uint8_t byte ) {
    if ( !inputs_.contains( address ) )
-      Cpld::take( address, byte );
+      Cpld::store( address, byte );
 }
 
 std::vector<Quantity> XcvrCpld::quantities() {

@@ -42,7 +42,7 @@ class XcvrCpld final : public Cpld {
    uint8_t levels( uint16_t address ) const;
    void lineIs( const Line &, bool level );
    void presenceIs( const std::string &cage, bool present );
-   void take( uint16_t address, uint8_t byte ) override;
+   void store( uint16_t address, uint8_t byte ) override;
    uint8_t at( uint16_t address ) const override;
 
    std::vector<Line> lines_;

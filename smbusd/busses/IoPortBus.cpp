@@ -43,10 +43,10 @@ Bus::Outcome IoPortBus::transfer( const Bus::Transfer &transfer ) {
    } catch ( const PortError &error ) {
       return refused( error.what() );
    }
-   return carryOut( transfer );
+   return execute( transfer );
 }
 
-Bus::Outcome IoPortBus::carryOut( const Bus::Transfer &transfer ) {
+Bus::Outcome IoPortBus::execute( const Bus::Transfer &transfer ) {
    Bus::Outcome outcome;
    const auto port = static_cast<off_t>( base_ + transfer.offset );
    ssize_t count = 0;

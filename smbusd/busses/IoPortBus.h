@@ -30,7 +30,7 @@ class IoPortBus final : public Bus::RootBus {
    Bus::Outcome transfer( const Bus::Transfer & ) override;
 
  private:
-   Bus::Outcome carryOut( const Bus::Transfer & );
+   Bus::Outcome execute( const Bus::Transfer & );
 
    const uint32_t base_;
    const uint32_t size_;

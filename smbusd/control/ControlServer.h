@@ -26,8 +26,8 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
 
  private:
    void readMore();
-   void takeFrames();
-   void take( std::string_view message );
+   void handleFrames();
+   void handle( std::string_view message );
    void trace();
    void send( std::string bytes );
    void sendNext();
@@ -41,7 +41,7 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
    std::string received_;
    std::vector<std::string> waiting_; // to be sent, behind what is being sent
    std::string sending_;
-   std::shared_ptr<std::atomic<unsigned>> underWay_ = std::make_shared<std::atomic<unsigned>>( 0 );
+   std::shared_ptr<std::atomic<unsigned>> queued_ = std::make_shared<std::atomic<unsigned>>( 0 );
 };
 
 // The socket at which the bench's side of a simulated board is driven. Everything runs in the

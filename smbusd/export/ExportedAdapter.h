@@ -10,13 +10,13 @@
 #include <string>
 #include <thread>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
 // A simulated bus that this machine's kernel has as an adapter, so that its drivers and all
 // programs for i2c work on the simulated chips. Ends with the object.
 class ExportedAdapter {
  public:
-   // The name becomes the USB device's serial number. Throws LendError.
+   // The name becomes the USB device's serial number. Throws ExportError.
    ExportedAdapter( std::unique_ptr<Simulator::SimulatedBus> bus, const std::string &name );
    ~ExportedAdapter();
 
@@ -35,6 +35,6 @@ class ExportedAdapter {
 };
 
 // The adapter of the USB device with this serial number; nothing while there is none.
-std::optional<unsigned> findLent( const std::string &name, const Linux::Places & );
+std::optional<unsigned> findExported( const std::string &name, const Linux::Places & );
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

@@ -3,7 +3,7 @@
 #include <linux/i2c.h>
 #include <linux/usb/ch9.h>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
 namespace {
 
@@ -109,4 +109,4 @@ ControlAnswer TinyUsb::message( const ControlRequest &request ) {
    return read ? data : "";
 }
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
 // The driver asks for the status after each message. Messages that are written without a stop
 // behind them wait for the next one, since what they bring forth shows at the end: nobody else gets
@@ -32,4 +32,4 @@ class TinyUsb {
    bool acknowledged_ = false;                  // what was last carried out
 };
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

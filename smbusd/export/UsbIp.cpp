@@ -7,7 +7,7 @@
 #include <array>
 #include <cerrno>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
 namespace {
 
@@ -99,4 +99,4 @@ bool UsbIpConnection::answer( const ControlAnswer &answer ) {
    return sendAll( fd_, bytesOf( header ) + data );
 }
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

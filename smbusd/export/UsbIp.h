@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
 // A control transfer, as USB 2.0 chapter 9.3 has it.
 struct ControlRequest {
@@ -48,4 +48,4 @@ class UsbIpConnection {
    size_t sent_ = 0; // bytes that came with it
 };
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

@@ -11,7 +11,7 @@
 #include <fstream>
 #include <sstream>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
 namespace {
 
@@ -61,4 +61,4 @@ void VhciPort::write( const std::string &file, const std::string &text ) const {
                                       error == EACCES ? "; root has the right to it" : "" ) );
 }
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

@@ -6,9 +6,9 @@
 #include <stdexcept>
 #include <string>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
-// A bus that can't be lent; the text says why.
+// A bus that can't be exported; the text says why.
 struct ExportError : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
@@ -17,7 +17,7 @@ struct ExportError : std::runtime_error {
 class VhciPort {
  public:
    // The controller's folder in sysfs. Plugs a full-speed device into its first free port. Throws
-   // LendError: no such module, no right, or no port free.
+   // ExportError: no such module, no right, or no port free.
    explicit VhciPort( const std::string &controller = "/sys/devices/platform/vhci_hcd.0" );
 
    // Its end unplugs the device.
@@ -30,4 +30,4 @@ class VhciPort {
    std::unique_ptr<UsbIpConnection> connection_;
 };
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

@@ -74,7 +74,7 @@ void Dispatcher::run( Worker &worker, const Bus::Transaction &transaction,
    answer( std::move( response ) );
 }
 
-void Dispatcher::carryOut( const Smbus::TransactionRequest &message,
+void Dispatcher::dispatch( const Smbus::TransactionRequest &message,
                            std::shared_ptr<const Client> client, Answer answer ) {
    try {
       Bus::Transaction transaction = Bus::decode( message, bound_ );

@@ -43,7 +43,7 @@ class Dispatcher {
 
    // The answer is given in another thread, or at once when nothing is to be carried out.
    // A client that is gone gets none.
-   void carryOut( const Smbus::TransactionRequest &, std::shared_ptr<const Client>, Answer );
+   void dispatch( const Smbus::TransactionRequest &, std::shared_ptr<const Client>, Answer );
 
    // Begins nothing more and waits for what is in hand; false when that takes longer. Then only the
    // process's end can end it.

@@ -17,7 +17,7 @@ Session::Session( Socket socket, Dispatcher &dispatcher, std::string refusal, En
      ended_( std::move( ended ) ) {}
 
 void Session::start() {
-   socket_.non_blocking( true ); // for the look ahead in watchForEnd
+   socket_.non_blocking( true ); // for the look ahead in watchForDisconnect
    readMore();
 }
 
@@ -35,11 +35,11 @@ void Session::readMore() {
                                if ( error )
                                   return end();
                                received_.append( chunk_.data(), count );
-                               takeFrame();
+                               handleFrame();
                             } );
 }
 
-void Session::takeFrame() {
+void Session::handleFrame() {
    const Sockets::Frame frame = Sockets::firstFrame( received_ );
    switch ( frame.state ) {
    case Sockets::Frame::State::Incomplete:
@@ -50,12 +50,12 @@ void Session::takeFrame() {
    case Sockets::Frame::State::NoLength:
       return answer( Bus::failure( "a frame whose length is no varint" ), true );
    case Sockets::Frame::State::Whole:
-      takeMessage( frame.message );
+      handleMessage( frame.message );
       received_.erase( 0, frame.size );
    }
 }
 
-void Session::takeMessage( std::string_view message ) {
+void Session::handleMessage( std::string_view message ) {
    if ( refused() )
       return answer( Bus::failure( refusal_ ), true );
    Smbus::TransactionRequest request;
@@ -66,9 +66,9 @@ void Session::takeMessage( std::string_view message ) {
       return answer( Bus::failure( reason.what() ) );
    }
    waiting_ = true;
-   watchForEnd();
+   watchForDisconnect();
    const auto executor = socket_.get_executor();
-   dispatcher_.carryOut(
+   dispatcher_.dispatch(
       request, client_,
       [self = shared_from_this(), executor]( Smbus::TransactionResponse response ) {
          asio::post( executor,
@@ -78,7 +78,7 @@ void Session::takeMessage( std::string_view message ) {
 
 // Bytes that come while a transaction is in hand are the next frame's, and can wait; the end of the
 // connection can't, or a queue of transactions that nobody waits for would be carried out.
-void Session::watchForEnd() {
+void Session::watchForDisconnect() {
    socket_.async_wait( Socket::wait_read, [this, self = shared_from_this()]( error_code error ) {
       if ( error || !waiting_ )
          return;
@@ -101,7 +101,7 @@ void Session::answer( const Smbus::TransactionResponse &response, bool last ) {
                       [this, last, self = shared_from_this()]( error_code error, size_t ) {
                          if ( error || last )
                             return end();
-                         takeFrame();
+                         handleFrame();
                       } );
 }
 

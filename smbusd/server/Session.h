@@ -29,9 +29,9 @@ class Session : public std::enable_shared_from_this<Session> {
 
  private:
    void readMore();
-   void takeFrame();
-   void takeMessage( std::string_view message );
-   void watchForEnd();
+   void handleFrame();
+   void handleMessage( std::string_view message );
+   void watchForDisconnect();
    void answer( const Smbus::TransactionResponse &, bool last = false );
 
    Socket socket_;

@@ -65,18 +65,18 @@ TEST_F( ProgramsTest, StopsThoughATransferDoesNotEnd ) {
    EXPECT_FALSE( std::filesystem::exists( path ) );
 }
 
-TEST_F( ProgramsTest, LendsNoBusThatThereIsnt ) {
-   const auto lend = [&]( const char *bus ) {
+TEST_F( ProgramsTest, RefusesToExportAnUnknownBus ) {
+   const auto exportBus = [&]( const char *bus ) {
       StartedProgram server( { ORBIS_SMBUSD, "--socket", path, "--simulate",
                                KELT_BOARD "/topology.json", "--simulation",
-                               KELT_BOARD "/simulation.json", "--lend-adapter", bus } );
+                               KELT_BOARD "/simulation.json", "--export-adapter", bus } );
       const int code = server.wait();
       errors = server.errors();
       return code;
    };
-   EXPECT_EQ( lend( "i2c:9" ), 1 );
-   EXPECT_THAT( errors, HasSubstr( "the simulated board has no i2c:9 to lend" ) );
-   EXPECT_EQ( lend( "nonsense" ), 2 );
+   EXPECT_EQ( exportBus( "i2c:9" ), 1 );
+   EXPECT_THAT( errors, HasSubstr( "--export-adapter: the simulated board has no i2c:9" ) );
+   EXPECT_EQ( exportBus( "nonsense" ), 2 );
    EXPECT_THAT( errors, HasSubstr( "not a bus: nonsense" ) );
 }
 

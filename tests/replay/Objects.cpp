@@ -1,6 +1,6 @@
 #include "Objects.h"
 
-#include "HandHost.h"
+#include "ReplayDaemon.h"
 
 #include <dlfcn.h>
 #include <fmt/format.h>
@@ -69,8 +69,8 @@ Objects::Objects( const std::string &path, const std::string &board ) {
       const int status =
          symbol<pl_status( const char * )>( plugin, fmt::format( "pl_{}_init", type ) )( topology );
       const auto take = [&]( auto *record ) {
-         HandHost::nameIs( record, fmt::format( "<record of {}>", name ) );
-         HandHost::forgetOtherPointers();
+         ReplayDaemon::nameIs( record, fmt::format( "<record of {}>", name ) );
+         ReplayDaemon::forgetOtherPointers();
          fmt::print( "-> {} {}\n", status, record ? "made" : "not made" );
          if ( record )
             for ( Operation &operation : operationsOf( name, record ) )

@@ -1,6 +1,6 @@
 // The whole simulated Kelt board, from both of its sides.
 #include "BusPins.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "simulator/board/SimulatedBoard.h"
 
 #include <gmock/gmock.h>
@@ -46,7 +46,7 @@ class BenchTest : public ::testing::Test {
    static constexpr const char *psus = "scd(4):1:4";
    static constexpr const char *fans = "scd(4):1:5";
    static constexpr const char *cplds = "celestica:1:1";
-   HandClock clock;
+   ManualClock clock;
    SimulatedBoard board{ KELT_BOARD "/topology.json", KELT_BOARD "/simulation.json", clock };
    Busses busses = board.busses();
    Bench &bench = board.bench();

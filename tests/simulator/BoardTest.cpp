@@ -1,4 +1,4 @@
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "PrivateFolder.h"
 #include "boardfiles/JsonFile.h"
 #include "simulator/board/SimulatedBoard.h"
@@ -42,7 +42,7 @@ class BoardTest : public ::testing::Test {
       return complaint();
    }
 
-   HandClock clock;
+   ManualClock clock;
    TestSupport::PrivateFolder folder;
    std::string topology = R"([ { "type": "I2C", "ham": "H", "bus": { "id": 0, "devices": [
       { "did": 10, "address": { "address": 72 } },
@@ -95,7 +95,7 @@ TEST_F( BoardTest, ServesEveryMasterType ) {
 
 TEST_F( BoardTest, DriftsFromItsSeedWithTheClock ) {
    const auto readingAfter = [&]( Clock::Time time, const char *seed ) {
-      HandClock turned;
+      ManualClock turned;
       turned.advance( time );
       folder.write( "topology.json", topology );
       folder.write( "simulation.json",

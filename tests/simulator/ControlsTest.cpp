@@ -1,6 +1,6 @@
 // Requests of the control socket that the board refuses, whatever its clients check themselves.
 #include "simulator/board/Controls.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "simulator/board/SimulatedBoard.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ class ControlsTest : public ::testing::Test {
       return refusal( request );
    }
 
-   TestSupport::HandClock real;
+   TestSupport::ManualClock real;
    Simulator::SimulationClock clock{ real, 0 };
    Simulator::SimulatedBoard board{ KELT_BOARD "/topology.json", KELT_BOARD "/simulation.json",
                                     clock };

@@ -1,6 +1,6 @@
 #include "simulator/chips/EMC2305.h"
 #include "BusPins.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 
 class EMC2305Test : public ::testing::Test {
  protected:
-   HandClock clock;
+   ManualClock clock;
    EMC2305 chip{ "fans", clock, { { "a", 25500, 100 }, { "b", 25500, 200 } } };
 };
 

@@ -1,5 +1,5 @@
 // What a broken chip does to its bus.
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "simulator/bus/SimulatedBus.h"
 #include "simulator/chips/LM75.h"
 #include "simulator/chips/PmbusSupply.h"
@@ -40,7 +40,7 @@ class FaultsTest : public ::testing::Test {
       return bus.transfer( { .kind = Kind::BlockRead, .address = 0x58, .offset = 0x9A } );
    }
 
-   HandClock clock;
+   ManualClock clock;
    PCA9548 mux{ "mux" };
    LM75 thermometer{ "temp", clock };
    PmbusSupply supply{ "psu", 0x58, clock, {}, { "", "KP-850", "", "" } };

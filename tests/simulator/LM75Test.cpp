@@ -1,5 +1,5 @@
 #include "simulator/chips/LM75.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ class LM75Test : public ::testing::Test {
       chip.stopped();
    }
 
-   HandClock clock;
+   ManualClock clock;
    LM75 chip{ "u1", clock };
 };
 

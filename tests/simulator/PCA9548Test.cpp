@@ -11,7 +11,7 @@ using namespace Simulator;
 int joined( const PCA9548 &mux ) {
    int channels = 0;
    for ( unsigned channel = 0; channel < 8; ++channel )
-      channels |= mux.joins( channel ) << channel;
+      channels |= mux.selects( channel ) << channel;
    return channels;
 }
 

@@ -1,6 +1,6 @@
 #include "simulator/chips/PmbusSupply.h"
 #include "BusPins.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "simulator/chips/PmbusFormats.h"
 
 #include <gtest/gtest.h>
@@ -49,7 +49,7 @@ class PmbusSupplyTest : public ::testing::Test {
    }
    int status( uint32_t command ) { return readFrom( chip, command, 1 ).at( 0 ); }
 
-   HandClock clock;
+   ManualClock clock;
    PmbusSupply chip{
       "psu", 0x58, clock, { 12, 70, 0.8, { 20000, 16000 } }, { "Kelt Power", "KP", "02", "S1" }
    };

@@ -1,5 +1,5 @@
 #include "simulator/bus/SimulatedBus.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "simulator/chips/LM75.h"
 
 #include <gtest/gtest.h>
@@ -51,15 +51,15 @@ class Recorder final : public Chip {
 
 class ProtocolTest : public ::testing::Test {
  protected:
-   ProtocolTest() { wire.attach( 0x20, chip ); }
+   ProtocolTest() { segment.attach( 0x20, chip ); }
    Outcome carryOut( Transfer transfer ) {
       transfer.address = 0x20;
       return bus.transfer( transfer );
    }
    Recorder chip;
-   BusSegment wire;
+   BusSegment segment;
    std::mutex mutex;
-   SimulatedBus bus{ wire, mutex };
+   SimulatedBus bus{ segment, mutex };
 };
 
 TEST_F( ProtocolTest, ReadsBehindTheCommandAndARepeatedStart ) {
@@ -184,7 +184,7 @@ class WireTest : public ::testing::Test {
       return bus.transfer( { .kind = Kind::Read, .address = address, .length = 2 } );
    }
 
-   HandClock clock;
+   ManualClock clock;
    PCA9548 mux{ "mux" }, inner{ "inner" };
    LM75 first{ "first", clock }, second{ "second", clock }, deep{ "deep", clock },
       front{ "front", clock };

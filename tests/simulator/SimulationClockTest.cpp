@@ -1,5 +1,5 @@
 #include "simulator/board/SimulationClock.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ using namespace Simulator;
 using namespace std::chrono_literals;
 
 TEST( SimulationClockTest, StartsAtZeroAndRunsFasterByItsSpeed ) {
-   HandClock real;
+   ManualClock real;
    real.advance( 5s );
    SimulationClock clock( real, 60 );
    EXPECT_EQ( clock.now(), 0s );
@@ -22,7 +22,7 @@ TEST( SimulationClockTest, StartsAtZeroAndRunsFasterByItsSpeed ) {
 }
 
 TEST( SimulationClockTest, StandsStillAtSpeedZeroUntilItIsStepped ) {
-   HandClock real;
+   ManualClock real;
    SimulationClock clock( real, 0 );
    real.advance( 1h );
    EXPECT_EQ( clock.now(), 0s );
@@ -31,7 +31,7 @@ TEST( SimulationClockTest, StandsStillAtSpeedZeroUntilItIsStepped ) {
 }
 
 TEST( SimulationClockTest, GoesOnFromWhereItIsWhenItsSpeedChanges ) {
-   HandClock real;
+   ManualClock real;
    SimulationClock clock( real, 1 );
    real.advance( 10s );
    clock.speedIs( 3600 );

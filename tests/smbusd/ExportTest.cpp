@@ -1,6 +1,6 @@
 // A simulated bus as the USB device that the kernel's driver i2c-tiny-usb knows. The test is the
 // kernel: it speaks USB/IP over a socket, with the driver's requests.
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "PrivateFolder.h"
 #include "simulator/board/SimulatedBoard.h"
 #include "simulator/chips/Cpld.h"
@@ -26,7 +26,7 @@ using namespace TestSupport;
 using namespace Bus;
 using namespace Simulator;
 using namespace Smbusd;
-using namespace Smbusd::Lend;
+using namespace Smbusd::Export;
 using namespace std::string_literals;
 using ::testing::HasSubstr;
 
@@ -55,8 +55,8 @@ class TinyUsbTest : public ::testing::Test {
  protected:
    TinyUsbTest() {
       thermometer.temperatureIs( 24.5 );
-      wire.attach( 0x48, thermometer );
-      wire.attach( 0x31, wide );
+      segment.attach( 0x48, thermometer );
+      segment.attach( 0x31, wide );
    }
    // The driver's request for one message: direction, flags of the message, address, and whether it
    // begins and ends.
@@ -69,14 +69,14 @@ class TinyUsbTest : public ::testing::Test {
    }
    bool acknowledged() { return device.answer( { 0xC1, 3, 0, 0, 1 } ) == "\x01"; }
 
-   HandClock clock;
+   ManualClock clock;
    LM75 thermometer{ "temp-front", clock };
    WideChip wide;
-   BusSegment wire;
+   BusSegment segment;
    std::mutex mutex;
-   std::vector<std::string> told;
-   SimulatedBus bus{ wire, mutex, [this]( const Transfer &transfer, const auto &carried ) {
-                       told.push_back( describe( transfer ) + " " + carried.outcome.error );
+   std::vector<std::string> observed;
+   SimulatedBus bus{ segment, mutex, [this]( const Transfer &transfer, const auto &result ) {
+                       observed.push_back( describe( transfer ) + " " + result.outcome.error );
                     } };
    TinyUsb device{ bus, "scd(4):1:2" };
    static constexpr unsigned begin = 1, end = 2;
@@ -87,7 +87,7 @@ TEST_F( TinyUsbTest, ReadsARegisterBehindARepeatedStart ) {
    EXPECT_TRUE( acknowledged() );
    EXPECT_EQ( io( true, 0x48, end, "", 2 ), "\x18\x80" );
    EXPECT_TRUE( acknowledged() );
-   EXPECT_THAT( told, ::testing::ElementsAre( "read of 2 bytes from 0x48 register 0x00 " ) );
+   EXPECT_THAT( observed, ::testing::ElementsAre( "read of 2 bytes from 0x48 register 0x00 " ) );
 }
 
 TEST_F( TinyUsbTest, WritesARegister ) {
@@ -192,23 +192,23 @@ TEST_F( UsbIpTest, StallsWhatTheDeviceDoesntKnowAndUnlinksWhatIsDone ) {
               words( { 4, 10, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 } ) );
 }
 
-TEST( LentAdapterFinderTest, FindsTheAdapterOfTheDeviceWithItsSerialNumber ) {
+TEST( ExportedAdapterFinderTest, FindsTheAdapterOfTheDeviceWithItsSerialNumber ) {
    namespace fs = std::filesystem;
    const TestSupport::PrivateFolder folder;
    const Linux::Places places{ folder.file( "sys" ), folder.file( "dev" ) };
-   EXPECT_FALSE( findLent( "i2c:0", places ) ); // no USB at all
+   EXPECT_FALSE( findExported( "i2c:0", places ) ); // no USB at all
    const auto plug = [&]( const std::string &device, const std::string &serial ) {
       fs::create_directories( folder.file( "sys/bus/usb/devices/" + device ) );
       folder.write( "sys/bus/usb/devices/" + device + "/serial", serial + "\n" );
    };
    plug( "1-1", "scd(4):1:2" );
    plug( "1-2", "i2c:0" );
-   EXPECT_FALSE( findLent( "i2c:0", places ) ); // no driver has taken it yet
+   EXPECT_FALSE( findExported( "i2c:0", places ) ); // no driver has taken it yet
    fs::create_directories( folder.file( "sys/bus/usb/devices/1-1/1-1:1.0/i2c-3" ) );
    fs::create_directories( folder.file( "sys/bus/usb/devices/1-2/1-2:1.0/i2c-4" ) );
-   EXPECT_EQ( findLent( "i2c:0", places ), 4u );
-   EXPECT_EQ( findLent( "scd(4):1:2", places ), 3u );
-   EXPECT_FALSE( findLent( "i2c:1", places ) );
+   EXPECT_EQ( findExported( "i2c:0", places ), 4u );
+   EXPECT_EQ( findExported( "scd(4):1:2", places ), 3u );
+   EXPECT_FALSE( findExported( "i2c:1", places ) );
 }
 
 // A controller's folder with its status file.

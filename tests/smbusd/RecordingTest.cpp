@@ -1,5 +1,5 @@
 // What is written down of a server's transactions, and a server that answers from it.
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "PrivateFolder.h"
 #include "Requests.h"
 #include "smbus/Decode.h"
@@ -59,7 +59,7 @@ class RecordingTest : public ::testing::Test {
    }
    TestSupport::PrivateFolder folder;
    const std::string path = folder.file( "night.rec" );
-   HandClock clock;
+   ManualClock clock;
 };
 
 TEST_F( RecordingTest, HoldsTransactionsWithAnswersAndTimes ) {

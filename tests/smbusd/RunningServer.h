@@ -1,7 +1,7 @@
 // A server in the test's own process, on busses that the test holds in its hands.
 #pragma once
 
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "OrbisUtil/Smbus.pb.h"
 #include "PrivateFolder.h"
 #include "RawClient.h"
@@ -19,7 +19,7 @@
 
 namespace SmbusdTest {
 
-using TestSupport::HandClock;
+using TestSupport::ManualClock;
 using TestSupport::RawClient;
 
 // Answers reads with its own name. A transfer of which it is told to stop waits until it may go on.
@@ -50,13 +50,13 @@ class RunningServer {
 
    HeldBus &bus( const std::string &name ) { return *held_.at( name ); }
    Smbusd::Dispatcher &dispatcher() { return *dispatcher_; }
-   HandClock &clock() { return clock_; }
+   ManualClock &clock() { return clock_; }
    const std::string &path() const { return path_; }
 
  private:
    TestSupport::PrivateFolder folder_;
    const std::string path_ = folder_.file( "smbus.sock" );
-   HandClock clock_;
+   ManualClock clock_;
    std::map<std::string, HeldBus *> held_;
    boost::asio::io_context context_;
    std::unique_ptr<Smbusd::Dispatcher> dispatcher_;

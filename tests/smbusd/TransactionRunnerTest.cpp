@@ -1,5 +1,5 @@
 #include "smbusd/TransactionRunner.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "Requests.h"
 #include "smbus/Decode.h"
 
@@ -47,7 +47,7 @@ class TransactionRunnerTest : public ::testing::Test {
       message.set_retries( retries );
       return runner.run( decode( message, 2s ) );
    }
-   HandClock clock;
+   ManualClock clock;
    ScriptedBus bus;
    TransactionRunner runner{ bus, clock };
    unsigned retries = 0;

@@ -48,7 +48,7 @@ Bus::Outcome LinuxBus::transfer( const Bus::Transfer &transfer ) {
    try {
       if ( !adapter_ )
          open();
-      Bus::Outcome outcome = carryOut( transfer );
+      Bus::Outcome outcome = execute( transfer );
       adapter_->pause( transfer.pause );
       return outcome;
    } catch ( const Refusal &refusal ) {
@@ -58,7 +58,7 @@ Bus::Outcome LinuxBus::transfer( const Bus::Transfer &transfer ) {
    }
 }
 
-Bus::Outcome LinuxBus::carryOut( const Bus::Transfer &transfer ) {
+Bus::Outcome LinuxBus::execute( const Bus::Transfer &transfer ) {
    const auto found = chips_.find( transfer.address );
    const BoardFiles::ChipRules rules =
       found == chips_.end() ? BoardFiles::ChipRules{} : found->second;
@@ -67,20 +67,20 @@ Bus::Outcome LinuxBus::carryOut( const Bus::Transfer &transfer ) {
    std::optional<SmbusCall> call;
    if ( offsetBytes == 1 || transfer.isReceiveByte() )
       call = smbusCall( transfer );
-   const unsigned long lacking = call ? call->needs & ~functions_ : 0;
+   const unsigned long missing = call ? call->needs & ~functions_ : 0;
    const bool byMessages = Messages::canBe( transfer ) && functions_ & I2C_FUNC_I2C;
-   if ( ( !call || lacking ) && !byMessages ) {
+   if ( ( !call || missing ) && !byMessages ) {
       const unsigned long instead = Messages::canBe( transfer ) ? I2C_FUNC_I2C : 0;
-      if ( !lacking && !instead )
+      if ( !missing && !instead )
          throw Refusal( "a block read from a chip whose registers take two bytes is none of the "
                         "kernel's protocols" );
-      throw Refusal( fmt::format( "the adapter lacks {}{}{}", functionNames( lacking ),
-                                  lacking && instead ? ", and in its place " : "",
+      throw Refusal( fmt::format( "the adapter lacks {}{}{}", functionNames( missing ),
+                                  missing && instead ? ", and in its place " : "",
                                   functionNames( instead ) ) );
    }
    address( transfer, rules );
    timeoutIs( transfer.timeout );
-   return call && !lacking ? smbus( *call, transfer ) : messages( transfer, offsetBytes );
+   return call && !missing ? smbus( *call, transfer ) : messages( transfer, offsetBytes );
 }
 
 void LinuxBus::address( const Bus::Transfer &transfer, const BoardFiles::ChipRules &rules ) {

@@ -27,7 +27,7 @@ class LinuxBus final : public Bus::RootBus {
    Bus::Outcome transfer( const Bus::Transfer & ) override;
 
  private:
-   Bus::Outcome carryOut( const Bus::Transfer & );
+   Bus::Outcome execute( const Bus::Transfer & );
    void address( const Bus::Transfer &, const BoardFiles::ChipRules & );
    Bus::Outcome smbus( const SmbusCall &, const Bus::Transfer & );
    Bus::Outcome messages( const Bus::Transfer &, unsigned offsetBytes );

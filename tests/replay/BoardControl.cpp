@@ -1,4 +1,4 @@
-#include "Bench.h"
+#include "BoardControl.h"
 
 #include "orbis-smbus/ServerConnection.h"
 
@@ -6,7 +6,7 @@
 
 using SmbusControl::Request;
 
-Bench::Bench( const std::string &socket ) : server_( socket ) {
+BoardControl::BoardControl( const std::string &socket ) : server_( socket ) {
    Request list;
    list.set_list( true );
    const SmbusControl::Response response = server_.ask( list );
@@ -22,19 +22,19 @@ Bench::Bench( const std::string &socket ) : server_( socket ) {
       modules_.push_back( module.name() );
 }
 
-void Bench::step( unsigned milliseconds ) {
+void BoardControl::step( unsigned milliseconds ) {
    Request step;
    step.set_step( milliseconds / 1000. );
    server_.ask( step );
 }
 
-void Bench::clearFaults( const std::string &chip ) {
+void BoardControl::clearFaults( const std::string &chip ) {
    Request clear;
    clear.set_clear_faults( chip );
    server_.ask( clear );
 }
 
-Request Bench::anything( Random &random ) const {
+Request BoardControl::randomRequest( Random &random ) const {
    Request request;
    switch ( random.below( 6 ) ) {
    case 0:
@@ -55,7 +55,7 @@ Request Bench::anything( Random &random ) const {
       const Quantity &quantity = random.oneOf( quantities_ );
       request.mutable_set()->mutable_name()->set_whose( quantity.chip );
       request.mutable_set()->mutable_name()->set_name( quantity.name );
-      // A switch is turned; what has a size is moved by up to as much again.
+      // A switch is set to 0 or 1; another quantity to up to twice its value.
       request.mutable_set()->set_value(
          quantity.value == 0 || quantity.value == 1
             ? random.below( 2 )
@@ -65,7 +65,7 @@ Request Bench::anything( Random &random ) const {
    return request;
 }
 
-std::string Bench::carryOut( const Request &request ) {
+std::string BoardControl::carryOut( const Request &request ) {
    try {
       server_.ask( request );
       return "done";
@@ -74,8 +74,8 @@ std::string Bench::carryOut( const Request &request ) {
    }
 }
 
-std::string Bench::something( Random &random ) {
-   const Request request = anything( random );
+std::string BoardControl::doSomething( Random &random ) {
+   const Request request = randomRequest( random );
    std::string words;
    if ( request.has_pull() )
       words = "pull " + request.pull();
