@@ -29,7 +29,7 @@ void readRecording( const std::string &path,
            !entry.ParseFromArray( frame.message.data(),
                                   static_cast<int>( frame.message.size() ) ) ||
            entry.what_case() == SmbusRecording::Entry::WHAT_NOT_SET )
-         fail( "no entry of a recording" );
+         fail( "not an entry of a recording" );
       handle( entry );
       at += frame.size;
    }

@@ -9,8 +9,7 @@
 
 namespace Bus {
 
-// Hands every transfer to those who listen. For all threads; costs next to nothing while nobody
-// listens.
+// Passes every transfer to its listeners. Thread-safe. Costs almost nothing without listeners.
 class Tracer {
  public:
    using Listener = std::function<void( const SmbusControl::Transfer & )>;
@@ -18,19 +17,19 @@ class Tracer {
    bool hasListeners() const { return count_ > 0; }
    void report( const SmbusControl::Transfer &transfer ) {
       const std::lock_guard lock( mutex_ );
-      for ( const auto &[whose, listener] : listeners_ )
+      for ( const auto &[owner, listener] : listeners_ )
          listener( transfer );
    }
-   // Called in the thread of the bus, so it has to be quick.
-   void add( const void *whose, Listener listener ) {
+   // The listener is called in the thread of the bus, so it must be quick.
+   void add( const void *owner, Listener listener ) {
       const std::lock_guard lock( mutex_ );
-      listeners_[whose] = std::move( listener );
+      listeners_[owner] = std::move( listener );
       count_ = listeners_.size();
    }
-   // Is not called any more when this returns.
-   void remove( const void *whose ) {
+   // The listener is not called any more after this.
+   void remove( const void *owner ) {
       const std::lock_guard lock( mutex_ );
-      listeners_.erase( whose );
+      listeners_.erase( owner );
       count_ = listeners_.size();
    }
 

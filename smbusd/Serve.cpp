@@ -28,7 +28,7 @@ namespace Smbusd {
 
 namespace {
 
-// A simulated board with its clock and its bench's side.
+// A simulated board with its clock and its controls.
 struct Simulation {
    Simulation( const Options &options, const Bus::Clock &real )
       : clock( real, options.speed ), board( options.topology, options.simulation, clock ) {
@@ -44,7 +44,8 @@ Bus::Busses routed( const std::string &path, Bus::Busses simulated ) {
    const auto routes = BoardFiles::loadRoutes( path );
    RoutedBusses busses( std::move( simulated ), {} );
    for ( const BoardFiles::Route &route : routes->routes ) {
-      busses.add( route, []( const std::string &why ) { spdlog::warn( "not yet: {}", why ); } );
+      busses.add( route,
+                  []( const std::string &why ) { spdlog::warn( "not available yet: {}", why ); } );
       if ( !busses.description().empty() )
          spdlog::info( "{} is {}", toString( route.bus ), busses.description() );
    }
@@ -89,18 +90,19 @@ std::vector<std::unique_ptr<Export::ExportedAdapter>> exportAdapters( const Opti
    return exported;
 }
 
-// What is served, by its file.
+// The file that names the busses.
 const std::string &sourceOf( const Options &options ) {
    if ( !options.replayFrom.empty() )
       return options.replayFrom;
    return options.routes.empty() ? options.topology : options.routes;
 }
 
-// A transfer that the kernel never ends can't be ended here either, and its thread can't be joined.
+// The kernel may never end a transfer. Then its thread can't be joined, and the process must end
+// without it.
 void abandonStuckBus( Dispatcher &dispatcher, std::chrono::milliseconds limit ) {
    if ( dispatcher.stop( limit + std::chrono::seconds( 1 ) ) )
       return;
-   spdlog::error( "a bus is stuck; its transaction is left behind" );
+   spdlog::error( "a bus is stuck; its transaction is abandoned" );
    spdlog::shutdown();
    std::_Exit( EXIT_SUCCESS );
 }
@@ -151,7 +153,7 @@ bool checkRoutes( const Options &options ) {
    if ( options.elsewhere )
       return true;
    RoutedBusses busses( {}, {} );
-   bool well = true;
+   bool valid = true;
    for ( const BoardFiles::Route &route : routes->routes ) {
       const auto print = [&]( const std::string &what ) {
          fmt::print( "{:16} {}\n", toString( route.bus ), what );
@@ -163,15 +165,15 @@ bool checkRoutes( const Options &options ) {
       try {
          std::string missing;
          busses.add( route, [&]( const std::string &why ) { missing = why; } );
-         print( missing.empty() ? busses.description() : "not yet" );
+         print( missing.empty() ? busses.description() : "not available yet" );
          if ( !missing.empty() )
             fmt::print( stderr, "{}\n", missing );
       } catch ( const BoardFiles::BoardError &error ) {
-         well = false;
+         valid = false;
          fmt::print( stderr, "{}\n", error.what() );
       }
    }
-   return well;
+   return valid;
 }
 
 } // namespace Smbusd

@@ -16,7 +16,7 @@ std::string explain( const Bus::Transaction &transaction, size_t index, const st
 }
 
 std::string timeIsUp( const Bus::Transaction &transaction ) {
-   return fmt::format( "the transaction's {} ms are over", transaction.limit.count() );
+   return fmt::format( "the time limit of {} ms is over", transaction.limit.count() );
 }
 
 void addError( Smbus::TransactionResponse &response, const std::string &error ) {
@@ -38,7 +38,7 @@ Smbus::TransactionResponse TransactionRunner::run( const Bus::Transaction &trans
       if ( response.failed() && !deselects )
          continue;
       if ( !deselects && clock_.now() >= end ) {
-         addError( response, explain( transaction, i, "not begun, " + timeIsUp( transaction ) ) );
+         addError( response, explain( transaction, i, "not started: " + timeIsUp( transaction ) ) );
          continue;
       }
       Bus::Outcome outcome = attempt( transfer, transaction, end );

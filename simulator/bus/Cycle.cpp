@@ -42,8 +42,8 @@ void Cycle::start( Direction direction ) {
 void Cycle::command( uint32_t command ) {
    const unsigned width = answering_.front()->commandBytes();
    if ( width < sizeof command && command >> 8 * width != 0 )
-      throw BusFault( fmt::format( "{:#x} does not fit the chip's command of {} byte{}", command,
-                                   width, width == 1 ? "" : "s" ) );
+      throw BusFault( fmt::format( "{:#x} does not fit into the chip's command of {} byte{}",
+                                   command, width, width == 1 ? "" : "s" ) );
    bool acknowledged = false;
    for ( Chip *chip : answering_ )
       acknowledged |= chip->command( command );

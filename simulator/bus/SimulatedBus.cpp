@@ -30,8 +30,8 @@ std::string read( Cycle &cycle, unsigned count ) {
 }
 
 void sendPec( Cycle &cycle ) {
-   const uint8_t heard = faultsOf( cycle ).badPec ? 0xFF : 0x00;
-   if ( !cycle.write( cycle.pec() ^ heard ) )
+   const uint8_t inverted = faultsOf( cycle ).badPec ? 0xFF : 0x00;
+   if ( !cycle.write( cycle.pec() ^ inverted ) )
       throw BusFault( "no acknowledge of the PEC" );
 }
 
@@ -40,15 +40,15 @@ void checkPec( Cycle &cycle ) {
    const auto got =
       static_cast<uint8_t>( cycle.read() ^ ( faultsOf( cycle ).badPec ? 0xFF : 0x00 ) );
    if ( got != expected )
-      throw BusFault( fmt::format( "PEC {:#04x} where {:#04x} is due", got, expected ) );
+      throw BusFault( fmt::format( "PEC is {:#04x}, expected {:#04x}", got, expected ) );
 }
 
 unsigned blockCount( Cycle &cycle ) {
-   const uint8_t said = cycle.read();
-   return faultsOf( cycle ).blockCount.value_or( said );
+   const uint8_t sent = cycle.read();
+   return faultsOf( cycle ).blockCount.value_or( sent );
 }
 
-// What becomes of the data on its way from a chip that is broken so.
+// Applies the chip's faults to the data that it returns.
 void distort( std::string &answer, const Bus::Transfer &transfer, const Faults &faults ) {
    const auto corrupted = faults.corrupted.find( transfer.offset );
    if ( corrupted != faults.corrupted.end() && !answer.empty() )
@@ -58,7 +58,7 @@ void distort( std::string &answer, const Bus::Transfer &transfer, const Faults &
       answer.resize( *faults.answerSize );
 }
 
-// The SMBus protocols as bus cycles, up to the stop. What was read.
+// The SMBus protocols up to the stop. Returns the data that was read.
 std::string execute( Cycle &cycle, const Bus::Transfer &transfer ) {
    std::string answer;
    if ( transfer.isReceiveByte() ) {
@@ -100,7 +100,7 @@ std::string execute( Cycle &cycle, const Bus::Transfer &transfer ) {
    return answer;
 }
 
-// The bytes that come first are the chip's command, as many as it takes.
+// The first bytes are the chip's command; the chip says how many.
 void write( Cycle &cycle, std::string_view bytes, uint32_t &command ) {
    const size_t width = cycle.answering()->commandBytes();
    if ( bytes.size() >= width ) {
@@ -116,7 +116,7 @@ void write( Cycle &cycle, std::string_view bytes, uint32_t &command ) {
    }
 }
 
-// In the words of transfers, as far as they have any for it.
+// The transfer that is nearest to these messages, for the observer.
 Bus::Transfer transferOf( const std::vector<BusMessage> &messages, uint32_t command ) {
    const BusMessage &last = messages.back();
    Bus::Transfer transfer{ .address = last.address, .offset = command };
@@ -161,7 +161,7 @@ SimulatedBus::Result SimulatedBus::exchangeOnce( std::vector<BusMessage> &messag
       std::optional<Cycle> cycle;
       uint8_t address = 0;
       for ( BusMessage &message : messages ) {
-         // A chip that isn't addressed again lets go of the bus as at a stop.
+         // For a chip that is not addressed again, this is like a stop.
          if ( !cycle || message.address != address )
             cycle.emplace( segment_, address = message.address );
          exchange( *cycle, message, command, result );
@@ -220,7 +220,7 @@ Bus::Outcome SimulatedBus::transfer( const Bus::Transfer &transfer ) {
       if ( observer_ )
          observer_( transfer, result );
    }
-   std::this_thread::sleep_for( slow ); // other busses go on meanwhile
+   std::this_thread::sleep_for( slow ); // without the mutex, so that other busses continue
    return result.outcome;
 }
 

@@ -11,32 +11,31 @@
 
 namespace Simulator {
 
-// What another master sends or reads as plain bytes between a start and the next.
+// An I2C message: plain bytes from a start to the next start or stop.
 struct BusMessage {
    uint8_t address = 0;
    Direction direction = Direction::Write;
-   std::string bytes; // to write, or in place of what is to be read
+   std::string bytes; // to write; or, of the right number, to be replaced by what is read
 };
 
-// A root bus made of simulated wires, which outlive it. A transfer holds the mutex, under which
-// everything that touches the chips happens.
+// A simulated root bus. Its segment outlives it. It uses the chips only while it holds the mutex.
 class SimulatedBus final : public Bus::RootBus {
  public:
-   // What became of a transfer, and what it took.
+   // The result of a transfer.
    struct Result {
       Bus::Outcome outcome;
-      const Chip *answering = nullptr; // who acknowledged it; null when nobody did
-      unsigned bytes = 0;              // on the wires, addresses and packet error codes among them
+      const Chip *answering = nullptr; // the chip that acknowledged; null if none did
+      unsigned bytes = 0;              // on the bus, including addresses and packet error codes
    };
-   // Called with the mutex held.
+   // Called while the mutex is held.
    using Observer = std::function<void( const Bus::Transfer &, const Result & )>;
 
    SimulatedBus( const BusSegment &segment, std::mutex &mutex, Observer observer = {} )
       : segment_( segment ), mutex_( mutex ), observer_( std::move( observer ) ) {}
-   // Two chips that answer are an error, though both have taken what was written.
+   // If two chips answer, that is an error, although both got what was written.
    Bus::Outcome transfer( const Bus::Transfer & ) override;
-   // Messages from a start to the stop; what is read takes the place of the bytes. False when
-   // something of it isn't acknowledged, or two chips answer.
+   // Executes messages with repeated starts between them, and stores what is read. Returns false
+   // when an acknowledge is missing or two chips answer.
    bool exchange( std::vector<BusMessage> & );
 
  private:

@@ -37,7 +37,7 @@ const std::map<uint8_t, PmbusSupply::Command> &PmbusSupply::commands() {
    using Self = PmbusSupply;
    using Data = const std::string;
    static const std::map<uint8_t, Command> all{
-      // PAGE: there is one, and 0xFF means all of them.
+      // PAGE: there is only page 0; 0xFF means all pages.
       { 0x00,
         { 1, []( Self & ) { return byte( 0 ); },
           []( Self &, Data &data ) { return data == byte( 0 ) || data == byte( 0xFF ); } } },
@@ -143,7 +143,7 @@ void PmbusSupply::latchStatus() {
    }
 }
 
-// Off and power-not-good tell how it is now, the others what has been.
+// OFF and POWER_GOOD# show the present state. The other bits are latched.
 uint16_t PmbusSupply::statusWord() {
    const bool off = !model_.enabled() || !model_.lineGood();
    unsigned word = 0;
@@ -261,7 +261,8 @@ void PmbusSupply::stopped() {
    if ( !command || reading_ || refused_ || !command->write )
       return;
    if ( data_.size() != command->size )
-      status_[Cml] |= data_.empty() ? 0 : otherCommunication; // a command alone asks for nothing
+      status_[Cml] |=
+         data_.empty() ? 0 : otherCommunication; // a command without data only sets the command
    else if ( !command->write( *this, data_ ) )
       status_[Cml] |= invalidData;
 }

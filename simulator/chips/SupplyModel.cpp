@@ -22,13 +22,13 @@ double SupplyModel::inputWatts() const {
    return line_ > 0 ? outputWatts() / rating_.efficiency + ownWatts : 0;
 }
 
-// The supply runs its fans by its load, at 25 % at least; a host can only make them faster.
+// The supply sets its fans by its load, 25 % at least. A host can only make them faster.
 double SupplyModel::duty( unsigned fan ) const {
    const double own = 25 + 60 * outputAmperes() / rating_.maxAmperes;
    return std::min( std::max( own, duty_[fan] ), 100.0 );
 }
 
-// Half the speed cools half as well; standing, a fan still lets a tenth of the air through.
+// Half the speed cools half as well. Through stopped fans there is still a tenth of the air flow.
 double SupplyModel::hotSpotTarget() const {
    double air = 0;
    double most = 0;

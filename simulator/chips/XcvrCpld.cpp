@@ -40,7 +40,7 @@ XcvrCpld::XcvrCpld( std::string name, const Groups &groups, unsigned firstQsfp,
    }
 }
 
-// No module is held in reset, and none is in low-power mode or has its transmitter off.
+// No module is in reset or in low-power mode, and no transmitter is off.
 Cpld::Registers XcvrCpld::powerOnOf( const Groups &groups, Registers scratch ) {
    scratch.emplace( leds, allDark );
    for ( const Group &group : groups ) {

@@ -55,7 +55,7 @@ void ControlSession::handle( std::string_view message ) {
    SmbusControl::Request request;
    SmbusControl::Response response;
    if ( !request.ParseFromArray( message.data(), static_cast<int>( message.size() ) ) )
-      response.set_error( "a frame that holds no request" );
+      response.set_error( "the frame is not a request" );
    else
       response = controls_.answer( request );
    send( Sockets::framed( response ) );
@@ -98,7 +98,7 @@ void ControlSession::sendNext() {
       sending_ += bytes;
    asio::async_write( socket_, asio::buffer( sending_ ),
                       [this, count, self = shared_from_this()]( error_code error, size_t ) {
-                         // Answers among them were not counted.
+                         // Answers were sent, too, but not counted.
                          const unsigned before = *queued_;
                          *queued_ -= std::min( before, count );
                          if ( error )
@@ -125,7 +125,7 @@ void ControlServer::accept() {
          sessions_.insert( session );
          session->start();
       } else if ( error ) {
-         spdlog::error( "a client of the control socket could not be taken: {}", error.message() );
+         spdlog::error( "can't accept a client of the control socket: {}", error.message() );
       }
       accept();
    } );

@@ -46,7 +46,7 @@ std::optional<unsigned> findExported( const std::string &name, const Linux::Plac
       try {
          return Linux::findAdapter( BoardFiles::AdapterPath{ device.path() }, places );
       } catch ( const Linux::AdapterError & ) {
-         return {}; // plugged in, and not made an adapter yet
+         return {}; // plugged in, but not an adapter yet
       }
    }
    return {};

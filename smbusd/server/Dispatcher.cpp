@@ -45,7 +45,7 @@ Dispatcher::Worker &Dispatcher::workerOf( const Bus::Transaction &transaction ) 
    {
       const std::lock_guard lock( mutex_ );
       if ( const auto since = worker.busySince; since && clock_.now() - *since > 2 * bound_ )
-         refuse( fmt::format( "the bus is stuck, a transaction has not ended for {} ms",
+         refuse( fmt::format( "the bus is stuck: a transaction has been running for {} ms",
                               ( clock_.now() - *since ) / std::chrono::milliseconds( 1 ) ) );
    }
    if ( !worker.thread )

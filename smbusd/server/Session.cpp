@@ -17,7 +17,7 @@ Session::Session( Socket socket, Dispatcher &dispatcher, std::string refusal, En
      ended_( std::move( ended ) ) {}
 
 void Session::start() {
-   socket_.non_blocking( true ); // for the look ahead in watchForDisconnect
+   socket_.non_blocking( true ); // for the peek in watchForDisconnect
    readMore();
 }
 
@@ -46,9 +46,10 @@ void Session::handleFrame() {
       return readMore();
    case Sockets::Frame::State::TooLong:
       return answer(
-         Bus::failure( fmt::format( "a frame of over {} bytes", Sockets::maxFrameBytes ) ), true );
+         Bus::failure( fmt::format( "a frame of more than {} bytes", Sockets::maxFrameBytes ) ),
+         true );
    case Sockets::Frame::State::NoLength:
-      return answer( Bus::failure( "a frame whose length is no varint" ), true );
+      return answer( Bus::failure( "the length of a frame is not a varint" ), true );
    case Sockets::Frame::State::Whole:
       handleMessage( frame.message );
       received_.erase( 0, frame.size );
@@ -76,8 +77,8 @@ void Session::handleMessage( std::string_view message ) {
       } );
 }
 
-// Bytes that come while a transaction is in hand are the next frame's, and can wait; the end of the
-// connection can't, or a queue of transactions that nobody waits for would be carried out.
+// While a transaction runs, bytes of the next frame can wait. But a disconnect must be noticed at
+// once, so that the waiting transactions of a client that has gone are dropped.
 void Session::watchForDisconnect() {
    socket_.async_wait( Socket::wait_read, [this, self = shared_from_this()]( error_code error ) {
       if ( error || !waiting_ )

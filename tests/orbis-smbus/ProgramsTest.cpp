@@ -61,7 +61,7 @@ TEST_F( ProgramsTest, StopsThoughATransferDoesNotEnd ) {
    } // until it is in hand
    server.signal( SIGTERM );
    EXPECT_EQ( server.wait(), 0 );
-   EXPECT_THAT( server.errors(), HasSubstr( "a bus is stuck; its transaction is left behind" ) );
+   EXPECT_THAT( server.errors(), HasSubstr( "a bus is stuck; its transaction is abandoned" ) );
    EXPECT_FALSE( std::filesystem::exists( path ) );
 }
 
@@ -93,7 +93,7 @@ TEST_F( ProgramsTest, RefusesToStartBesideALivingServer ) {
                             KELT_BOARD "/topology.json", "--simulation",
                             KELT_BOARD "/simulation.json" } );
    EXPECT_EQ( second.wait(), 1 );
-   EXPECT_THAT( second.errors(), HasSubstr( path + ": a server is living there" ) );
+   EXPECT_THAT( second.errors(), HasSubstr( path + ": another server is running" ) );
 }
 
 TEST_F( ProgramsTest, RefusesABadBoardFileByItsPlace ) {

@@ -247,7 +247,7 @@ TEST_F( StubTest, IoPortsAreTheProcessors ) {
       EXPECT_EQ( run( { ORBIS_SMBUS, "read", "ioport:0:0", "7" } ), fmt::format( "{}\n", value ) );
    }
    EXPECT_THAT( run( { ORBIS_SMBUS, "read", "ioport:0:0", "8" }, 1 ),
-                HasSubstr( "outside the window of 8 ports from 0x02f8 on" ) );
+                HasSubstr( "outside the range of 8 ports from 0x02f8" ) );
 }
 
 } // namespace

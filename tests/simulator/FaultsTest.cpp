@@ -66,7 +66,7 @@ TEST_F( FaultsTest, MissesTheFirstOfEverySoManyTransfers ) {
 TEST_F( FaultsTest, SpoilsPacketErrorCodesBothWays ) {
    EXPECT_EQ( voutMode().data, "\x17" );
    supply.faultsAre( { .badPec = true } );
-   EXPECT_EQ( voutMode().error, "PEC 0x1b where 0xe4 is due" );
+   EXPECT_EQ( voutMode().error, "PEC is 0x1b, expected 0xe4" );
    const Transfer command{ .kind = Kind::Write,
                            .address = 0x58,
                            .offset = 0x3B,

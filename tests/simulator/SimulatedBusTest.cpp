@@ -114,7 +114,7 @@ TEST_F( ProtocolTest, HandsAWideOffsetOverWhole ) {
 
 TEST_F( ProtocolTest, RefusesAnOffsetThatTheChipsCommandCannotHold ) {
    EXPECT_EQ( carryOut( { .kind = Kind::Read, .offset = 0x250, .length = 1 } ).error,
-              "0x250 does not fit the chip's command of 1 byte" );
+              "0x250 does not fit into the chip's command of 1 byte" );
    EXPECT_EQ( chip.seen, "W P" );
 }
 
@@ -153,7 +153,7 @@ TEST_F( ProtocolTest, ChecksThePecOfARead ) {
    EXPECT_EQ( carryOut( read ).data, "a" );
    chip.answers = "a6";
    const Outcome wrong = carryOut( read );
-   EXPECT_EQ( wrong.error, "PEC 0x36 where 0x35 is due" );
+   EXPECT_EQ( wrong.error, "PEC is 0x36, expected 0x35" );
    EXPECT_EQ( wrong.data, "" );
 }
 

@@ -52,12 +52,12 @@ class AdapterFinderTest : public ::testing::Test {
 
 TEST_F( AdapterFinderTest, FindsByNumber ) {
    EXPECT_EQ( findAdapter( AdapterNumber{ 5 }, places ), 5u );
-   EXPECT_EQ( failure( AdapterNumber{ 9 } ), "no adapter has the number 9" );
+   EXPECT_EQ( failure( AdapterNumber{ 9 } ), "there is no adapter with number 9" );
 }
 
 TEST_F( AdapterFinderTest, FindsByTheWholeName ) {
    EXPECT_EQ( findAdapter( AdapterName{ "card bus 1" }, places ), 5u );
-   EXPECT_EQ( failure( AdapterName{ "card bus" } ), "no adapter named \"card bus\"" );
+   EXPECT_EQ( failure( AdapterName{ "card bus" } ), "there is no adapter named \"card bus\"" );
    EXPECT_EQ( failure( AdapterName{ "tiny" } ), "2 adapters named \"tiny\": numbers 4, 7" );
 }
 
@@ -72,7 +72,8 @@ TEST_F( AdapterFinderTest, FindsByThePathOfTheAdapterOrOfItsDevice ) {
 TEST_F( AdapterFinderTest, SaysWhyAPathLeadsToNone ) {
    EXPECT_EQ( failure( AdapterPath{ path( "pci/04.0" ) } ),
               "2 adapters in " + path( "pci/04.0" ) + ": numbers 3, 5" ); // not what is behind them
-   EXPECT_EQ( failure( AdapterPath{ path( "empty" ) } ), "no adapter in " + path( "empty" ) );
+   EXPECT_EQ( failure( AdapterPath{ path( "empty" ) } ),
+              "there is no adapter in " + path( "empty" ) );
    EXPECT_EQ( failure( AdapterPath{ path( "gone" ) } ),
               path( "gone" ) + ": No such file or directory" );
 }

@@ -245,7 +245,7 @@ TEST_F( VhciPortTest, SaysThatNoneIsFreeOrThereIsNoController ) {
       ADD_FAILURE() << "there is none";
    } catch ( const ExportError &error ) {
       EXPECT_EQ( error.what(), folder.file( "none/status" ) +
-                                  ": No such file or directory; the module vhci-hcd makes it" );
+                                  ": No such file or directory; is the module vhci-hcd loaded?" );
    }
 }
 

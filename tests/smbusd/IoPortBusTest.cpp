@@ -49,7 +49,7 @@ TEST_F( IoPortBusTest, WritesOneOrTwoPorts ) {
 }
 
 TEST_F( IoPortBusTest, NeverReachesBeyondItsWindow ) {
-   const std::string words = "outside the window of 8 ports from 0x0004 on";
+   const std::string words = "outside the range of 8 ports from 0x0004";
    for ( const Transfer &transfer : { read( 8, 1 ), read( 7, 2 ), write( 8, "x" ), write( 7, "xy" ),
                                       read( 0xFFFFFFFF, 2 ) } ) {
       const Outcome outcome = bus.transfer( transfer );
@@ -67,8 +67,8 @@ TEST_F( IoPortBusTest, RefusesWhatPortsDontKnow ) {
    checked.pec = true;
    for ( const Transfer &transfer : { read( 0, 0 ), write( 0, "" ), read( 0, 3 ), block, call } )
       EXPECT_EQ( bus.transfer( transfer ).error,
-                 "I/O ports know only reads and writes of one or two bytes" );
-   EXPECT_EQ( bus.transfer( checked ).error, "I/O ports know no PEC" );
+                 "I/O ports support only reads and writes of one or two bytes" );
+   EXPECT_EQ( bus.transfer( checked ).error, "I/O ports do not support PEC" );
 }
 
 TEST_F( IoPortBusTest, SaysThatAPortDoesntAnswer ) {

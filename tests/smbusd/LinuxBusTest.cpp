@@ -158,9 +158,10 @@ TEST_F( LinuxBusTest, TakesTheClientsWordForOffsetsUnlessTheRoutesKnowBetter ) {
    adapter.expect( "write 0x48: 02 10 | read 0x48: 1 bytes", "\x08" );
    EXPECT_EQ( bus->transfer( wide ).data, "\x08" );
    wide.address = 0x49;
-   EXPECT_EQ( errorOf( wide ),
-              "register 0x210 does not fit the 1 byte that address 0x49 takes; the "
-              "routes can give it more (\"offsetBytes\")" );
+   EXPECT_EQ(
+      errorOf( wide ),
+      "register 0x210 does not fit into 1 byte for address 0x49; set \"offsetBytes\" in the "
+      "routes file" );
    EXPECT_TRUE( bus->transfer( read( 0x1FF, 1 ) ).final );
 }
 
@@ -191,28 +192,26 @@ TEST_F( LinuxBusTest, AddsAndChecksThePecOfMessagesItself ) {
    adapter.expect( "slave 0x48" );
    adapter.expect( "write 0x48: 00 | read 0x48: 3 bytes", "\x19\x81\x04" );
    const Outcome outcome = bus->transfer( pec( read( 0, 2 ) ) );
-   EXPECT_EQ( outcome.error, "PEC 0x04 where 0x03 is due" );
+   EXPECT_EQ( outcome.error, "PEC is 0x04, expected 0x03" );
    EXPECT_FALSE( outcome.final );
 }
 
 TEST_F( LinuxBusTest, RefusesByNameWhatTheAdapterCantDo ) {
    adapterWith( smbusOnly & ~I2C_FUNC_SMBUS_READ_WORD_DATA );
    EXPECT_EQ( errorOf( read( 0, 2 ) ),
-              "the adapter lacks I2C_FUNC_SMBUS_READ_WORD_DATA, and in its "
-              "place I2C_FUNC_I2C" );
+              "the adapter lacks I2C_FUNC_SMBUS_READ_WORD_DATA and also I2C_FUNC_I2C" );
    EXPECT_EQ( errorOf( read( 0, 33 ) ), "the adapter lacks I2C_FUNC_I2C" );
    EXPECT_EQ( errorOf( with( Kind::BlockRead, read( 0, 0 ) ) ),
               "the adapter lacks I2C_FUNC_SMBUS_READ_BLOCK_DATA" );
    EXPECT_EQ( errorOf( pec( read( 0, 1 ) ) ),
-              "the adapter lacks I2C_FUNC_SMBUS_PEC, and in its place I2C_FUNC_I2C" );
+              "the adapter lacks I2C_FUNC_SMBUS_PEC and also I2C_FUNC_I2C" );
    EXPECT_TRUE( bus->transfer( pec( read( 0, 1 ) ) ).final );
 }
 
 TEST_F( LinuxBusTest, RefusesBlockReadsWithTwoBytesOfOffset ) {
    adapterWith( everything, { { 0x48, { .offsetBytes = 2 } } } );
    EXPECT_EQ( errorOf( with( Kind::BlockRead, read( 0, 0 ) ) ),
-              "a block read from a chip whose registers take two bytes is none of the kernel's "
-              "protocols" );
+              "the kernel has no block read for registers of two bytes" );
 }
 
 TEST_F( LinuxBusTest, TouchesNoAddressThatAKernelDriverHolds ) {
@@ -251,9 +250,9 @@ TEST_F( LinuxBusTest, TellsWhatHappenedOnTheWires ) {
       { ENODEV, "no acknowledge of the address" },
       { EREMOTEIO, "no acknowledge" },
       { EAGAIN, "arbitration lost" },
-      { ETIMEDOUT, "the adapter's time for a transfer is over" },
+      { ETIMEDOUT, "the adapter's timeout is over" },
       { EBADMSG, "wrong PEC" },
-      { EPROTO, "the chip's answer is none of the SMBus protocol" },
+      { EPROTO, "the chip's answer violates the SMBus protocol" },
       { EBUSY, "the bus stays busy" },
       { EIO, "Input/output error" },
    };
@@ -293,7 +292,7 @@ TEST_F( LinuxBusTest, SetsTheTimeLimitWhenItChangesAndRestsBehindATransfer ) {
 TEST_F( LinuxBusTest, RefusesMessagesLongerThanTheKernelTakes ) {
    adapterWith( plainI2c ).expect( "slave 0x48" );
    EXPECT_EQ( errorOf( write( 0, std::string( 8192, 'x' ) ) ),
-              "over 8192 bytes in one message, and the kernel takes no more" );
+              "more than 8192 bytes in one message; the kernel refuses them" );
 }
 
 TEST_F( LinuxBusTest, AsksAgainForAnAdapterThatWasNotThere ) {
@@ -302,7 +301,7 @@ TEST_F( LinuxBusTest, AsksAgainForAnAdapterThatWasNotThere ) {
    LinuxBus late(
       [&]() -> std::unique_ptr<Adapter> {
          if ( ++asked == 1 )
-            throw AdapterError( "no adapter named \"tiny\"" );
+            throw AdapterError( "there is no adapter named \"tiny\"" );
          auto made = std::make_unique<ScriptedAdapter>( everything );
          adapter = made.get();
          adapter->expect( "slave 0x48" );
@@ -311,7 +310,7 @@ TEST_F( LinuxBusTest, AsksAgainForAnAdapterThatWasNotThere ) {
       },
       {} );
    const Outcome first = late.transfer( read( 0, 1 ) );
-   EXPECT_EQ( first.error, "no adapter named \"tiny\"" );
+   EXPECT_EQ( first.error, "there is no adapter named \"tiny\"" );
    EXPECT_TRUE( first.final );
    EXPECT_EQ( late.transfer( read( 0, 1 ) ).data, "a" );
    EXPECT_EQ( asked, 2 );

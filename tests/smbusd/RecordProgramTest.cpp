@@ -70,10 +70,11 @@ TEST_F( RecordProgramTest, WhatWasRecordedIsAnsweredAgainWithoutTheBoard ) {
 
 TEST_F( RecordProgramTest, AFileThatIsNoRecordingIsToldWithItsPlace ) {
    const std::string file = folder.write( "text", std::string( 1, '\0' ) );
-   EXPECT_THAT( ask( { "trace", file } ), HasSubstr( file + ": byte 0: no entry of a recording" ) );
+   EXPECT_THAT( ask( { "trace", file } ),
+                HasSubstr( file + ": byte 0: not an entry of a recording" ) );
    StartedProgram server( { ORBIS_SMBUSD, "--socket", socket, "--replay", file } );
    EXPECT_EQ( server.wait(), 1 );
-   EXPECT_THAT( server.errors(), HasSubstr( file + ": byte 0: no entry of a recording" ) );
+   EXPECT_THAT( server.errors(), HasSubstr( file + ": byte 0: not an entry of a recording" ) );
 }
 
 TEST_F( RecordProgramTest, AReplayStandsForAllBusses ) {

@@ -98,7 +98,7 @@ TEST_F( RecordingTest, SaysWhereAFileIsNone ) {
    folder.write( "night.rec", "{ \"routes\": [] }" );
    EXPECT_THAT( complaint(), HasSubstr( path + ": byte 0: " ) );
    folder.write( "night.rec", std::string( 1, '\0' ) );
-   EXPECT_EQ( complaint(), path + ": byte 0: no entry of a recording" );
+   EXPECT_EQ( complaint(), path + ": byte 0: not an entry of a recording" );
 }
 
 class ReplayTest : public RecordingTest {

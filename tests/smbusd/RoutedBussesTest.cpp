@@ -71,18 +71,18 @@ TEST_F( RoutedBussesTest, RefusesASimulatedBusThatThereIsnt ) {
 
 TEST_F( RoutedBussesTest, RefusesAnAdapterThatThereIsntUnlessItMayCome ) {
    EXPECT_THAT( complaint( R"({ "bus": "i2c:0", "adapter": { "number": 4 } })" ),
-                EndsWith( "/routes/0: no adapter has the number 4" ) );
+                EndsWith( "/routes/0: there is no adapter with number 4" ) );
    const Busses busses =
       route( R"({ "bus": "i2c:0", "adapter": { "number": 4 }, "optional": true })", {} );
-   EXPECT_EQ( missing, "i2c:0: no adapter has the number 4" );
+   EXPECT_EQ( missing, "i2c:0: there is no adapter with number 4" );
    ASSERT_EQ( busses.size(), 1u );
    EXPECT_EQ( busses.begin()->second->transfer( { .length = 1 } ).error,
-              "no adapter has the number 4" );
+              "there is no adapter with number 4" );
 }
 
 TEST_F( RoutedBussesTest, RefusesAnAdapterWithoutItsDeviceFile ) {
    EXPECT_THAT( complaint( R"({ "bus": "i2c:0", "adapter": { "name": "card bus 1" } })" ),
-                EndsWith( "/i2c-5: No such file or directory; the module i2c-dev makes it" ) );
+                EndsWith( "/i2c-5: No such file or directory; is the module i2c-dev loaded?" ) );
 }
 
 TEST_F( RoutedBussesTest, RefusesOneAdapterUnderTwoNames ) {

@@ -35,16 +35,16 @@ TEST_F( RoutesProgramTest, ChecksAFileAndTellsWhatCarriesEachBus ) {
    const std::string file = write( R"({ "bus": "scd(4):1:2", "simulated": true },
                 { "bus": "i2c:0", "adapter": { "name": "none here" }, "optional": true })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", file } ),
-              "0\nscd(4):1:2       simulated\ni2c:0            not yet\n" );
-   EXPECT_EQ( errors, "i2c:0: no adapter named \"none here\"\n" );
+              "0\nscd(4):1:2       simulated\ni2c:0            not available yet\n" );
+   EXPECT_EQ( errors, "i2c:0: there is no adapter named \"none here\"\n" );
 }
 
 TEST_F( RoutesProgramTest, TellsEveryAdapterThatIsMissing ) {
    const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "name": "none here" } },
                                       { "bus": "i2c:1", "adapter": { "name": "nor here" } })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", file } ), "1\n" );
-   EXPECT_EQ( errors, file + ": /routes/0: no adapter named \"none here\"\n" + file +
-                         ": /routes/1: no adapter named \"nor here\"\n" );
+   EXPECT_EQ( errors, file + ": /routes/0: there is no adapter named \"none here\"\n" + file +
+                         ": /routes/1: there is no adapter named \"nor here\"\n" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", "--elsewhere", file } ), "0\n" );
 }
 
@@ -57,7 +57,8 @@ TEST_F( RoutesProgramTest, ChecksTheFileAloneForAnotherMachine ) {
 TEST_F( RoutesProgramTest, DoesNotStartWithoutAnAdapterThatItNeeds ) {
    const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "name": "none here" } })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "--socket", socket, "--routes", file } ), "1\n" );
-   EXPECT_THAT( errors, HasSubstr( file + ": /routes/0: no adapter named \"none here\"" ) );
+   EXPECT_THAT( errors,
+                HasSubstr( file + ": /routes/0: there is no adapter named \"none here\"" ) );
 }
 
 TEST_F( RoutesProgramTest, ServesWhatHasARouteAndNothingElse ) {
@@ -72,7 +73,8 @@ TEST_F( RoutesProgramTest, ServesWhatHasARouteAndNothingElse ) {
    };
    EXPECT_EQ( read( "i2c:0:0x48" ), "0\n0x2f\n" );
    EXPECT_EQ( read( "i2c:1:0x48" ), "1\n" );
-   EXPECT_THAT( errors, HasSubstr( "no adapter named \"none here\"\n" ) ); // and asked once
+   EXPECT_THAT( errors,
+                HasSubstr( "there is no adapter named \"none here\"\n" ) ); // and logged once
    EXPECT_EQ( read( "scd(4):1:3:0x4a" ), "1\n" );
    EXPECT_THAT( errors, HasSubstr( "no such bus" ) );
    server.signal( SIGTERM );

@@ -79,7 +79,7 @@ TEST_F( ServerTest, KeepsTheConnectionAfterASenselessRequest ) {
    senseless.clear_type();
    const auto response = client.ask( transaction( read( 0x48, 0, 1 ), senseless ) );
    EXPECT_TRUE( response.failed() );
-   EXPECT_EQ( response.error(), "request 2 of 2: no type, or none that is known" );
+   EXPECT_EQ( response.error(), "request 2 of 2: a known type is missing" );
    EXPECT_TRUE( server.bus( scd ).log().empty() ); // nor was the first carried out
    EXPECT_FALSE( client.ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
 }
@@ -87,7 +87,7 @@ TEST_F( ServerTest, KeepsTheConnectionAfterASenselessRequest ) {
 TEST_F( ServerTest, KeepsTheConnectionAfterAFrameThatIsNoTransaction ) {
    RawClient client( server.path() );
    client.send( "\x03\xff\xff\xff" );
-   EXPECT_EQ( client.receive()->error(), "a frame of 3 bytes that is no transaction" );
+   EXPECT_EQ( client.receive()->error(), "a frame of 3 bytes is not a transaction" );
    EXPECT_FALSE( client.ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
 }
 
@@ -112,7 +112,7 @@ TEST_F( ServerTest, RefusesWhatIsForABusThatIsStuckAndServesOthersAndNewClients 
    const auto refusal = late.ask( transaction( read( 0x49, 0, 1 ) ) );
    EXPECT_EQ( refusal.error(),
               "request 1 of 1: read of 1 byte from 0x49 register 0x00 on scd(4):1:2: the bus is "
-              "stuck, a transaction has not ended for 4001 ms" );
+              "stuck: a transaction has been running for 4001 ms" );
    EXPECT_EQ( late.ask( transaction( onI2c( read( 0x48, 0, 1 ) ) ) ).response( 0 ).data(),
               "i2c:0" );
    EXPECT_FALSE( server.dispatcher().stop( 1ms ) ); // nor does it end while that one doesn't

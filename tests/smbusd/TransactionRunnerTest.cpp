@@ -187,7 +187,7 @@ TEST_F( TransactionRunnerTest, BeginsNothingWhenTheTimeIsUpButCloses ) {
    EXPECT_THAT( bus.log, ElementsAre( open70, read48, close70 ) );
    EXPECT_EQ( response.error(),
               "request 3 of 4: read of 1 byte from 0x48 register 0x00 on scd(4):1:2: "
-              "not begun, the transaction's 2000 ms are over" );
+              "not started: the time limit of 2000 ms is over" );
 }
 
 TEST_F( TransactionRunnerTest, StopsTryingWhenTheTimeIsUp ) {
@@ -197,7 +197,7 @@ TEST_F( TransactionRunnerTest, StopsTryingWhenTheTimeIsUp ) {
    EXPECT_EQ(
       run( read( 0x48, 0, 1 ) ).error(),
       "request 1 of 1: read of 1 byte from 0x48 register 0x00 on scd(4):1:2: it broke, 4 tries, "
-      "the transaction's 2000 ms are over" );
+      "the time limit of 2000 ms is over" );
 }
 
 } // namespace

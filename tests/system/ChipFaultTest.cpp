@@ -116,7 +116,7 @@ INSTANTIATE_TEST_SUITE_P(
             { "slow", "psu1", "400" },
             "psu1-slot",
             "unreadable",
-            { "not begun, the transaction's 300 ms are over" } },
+            { "not started: the time limit of 300 ms is over" } },
       Read{ "ASlotWhoseFruIsCorrupt",
             { "corrupt", "psu2-fru", "4", "0xff" },
             "psu2-slot",

@@ -40,7 +40,7 @@ const Failure failures[] = {
    { { "nack", "temp-cpu", "1/2" }, "temp-cpu", { "0x48 register 0x00", alertAssertion } },
    { { "answer-size", "temp-rear", "1" }, "temp-rear", { wordAssertion } },
    { { "stuck", "temp-cpu" }, "temp-cpu", { "held low by temp-cpu", alertAssertion } },
-   { { "slow", "psu1", "400" }, "psu1-slot", { "300 ms are over" } },
+   { { "slow", "psu1", "400" }, "psu1-slot", { "300 ms is over" } },
    { { "nack", "psu1" }, "psu1", { "from 0x58" } },
    { { "answer-size", "psu2", "3" }, "psu2", { wordAssertion } },
    { { "nack", "psu2-fru" }, "psu2-slot", { "absent: " } },

@@ -29,7 +29,7 @@ std::vector<uint8_t> bytesToWrite( const Bus::Transfer &transfer, unsigned offse
    return bytes;
 }
 
-// Of the message that is read, without a packet error code.
+// Of the message to read, without a packet error code.
 size_t bytesToRead( const Bus::Transfer &transfer ) {
    if ( transfer.isReceiveByte() )
       return 1;
@@ -75,7 +75,7 @@ std::string Messages::data( std::string &error ) const {
    expected = pecOver( expected, addressByte | 1, std::span( read_ ).first( read_.size() - 1 ) );
    if ( expected == read_.back() )
       return data;
-   error = fmt::format( "PEC {:#04x} where {:#04x} is due", read_.back(), expected );
+   error = fmt::format( "PEC is {:#04x}, expected {:#04x}", read_.back(), expected );
    return {};
 }
 
