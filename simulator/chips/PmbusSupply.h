@@ -41,7 +41,7 @@ class PmbusSupply final : public Chip {
       std::string ( *read )( PmbusSupply & ) = nullptr;
       bool ( *write )( PmbusSupply &, const std::string &data ) = nullptr; // false: invalid data
    };
-   static const std::map<uint8_t, Command> &commands();
+   static const std::map<uint8_t, Command> &commands(); // in PmbusCommands.cpp, with commandFan()
 
    enum Status { Vout, Iout, Input, Temperature, Cml, Fans, StatusCount };
    void latchStatus(); // sets the bits of present faults
