@@ -50,7 +50,7 @@ TEST_F( ProgramsTest, StopsCleanlyOnSigtermAndSigint ) {
    }
 }
 
-TEST_F( ProgramsTest, StopsThoughATransferDoesNotEnd ) {
+TEST_F( ProgramsTest, StopsAlthoughATransferDoesNotEnd ) {
    StartedProgram server( { ORBIS_SMBUSD, "--socket", path, "--simulate",
                             KELT_BOARD "/topology.json", "--simulation",
                             KELT_BOARD "/simulation.json", "--transaction-limit", "10" } );
@@ -87,7 +87,7 @@ TEST_F( ProgramsTest, ReplacesTheSocketOfAKilledServer ) {
    EXPECT_EQ( run( { "read", "i2c:0:0x48" } ), "0\n0x2f\n" );
 }
 
-TEST_F( ProgramsTest, RefusesToStartBesideALivingServer ) {
+TEST_F( ProgramsTest, RefusesToStartBesideARunningServer ) {
    const auto server = startServer();
    StartedProgram second( { ORBIS_SMBUSD, "--socket", path, "--simulate",
                             KELT_BOARD "/topology.json", "--simulation",
@@ -96,7 +96,7 @@ TEST_F( ProgramsTest, RefusesToStartBesideALivingServer ) {
    EXPECT_THAT( second.errors(), HasSubstr( path + ": another server is running" ) );
 }
 
-TEST_F( ProgramsTest, RefusesABadBoardFileByItsPlace ) {
+TEST_F( ProgramsTest, NamesThePlaceOfAnErrorInABoardFile ) {
    const std::string bad = folder.write( "simulation.json", "{ \"chips\": [ 5 ] }" );
    StartedProgram server( { ORBIS_SMBUSD, "--socket", path, "--simulate",
                             KELT_BOARD "/topology.json", "--simulation", bad } );
@@ -104,7 +104,7 @@ TEST_F( ProgramsTest, RefusesABadBoardFileByItsPlace ) {
    EXPECT_THAT( server.errors(), HasSubstr( bad + ": /chips/0: 5 is no object" ) );
 }
 
-TEST_F( ProgramsTest, TellWrongUsageByTheirExitCode ) {
+TEST_F( ProgramsTest, ExitWithCode2AfterWrongUsage ) {
    EXPECT_EQ( StartedProgram( { ORBIS_SMBUSD } ).wait(), 2 );
    EXPECT_EQ( StartedProgram( { ORBIS_SMBUSD, "--simulate", "x" } ).wait(), 2 );
    EXPECT_EQ( run( {} ), "2\n" );
@@ -120,19 +120,19 @@ TEST_F( ProgramsTest, TellWrongUsageByTheirExitCode ) {
    EXPECT_EQ( run( { "dump", "i2c:0:0x48", "--size", "block" } ), "2\n" );
 }
 
-TEST_F( ProgramsTest, TellTheirVersionAndHelp ) {
+TEST_F( ProgramsTest, PrintTheirVersionAndHelp ) {
    EXPECT_EQ( run( { "--version" } ), "0\norbis-smbus " ORBIS_VERSION "\n" );
    EXPECT_THAT( run( { "--help" } ), HasSubstr( "Exit codes" ) );
    for ( const char *option : { "--version", "--help" } )
       EXPECT_EQ( StartedProgram( { ORBIS_SMBUSD, option } ).wait(), 0 );
 }
 
-TEST_F( ProgramsTest, TellByTheExitCodeThatNoServerIsThere ) {
+TEST_F( ProgramsTest, ExitWithCode3WithoutAServer ) {
    EXPECT_EQ( run( { "read", "i2c:0:0x48" } ), "3\n" );
    EXPECT_THAT( errors, HasSubstr( "the server can't be reached: No such file or directory" ) );
 }
 
-TEST_F( ProgramsTest, TellAFailedTransferInTheServersWords ) {
+TEST_F( ProgramsTest, PrintTheServersErrorWhenATransferFails ) {
    const auto server = startServer();
    EXPECT_EQ( run( { "read", "i2c:0:0x49", "0" } ), "1\n" );
    const std::string words = "request 1 of 1: read of 1 byte from 0x49 register 0x00 on i2c:0: no "

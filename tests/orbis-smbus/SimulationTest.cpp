@@ -90,7 +90,7 @@ TEST_F( SimulationTest, SwitchesFaultsOnAndOff ) {
    EXPECT_EQ( run( { "read", "i2c:0:0x48", "0" } ), "0\n0x2f\n" );
 }
 
-TEST_F( SimulationTest, TurnsTheClockByHand ) {
+TEST_F( SimulationTest, StepsTheClock ) {
    EXPECT_EQ( run( { "write", "scd(4):1:5:0x2e", "0x30", "0xff" } ), "0\n" );
    EXPECT_EQ( sim( { "get", "fan1.inlet", "rpm" } ), "0\n12047.1 rpm\n" );
    EXPECT_EQ( sim( { "step", "60" } ), "0\n" );
@@ -99,7 +99,7 @@ TEST_F( SimulationTest, TurnsTheClockByHand ) {
    EXPECT_THAT( sim( { "list" } ), HasSubstr( "speed 60, power on" ) );
 }
 
-TEST_F( SimulationTest, TakesThePowerAwayAndGivesItBack ) {
+TEST_F( SimulationTest, SwitchesThePowerOffAndOn ) {
    EXPECT_EQ( run( { "write", "i2c:0:0x48", "3", "0x19", "0x80" } ), "0\n" );
    EXPECT_EQ( sim( { "power", "off" } ), "0\n" );
    EXPECT_EQ( run( { "read", "i2c:0:0x48", "3" } ), "1\n" );
@@ -219,7 +219,7 @@ TEST_F( SimulationTest, ExplainsEachCommandWithAnExample ) {
    EXPECT_THAT( sim( { "play", "--help" } ), HasSubstr( "expect fan3.inlet rpm 0 within 4s" ) );
 }
 
-TEST_F( SimulationTest, OutlivesClientsThatTalkNonsense ) {
+TEST_F( SimulationTest, SurvivesInvalidRequests ) {
    RawClient endless( path + ".control" );
    endless.send( std::string( 11, '\xFF' ) ); // a length that never ends
    EXPECT_FALSE( endless.receive() );

@@ -259,7 +259,7 @@ TEST_F( ExportedAdapterTest, I2cToolsSeeWhatOurClientSees ) {
    }
 }
 
-TEST_F( ExportedAdapterTest, MuxesAreClosedBehindEveryBatch ) {
+TEST_F( ExportedAdapterTest, MuxesAreClosedAfterEveryBatch ) {
    const auto closed = [] { return smbus( exporter(), { "read", "scd(4):1:2:0x70" } ); };
    EXPECT_EQ(
       smbus( linux(), { "read", "scd(4):1:2:0x48", "0", "--size", "2", "--via", "0x70=1" } ),
@@ -275,7 +275,7 @@ TEST_F( ExportedAdapterTest, MuxesAreClosedBehindEveryBatch ) {
    EXPECT_EQ( closed(), "0x00\n" );
 }
 
-TEST_F( ExportedAdapterTest, MuxesAreClosedWhenTheClientGoesInTheMiddle ) {
+TEST_F( ExportedAdapterTest, MuxesAreClosedWhenTheClientDisconnects ) {
    sim( { "slow", "temp-front", "1000" } );
    {
       StartedProgram client(

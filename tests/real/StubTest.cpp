@@ -230,7 +230,7 @@ TEST_F( StubTest, AnAddressIsRefusedWhileAKernelDriverHoldsIt ) {
    EXPECT_EQ( run( read ), "0x21\n" );
 }
 
-TEST_F( StubTest, WhatTheAdapterCantDoIsRefusedByName ) {
+TEST_F( StubTest, AMissingFunctionOfTheAdapterIsNamed ) {
    EXPECT_THAT( run( { ORBIS_SMBUS, "read", "scd(4):1:2:0x49", "0", "--size", "33" }, 1 ),
                 HasSubstr( "the adapter lacks I2C_FUNC_I2C" ) );
    EXPECT_THAT( run( { ORBIS_SMBUS, "read", "scd(4):1:2:0x49", "0", "--pec" }, 1 ),
@@ -241,7 +241,7 @@ TEST_F( StubTest, WhatTheAdapterCantDoIsRefusedByName ) {
 
 // The scratch register of the second serial port keeps what is written, and its neighbours don't
 // mind.
-TEST_F( StubTest, IoPortsAreTheProcessors ) {
+TEST_F( StubTest, IoPortsReachTheProcessorsPorts ) {
    for ( const char *value : { "0x5a", "0xa5" } ) {
       run( { ORBIS_SMBUS, "write", "ioport:0:0", "7", value } );
       EXPECT_EQ( run( { ORBIS_SMBUS, "read", "ioport:0:0", "7" } ), fmt::format( "{}\n", value ) );

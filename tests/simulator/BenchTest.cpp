@@ -60,7 +60,7 @@ TEST_F( BenchTest, ShowsOnTheBusWhatTheBenchSets ) {
    EXPECT_EQ( read( psus, 0x59, 0x88, 2 ).data, "\xC0\xEB" ); // 960 by 2^-3
 }
 
-TEST_F( BenchTest, TakesNoNeighboursReadingsForEqual ) {
+TEST_F( BenchTest, HasDifferentValuesForAllReadings ) {
    std::set<double> seen;
    for ( const auto &[chip, kind, wire, address] : bench.chips() ) {
       for ( const Quantity &each : chip->quantities() ) {
@@ -74,7 +74,7 @@ TEST_F( BenchTest, TakesNoNeighboursReadingsForEqual ) {
    EXPECT_GE( seen.size(), 30u );
 }
 
-TEST_F( BenchTest, PullsASupplyWithAllThatIsInIt ) {
+TEST_F( BenchTest, PullsASupplyWithAllItsChips ) {
    EXPECT_TRUE( read( psus, 0x59, 0x88, 2 ).ok() );
    EXPECT_TRUE( read( psus, 0x51, 0, 1 ).ok() );
    bench.pull( "psu2" );
@@ -155,7 +155,7 @@ TEST_F( BenchTest, LetsRotorsAndSuppliesRunDownWithoutPower ) {
    EXPECT_GT( bench.quantity( "psu1", "outputVoltage" ).get(), 11 );
 }
 
-TEST_F( BenchTest, CountsWhatPasses ) {
+TEST_F( BenchTest, CountsTransfersAndBytes ) {
    const auto passed = [&] {
       return std::pair( bench.traffic().transfers, bench.traffic().bytes );
    };
@@ -173,7 +173,7 @@ TEST_F( BenchTest, LeavesAPulledModuleAbsentOverAPowerCycle ) {
    EXPECT_EQ( read( cplds, 0x32, 0x254, 1 ).data, "\x3B" );
 }
 
-TEST_F( BenchTest, TellsWhatItCannotDo ) {
+TEST_F( BenchTest, RefusesImpossibleCommandsWithAReason ) {
    EXPECT_EQ( complaint( [&] { bench.pull( "psu3" ); } ), "no module is called psu3" );
    EXPECT_EQ( complaint( [&] { bench.insert( "psu1" ); } ), "psu1 is inserted already" );
    EXPECT_EQ( complaint( [&] { bench.pull( "spare1" ); } ), "spare1 is not inserted" );

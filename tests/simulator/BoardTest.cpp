@@ -113,7 +113,7 @@ TEST_F( BoardTest, DriftsFromItsSeedWithTheClock ) {
    EXPECT_NE( readingAfter( 10s, "1" ), readingAfter( 10s, "2" ) );
 }
 
-TEST_F( BoardTest, LeavesAPlaceEmptyWhoseChipIsNotPresent ) {
+TEST_F( BoardTest, HasNoChipWhereItIsAbsent ) {
    ASSERT_EQ(
       complaintOnChips(
          R"({ "did": 10, "name": "t", "chip": "LM75", "temperature": 1, "present": false })" ),
@@ -123,7 +123,7 @@ TEST_F( BoardTest, LeavesAPlaceEmptyWhoseChipIsNotPresent ) {
               noAddressAcknowledge );
 }
 
-TEST_F( BoardTest, NamesFileAndReasonOfWhatCannotBeRead ) {
+TEST_F( BoardTest, NamesFileAndReasonWhenReadingFails ) {
    try {
       SimulatedBoard( folder.file( "nowhere.json" ), folder.file( "" ), clock );
       FAIL();
@@ -133,7 +133,7 @@ TEST_F( BoardTest, NamesFileAndReasonOfWhatCannotBeRead ) {
    }
 }
 
-TEST_F( BoardTest, NamesLineAndColumnOfWhatDoesNotParse ) {
+TEST_F( BoardTest, NamesLineAndColumnOfASyntaxError ) {
    topology = "[\n   { \"type\" \"SCD\" }\n]";
    EXPECT_EQ( complaint(), "topology.json:2:13: Missing a colon after a name of object member." );
    topology = "[]";
@@ -169,19 +169,19 @@ TEST_F( BoardTest, NamesWhatIsWrongInTheTopology ) {
    }
 }
 
-TEST_F( BoardTest, NamesADidThatIsAtTwoPlaces ) {
+TEST_F( BoardTest, NamesADidThatIsUsedTwice ) {
    EXPECT_EQ( complaintOnBus( R"("devices": [ { "did": 10, "address": { "address": 72 } },
                                               { "did": 10, "address": { "address": 73 } } ])" ),
               "topology.json: /0/bus/devices/1: did 10 is elsewhere already, at /0/bus/devices/0" );
 }
 
-TEST_F( BoardTest, NamesAMuxThatIsNoDeviceOfItsBus ) {
+TEST_F( BoardTest, NamesAMuxThatIsNotADeviceOfItsBus ) {
    EXPECT_EQ(
       complaintOnBus( R"("muxes": [ { "did": 100, "busses": [] } ])" ),
       "topology.json: /0/bus/muxes/0/did: no device of this bus has did 100 and an address" );
 }
 
-TEST_F( BoardTest, NamesAMuxBusThatSelectsNoSingleChannel ) {
+TEST_F( BoardTest, NamesAMuxBusThatDoesNotSelectOneChannel ) {
    for ( const char *id : { "0", "3", "256", "129" } )
       EXPECT_EQ(
          complaintOnBus( R"("devices": [ { "did": 100, "address": { "address": 112 } } ],

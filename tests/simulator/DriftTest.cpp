@@ -11,7 +11,7 @@ namespace {
 using Simulator::Drift;
 using namespace std::chrono_literals;
 
-TEST( DriftTest, IsStillWhenNothingIsTold ) {
+TEST( DriftTest, IsZeroByDefault ) {
    const Drift still;
    for ( const auto time : { 0s, 1s, 86400s } )
       EXPECT_EQ( still.at( time ), 0 );
@@ -29,7 +29,7 @@ TEST( DriftTest, RepeatsExactlyFromItsSeed ) {
    EXPECT_NEAR( first.at( 45s ), 1.069606, 0.000001 );
 }
 
-TEST( DriftTest, GoesAnotherWayWithAnotherSeed ) {
+TEST( DriftTest, DiffersWithAnotherSeed ) {
    EXPECT_NE( Drift( 2, 30s, 5 ).at( 30s ), Drift( 2, 30s, 6 ).at( 30s ) );
 }
 
@@ -46,7 +46,7 @@ TEST( DriftTest, StaysWithinItsAmplitudeOnBothSidesOfZero ) {
    EXPECT_GT( most, 1 );
 }
 
-TEST( DriftTest, MovesSlowlyEnoughToLookAt ) {
+TEST( DriftTest, NeverJumps ) {
    const Drift drift( 2, 30s, 5 );
    // The steepest it can be: 1.5 times the whole range in a period.
    for ( auto time = 0s; time < 1000s; time += 1s )

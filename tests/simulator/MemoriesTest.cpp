@@ -24,7 +24,7 @@ unsigned sum( const EepromImage &image, size_t first, size_t last ) {
           0xFF;
 }
 
-TEST( Eeprom24C02Test, ReadsOnFromTheAddressAndAroundTheEnd ) {
+TEST( Eeprom24C02Test, IncrementsTheAddressAndWrapsAround ) {
    EepromImage image{};
    image[0xFF] = 0x11;
    image[0x00] = 0x22;
@@ -61,7 +61,7 @@ TEST( FruImageTest, KeepsEveryAreaInWholeUnitsOfEightBytes ) {
    }
 }
 
-TEST( FruImageTest, RefusesWhatDoesNotFit ) {
+TEST( FruImageTest, RefusesTooLongTexts ) {
    EXPECT_NO_THROW( fruImage( { std::string( 63, 'x' ), "", "", "", "", "" } ) );
    EXPECT_THROW( fruImage( { std::string( 64, 'x' ), "", "", "", "", "" } ), std::length_error );
    const std::string most( 63, 'x' );

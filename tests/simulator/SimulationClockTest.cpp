@@ -21,7 +21,7 @@ TEST( SimulationClockTest, StartsAtZeroAndRunsFasterByItsSpeed ) {
    EXPECT_EQ( clock.now(), 2min );
 }
 
-TEST( SimulationClockTest, StandsStillAtSpeedZeroUntilItIsStepped ) {
+TEST( SimulationClockTest, StopsAtSpeedZeroUntilItIsStepped ) {
    ManualClock real;
    SimulationClock clock( real, 0 );
    real.advance( 1h );
@@ -30,7 +30,7 @@ TEST( SimulationClockTest, StandsStillAtSpeedZeroUntilItIsStepped ) {
    EXPECT_EQ( clock.now(), 90s );
 }
 
-TEST( SimulationClockTest, GoesOnFromWhereItIsWhenItsSpeedChanges ) {
+TEST( SimulationClockTest, ContinuesWhenItsSpeedChanges ) {
    ManualClock real;
    SimulationClock clock( real, 1 );
    real.advance( 10s );

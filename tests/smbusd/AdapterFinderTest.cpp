@@ -55,7 +55,7 @@ TEST_F( AdapterFinderTest, FindsByNumber ) {
    EXPECT_EQ( failure( AdapterNumber{ 9 } ), "there is no adapter with number 9" );
 }
 
-TEST_F( AdapterFinderTest, FindsByTheWholeName ) {
+TEST_F( AdapterFinderTest, FindsByTheCompleteName ) {
    EXPECT_EQ( findAdapter( AdapterName{ "card bus 1" }, places ), 5u );
    EXPECT_EQ( failure( AdapterName{ "card bus" } ), "there is no adapter named \"card bus\"" );
    EXPECT_EQ( failure( AdapterName{ "tiny" } ), "2 adapters named \"tiny\": numbers 4, 7" );
@@ -69,7 +69,7 @@ TEST_F( AdapterFinderTest, FindsByThePathOfTheAdapterOrOfItsDevice ) {
               6u );
 }
 
-TEST_F( AdapterFinderTest, SaysWhyAPathLeadsToNone ) {
+TEST_F( AdapterFinderTest, ExplainsWhyAPathHasNoAdapter ) {
    EXPECT_EQ( failure( AdapterPath{ path( "pci/04.0" ) } ),
               "2 adapters in " + path( "pci/04.0" ) + ": numbers 3, 5" ); // not what is behind them
    EXPECT_EQ( failure( AdapterPath{ path( "empty" ) } ),
@@ -78,7 +78,7 @@ TEST_F( AdapterFinderTest, SaysWhyAPathLeadsToNone ) {
               path( "gone" ) + ": No such file or directory" );
 }
 
-TEST_F( AdapterFinderTest, DescribesAnAdapterToPeople ) {
+TEST_F( AdapterFinderTest, DescribesAnAdapter ) {
    EXPECT_EQ( describeAdapter( 5, places ), "/dev/i2c-5 (card bus 1)" );
 }
 

@@ -48,7 +48,7 @@ TEST_F( IoPortBusTest, WritesOneOrTwoPorts ) {
    EXPECT_EQ( ports(), "01234x6789yzcdef" );
 }
 
-TEST_F( IoPortBusTest, NeverReachesBeyondItsWindow ) {
+TEST_F( IoPortBusTest, RefusesPortsOutsideItsRange ) {
    const std::string words = "outside the range of 8 ports from 0x0004";
    for ( const Transfer &transfer : { read( 8, 1 ), read( 7, 2 ), write( 8, "x" ), write( 7, "xy" ),
                                       read( 0xFFFFFFFF, 2 ) } ) {
@@ -60,7 +60,7 @@ TEST_F( IoPortBusTest, NeverReachesBeyondItsWindow ) {
    EXPECT_EQ( ports(), "0123456789abcdef" );
 }
 
-TEST_F( IoPortBusTest, RefusesWhatPortsDontKnow ) {
+TEST_F( IoPortBusTest, RefusesUnsupportedTransfers ) {
    Transfer block = read( 0, 0 ), call = write( 0, "xy" ), checked = read( 0, 1 );
    block.kind = Kind::BlockRead;
    call.kind = Kind::ProcessCall;
@@ -71,12 +71,12 @@ TEST_F( IoPortBusTest, RefusesWhatPortsDontKnow ) {
    EXPECT_EQ( bus.transfer( checked ).error, "I/O ports do not support PEC" );
 }
 
-TEST_F( IoPortBusTest, SaysThatAPortDoesntAnswer ) {
+TEST_F( IoPortBusTest, ReportsAPortThatDoesNotAnswer ) {
    IoPortBus beyond( 100, 8, file );
    EXPECT_EQ( beyond.transfer( read( 1, 1 ) ).error, "port 0x0065: fewer bytes than asked for" );
 }
 
-TEST_F( IoPortBusTest, OpensThePortsWhenTheyAreThere ) {
+TEST_F( IoPortBusTest, OpensThePortsWhenTheyExist ) {
    IoPortBus late( 0, 8, folder.file( "late" ) );
    EXPECT_EQ( late.transfer( read( 0, 1 ) ).error,
               folder.file( "late" ) + ": No such file or directory" );

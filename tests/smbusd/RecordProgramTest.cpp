@@ -41,7 +41,7 @@ class RecordProgramTest : public ::testing::Test {
    const std::string recording = folder.file( "night.rec" );
 };
 
-TEST_F( RecordProgramTest, WhatWasRecordedIsAnsweredAgainWithoutTheBoard ) {
+TEST_F( RecordProgramTest, ReplaysARecordingWithoutTheBoard ) {
    const std::vector<std::vector<std::string>> questions{
       { "read", "scd(4):1:2:0x48", "0", "--size", "2", "--via", "0x70=1" },
       { "read", "i2c:0:0x49", "0" }, // nobody is there
@@ -68,7 +68,7 @@ TEST_F( RecordProgramTest, WhatWasRecordedIsAnsweredAgainWithoutTheBoard ) {
                            "\"written\":[],\"read\":[24,128]}" ) );
 }
 
-TEST_F( RecordProgramTest, AFileThatIsNoRecordingIsToldWithItsPlace ) {
+TEST_F( RecordProgramTest, NamesTheByteWhereAFileIsNotARecording ) {
    const std::string file = folder.write( "text", std::string( 1, '\0' ) );
    EXPECT_THAT( ask( { "trace", file } ),
                 HasSubstr( file + ": byte 0: not an entry of a recording" ) );
@@ -77,7 +77,7 @@ TEST_F( RecordProgramTest, AFileThatIsNoRecordingIsToldWithItsPlace ) {
    EXPECT_THAT( server.errors(), HasSubstr( file + ": byte 0: not an entry of a recording" ) );
 }
 
-TEST_F( RecordProgramTest, AReplayStandsForAllBusses ) {
+TEST_F( RecordProgramTest, AReplayExcludesABoardAndRoutes ) {
    StartedProgram both( { ORBIS_SMBUSD, "--replay", recording, "--routes", "x" } );
    EXPECT_EQ( both.wait(), 2 );
 }

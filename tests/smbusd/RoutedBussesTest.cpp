@@ -56,20 +56,20 @@ class RoutedBussesTest : public ::testing::Test {
    std::string missing;
 };
 
-TEST_F( RoutedBussesTest, ServesOfTheSimulatedBussesThoseThatHaveARoute ) {
+TEST_F( RoutedBussesTest, ServesOnlySimulatedBussesWithARoute ) {
    const Busses busses = route( R"({ "bus": "scd(4):1:2", "simulated": true })", simulated() );
    ASSERT_EQ( busses.size(), 1u );
    EXPECT_EQ( busses.begin()->second->transfer( {} ).data, "wires" );
    EXPECT_TRUE( route( "", simulated() ).empty() );
 }
 
-TEST_F( RoutedBussesTest, RefusesASimulatedBusThatThereIsnt ) {
+TEST_F( RoutedBussesTest, RefusesAnUnknownSimulatedBus ) {
    EXPECT_THAT( complaint( R"({ "bus": "scd(4):1:9", "simulated": true })" ),
                 EndsWith( "/routes/0: the simulated board has no scd(4):1:9" ) );
    EXPECT_THROW( route( R"({ "bus": "scd(4):1:2", "simulated": true })", {} ), BoardError );
 }
 
-TEST_F( RoutedBussesTest, RefusesAnAdapterThatThereIsntUnlessItMayCome ) {
+TEST_F( RoutedBussesTest, RefusesAMissingAdapterUnlessItIsOptional ) {
    EXPECT_THAT( complaint( R"({ "bus": "i2c:0", "adapter": { "number": 4 } })" ),
                 EndsWith( "/routes/0: there is no adapter with number 4" ) );
    const Busses busses =
@@ -85,7 +85,7 @@ TEST_F( RoutedBussesTest, RefusesAnAdapterWithoutItsDeviceFile ) {
                 EndsWith( "/i2c-5: No such file or directory; is the module i2c-dev loaded?" ) );
 }
 
-TEST_F( RoutedBussesTest, RefusesOneAdapterUnderTwoNames ) {
+TEST_F( RoutedBussesTest, RefusesTwoRoutesToOneAdapter ) {
    EXPECT_THAT( complaint( R"({ "bus": "i2c:0", "adapter": { "number": 5 }, "optional": true },
                     { "bus": "i2c:1", "adapter": { "name": "card bus 1" }, "optional": true })" ),
                 EndsWith( "/routes/1: on the same adapter, number 5, like /routes/0" ) );

@@ -31,7 +31,7 @@ class RoutesProgramTest : public ::testing::Test {
    std::string errors;
 };
 
-TEST_F( RoutesProgramTest, ChecksAFileAndTellsWhatCarriesEachBus ) {
+TEST_F( RoutesProgramTest, ChecksAFileAndDescribesEachBus ) {
    const std::string file = write( R"({ "bus": "scd(4):1:2", "simulated": true },
                 { "bus": "i2c:0", "adapter": { "name": "none here" }, "optional": true })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", file } ),
@@ -39,7 +39,7 @@ TEST_F( RoutesProgramTest, ChecksAFileAndTellsWhatCarriesEachBus ) {
    EXPECT_EQ( errors, "i2c:0: there is no adapter named \"none here\"\n" );
 }
 
-TEST_F( RoutesProgramTest, TellsEveryAdapterThatIsMissing ) {
+TEST_F( RoutesProgramTest, NamesEveryMissingAdapter ) {
    const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "name": "none here" } },
                                       { "bus": "i2c:1", "adapter": { "name": "nor here" } })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", file } ), "1\n" );
@@ -48,20 +48,20 @@ TEST_F( RoutesProgramTest, TellsEveryAdapterThatIsMissing ) {
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", "--elsewhere", file } ), "0\n" );
 }
 
-TEST_F( RoutesProgramTest, ChecksTheFileAloneForAnotherMachine ) {
+TEST_F( RoutesProgramTest, ChecksOnlyTheFileForAnotherMachine ) {
    const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "number": -1 } })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", "--elsewhere", file } ), "1\n" );
    EXPECT_THAT( errors, HasSubstr( file + ": /routes/0/adapter/number: -1 is below 0" ) );
 }
 
-TEST_F( RoutesProgramTest, DoesNotStartWithoutAnAdapterThatItNeeds ) {
+TEST_F( RoutesProgramTest, DoesNotStartWithoutARequiredAdapter ) {
    const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "name": "none here" } })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "--socket", socket, "--routes", file } ), "1\n" );
    EXPECT_THAT( errors,
                 HasSubstr( file + ": /routes/0: there is no adapter named \"none here\"" ) );
 }
 
-TEST_F( RoutesProgramTest, ServesWhatHasARouteAndNothingElse ) {
+TEST_F( RoutesProgramTest, ServesOnlyBussesWithARoute ) {
    const std::string file = write( R"({ "bus": "i2c:0", "simulated": true },
                 { "bus": "i2c:1", "adapter": { "name": "none here" }, "optional": true })" );
    StartedProgram server( { ORBIS_SMBUSD, "--socket", socket, "--simulate",

@@ -82,7 +82,7 @@ TEST_F( ServerLimitsTest, ServesSixtyFourClientsAndRefusesTheNext ) {
    FAIL() << "the place was never free again";
 }
 
-TEST_F( ServerLimitsTest, TellsTheClientLibraryThatThereAreTooManyClients ) {
+TEST_F( ServerLimitsTest, RefusesTheClientLibraryWhenThereAreTooManyClients ) {
    std::vector<std::unique_ptr<RawClient>> clients;
    for ( int i = 0; i < 64; ++i ) {
       clients.push_back( std::make_unique<RawClient>( server.path() ) );

@@ -27,7 +27,7 @@ Smbus::Request onI2c( Smbus::Request request ) {
    return request;
 }
 
-TEST_F( ServerTest, CarriesATransactionToItsBus ) {
+TEST_F( ServerTest, CarriesOutATransactionOnItsBus ) {
    RawClient client( server.path() );
    const auto response =
       client.ask( transaction( sendByte( 0x70, 1 ), read( 0x48, 0, 1 ), sendByte( 0x70, 0 ) ) );
@@ -57,7 +57,7 @@ TEST_F( ServerTest, AnswersManyTransactionsOfOneConnectionInOrder ) {
    }
 }
 
-TEST_F( ServerTest, TakesAFrameThatComesAByteAtATime ) {
+TEST_F( ServerTest, AcceptsAFrameInSingleBytes ) {
    RawClient client( server.path() );
    const std::string message = transaction( read( 0x48, 0, 1 ) ).SerializeAsString();
    for ( const char byte : static_cast<char>( message.size() ) + message )
@@ -65,7 +65,7 @@ TEST_F( ServerTest, TakesAFrameThatComesAByteAtATime ) {
    EXPECT_EQ( client.receive()->response( 0 ).data(), scd );
 }
 
-TEST_F( ServerTest, SaysThatThereIsNoSuchBus ) {
+TEST_F( ServerTest, RefusesAnUnknownBus ) {
    RawClient client( server.path() );
    Smbus::Request elsewhere = read( 0x48, 0, 1 );
    elsewhere.set_pci( 5 );
@@ -73,7 +73,7 @@ TEST_F( ServerTest, SaysThatThereIsNoSuchBus ) {
               "request 1 of 1: read of 1 byte from 0x48 register 0x00 on scd(5):1:2: no such bus" );
 }
 
-TEST_F( ServerTest, KeepsTheConnectionAfterASenselessRequest ) {
+TEST_F( ServerTest, KeepsTheConnectionAfterAnInvalidRequest ) {
    RawClient client( server.path() );
    Smbus::Request senseless = read( 0x48, 0, 1 );
    senseless.clear_type();
@@ -84,7 +84,7 @@ TEST_F( ServerTest, KeepsTheConnectionAfterASenselessRequest ) {
    EXPECT_FALSE( client.ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
 }
 
-TEST_F( ServerTest, KeepsTheConnectionAfterAFrameThatIsNoTransaction ) {
+TEST_F( ServerTest, KeepsTheConnectionAfterAFrameThatIsNotATransaction ) {
    RawClient client( server.path() );
    client.send( "\x03\xff\xff\xff" );
    EXPECT_EQ( client.receive()->error(), "a frame of 3 bytes is not a transaction" );
@@ -102,7 +102,7 @@ TEST_F( ServerTest, ServesOtherBussesWhileOneIsSlow ) {
    EXPECT_EQ( slow.receive()->response( 0 ).data(), scd );
 }
 
-TEST_F( ServerTest, RefusesWhatIsForABusThatIsStuckAndServesOthersAndNewClients ) {
+TEST_F( ServerTest, RefusesAStuckBusAndServesOthersAndNewClients ) {
    server.bus( scd ).stopAt( read48 );
    RawClient first( server.path() );
    first.send( transaction( read( 0x48, 0, 1 ) ) );
@@ -121,7 +121,7 @@ TEST_F( ServerTest, RefusesWhatIsForABusThatIsStuckAndServesOthersAndNewClients 
    EXPECT_TRUE( server.dispatcher().stop( 10s ) );
 }
 
-TEST_F( ServerTest, RunsATransactionToItsEndBeforeAnotherOnItsBus ) {
+TEST_F( ServerTest, FinishesATransactionBeforeAnotherOnItsBus ) {
    server.bus( scd ).stopAt( read48 );
    RawClient first( server.path() ), second( server.path() );
    first.send( transaction( sendByte( 0x70, 1 ), read( 0x48, 0, 1 ), sendByte( 0x70, 0 ) ) );
@@ -137,7 +137,7 @@ TEST_F( ServerTest, RunsATransactionToItsEndBeforeAnotherOnItsBus ) {
                              "read of 1 byte from 0x49 register 0x00" ) );
 }
 
-TEST_F( ServerTest, RunsATransactionToItsEndWhoseClientGoesInTheMiddle ) {
+TEST_F( ServerTest, FinishesATransactionWhoseClientDisconnects ) {
    server.bus( scd ).stopAt( read48 );
    RawClient client( server.path() );
    client.send( transaction( sendByte( 0x70, 1 ), read( 0x48, 0, 1 ), sendByte( 0x70, 0 ) ) );
@@ -150,7 +150,7 @@ TEST_F( ServerTest, RunsATransactionToItsEndWhoseClientGoesInTheMiddle ) {
                              "read of 1 byte from 0x49 register 0x00" ) );
 }
 
-TEST_F( ServerTest, BeginsNoTransactionWhoseClientHasGone ) {
+TEST_F( ServerTest, DropsWaitingTransactionsOfAClientThatHasGone ) {
    server.bus( scd ).stopAt( read48 );
    RawClient first( server.path() ), impatient( server.path() );
    first.send( transaction( read( 0x48, 0, 1 ) ) );
@@ -177,7 +177,7 @@ TEST_F( ServerTest, EndsConnectionsWhenItIsStopped ) {
    EXPECT_FALSE( client.receive() );
 }
 
-TEST_F( ServerTest, FinishesTheTransactionInHandWhenItIsStopped ) {
+TEST_F( ServerTest, FinishesTheRunningTransactionWhenItIsStopped ) {
    auto stopped = std::make_unique<RunningServer>();
    HeldBus &bus = stopped->bus( scd );
    bus.stopAt( read48 );

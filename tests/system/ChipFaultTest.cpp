@@ -30,7 +30,7 @@ struct Read {
 
 class FaultyReading : public ChipFaultTest, public ::testing::WithParamInterface<Read> {};
 
-TEST_P( FaultyReading, IsToldWithItsReasonAndOnlyThere ) {
+TEST_P( FaultyReading, IsReportedWithItsReasonAndOnlyThere ) {
    const Read &row = GetParam();
    Words words = { "sim" };
    words.insert( words.end(), row.fault.begin(), row.fault.end() );
@@ -156,7 +156,7 @@ struct Act {
 
 class FaultyAction : public ChipFaultTest, public ::testing::WithParamInterface<Act> {};
 
-TEST_P( FaultyAction, IsToldWithItsReasonAndWorksOnceCleared ) {
+TEST_P( FaultyAction, IsReportedWithItsReasonAndWorksOnceCleared ) {
    const Act &row = GetParam();
    Words words = { "sim" };
    words.insert( words.end(), row.fault.begin(), row.fault.end() );
@@ -219,19 +219,19 @@ INSTANTIATE_TEST_SUITE_P(
            { "status 6", "from 0x20 register 0x0a", noAcknowledge } } ),
    []( const auto &row ) { return row.param.name; } );
 
-TEST_F( ChipFaultTest, WhatComesCorruptedInSilenceIsShown ) {
+TEST_F( ChipFaultTest, ACorruptedReadingIsShown ) {
    board.smbus( { "sim", "corrupt", "temp-rear", "0", "0x20" } );
    EXPECT_EQ( board.show().values.at( "temp-rear temperature" ), 31 + 32 );
 }
 
-TEST_F( ChipFaultTest, AWrongBlockCountGivesSoManyBytes ) {
+TEST_F( ChipFaultTest, AWrongBlockCountReturnsThatNumberOfBytes ) {
    const Words read = { "smbus", "qsfp1-eeprom", "block-read", "0" };
    EXPECT_EQ( board.host( read ).output.size(), size_t( 0x0d * 3 ) ); // its first byte counts
    board.smbus( { "sim", "block-count", "qsfp1-eeprom", "3" } );
    EXPECT_EQ( board.host( read ).output.size(), size_t( 3 * 3 ) );
 }
 
-TEST_F( ChipFaultTest, WhatIsSlowWithinTheLimitIsRead ) {
+TEST_F( ChipFaultTest, ASlowChipWithinTheLimitIsRead ) {
    board.smbus( { "sim", "slow", "temp-rear", "50" } );
    EXPECT_EQ( board.show().values.at( "temp-rear temperature" ), 31 );
 }

@@ -68,7 +68,7 @@ TEST_F( DrivingTest, TheControlLinesOfCages ) {
    EXPECT_TRUE( becomes( "sfp1", "txDisable", 1 ) );
 }
 
-TEST_F( DrivingTest, ALineThatACageDoesNotHaveIsToldAndEndsNothing ) {
+TEST_F( DrivingTest, ALineThatACageDoesNotHaveIsReportedAndEndsNothing ) {
    const Ran ran = board.host( { "xcvr", "sfp1", "lpmode", "on" } );
    EXPECT_EQ( ran.exitCode, 1 );
    EXPECT_THAT( ran.errors, HasSubstr( "doesn't support" ) );
@@ -146,14 +146,14 @@ TEST_F( DrivingTest, ProxiesReadAndWriteModules ) {
    EXPECT_EQ( answer( { "smbus", "psu1-fru", "read-byte", "200" } ), "0xff\n" );
 }
 
-TEST_F( DrivingTest, AnOperationThatTheDriverDoesNotHaveIsToldAndEndsNothing ) {
+TEST_F( DrivingTest, AnOperationThatTheDriverDoesNotHaveIsReportedAndEndsNothing ) {
    const Ran ran = board.host( { "smbus", "qsfp1-eeprom", "quick-command", "0" } );
    EXPECT_EQ( ran.exitCode, 1 );
    EXPECT_THAT( ran.errors, HasSubstr( "doesn't support" ) );
    EXPECT_THAT( board.host( { "system", "reload-cause" } ).errors, HasSubstr( "doesn't support" ) );
 }
 
-TEST_F( DrivingTest, PowerIsCutAndGivenBack ) {
+TEST_F( DrivingTest, PowerIsSwitchedOffAndOn ) {
    drive( { "fan", "fan1", "24000" } );
    EXPECT_TRUE( becomes( "fan1.inlet", "drive", 100 ) );
    board.host( { "system", "powercycle", "--yes" } );
@@ -166,7 +166,7 @@ TEST_F( DrivingTest, PowerIsCutAndGivenBack ) {
    EXPECT_EQ( board.show().exitCode, 0 );
 }
 
-TEST_F( DrivingTest, NothingIsCutWithoutAYes ) {
+TEST_F( DrivingTest, PowerStaysOnWithoutAYes ) {
    const Ran ran = board.host( { "system", "poweroff" } );
    EXPECT_NE( ran.exitCode, 0 );
    EXPECT_THAT( board.smbus( { "sim", "list" } ), HasSubstr( "power on" ) );

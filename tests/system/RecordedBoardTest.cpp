@@ -57,7 +57,7 @@ TEST_F( RecordedBoardTest, TheBoardShowsWhatItShowedThroughTheKernel ) {
       EXPECT_EQ( fault, name == "system" ? "unsupported: " : "absent: " ) << name;
 }
 
-TEST_F( RecordedBoardTest, AFaultThatTheKernelToldIsToldAgain ) {
+TEST_F( RecordedBoardTest, AFaultFromTheKernelIsReportedAgain ) {
    StartedProgram client(
       { ORBIS_SMBUS, "--socket", socket, "read", "scd(4):1:2:0x55", "0", "--via", "0x70=1" } );
    EXPECT_EQ( client.wait(), 1 );

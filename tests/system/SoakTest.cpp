@@ -125,7 +125,7 @@ class SoakTest : public ::testing::Test {
    Shown right;
 };
 
-TEST_F( SoakTest, LivesOnInTheMemoryItBeganWithAndTellsEveryFault ) {
+TEST_F( SoakTest, KeepsItsMemoryAndReportsEveryFault ) {
    const char *asked = std::getenv( "ORBIS_SOAK_TRANSFERS" );
    const uint64_t transfers = asked ? std::strtoull( asked, nullptr, 10 ) : 4000;
    right = board.show();

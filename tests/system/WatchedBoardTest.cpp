@@ -34,20 +34,20 @@ class WatchedBoardTest : public ::testing::Test {
    size_t at = 0;
 };
 
-TEST_F( WatchedBoardTest, ASupplyThatIsPulledIsMissedWithinTwoPeriods ) {
+TEST_F( WatchedBoardTest, APulledSupplyIsAbsentWithinTwoPeriods ) {
    pullAndInsert( "1", "psu1", "psu1-slot", "KP-850AC-F", "absent" );
 }
 
-TEST_F( WatchedBoardTest, AFanModuleThatIsPulledIsMissedWithinTwoPeriods ) {
+TEST_F( WatchedBoardTest, APulledFanModuleIsAbsentWithinTwoPeriods ) {
    // The expander's inputs are read anew once they are more than two seconds old.
    pullAndInsert( "2", "fan1", "fan1-slot", "KF-4056", "absent" );
 }
 
-TEST_F( WatchedBoardTest, ATransceiverThatIsPulledIsMissedWithinTwoPeriods ) {
+TEST_F( WatchedBoardTest, APulledTransceiverIsAbsentWithinTwoPeriods ) {
    pullAndInsert( "1", "qsfp1", "qsfp1", "qsfp1 #", "qsfp1 ." ); // the CPLD is polled every second
 }
 
-TEST_F( WatchedBoardTest, AServerThatDiesIsToldWithinAPeriod ) {
+TEST_F( WatchedBoardTest, AServerThatDiesIsReportedWithinAPeriod ) {
    table = board.watch( "0.2" );
    expect( "temp-front", "24.5", "unreadable", 1, [&] { board.killServer(); } );
    board.startServer();
