@@ -1,4 +1,4 @@
-// Every allocation of the process, counted.
+// The number of allocations of the process.
 #pragma once
 
 extern long allocations;

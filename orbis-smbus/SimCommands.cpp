@@ -17,8 +17,8 @@ namespace {
 
 using SmbusControl::Request;
 
-CLI::App &add( CLI::App &sim, const char *group, const std::string &name, const char *help,
-               const std::string &example ) {
+CLI::App &addCommand( CLI::App &sim, const char *group, const std::string &name, const char *help,
+                      const std::string &example ) {
    CLI::App *command = sim.add_subcommand( name, help );
    command->group( group );
    command->footer( fmt::format( "Example: orbis-smbus sim {} {}", name, example ) );
@@ -52,16 +52,16 @@ void describeQuantities( CLI::App &sim, Request &request ) {
    constexpr const char *part = "A chip, or a part of it: psu1, fan3.inlet";
    constexpr const char *quantity = "A quantity of it: load, rpm";
    CLI::App &list =
-      add( sim, group, "list", "Print clock, modules, chips and their quantities", "" );
+      addCommand( sim, group, "list", "Print clock, modules, chips and their quantities", "" );
    list.callback( [&request] { request.set_list( true ); } );
 
-   CLI::App &get = add( sim, group, "get", "Print a quantity", "fan3.inlet rpm" );
+   CLI::App &get = addCommand( sim, group, "get", "Print a quantity", "fan3.inlet rpm" );
    addText( get, "PART", part,
             [&request]( const std::string &text ) { request.mutable_get()->set_whose( text ); } );
    addText( get, "QUANTITY", quantity,
             [&request]( const std::string &text ) { request.mutable_get()->set_name( text ); } );
 
-   CLI::App &set = add( sim, group, "set", "Set a quantity", "psu1 load 30" );
+   CLI::App &set = addCommand( sim, group, "set", "Set a quantity", "psu1 load 30" );
    addText( set, "PART", part, [&request]( const std::string &text ) {
       request.mutable_set()->mutable_name()->set_whose( text );
    } );
@@ -78,12 +78,12 @@ void describeQuantities( CLI::App &sim, Request &request ) {
 void describeModules( CLI::App &sim, Request &request ) {
    constexpr const char *group = "Modules and rotors";
    constexpr const char *module = "A power supply, fan module or transceiver: psu2, fan1, qsfp1";
-   addText( add( sim, group, "pull", "Pull a module out of the board", "psu2" ), "MODULE", module,
-            [&request]( const std::string &text ) { request.set_pull( text ); } );
-   addText( add( sim, group, "insert", "Insert a module", "psu2" ), "MODULE", module,
+   addText( addCommand( sim, group, "pull", "Pull a module out of the board", "psu2" ), "MODULE",
+            module, [&request]( const std::string &text ) { request.set_pull( text ); } );
+   addText( addCommand( sim, group, "insert", "Insert a module", "psu2" ), "MODULE", module,
             [&request]( const std::string &text ) { request.set_insert( text ); } );
    const auto addRotor = [&]( const char *name, const char *help, bool stalled ) {
-      addText( add( sim, group, name, help, "fan3.inlet" ), "ROTOR",
+      addText( addCommand( sim, group, name, help, "fan3.inlet" ), "ROTOR",
                "A rotor: fan3.inlet, psu1.fan2", [&request, stalled]( const std::string &text ) {
                   SmbusControl::Set &set = *request.mutable_set();
                   set.mutable_name()->set_whose( text );
@@ -97,7 +97,7 @@ void describeModules( CLI::App &sim, Request &request ) {
 
 CLI::App &addFault( CLI::App &sim, Request &request, const char *name, const char *help,
                     const std::string &example ) {
-   CLI::App &command = add( sim, "Faults of a chip", name, help, example );
+   CLI::App &command = addCommand( sim, "Faults of a chip", name, help, example );
    addText( command, "CHIP", "A chip, by the name that list shows",
             [&request]( const std::string &text ) { request.mutable_fault()->set_chip( text ); } );
    return command;
@@ -172,29 +172,30 @@ void describeFaults( CLI::App &sim, Request &request ) {
       if ( corruption.mask() == 0 )
          corruption.set_mask( 0xFF );
    } );
-   addText( add( sim, "Faults of a chip", "clear", "Remove all faults of a chip", "temp-rear" ),
-            "CHIP", "A chip, by the name that list shows",
-            [&request]( const std::string &text ) { request.set_clear_faults( text ); } );
+   addText(
+      addCommand( sim, "Faults of a chip", "clear", "Remove all faults of a chip", "temp-rear" ),
+      "CHIP", "A chip, by the name that list shows",
+      [&request]( const std::string &text ) { request.set_clear_faults( text ); } );
 }
 
 void describeClockAndPower( CLI::App &sim, Request &request ) {
    constexpr const char *group = "Clock and power";
    constexpr double year = 365 * 86400; // seconds
-   add( sim, group, "step", "Move the simulation's clock forward", "60" )
+   addCommand( sim, group, "step", "Move the simulation's clock forward", "60" )
       .add_option_function<double>(
          "SECONDS", [&request]( double seconds ) { request.set_step( seconds ); },
          "By this time, at most a year" )
       ->required()
       ->check( number( 0, year ) )
       ->option_text( "0 to 31536000" );
-   add( sim, group, "speed", "Set the speed of the simulation's clock", "60" )
+   addCommand( sim, group, "speed", "Set the speed of the simulation's clock", "60" )
       .add_option_function<double>(
          "N", [&request]( double speed ) { request.set_speed( speed ); },
          "Seconds of the simulation in a real second; at 0 only step moves the clock" )
       ->required()
       ->check( number( 0, 1e6 ) )
       ->option_text( "0 to 1000000" );
-   addText( add( sim, group, "power", "Switch the board's power", "cycle" ), "STATE",
+   addText( addCommand( sim, group, "power", "Switch the board's power", "cycle" ), "STATE",
             "off: no chip answers; on: every chip starts as after power-on; cycle: both",
             [&request]( const std::string &text ) {
                request.set_power( text == "on"    ? SmbusControl::ON

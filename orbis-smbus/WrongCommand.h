@@ -6,7 +6,7 @@
 
 namespace SmbusClient {
 
-// Words that are not a command; the text says what is wrong with them.
+// Words that are not a command; the text says why.
 struct WrongCommand : std::runtime_error {
    using std::runtime_error::runtime_error;
 };

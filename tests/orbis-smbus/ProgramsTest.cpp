@@ -1,4 +1,4 @@
-// orbis-smbusd and orbis-smbus as they are installed, on the simulated Kelt board.
+// The installed programs orbis-smbusd and orbis-smbus, on the simulated Kelt board.
 #include "PrivateFolder.h"
 #include "StartedProgram.h"
 
@@ -25,7 +25,7 @@ class ProgramsTest : public ::testing::Test {
       EXPECT_TRUE( program->waitForError( "serving" ) ) << program->errors();
       return program;
    }
-   // The exit code, then what was printed.
+   // The exit code, then the output.
    std::string run( std::vector<std::string> arguments ) {
       arguments.insert( arguments.begin(), { ORBIS_SMBUS, "--socket", path } );
       StartedProgram program( arguments );
@@ -58,7 +58,7 @@ TEST_F( ProgramsTest, StopsAlthoughATransferDoesNotEnd ) {
    ASSERT_EQ( run( { "sim", "slow", "temp-cpu", "60000" } ), "0\n" );
    StartedProgram client( { ORBIS_SMBUS, "--socket", path, "read", "i2c:0:0x48" } );
    while ( run( { "--json", "sim", "list" } ).find( "\"transfers\":1," ) == std::string::npos ) {
-   } // until it is in hand
+   } // until the transfer runs
    server.signal( SIGTERM );
    EXPECT_EQ( server.wait(), 0 );
    EXPECT_THAT( server.errors(), HasSubstr( "a bus is stuck; its transaction is abandoned" ) );
@@ -165,7 +165,7 @@ TEST_F( ProgramsTest, WriteBytesAndWords ) {
    EXPECT_EQ( run( { "read", "i2c:0:0x48", "2", "--size", "2" } ), "0\n0x18 0x80\n" );
    EXPECT_EQ( run( { "--json", "write", "i2c:0:0x48", "2" } ),
               "0\n{\"address\":\"i2c:0:0x48\"}\n" );
-   EXPECT_EQ( run( { "read", "i2c:0:0x48" } ), "0\n0x18\n" ); // the pointer is there
+   EXPECT_EQ( run( { "read", "i2c:0:0x48" } ), "0\n0x18\n" ); // the pointer is at register 2
 }
 
 TEST_F( ProgramsTest, ReachThroughMuxesAndCloseThemAgain ) {

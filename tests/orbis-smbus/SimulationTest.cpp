@@ -1,4 +1,4 @@
-// The bench's side of the simulated Kelt board, as people and scripts drive it.
+// orbis-smbus sim and trace on the simulated Kelt board.
 #include "PrivateFolder.h"
 #include "RawClient.h"
 #include "StartedProgram.h"
@@ -24,7 +24,7 @@ using Words = std::vector<std::string>;
 class SimulationTest : public ::testing::Test {
  protected:
    SimulationTest() { EXPECT_TRUE( server.waitForError( "serving" ) ) << server.errors(); }
-   // The exit code, then what was printed.
+   // The exit code, then the output.
    std::string run( Words arguments ) {
       arguments.insert( arguments.begin(), { ORBIS_SMBUS, "--socket", path } );
       StartedProgram program( arguments );
@@ -141,7 +141,7 @@ TEST_F( SimulationTest, EndsAScenarioAtTheFirstLineThatFails ) {
 TEST_F( SimulationTest, TracesEveryTransferWithTheChipsName ) {
    StartedProgram trace( { ORBIS_SMBUS, "--socket", path, "trace" } );
    StartedProgram lines( { ORBIS_SMBUS, "--socket", path, "--json", "trace" } );
-   // Both listen once a transfer has come through them.
+   // A program traces as soon as it has printed a transfer.
    const auto listens = [&]( StartedProgram &program ) {
       do
          run( { "read", "i2c:0:0x48" } );
@@ -221,11 +221,11 @@ TEST_F( SimulationTest, ExplainsEachCommandWithAnExample ) {
 
 TEST_F( SimulationTest, SurvivesInvalidRequests ) {
    RawClient endless( path + ".control" );
-   endless.send( std::string( 11, '\xFF' ) ); // a length that never ends
+   endless.send( std::string( 11, '\xFF' ) ); // an endless length
    EXPECT_FALSE( endless.receive() );
    RawClient garbled( path + ".control" );
    garbled.send( "\x02\xFF\xFF" );
-   EXPECT_TRUE( garbled.receive() ); // it is told, and may go on
+   EXPECT_TRUE( garbled.receive() ); // an error; the connection stays open
    garbled.send( std::string( 1, '\0' ) );
    EXPECT_TRUE( garbled.receive() );
    garbled.send( "\x7F" );

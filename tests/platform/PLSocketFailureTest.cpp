@@ -78,7 +78,7 @@ TEST_F( PLSocketFailureTest, TimesOutWhenTheAnswerComesTooSlowly ) {
       connection.readRequest( got );
       connection.send( "\x7f" );
       for ( int i = 0; i < 20; ++i ) {
-         std::this_thread::sleep_for( milliseconds( 10 ) ); // each byte well within the limit
+         std::this_thread::sleep_for( milliseconds( 10 ) ); // each byte is in time
          connection.send( "x" );
       }
    } );
@@ -129,10 +129,10 @@ TEST_F( PLSocketFailureTest, RefusesAnIncompleteFrame ) {
 
 TEST_F( PLSocketFailureTest, RefusesFramesThatCannotBeParsed ) {
    const std::vector<std::string> senseless{
-      std::string( 10, '\xff' ) + '\x01',   // a length that is no varint
-      std::string( "\x02\x0a\x05", 3 ),     // a field longer than its frame
+      std::string( 10, '\xff' ) + '\x01',   // a length that is not a varint
+      std::string( "\x02\x0a\x05", 3 ),     // a field that is longer than its frame
       std::string( "\x03\xff\xff\xff", 4 ), // no field at all
-      "\x04torn",                           // the end of a group that never began
+      "\x04torn",                           // the end of a group without a start
       "\x04tornbehind"
    };
    for ( const std::string &bytes : senseless ) {
@@ -202,7 +202,7 @@ TEST_F( PLSocketFailureTest, LeaksNoDescriptorInTenThousandFailures ) {
       if ( number % 3 == 2 )
          connection.send( "\x05torn" );
    } );
-   const std::string elsewhere = folder.file( "nobody" );
+   const std::string elsewhere = folder.file( "elsewhere.sock" );
    const size_t before = openDescriptors();
    for ( int i = 0; i < 10'000; ++i ) {
       setenv( "ORBIS_SMBUS_SOCKET", ( i % 4 == 0 ? elsewhere : path ).c_str(), 1 );

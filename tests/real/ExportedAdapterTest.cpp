@@ -46,7 +46,7 @@ class ExportedAdapterTest : public ::testing::Test {
          command.insert( command.end(), { "--export-adapter", bus } );
       exporting = std::make_unique<StartedProgram>( command );
       ASSERT_TRUE( exporting->waitForError( "serving" ) ) << exporting->errors();
-      // lm75 looks for its chips on every adapter, and finds two of ours that are behind no mux.
+      // The lm75 driver searches every adapter. It finds two of our chips: those not behind a mux.
       found = devicesOf( "lm75" );
       for ( const std::string &device : found )
          writeFile( "/sys/bus/i2c/drivers/lm75/unbind", device );
@@ -66,7 +66,7 @@ class ExportedAdapterTest : public ::testing::Test {
    static unsigned adapter( const std::string &bus ) {
       return Smbusd::Export::findExported( bus, {} ).value();
    }
-   // A server of the same board through the adapters.
+   // A second server of the same board, through the adapters.
    static std::unique_ptr<StartedProgram> startServer( const std::string &socket,
                                                        const std::vector<std::string> &options ) {
       std::string routes;
@@ -96,7 +96,7 @@ class ExportedAdapterTest : public ::testing::Test {
          return fmt::format( R"({{ "path": "{}" }})", device );
       return fmt::format( R"({{ "number": {} }})", number );
    }
-   // What orbis-smbus prints.
+   // The output of orbis-smbus.
    static std::string smbus( const std::string &socket, std::vector<std::string> words,
                              int exitCode = 0 ) {
       words.insert( words.begin(), { ORBIS_SMBUS, "--socket", socket } );
@@ -106,7 +106,7 @@ class ExportedAdapterTest : public ::testing::Test {
       words.insert( words.begin(), "sim" );
       smbus( exporter(), words );
    }
-   // What the simulation's physical models hold, each by "chip quantity".
+   // The quantities of the simulation, by "chip quantity".
    static std::map<std::string, double> quantities() {
       rapidjson::Document document;
       document.Parse( smbus( exporter(), { "--json", "sim", "list" } ).c_str() );
@@ -114,7 +114,8 @@ class ExportedAdapterTest : public ::testing::Test {
       for ( const auto &chip : document["chips"].GetArray() )
          for ( const auto &quantity : chip["quantities"].GetArray() ) {
             const std::string name = quantity["name"].GetString();
-            const bool whole = name.find( ' ' ) != name.npos; // that of a part, with its name
+            const bool whole =
+               name.find( ' ' ) != name.npos; // a quantity of a part has the part's name
             all[whole ? name : chip["name"].GetString() + ( " " + name )] =
                quantity["value"].GetDouble();
          }
@@ -123,7 +124,7 @@ class ExportedAdapterTest : public ::testing::Test {
 
    static std::unique_ptr<TestSupport::PrivateFolder> folder;
    static std::unique_ptr<StartedProgram> exporting, driving;
-   static std::vector<std::string> found; // by the kernel's lm75, of itself
+   static std::vector<std::string> found; // by the kernel's lm75
 };
 
 std::unique_ptr<TestSupport::PrivateFolder> ExportedAdapterTest::folder;
@@ -136,8 +137,8 @@ TEST_F( ExportedAdapterTest, TheKernelFindsOurThermometersByItself ) {
                                                  fmt::format( "{}-0048", adapter( "i2c:0" ) ) ) );
 }
 
-// The clock stands still, so nothing moves between the two. What is recorded here is replayed among
-// the tests that need no kernel.
+// The clock is stopped, so nothing changes between the two. Another test replays this recording
+// without the kernel.
 TEST_F( ExportedAdapterTest, TheBoardShowsTheSameThroughTheKernelAsDirectly ) {
    const std::string socket = folder->file( "recorded.sock" );
    const auto recorded = startServer( socket, { "--record", OUT "/kelt-through-linux.rec" } );
@@ -148,7 +149,7 @@ TEST_F( ExportedAdapterTest, TheBoardShowsTheSameThroughTheKernelAsDirectly ) {
    EXPECT_EQ( throughLinux.texts, direct.texts );
    EXPECT_EQ( throughLinux.faults, direct.faults );
    EXPECT_GT( direct.values.size(), 50u );
-   // It tells who it is in PMBus blocks.
+   // It identifies itself in PMBus blocks.
    EXPECT_THAT( throughLinux.texts.at( "psu1-slot" ), HasSubstr( "P2306A0017" ) );
    smbus( socket, { "read", "scd(4):1:2:0x55", "0", "--via", "0x70=1" }, 1 );
    recorded->signal( SIGTERM );
@@ -179,7 +180,7 @@ TEST_F( ExportedAdapterTest, TheKernelsPmbusDriverReadsOurSuppliesModel ) {
    const KernelDriver pmbus( adapter( "scd(4):1:4" ), "dps460", 0x58 );
    const struct {
       const char *kernels, *ours;
-      double units, resolution; // the latter of the number format
+      double units, resolution; // resolution: of the number format
    } rows[] = {
       { "vin", "line", 1e3, 0.5 },
       { "iin", "inputCurrent", 1e3, 0.002 },
@@ -207,7 +208,7 @@ TEST_F( ExportedAdapterTest, TheKernelsPmbusDriverReadsOurSuppliesModel ) {
    }
 }
 
-// What stands in the sixteen columns of a table of bytes or addresses, row by row.
+// The sixteen columns of a table of bytes or addresses, row by row.
 std::vector<std::string> cells( const std::string &table ) {
    std::vector<std::string> all;
    std::istringstream lines( table );

@@ -32,7 +32,7 @@ std::string written( const rapidjson::Value &json ) {
    return buffer.GetString();
 }
 
-// The plug-in's function of this name.
+// The plug-in's function with this name.
 template <class Function>
 Function *symbol( void *plugin, const std::string &name ) {
    void *address = dlsym( plugin, name.c_str() );
@@ -41,7 +41,7 @@ Function *symbol( void *plugin, const std::string &name ) {
    return reinterpret_cast<Function *>( address );
 }
 
-// Keeps texts as long as the process lives, as a host does.
+// Keeps texts until the process ends, like a host.
 const char *keep( std::string text ) {
    static std::list<std::string> kept;
    return kept.emplace_back( std::move( text ) ).c_str();

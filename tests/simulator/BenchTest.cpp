@@ -1,4 +1,4 @@
-// The whole simulated Kelt board, from both of its sides.
+// The whole simulated Kelt board: its controls and its busses.
 #include "BusPins.h"
 #include "ManualClock.h"
 #include "simulator/board/SimulatedBoard.h"
@@ -96,7 +96,8 @@ TEST_F( BenchTest, PutsASpareSupplyOnlyIntoAnEmptyBay ) {
 
 TEST_F( BenchTest, ShowsAFanModuleAtThePinsAndStopsItsRotorsWhenItIsPulled ) {
    EXPECT_EQ( read( fans, 0x20, 0x01, 2 ).data, std::string( "\x83", 1 ) + "\x83" );
-   EXPECT_EQ( read( fans, 0x20, 0x81, 2 ).data, "\x83\x75" ); // modules 3 and 5 blow backwards
+   EXPECT_EQ( read( fans, 0x20, 0x81, 2 ).data,
+              "\x83\x75" ); // modules 3 and 5 blow in the other direction
    bench.pull( "fan3" );
    EXPECT_EQ( read( fans, 0x20, 0x81, 2 ).data, "\x93\x77" );
    EXPECT_EQ( bench.quantity( "fan3.inlet", "rpm" ).get(), 0 );
@@ -162,7 +163,7 @@ TEST_F( BenchTest, CountsTransfersAndBytes ) {
    EXPECT_EQ( passed(), std::pair( uint64_t( 0 ), uint64_t( 0 ) ) );
    read( psus, 0x58, 0x88, 2 ); // address, command, address, two bytes
    EXPECT_EQ( passed(), std::pair( uint64_t( 1 ), uint64_t( 5 ) ) );
-   read( psus, 0x11, 0, 2 ); // nobody acknowledges
+   read( psus, 0x11, 0, 2 ); // no chip acknowledges
    EXPECT_EQ( passed(), std::pair( uint64_t( 2 ), uint64_t( 6 ) ) );
 }
 

@@ -18,7 +18,7 @@ using Kind = Transfer::Kind;
 
 class BoardTest : public ::testing::Test {
  protected:
-   // What is wrong with the board, the folder's name left out.
+   // The error in the board, without the name of the folder.
    std::string complaint() {
       folder.write( "topology.json", topology );
       folder.write( "simulation.json", simulation );

@@ -1,4 +1,5 @@
-// Requests of the control socket that the board refuses, whatever its clients check themselves.
+// Requests that the control socket refuses. orbis-smbus checks its arguments before; other clients
+// may not.
 #include "simulator/board/Controls.h"
 #include "ManualClock.h"
 #include "simulator/board/SimulatedBoard.h"

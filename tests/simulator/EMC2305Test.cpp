@@ -65,7 +65,7 @@ TEST_F( EMC2305Test, ReportsAStalledRotorAndCountsToTheMaximum ) {
    EXPECT_EQ( chip.rpm( 1 ), 20000 );
    writeTo( chip, 0x30, { 0 } );
    clock.advance( 1min );
-   EXPECT_EQ( readFrom( chip, 0x25, 1 ), Bytes{ 0x00 } ); // it isn't driven
+   EXPECT_EQ( readFrom( chip, 0x25, 1 ), Bytes{ 0x00 } ); // it is not driven
 }
 
 TEST_F( EMC2305Test, StopsTheRotorOfAPulledModule ) {

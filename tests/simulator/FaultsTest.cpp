@@ -1,4 +1,4 @@
-// What a broken chip does to its bus.
+// Faults of a chip as the bus sees them.
 #include "ManualClock.h"
 #include "simulator/bus/SimulatedBus.h"
 #include "simulator/chips/LM75.h"

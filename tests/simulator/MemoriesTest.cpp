@@ -1,4 +1,4 @@
-// The 24C02 and what stands in it: FRU information and serial ids of transceivers.
+// The 24C02 and its contents: FRU information and the serial ID of transceivers.
 #include "BusPins.h"
 #include "simulator/chips/FruImage.h"
 #include "simulator/chips/ModuleImage.h"
@@ -31,7 +31,7 @@ TEST( Eeprom24C02Test, IncrementsTheAddressAndWrapsAround ) {
    image[0x01] = 0x33;
    Eeprom24C02 chip( "rom", image );
    EXPECT_EQ( readFrom( chip, 0xFF, 2 ), ( Bytes{ 0x11, 0x22 } ) );
-   chip.addressed( Direction::Read ); // where the last read ended
+   chip.addressed( Direction::Read ); // continues after the last read
    EXPECT_EQ( chip.read(), 0x33 );
 }
 

@@ -15,7 +15,7 @@ using namespace Simulator;
 using Kind = Transfer::Kind;
 
 // A PCA9548 at 0x70 with an LM75 at 0x48 behind channel 0 and behind channel 1, another mux at
-// 0x71 with an LM75 at 0x49 behind channel 2, and an LM75 at 0x4A in front.
+// 0x71 with an LM75 at 0x49 behind channel 2, and an LM75 at 0x4A before the mux.
 class MuxedBusTest : public ::testing::Test {
  protected:
    MuxedBusTest() {

@@ -15,8 +15,8 @@ using namespace BoardFiles;
 namespace fs = std::filesystem;
 using namespace Smbusd::Linux;
 
-// Two adapters of a PCI card, one of them with a bus behind its own multiplexer, and one in a USB
-// device's interface.
+// Two adapters of a PCI card (one of them with a multiplexer), and one in the interface of a USB
+// device.
 class AdapterFinderTest : public ::testing::Test {
  protected:
    AdapterFinderTest() {
@@ -27,7 +27,7 @@ class AdapterFinderTest : public ::testing::Test {
       put( "devices/usb1/1-1/1-1:1.0", 4, "tiny" );
       put( "devices/usb1/1-2/1-2:1.0", 7, "tiny" );
       fs::create_directories( folder.file( "sys/devices/empty" ) );
-      // As i2c-dev has it, below the adapter.
+      // The entry of i2c-dev, below the adapter.
       fs::create_directories( folder.file( "sys/devices/usb1/1-1/1-1:1.0/i2c-4/i2c-dev/i2c-4" ) );
    }
    void put( const std::string &device, unsigned number, const std::string &name ) {
@@ -71,7 +71,8 @@ TEST_F( AdapterFinderTest, FindsByThePathOfTheAdapterOrOfItsDevice ) {
 
 TEST_F( AdapterFinderTest, ExplainsWhyAPathHasNoAdapter ) {
    EXPECT_EQ( failure( AdapterPath{ path( "pci/04.0" ) } ),
-              "2 adapters in " + path( "pci/04.0" ) + ": numbers 3, 5" ); // not what is behind them
+              "2 adapters in " + path( "pci/04.0" ) +
+                 ": numbers 3, 5" ); // not the channels of their multiplexers
    EXPECT_EQ( failure( AdapterPath{ path( "empty" ) } ),
               "there is no adapter in " + path( "empty" ) );
    EXPECT_EQ( failure( AdapterPath{ path( "gone" ) } ),

@@ -15,7 +15,7 @@ using namespace Bus;
 using namespace Smbusd;
 using Kind = Transfer::Kind;
 
-// The ports are a file: its bytes are what they hold.
+// A file replaces the ports; each byte is a port.
 class IoPortBusTest : public ::testing::Test {
  protected:
    static Transfer read( uint32_t offset, unsigned length, uint8_t address = 0 ) {

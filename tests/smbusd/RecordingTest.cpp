@@ -1,4 +1,4 @@
-// What is written down of a server's transactions, and a server that answers from it.
+// Recording a server's transactions, and replaying them.
 #include "ManualClock.h"
 #include "PrivateFolder.h"
 #include "Requests.h"
@@ -126,7 +126,7 @@ TEST_F( ReplayTest, AnswersEachTransactionAsItWasAnsweredThen ) {
    EXPECT_EQ( ask( executors, one ), "a" );
    EXPECT_EQ( ask( executors, one ), "it broke" );
    EXPECT_EQ( ask( executors, one ), "c" );
-   EXPECT_EQ( ask( executors, one ), "c" ); // asked more often than then
+   EXPECT_EQ( ask( executors, one ), "c" ); // more often than recorded
    EXPECT_EQ( ask( executors, other ), "x" );
 }
 

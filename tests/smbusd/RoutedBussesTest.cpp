@@ -34,7 +34,7 @@ class RoutedBussesTest : public ::testing::Test {
       busses.emplace( *parseRootBusId( "scd(4):1:2" ), std::make_unique<NamedBus>( "wires" ) );
       return busses;
    }
-   // The busses of these routes; what can't be had yet is noted.
+   // The busses of these routes. `missing` gets the warnings.
    Busses route( const std::string &routes, Busses simulatedBusses ) {
       file = loadRoutes( folder.write( "routes.json", "{ \"routes\": [" + routes + "] }" ) );
       RoutedBusses routed( std::move( simulatedBusses ),

@@ -1,4 +1,4 @@
-// orbis-smbusd with a routes file, as it is installed.
+// The installed program orbis-smbusd with a routes file.
 #include "PrivateFolder.h"
 #include "StartedProgram.h"
 
@@ -19,7 +19,7 @@ class RoutesProgramTest : public ::testing::Test {
    std::string write( const std::string &routes ) {
       return folder.write( "routes.json", "{ \"routes\": [" + routes + "] }" );
    }
-   // The exit code, then what was printed; the errors beside it.
+   // The exit code, then the output.
    std::string run( const std::vector<std::string> &command ) {
       StartedProgram program( command );
       const int code = program.wait();

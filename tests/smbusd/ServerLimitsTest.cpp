@@ -24,7 +24,7 @@ class ServerLimitsTest : public ::testing::Test {
 TEST_F( ServerLimitsTest, AnswersAFrameOfSixteenMebibytes ) {
    RawClient client( server.path() );
    Smbus::Request large = read( 0x48, 0, 1 );
-   // The request's length takes three bytes more then, and the data come with a tag and four of
+   // The length of the request then has three more bytes; the data have a tag and four bytes of
    // length.
    const size_t rest = transaction( large ).ByteSizeLong() + 8;
    large.set_data( std::string( ( 16u << 20 ) - rest, 'x' ) );
@@ -74,7 +74,7 @@ TEST_F( ServerLimitsTest, ServesSixtyFourClientsAndRefusesTheNext ) {
 
    clients.pop_back();
    clients[0]->ask( {} );
-   // The place is free once the end of that connection has been seen.
+   // The place becomes free when the server has noticed the disconnect.
    for ( int i = 0; i < 1000; ++i ) {
       if ( !RawClient( server.path() ).ask( transaction( read( 0x48, 0, 1 ) ) ).failed() )
          return;

@@ -80,7 +80,7 @@ TEST_F( ServerTest, KeepsTheConnectionAfterAnInvalidRequest ) {
    const auto response = client.ask( transaction( read( 0x48, 0, 1 ), senseless ) );
    EXPECT_TRUE( response.failed() );
    EXPECT_EQ( response.error(), "request 2 of 2: a known type is missing" );
-   EXPECT_TRUE( server.bus( scd ).log().empty() ); // nor was the first carried out
+   EXPECT_TRUE( server.bus( scd ).log().empty() ); // the first was not carried out either
    EXPECT_FALSE( client.ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
 }
 
@@ -107,7 +107,7 @@ TEST_F( ServerTest, RefusesAStuckBusAndServesOthersAndNewClients ) {
    RawClient first( server.path() );
    first.send( transaction( read( 0x48, 0, 1 ) ) );
    server.bus( scd ).waitUntilStopped();
-   server.clock().advance( 4001ms ); // twice the bound of 2 s, and over
+   server.clock().advance( 4001ms ); // more than twice the bound of 2 s
    RawClient late( server.path() );
    const auto refusal = late.ask( transaction( read( 0x49, 0, 1 ) ) );
    EXPECT_EQ( refusal.error(),
@@ -115,7 +115,7 @@ TEST_F( ServerTest, RefusesAStuckBusAndServesOthersAndNewClients ) {
               "stuck: a transaction has been running for 4001 ms" );
    EXPECT_EQ( late.ask( transaction( onI2c( read( 0x48, 0, 1 ) ) ) ).response( 0 ).data(),
               "i2c:0" );
-   EXPECT_FALSE( server.dispatcher().stop( 1ms ) ); // nor does it end while that one doesn't
+   EXPECT_FALSE( server.dispatcher().stop( 1ms ) ); // it waits for the stuck transaction
    server.bus( scd ).goOn();
    EXPECT_EQ( first.receive()->response( 0 ).data(), scd );
    EXPECT_TRUE( server.dispatcher().stop( 10s ) );
@@ -128,7 +128,7 @@ TEST_F( ServerTest, FinishesATransactionBeforeAnotherOnItsBus ) {
    server.bus( scd ).waitUntilStopped();
    second.send( transaction( read( 0x49, 0, 1 ) ) );
    second.send( transaction( onI2c( read( 0x48, 0, 1 ) ) ) );
-   RawClient( server.path() ).ask( {} ); // by now the second one's is queued
+   RawClient( server.path() ).ask( {} ); // now the second client's transaction is queued
    server.bus( scd ).goOn();
    EXPECT_EQ( first.receive()->response_size(), 3 );
    EXPECT_EQ( second.receive()->response( 0 ).data(), scd );
@@ -159,7 +159,7 @@ TEST_F( ServerTest, DropsWaitingTransactionsOfAClientThatHasGone ) {
    RawClient last( server.path() );
    last.ask( {} );
    impatient.leave();
-   // The end of the connection is seen before what comes after it.
+   // The server sees the disconnect before the next request.
    for ( int i = 0; i < 3; ++i )
       last.ask( {} );
    last.send( transaction( read( 0x4A, 0, 1 ) ) );
@@ -179,7 +179,7 @@ TEST_F( ServerTest, EndsConnectionsWhenItIsStopped ) {
 
 TEST_F( ServerTest, FinishesTheRunningTransactionWhenItIsStopped ) {
    auto stopped = std::make_unique<RunningServer>();
-   HeldBus &bus = stopped->bus( scd );
+   StoppableBus &bus = stopped->bus( scd );
    bus.stopAt( read48 );
    RawClient client( stopped->path() );
    client.send( transaction( sendByte( 0x70, 1 ), read( 0x48, 0, 1 ), sendByte( 0x70, 0 ) ) );
@@ -187,7 +187,7 @@ TEST_F( ServerTest, FinishesTheRunningTransactionWhenItIsStopped ) {
    std::thread stopper( [&] { stopped.reset(); } );
    EXPECT_FALSE( client.receive() ); // the connection ends at once
    bus.goOn();
-   stopper.join(); // and the bus was let go of only afterwards
+   stopper.join(); // the bus was released only afterwards
 }
 
 } // namespace

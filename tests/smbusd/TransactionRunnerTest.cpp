@@ -20,7 +20,7 @@ using namespace Smbusd;
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 
-// Gives each read the number of transfers before it, and fails what it is told to fail.
+// Answers each read with the number of transfers before it. Transfers in `failures` fail.
 class ScriptedBus final : public RootBus {
  public:
    Outcome transfer( const Transfer &transfer ) override {
@@ -33,8 +33,8 @@ class ScriptedBus final : public RootBus {
       return { reads ? std::to_string( log.size() - 1 ) : "", {} };
    }
    std::vector<std::string> log;
-   std::map<std::string, int> failures; // how often yet
-   bool final = false;                  // so that no further try helps
+   std::map<std::string, int> failures; // how often they still fail
+   bool final = false;                  // a retry can't help
    std::function<void()> onTransfer = [] {};
 };
 
@@ -99,7 +99,7 @@ TEST_F( TransactionRunnerTest, ClosesWhatItOnlyTriedToOpen ) {
    bus.failures[open70] = 1;
    run( sendByte( 0x70, 1 ), sendByte( 0x71, 0x80 ), read( 0x48, 0, 1 ), sendByte( 0x71, 0 ),
         sendByte( 0x70, 0 ) );
-   EXPECT_THAT( bus.log, ElementsAre( open70, close70 ) ); // and not 0x71, which it never came to
+   EXPECT_THAT( bus.log, ElementsAre( open70, close70 ) ); // not 0x71: that was never sent
 }
 
 TEST_F( TransactionRunnerTest, CarriesOutNothingElseAfterAFailure ) {

@@ -6,7 +6,7 @@
 
 namespace TestSupport {
 
-// Stands still until the test turns it.
+// Only the test moves it.
 class ManualClock final : public Bus::Clock {
  public:
    Time now() const override { return now_.load(); }

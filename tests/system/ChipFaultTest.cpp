@@ -17,7 +17,7 @@ class ChipFaultTest : public ::testing::Test {
    RunningBoard board{ "kelt", { "--transaction-limit", limit } };
 };
 
-// A reading under a fault: its object's state, and words that say why.
+// A reading with a fault: the state of its object, and parts of the reason.
 struct Read {
    const char *name;
    Words fault;
@@ -144,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
             { byteAssertion } } ),
    []( const auto &row ) { return row.param.name; } );
 
-// An action under a fault: what it says when it did not work.
+// An action with a fault: parts of its error.
 struct Act {
    const char *name;
    Words fault;
@@ -238,7 +238,7 @@ TEST_F( ChipFaultTest, ASlowChipWithinTheLimitIsRead ) {
 
 TEST_F( ChipFaultTest, ALedOfASilentExpanderSaysNothing ) {
    board.smbus( { "sim", "nack", "fan-pins" } );
-   // The driver has nothing to save where it could not read the pins.
+   // The driver writes nothing when it can't read the pins.
    EXPECT_EQ( board.host( { "led", "fan1-led", "good" } ).exitCode, 0 );
 }
 

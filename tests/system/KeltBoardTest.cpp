@@ -1,4 +1,4 @@
-// The whole Kelt board: what is shown is what the chips' physical model holds.
+// The whole Kelt board: orbis-host shows the values of the chips' physical models.
 #include "RunningBoard.h"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
-// A session that was recorded in a machine with a Linux kernel, where the server reached the
-// board's chips through i2c-dev: what the plug-in made of it then it makes of it now. ./test --real
-// records it anew, into build/release/real/out.
+// Replays a session in which the server reached the board's chips through i2c-dev of a Linux
+// kernel. The plug-in must show the same as then. ./test --real records it again, into
+// build/release/real/out.
 #include "PrivateFolder.h"
 #include "Shown.h"
 #include "StartedProgram.h"

@@ -1,4 +1,4 @@
-// The board's scenarios come out as they say, in no time.
+// All scenarios of the board succeed.
 #include "RunningBoard.h"
 
 #include <gtest/gtest.h>
