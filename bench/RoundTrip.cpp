@@ -2,7 +2,6 @@
 // ping-pong of the same number of bytes over the same kind of socket: the difference is the cost of
 // plug-in, messages and server.
 #include "ChildProcess.h"
-#include "CountingAllocator.h"
 
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
@@ -15,6 +14,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 #include <vector>
+
+extern long allocations; // of this process so far, in CountingAllocator.cpp
 
 namespace {
 

@@ -132,7 +132,7 @@ void Scenario::expect( const Step &step, ControlConnection &board ) const {
       const double next = start + pause * reads;
       if ( next > start + step.within + pause / 2 )
          throw Failed( fmt::format( "{} of {} is {}, expected {}", step.request.get().name(),
-                                    step.request.get().whose(), value, step.value ) );
+                                    step.request.get().part(), value, step.value ) );
       passUntil( next, board );
    }
 }

@@ -57,13 +57,13 @@ void describeQuantities( CLI::App &sim, Request &request ) {
 
    CLI::App &get = addCommand( sim, group, "get", "Print a quantity", "fan3.inlet rpm" );
    addText( get, "PART", part,
-            [&request]( const std::string &text ) { request.mutable_get()->set_whose( text ); } );
+            [&request]( const std::string &text ) { request.mutable_get()->set_part( text ); } );
    addText( get, "QUANTITY", quantity,
             [&request]( const std::string &text ) { request.mutable_get()->set_name( text ); } );
 
    CLI::App &set = addCommand( sim, group, "set", "Set a quantity", "psu1 load 30" );
    addText( set, "PART", part, [&request]( const std::string &text ) {
-      request.mutable_set()->mutable_name()->set_whose( text );
+      request.mutable_set()->mutable_name()->set_part( text );
    } );
    addText( set, "QUANTITY", quantity, [&request]( const std::string &text ) {
       request.mutable_set()->mutable_name()->set_name( text );
@@ -86,7 +86,7 @@ void describeModules( CLI::App &sim, Request &request ) {
       addText( addCommand( sim, group, name, help, "fan3.inlet" ), "ROTOR",
                "A rotor: fan3.inlet, psu1.fan2", [&request, stalled]( const std::string &text ) {
                   SmbusControl::Set &set = *request.mutable_set();
-                  set.mutable_name()->set_whose( text );
+                  set.mutable_name()->set_part( text );
                   set.mutable_name()->set_name( "stalled" );
                   set.set_value( stalled );
                } );

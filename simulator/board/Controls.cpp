@@ -43,10 +43,10 @@ void Controls::carryOut( const SmbusControl::Request &request, SmbusControl::Res
    case Request::kTime:
       return describe( *response.mutable_state(), false );
    case Request::kGet:
-      return copy( bench_.quantity( request.get().whose(), request.get().name() ),
+      return copy( bench_.quantity( request.get().part(), request.get().name() ),
                    *response.mutable_quantity() );
    case Request::kSet:
-      return bench_.quantityIs( request.set().name().whose(), request.set().name().name(),
+      return bench_.quantityIs( request.set().name().part(), request.set().name().name(),
                                 request.set().value() );
    case Request::kPull:
       return bench_.pull( request.pull() );

@@ -85,21 +85,22 @@ std::vector<Quantity> PmbusSupply::quantities() {
    for ( unsigned fan = 0; fan < 2; ++fan ) {
       if ( model_.rating().maxRpm[fan] == 0 )
          continue;
-      const std::string whose = name() + ".fan" + std::to_string( fan + 1 );
-      all.push_back( { whose + " rpm", "rpm", [=, this] { return model_.rpm( fan ); } } );
-      all.push_back( { whose + " drive", "%", [=, this] { return model_.duty( fan ); } } );
-      all.push_back( { whose + " stalled", "", [=, this] { return model_.fanStalled( fan ); },
+      const std::string fanName = name() + ".fan" + std::to_string( fan + 1 );
+      all.push_back( { fanName + " rpm", "rpm", [=, this] { return model_.rpm( fan ); } } );
+      all.push_back( { fanName + " drive", "%", [=, this] { return model_.duty( fan ); } } );
+      all.push_back( { fanName + " stalled", "", [=, this] { return model_.fanStalled( fan ); },
                        [=, this]( double on ) { model_.fanStalledIs( fan, on != 0 ); } } );
    }
    return all;
 }
 
 bool PmbusSupply::addressed( Direction direction ) {
-   const auto onTheWire = static_cast<uint8_t>( address_ << 1 | static_cast<uint8_t>( direction ) );
+   const auto addressByte =
+      static_cast<uint8_t>( address_ << 1 | static_cast<uint8_t>( direction ) );
    reading_ = direction == Direction::Read;
    if ( !reading_ || !command_ )
       pec_ = 0;
-   pec_ = Bus::pecStep( pec_, onTheWire );
+   pec_ = Bus::pecStep( pec_, addressByte );
    data_.clear();
    position_ = 0;
    pecReceived_ = false;

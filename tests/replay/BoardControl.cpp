@@ -53,7 +53,7 @@ Request BoardControl::randomRequest( Random &random ) const {
       break;
    default: {
       const Quantity &quantity = random.oneOf( quantities_ );
-      request.mutable_set()->mutable_name()->set_whose( quantity.chip );
+      request.mutable_set()->mutable_name()->set_part( quantity.chip );
       request.mutable_set()->mutable_name()->set_name( quantity.name );
       // A switch is set to 0 or 1; another quantity to up to twice its value.
       request.mutable_set()->set_value(
@@ -86,7 +86,7 @@ std::string BoardControl::doSomething( Random &random ) {
    else if ( request.has_fault() )
       words = fmt::format( "nack {} 1/{}", request.fault().chip(), request.fault().out_of() );
    else
-      words = fmt::format( "set {} {} {}", request.set().name().whose(),
-                           request.set().name().name(), request.set().value() );
+      words = fmt::format( "set {} {} {}", request.set().name().part(), request.set().name().name(),
+                           request.set().value() );
    return fmt::format( "{} -> {}", words, carryOut( request ) );
 }

@@ -90,11 +90,11 @@ std::unique_ptr<StartedProgram> RunningBoard::serve( const std::vector<std::stri
    return serve;
 }
 
-double RunningBoard::quantity( const std::string &whose, const std::string &name ) {
+double RunningBoard::quantity( const std::string &part, const std::string &name ) {
    rapidjson::Document document;
-   document.Parse( smbus( { "--json", "sim", "get", whose, name } ).c_str() );
+   document.Parse( smbus( { "--json", "sim", "get", part, name } ).c_str() );
    if ( document.HasParseError() || !document.HasMember( "value" ) ) {
-      ADD_FAILURE() << whose << " has no " << name;
+      ADD_FAILURE() << part << " has no " << name;
       return 0;
    }
    return document["value"].GetDouble();

@@ -36,7 +36,7 @@ class RunningBoard {
    // An orbis-host command; the board is added to its arguments.
    Ran host( const std::vector<std::string> &words );
    // A quantity of the simulation's physical model.
-   double quantity( const std::string &whose, const std::string &name );
+   double quantity( const std::string &part, const std::string &name );
    // All quantities, by chip or part ("fan3.inlet").
    std::map<std::string, std::map<std::string, double>> quantities();
    std::string smbus( const std::vector<std::string> &words );

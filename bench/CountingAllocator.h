@@ -1,4 +1,0 @@
-// The number of allocations of the process.
-#pragma once
-
-extern long allocations;
