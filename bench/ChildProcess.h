@@ -1,4 +1,4 @@
-// A process that a benchmark talks to; ended with the object.
+// A process that a benchmark uses. The destructor ends it.
 #pragma once
 
 #include <functional>
@@ -6,7 +6,7 @@
 
 class ChildProcess {
  public:
-   // Runs body in a child of this process, which ends when body returns.
+   // Runs body in a child process, which ends when body returns.
    explicit ChildProcess( const std::function<void()> &body );
    ~ChildProcess();
    ChildProcess( const ChildProcess & ) = delete;

@@ -1,8 +1,8 @@
-#include "CountingAllocator.h"
-
+// Counts every allocation of the process.
 #include <cstdlib>
 #include <new>
 
+extern long allocations;
 long allocations = 0;
 
 void *operator new( size_t size ) {

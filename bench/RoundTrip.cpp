@@ -1,8 +1,7 @@
-// One register read, from the driver's call to its answer, beside a bare ping-pong of as many bytes
-// over a socket of the same kind: what the plug-in, the messages and the server add to the kernel's
-// own price.
+// The time of one register read, from the driver's call to its answer. For comparison, a bare
+// ping-pong of the same number of bytes over the same kind of socket: the difference is the cost of
+// plug-in, messages and server.
 #include "ChildProcess.h"
-#include "CountingAllocator.h"
 
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
@@ -15,6 +14,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 #include <vector>
+
+extern long allocations; // of this process so far, in CountingAllocator.cpp
 
 namespace {
 
@@ -72,7 +73,7 @@ SimulatedServer &server() {
 }
 
 void readRegister( benchmark::State &state, Ham::OrbisSmbusHam &ham ) {
-   constexpr unsigned configuration = 1; // the LM75's one register of a byte
+   constexpr unsigned configuration = 1; // the LM75's only register with one byte
    uint8_t byte = 0;
    for ( int i = 0; i < 10; ++i )
       ham.read8( configuration, &byte );
@@ -98,7 +99,7 @@ void transfer( ssize_t ( *call )( int, void *, size_t ), int fd, std::vector<cha
 
 ssize_t writeBytes( int fd, void *bytes, size_t size ) { return write( fd, bytes, size ); }
 
-// As many bytes each way as the framed messages of Read8.
+// The same number of bytes each way as the framed messages of Read8.
 void BarePingPong( benchmark::State &state ) {
    Ham::OrbisSmbusHam &ham = server().ham( 1, 72 );
    uint8_t byte;
@@ -124,7 +125,7 @@ void BarePingPong( benchmark::State &state ) {
    close( ends[1] );
 }
 
-// Queuing and preparing alone: what a batch costs without the trip.
+// Only preparing and queuing: the cost of a batch without the socket.
 void PrepareAndQueue( benchmark::State &state ) {
    Ham::OrbisSmbusHam &ham = server().ham( 2, 73 );
    ham.prepare();

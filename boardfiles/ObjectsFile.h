@@ -25,8 +25,8 @@ struct BoardObject {
 };
 
 // Reads the file and reports what its schema refuses and what is wrong with objects by themselves:
-// names that are there twice, a label without a value, an alert above critical. Nothing when it can't
-// be read as JSON; what the schema refuses is left out of the result.
+// names that are there twice, a label without a value, an alert above critical. Nothing when it
+// can't be read as JSON; what the schema refuses is left out of the result.
 std::optional<std::vector<BoardObject>> readObjects( const std::filesystem::path &path,
                                                      Findings &findings );
 

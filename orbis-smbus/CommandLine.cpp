@@ -1,18 +1,18 @@
 #include "orbis-smbus/CommandLine.h"
 
-#include "orbis-smbus/SimWords.h"
+#include "orbis-smbus/SimCommands.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 namespace SmbusClient {
 
 namespace {
 
-// Turns a text that a parser has no value for into CLI11's own complaint.
 template <typename Value>
-Value accepted( std::optional<Value> value, const std::string &what ) {
+Value orComplain( std::optional<Value> value, const std::string &complaint ) {
    if ( !value )
-      throw CLI::ValidationError( what );
+      throw CLI::ValidationError( complaint );
    return *value;
 }
 
@@ -25,7 +25,9 @@ void addAddress( CLI::App &command, Options &options ) {
       .add_option_function<std::string>(
          "ADDRESS",
          [&options]( const std::string &text ) {
-            const Target parsed = accepted( parseTarget( text ), "not an address: " + text );
+            const Target parsed =
+               orComplain( parseTarget( text ), "not an address: " + text +
+                                                   "; write it as i2c:0:0x48 or scd(4):1:2:0x48" );
             options.target.bus = parsed.bus;
             options.target.address = parsed.address;
          },
@@ -38,9 +40,33 @@ void addSize( CLI::App &command, Options &options, const char *help ) {
    command.add_option_function<std::string>(
       "--size",
       [&options]( const std::string &text ) {
-         options.size = accepted( parseSize( text ), "not a size: " + text );
+         options.size = orComplain(
+            parseSize( text ), "not a size: " + text + "; write byte, word, block or 1 to 8192" );
       },
       help );
+}
+
+// The values' bytes, in the form that --size gives.
+std::string bytesToWrite( const std::vector<uint32_t> &values, const std::optional<Size> &asked ) {
+   const Size size = asked.value_or( Size{} );
+   const bool word = size.form == Size::Form::Word;
+   std::string data;
+   for ( const uint32_t value : values ) {
+      if ( value > ( word ? 0xFFFFu : 0xFFu ) )
+         throw CLI::ValidationError(
+            fmt::format( "VALUE: {:#x} is too large for the size", value ) );
+      data += static_cast<char>( value );
+      if ( word )
+         data += static_cast<char>( value >> 8 );
+   }
+   if ( size.form == Size::Form::Block ) {
+      if ( data.empty() || data.size() > 255 )
+         throw CLI::ValidationError( "VALUE: a block has 1 to 255 bytes" );
+   } else if ( asked && data.size() != size.count ) {
+      throw CLI::ValidationError(
+         fmt::format( "VALUE: {} bytes, but --size is {}", data.size(), size.count ) );
+   }
+   return data;
 }
 
 void describeRead( CLI::App &app, Options &options ) {
@@ -60,6 +86,7 @@ void describeWrite( CLI::App &app, Options &options ) {
    command->add_option( "VALUE", options.values, "Bytes, or a word with --size word" );
    addSize( *command, options, "byte, word (low byte first), block, or a number of bytes" );
    addPec( *command, options );
+   command->callback( [&options] { options.data = bytesToWrite( options.values, options.size ); } );
 }
 
 void describeDump( CLI::App &app, Options &options ) {
@@ -74,9 +101,9 @@ void describeDump( CLI::App &app, Options &options ) {
    command->callback( [&options] {
       const Size size = options.size.value_or( Size{} );
       if ( size.form != Size::Form::Word && size.count != 1 )
-         throw CLI::ValidationError( "dump reads bytes or words" );
+         throw CLI::ValidationError( "--size: dump reads bytes or words" );
       if ( options.first > options.last )
-         throw CLI::ValidationError( "the first register is behind the last" );
+         throw CLI::ValidationError( "--first is greater than --last" );
    } );
 }
 
@@ -86,52 +113,90 @@ void describeScan( CLI::App &app, Options &options ) {
       ->add_option_function<std::string>(
          "BUS",
          [&options]( const std::string &text ) {
-            options.target.bus = accepted( Bus::parseRootBusId( text ), "not a bus: " + text );
+            options.target.bus =
+               orComplain( Bus::parseRootBusId( text ),
+                           "not a bus: " + text + "; write it as i2c:0 or scd(4):1:2" );
          },
          "Like an address, without the chip: i2c:0, scd(4):1:2" )
       ->required();
 }
 
-void describeSimulation( CLI::App &app, Options &options ) {
-   auto *sim = app.add_subcommand( "sim", "Drive the bench's side of a simulated board" );
-   sim->add_option( "COMMAND", options.words, "A command and its words" )->required();
-   sim->footer( std::string( "Commands:\n" ) + simCommands );
-   auto *trace = app.add_subcommand(
-      "trace", "Print every transfer of a simulated board as it passes, until Ctrl-C; or what a "
-               "recording holds" );
-   trace->add_option( "FILE", options.recording, "A recording of orbis-smbusd --record" );
-   for ( auto *command : { sim, trace } )
-      command->add_option( "--control", options.control,
-                           "The control socket, instead of the server's with .control behind it" );
+void addControl( CLI::App &command, Options &options ) {
+   command.add_option( "--control", options.control,
+                       "The control socket; default: the server's socket with .control after its "
+                       "name" );
 }
 
-} // namespace
+void describeSim( CLI::App &app, Options &options ) {
+   auto *sim = app.add_subcommand( "sim", "Control a simulated board" );
+   addControl( *sim, options );
+   describeSimCommands( *sim, options.sim );
+   auto *play =
+      sim->add_subcommand( "play", "Play a scenario: a file of commands with times and of "
+                                   "expected values" );
+   play->group( "Scenarios" );
+   play->add_option( "FILE", options.scenario, "The scenario" )->required();
+   play->footer( "Example: orbis-smbus sim play boards/kelt/scenarios/bad-day.scenario\n"
+                 "Lines of a scenario:\n"
+                 "   at 3s pull psu2\n"
+                 "   expect fan3.inlet rpm 0 within 4s" );
+   sim->footer( "Example: orbis-smbus sim nack temp-rear 1/50\n"
+                "orbis-smbus sim COMMAND --help explains a command." );
+}
+
+void describeTrace( CLI::App &app, Options &options ) {
+   auto *trace = app.add_subcommand(
+      "trace", "Print every transfer of a simulated board, until Ctrl-C; or print a recording" );
+   trace->add_option( "FILE", options.recording, "A recording of orbis-smbusd --record" );
+   addControl( *trace, options );
+}
 
 void describe( CLI::App &app, Options &options ) {
    app.set_version_flag( "--version", "orbis-smbus " ORBIS_VERSION );
    app.fallthrough();
    app.require_subcommand( 1 );
-   app.add_option( "--socket", options.socket,
-                   "The server's socket, instead of $ORBIS_SMBUS_SOCKET or /run/orbis/smbus.sock" );
+   app.add_option(
+      "--socket", options.socket,
+      "The server's socket; default: $ORBIS_SMBUS_SOCKET, else /run/orbis/smbus.sock" );
    app.add_flag( "--json", options.json, "Print one JSON object on one line" );
    app.add_option( "--retries", options.retries, "Further tries of every transfer" );
    app.add_option_function<std::vector<std::string>>(
          "--via",
          [&options]( const std::vector<std::string> &texts ) {
             for ( const std::string &text : texts )
-               options.target.vias.push_back(
-                  accepted( parseVia( text ), "not a multiplexer: " + text ) );
+               options.target.vias.push_back( orComplain(
+                  parseVia( text ), "not a multiplexer: " + text + "; write it as 0x70=1" ) );
          },
-         "A multiplexer on the way, as 0x70=1: the byte 1 opens it, 0 closes it afterwards. "
-         "Repeated for several, the outermost first" )
+         "A multiplexer before the chip, as 0x70=1: the byte 1 opens it, 0 closes it afterwards. "
+         "Repeat it for several, the outermost first" )
       ->allow_extra_args( false );
    describeRead( app, options );
    describeWrite( app, options );
    describeDump( app, options );
    describeScan( app, options );
-   describeSimulation( app, options );
-   app.footer(
-      "Exit codes: 0 done, 1 a transfer failed, 2 wrong usage, 3 the server can't be asked." );
+   describeSim( app, options );
+   describeTrace( app, options );
+   app.footer( "Exit codes: 0 done, 1 a transfer failed, 2 wrong usage, 3 no connection to the "
+               "server." );
+}
+
+} // namespace
+
+std::optional<ExitCode> parseCommandLine( int argc, char **argv, Options &options ) {
+   CLI::App app( "Reads and writes chips through the SMBus server.", "orbis-smbus" );
+   describe( app, options );
+   try {
+      app.parse( argc, argv );
+   } catch ( const CLI::Success &help ) {
+      app.exit( help );
+      return Done;
+   } catch ( const CLI::ParseError &error ) {
+      fmt::print( stderr, "orbis-smbus: {}\nRun with --help for more information.\n",
+                  explain( app, error ) );
+      return WrongUsage;
+   }
+   options.command = app.get_subcommands().front()->get_name();
+   return {};
 }
 
 } // namespace SmbusClient

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "orbis-smbus/Size.h"
 #include "orbis-smbus/Target.h"
-
-#include <CLI/App.hpp>
+#include "smbus/Control.pb.h"
 
 #include <cstdint>
 #include <optional>
@@ -12,23 +10,29 @@
 
 namespace SmbusClient {
 
+enum ExitCode { Done = 0, TransferFailed = 1, WrongUsage = 2, NoServer = 3 };
+
 // What the user asks for.
 struct Options {
-   std::string socket; // empty: the usual one
+   std::string command; // read, write, dump, scan, sim or trace
+   std::string socket;  // empty: the default
    bool json = false;
    unsigned retries = 0;
-   Target target; // of a scan, the bus and the way there only
+   Target target; // of a scan, only the bus and the multiplexers
    std::optional<uint32_t> offset;
    std::optional<Size> size;
-   std::vector<uint32_t> values; // to write
-   uint32_t first = 0;           // to dump
+   std::vector<uint32_t> values; // to write, and their bytes in the form that --size gives
+   std::string data;
+   uint32_t first = 0; // to dump
    uint32_t last = 0xFF;
-   std::string control;            // empty: beside the server's socket
-   std::vector<std::string> words; // behind sim
-   std::string recording;          // to be printed; empty: trace what passes
+   std::string control;       // empty: the server's socket with .control after its name
+   SmbusControl::Request sim; // the command after sim, other than play
+   std::string scenario;      // to play; empty for other commands
+   std::string recording;     // to print; empty: trace the running server
 };
 
-// Parsing fills the options, which outlive the app, and runs nothing.
-void describe( CLI::App &, Options & );
+// Fills the options. When there is nothing more to do, prints the help, the version or what is
+// wrong, and returns the exit code.
+std::optional<ExitCode> parseCommandLine( int argc, char **argv, Options & );
 
 } // namespace SmbusClient

@@ -1,17 +1,11 @@
 #include "orbis-smbus/Commands.h"
 
-#include "orbis-smbus/ControlConversation.h"
-#include "orbis-smbus/Conversation.h"
+#include "orbis-smbus/ControlConnection.h"
 #include "orbis-smbus/Output.h"
-#include "orbis-smbus/RecordingOutput.h"
 #include "orbis-smbus/Scenario.h"
-#include "orbis-smbus/SimOutput.h"
-#include "orbis-smbus/SimWords.h"
+#include "orbis-smbus/ServerConnection.h"
 #include "smbus/RecordingFile.h"
 #include "smbus/RootBus.h"
-
-#include <CLI/Error.hpp>
-#include <fmt/format.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -23,29 +17,8 @@ namespace {
 
 void print( const std::string &text ) { std::fputs( text.c_str(), stdout ); }
 
-// The values' bytes in the form that was asked for.
-std::string bytesToWrite( const Options &options ) {
-   const Size size = options.size.value_or( Size{} );
-   const bool word = size.form == Size::Form::Word;
-   std::string data;
-   for ( const uint32_t value : options.values ) {
-      if ( value > ( word ? 0xFFFFu : 0xFFu ) )
-         throw CLI::ValidationError( fmt::format( "{:#x} is too large for the size", value ) );
-      data += static_cast<char>( value );
-      if ( word )
-         data += static_cast<char>( value >> 8 );
-   }
-   if ( size.form == Size::Form::Block ) {
-      if ( data.empty() || data.size() > 255 )
-         throw CLI::ValidationError( "a block has 1 to 255 bytes" );
-   } else if ( options.size && data.size() != size.count ) {
-      throw CLI::ValidationError(
-         fmt::format( "{} bytes of values, where the size is {}", data.size(), size.count ) );
-   }
-   return data;
-}
-
-Reading tryToRead( Conversation &server, const Target &target, uint32_t offset, uint32_t length ) {
+Reading tryToRead( ServerConnection &server, const Target &target, uint32_t offset,
+                   uint32_t length ) {
    try {
       return { server.ask( target, Smbus::REQUEST_READ, offset, length ), {} };
    } catch ( const Failed &failure ) {
@@ -56,14 +29,14 @@ Reading tryToRead( Conversation &server, const Target &target, uint32_t offset, 
 std::string controlPath( const Options &options ) {
    if ( !options.control.empty() )
       return options.control;
-   const char *told = std::getenv( "ORBIS_SMBUS_SOCKET" ); // --socket has gone there
-   return std::string( told && *told ? told : "/run/orbis/smbus.sock" ) + ".control";
+   const char *socket = std::getenv( "ORBIS_SMBUS_SOCKET" ); // main() sets it from --socket
+   return std::string( socket && *socket ? socket : "/run/orbis/smbus.sock" ) + ".control";
 }
 
 } // namespace
 
 void read( const Options &options ) {
-   Conversation server( options.retries );
+   ServerConnection server( options.retries );
    const Size size = options.size.value_or( Size{} );
    const bool block = size.form == Size::Form::Block;
    std::string data;
@@ -76,16 +49,15 @@ void read( const Options &options ) {
 }
 
 void write( const Options &options ) {
-   const std::string data = bytesToWrite( options );
    const bool block = options.size && options.size->form == Size::Form::Block;
-   Conversation server( options.retries );
+   ServerConnection server( options.retries );
    server.ask( options.target, block ? Smbus::REQUEST_BLOCK_WRITE : Smbus::REQUEST_WRITE,
-               *options.offset, static_cast<uint32_t>( data.size() ), data );
+               *options.offset, static_cast<uint32_t>( options.data.size() ), options.data );
    print( formatWritten( options.target, options.json ) );
 }
 
 void dump( const Options &options ) {
-   Conversation server( options.retries );
+   ServerConnection server( options.retries );
    const Size size = options.size.value_or( Size{} );
    std::map<uint32_t, Reading> readings;
    bool any = false;
@@ -100,7 +72,7 @@ void dump( const Options &options ) {
 }
 
 void scan( const Options &options ) {
-   Conversation server( options.retries );
+   ServerConnection server( options.retries );
    std::map<uint8_t, Reading> readings;
    constexpr uint8_t first = 0x08; // the others are reserved
    constexpr uint8_t last = 0x77;
@@ -116,16 +88,13 @@ void scan( const Options &options ) {
 }
 
 void sim( const Options &options ) {
-   if ( options.words.front() == "play" ) {
-      if ( options.words.size() != 2 )
-         throw NoCommand( "play takes a file" );
-      const Scenario scenario( options.words[1] );
-      ControlConversation bench( controlPath( options ) );
-      return scenario.play( bench );
+   if ( !options.scenario.empty() ) {
+      const Scenario scenario( options.scenario );
+      ControlConnection board( controlPath( options ) );
+      return scenario.play( board );
    }
-   const SmbusControl::Request request = parseSim( options.words );
-   ControlConversation bench( controlPath( options ) );
-   const SmbusControl::Response response = bench.ask( request );
+   ControlConnection board( controlPath( options ) );
+   const SmbusControl::Response response = board.ask( options.sim );
    if ( response.has_state() )
       print( formatState( response.state(), options.json ) );
    if ( response.has_quantity() )
@@ -137,12 +106,12 @@ void trace( const Options &options ) {
       return Bus::readRecording( options.recording, [&]( const SmbusRecording::Entry &entry ) {
          print( formatEntry( entry, options.json ) );
       } );
-   ControlConversation bench( controlPath( options ) );
+   ControlConnection board( controlPath( options ) );
    SmbusControl::Request request;
    request.set_trace( true );
-   bench.ask( request );
+   board.ask( request );
    for ( ;; ) {
-      print( formatTransfer( bench.receive().transfer(), options.json ) );
+      print( formatTransfer( board.receive().transfer(), options.json ) );
       std::fflush( stdout );
    }
 }

@@ -1,5 +1,4 @@
-// The client's sub-commands. They print what they find, and throw Failed, Unreachable, or CLI11's
-// ValidationError for values that make no sense together.
+// The sub-commands. They print their result, and throw Failed or Unreachable.
 #pragma once
 
 #include "orbis-smbus/CommandLine.h"
@@ -10,14 +9,15 @@ namespace SmbusClient {
 void read( const Options & );
 // Without values it sends the register as a byte.
 void write( const Options & );
-// Fails only when not one register can be read.
+// Fails only when no register at all can be read.
 void dump( const Options & );
-// Asks every address for a byte: the one question that leaves most chips as they are.
+// Receives a byte from every address: of all transfers this one disturbs the fewest chips.
 void scan( const Options & );
 
-// On the bench's side of a simulated board. They throw NoCommand for words that are none, too.
+// Controls a simulated board.
 void sim( const Options & );
-// Until the server ends; or what a recording holds, and throws RecordingError where that ends.
+// Runs until the server ends. Or prints a recording, and throws RecordingError where that is
+// damaged.
 void trace( const Options & );
 
 } // namespace SmbusClient

@@ -1,6 +1,6 @@
 #include "orbis-smbus/Output.h"
 
-#include "orbis-smbus/JsonLine.h"
+#include "orbis-smbus/Formatting.h"
 #include "smbus/RootBus.h"
 
 #include <fmt/format.h>

@@ -1,7 +1,5 @@
-#include "orbis-smbus/RecordingOutput.h"
-
-#include "orbis-smbus/Hex.h"
-#include "orbis-smbus/JsonLine.h"
+#include "orbis-smbus/Formatting.h"
+#include "orbis-smbus/Output.h"
 #include "smbus/Decode.h"
 
 #include <fmt/chrono.h>

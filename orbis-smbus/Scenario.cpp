@@ -1,11 +1,13 @@
 #include "orbis-smbus/Scenario.h"
 
-#include "orbis-smbus/Conversation.h"
-#include "orbis-smbus/SimWords.h"
+#include "orbis-smbus/ServerConnection.h"
+#include "orbis-smbus/SimCommands.h"
+#include "orbis-smbus/WrongCommand.h"
 
 #include <fmt/format.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -14,15 +16,31 @@ namespace SmbusClient {
 
 namespace {
 
-SmbusControl::State clockOf( ControlConversation &bench ) {
-   SmbusControl::Request request;
-   request.set_time( true );
-   return bench.ask( request ).state();
+double parseNumber( const std::string &text ) {
+   char *end = nullptr;
+   const double value = std::strtod( text.c_str(), &end );
+   if ( text.empty() || *end != '\0' || !std::isfinite( value ) )
+      throw WrongCommand( text + " is not a number" );
+   return value;
 }
 
-void passUntil( double seconds, ControlConversation &bench ) {
+double parseSeconds( const std::string &text ) {
+   if ( text.ends_with( "ms" ) )
+      return parseNumber( text.substr( 0, text.size() - 2 ) ) / 1000;
+   if ( text.ends_with( "s" ) )
+      return parseNumber( text.substr( 0, text.size() - 1 ) );
+   throw WrongCommand( text + " is not a time such as 3s or 250ms" );
+}
+
+SmbusControl::State clockOf( ControlConnection &board ) {
+   SmbusControl::Request request;
+   request.set_time( true );
+   return board.ask( request ).state();
+}
+
+void passUntil( double seconds, ControlConnection &board ) {
    for ( ;; ) {
-      const SmbusControl::State clock = clockOf( bench );
+      const SmbusControl::State clock = clockOf( board );
       const double left = seconds - clock.seconds();
       if ( left <= 0 )
          return;
@@ -32,7 +50,7 @@ void passUntil( double seconds, ControlConversation &bench ) {
       }
       SmbusControl::Request step;
       step.set_step( left + 1e-9 ); // the clock counts nanoseconds
-      bench.ask( step );
+      board.ask( step );
    }
 }
 
@@ -53,7 +71,7 @@ Scenario::Scenario( const std::string &path ) : path_( path ) {
          step.line = line;
          step.text = text;
          steps_.push_back( std::move( step ) );
-      } catch ( const NoCommand &error ) {
+      } catch ( const WrongCommand &error ) {
          fail( line, error.what() );
       }
    }
@@ -69,54 +87,53 @@ Scenario::Step Scenario::parse( const std::vector<std::string> &words ) {
    Step step;
    if ( words[0] == "at" && words.size() > 2 ) {
       step.at = parseSeconds( words[1] );
-      step.request = parseSim( { words.begin() + 2, words.end() } );
+      step.request = parseSimCommand( { words.begin() + 2, words.end() } );
       return step;
    }
    const bool limited = words.size() == 6 && words[4] == "within";
    if ( words[0] != "expect" || ( words.size() != 4 && !limited ) )
-      throw NoCommand(
-         "neither \"at TIME COMMAND\" nor \"expect WHOSE NAME VALUE [within TIME]\"" );
+      throw WrongCommand(
+         "not \"at TIME COMMAND\" or \"expect PART QUANTITY VALUE [within TIME]\"" );
    step.expects = true;
-   step.request = parseSim( { "get", words[1], words[2] } );
+   step.request = parseSimCommand( { "get", words[1], words[2] } );
    const size_t around = words[3].find( "+-" );
-   step.value = parseReal( words[3].substr( 0, around ) );
+   step.value = parseNumber( words[3].substr( 0, around ) );
    if ( around != std::string::npos )
-      step.tolerance = parseReal( words[3].substr( around + 2 ) );
+      step.tolerance = parseNumber( words[3].substr( around + 2 ) );
    if ( limited )
       step.within = parseSeconds( words[5] );
    return step;
 }
 
-void Scenario::play( ControlConversation &bench ) const {
-   const double start = clockOf( bench ).seconds();
+void Scenario::play( ControlConnection &board ) const {
+   const double start = clockOf( board ).seconds();
    for ( const Step &step : steps_ ) {
       try {
          if ( step.expects ) {
-            expect( step, bench );
+            expect( step, board );
          } else {
-            passUntil( start + step.at, bench );
-            bench.ask( step.request );
+            passUntil( start + step.at, board );
+            board.ask( step.request );
          }
       } catch ( const Failed &error ) {
          fail( step.line, error.what() );
       }
-      fmt::print( "{:10.3f} {}\n", clockOf( bench ).seconds() - start, step.text );
+      fmt::print( "{:10.3f} {}\n", clockOf( board ).seconds() - start, step.text );
    }
 }
 
-void Scenario::expect( const Step &step, ControlConversation &bench ) const {
-   constexpr double pause = 0.05; // seconds of the simulation between two looks
-   const double start = clockOf( bench ).seconds();
-   for ( unsigned look = 0;; ++look ) {
-      const double value = bench.ask( step.request ).quantity().value();
+void Scenario::expect( const Step &step, ControlConnection &board ) const {
+   constexpr double pause = 0.05; // seconds of the simulation between two reads
+   const double start = clockOf( board ).seconds();
+   for ( unsigned reads = 1;; ++reads ) {
+      const double value = board.ask( step.request ).quantity().value();
       if ( std::abs( value - step.value ) <= step.tolerance )
          return;
-      const double next = start + pause * ( look + 1 );
+      const double next = start + pause * reads;
       if ( next > start + step.within + pause / 2 )
-         throw Failed( fmt::format( "{} of {} is {}, where {} is expected",
-                                    step.request.get().name(), step.request.get().whose(), value,
-                                    step.value ) );
-      passUntil( next, bench );
+         throw Failed( fmt::format( "{} of {} is {}, expected {}", step.request.get().name(),
+                                    step.request.get().part(), value, step.value ) );
+      passUntil( next, board );
    }
 }
 

@@ -1,29 +1,29 @@
 #pragma once
 
-#include "orbis-smbus/ControlConversation.h"
+#include "orbis-smbus/ControlConnection.h"
 
 #include <string>
 #include <vector>
 
 namespace SmbusClient {
 
-// A scenario as a file has it, a step on a line, what stands behind # ignored:
+// A scenario file has one step on each line; # begins a comment:
 //    at 3s pull psu2
 //    expect fan3.inlet rpm 0 within 4s
 //    expect psu1 load 21.5
 //    expect fan1.inlet rpm 12000+-100 within 10s
-// Times are the simulation's, from the beginning of the scenario. An expectation begins with the
-// end of the step before it, and is met when the quantity is within half a unit of the value, or as
-// near as is said.
+// The commands are those of "orbis-smbus sim". Times are the simulation's and count from the start
+// of the scenario. An expectation starts when the step before it has ended. It is met when the
+// quantity differs from the value by no more than the tolerance, 0.5 without one.
 class Scenario {
  public:
-   // Throws Failed with the file, the line and what is wrong there.
+   // Throws Failed with file, line and reason.
    explicit Scenario( const std::string &path );
 
-   // Steps the simulation's clock where that stands still, else waits for it. Each step is printed
-   // as it is done. Throws Failed at the first expectation that isn't met, and at the first command
-   // that can't be done, with its line.
-   void play( ControlConversation & ) const;
+   // Prints each step when it is done. At speed 0 it moves the simulation's clock; otherwise it
+   // waits. Throws Failed, with the line, at the first command that fails and at the first
+   // expectation that is not met.
+   void play( ControlConnection & ) const;
 
  private:
    struct Step {
@@ -37,7 +37,7 @@ class Scenario {
       double within = 0; // seconds
    };
    static Step parse( const std::vector<std::string> &words );
-   void expect( const Step &, ControlConversation & ) const;
+   void expect( const Step &, ControlConnection & ) const;
    [[noreturn]] void fail( size_t line, const std::string &reason ) const;
 
    const std::string path_;

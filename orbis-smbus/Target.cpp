@@ -65,6 +65,20 @@ std::optional<Via> parseVia( std::string_view text ) {
    return Via{ static_cast<uint8_t>( *address ), static_cast<uint8_t>( *select ) };
 }
 
+std::optional<Size> parseSize( std::string_view text ) {
+   constexpr uint32_t most = 8192; // the server's limit for one request
+   if ( text == "byte" )
+      return Size{ Size::Form::Bytes, 1 };
+   if ( text == "word" )
+      return Size{ Size::Form::Word, 2 };
+   if ( text == "block" )
+      return Size{ Size::Form::Block, 0 };
+   const auto count = Bus::parseNumber( text, most );
+   if ( !count || *count == 0 )
+      return {};
+   return Size{ Size::Form::Bytes, *count };
+}
+
 std::string toString( const Target &target ) {
    return fmt::format( "{}:{:#04x}", toString( target.bus ), target.address );
 }

@@ -4,13 +4,13 @@
 
 namespace Bus {
 
-// The one source of time of a simulated board, or of a transaction's limit.
+// The time of a simulated board, or of transaction limits.
 class Clock {
  public:
-   using Time = std::chrono::nanoseconds; // since a start that is the clock's own
+   using Time = std::chrono::nanoseconds; // since the start of this clock
 
    virtual ~Clock() = default;
-   virtual Time now() const = 0; // called from any thread
+   virtual Time now() const = 0; // thread-safe
 };
 
 class RealClock final : public Clock {

@@ -10,8 +10,8 @@ namespace Bus {
 
 namespace {
 
-// What is wrong with one request, without its number.
-struct Senseless : std::runtime_error {
+// The reason, without the number of the request.
+struct InvalidRequest : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
@@ -37,15 +37,15 @@ struct AddressWord {
 
 void require( bool present, const char *field ) {
    if ( !present )
-      throw Senseless( fmt::format( "no {}", field ) );
+      throw InvalidRequest( fmt::format( "{} is missing", field ) );
 }
 
-// An enumerator that this server doesn't know has been left out by the parser.
+// The parser leaves out enumerators that this server does not know.
 void requireFields( const Smbus::Request &request ) {
    require( request.has_addr(), "addr" );
    require( request.has_pci(), "pci" );
-   require( request.has_mastertype(), "mastertype, or none that is known" );
-   require( request.has_type(), "type, or none that is known" );
+   require( request.has_mastertype(), "a known mastertype" );
+   require( request.has_type(), "a known type" );
    require( request.has_length(), "length" );
    require( request.has_pec(), "pec" );
 }
@@ -63,17 +63,17 @@ Transfer::Kind kindOf( Smbus::RequestType type ) {
    case Smbus::REQUEST_BLOCK_WRITE:
       return Transfer::Kind::BlockWrite;
    }
-   throw Senseless( "no type that is known" );
+   throw InvalidRequest( "a known type is missing" );
 }
 
 void checkLength( const Transfer &transfer ) {
    const auto allow = [&]( const char *what, uint32_t least, uint32_t most ) {
       if ( transfer.length >= least && transfer.length <= most )
          return;
-      const std::string due =
+      const std::string expected =
          least == most ? fmt::format( "{}", least ) : fmt::format( "{} to {}", least, most );
-      throw Senseless(
-         fmt::format( "length {} for a {}, where {} is due", transfer.length, what, due ) );
+      throw InvalidRequest(
+         fmt::format( "length {} for a {}, expected {}", transfer.length, what, expected ) );
    };
    switch ( transfer.kind ) {
    case Transfer::Kind::Read:
@@ -93,20 +93,20 @@ bool carriesData( Transfer::Kind kind ) {
    return kind != Transfer::Kind::Read && kind != Transfer::Kind::BlockRead;
 }
 
-// A rest of 0, 1, 5 or 10 ms behind what was written or read (memories take 5 or 10 to keep what
-// was written), and one of 1 ms more for chips that are slow to let go of the bus.
-std::chrono::milliseconds pauseBehind( const AddressWord &word, Transfer::Kind kind ) {
+// 0, 1, 5 or 10 ms after a write or read, since memories need 5 or 10 ms to store what was written;
+// and 1 ms more for chips that are slow to release the bus.
+std::chrono::milliseconds pauseAfter( const AddressWord &word, Transfer::Kind kind ) {
    using std::chrono::milliseconds;
-   constexpr milliseconds rests[] = { milliseconds( 0 ), milliseconds( 1 ), milliseconds( 5 ),
-                                      milliseconds( 10 ) };
+   constexpr milliseconds delays[] = { milliseconds( 0 ), milliseconds( 1 ), milliseconds( 5 ),
+                                       milliseconds( 10 ) };
    const bool writes = kind == Transfer::Kind::Write || kind == Transfer::Kind::BlockWrite;
-   return rests[writes ? word.writeDelay() : word.readDelay()] + milliseconds( word.extraDelay() );
+   return delays[writes ? word.writeDelay() : word.readDelay()] + milliseconds( word.extraDelay() );
 }
 
 Transfer decodeTransfer( const Smbus::Request &request ) {
    const AddressWord word( request.addr() );
    if ( word.offsetBytes() == 3 )
-      throw Senseless( "address size 3, where 0, 1 or 2 is due" );
+      throw InvalidRequest( "address size 3, expected 0, 1 or 2" );
    Transfer transfer{ .kind = kindOf( request.type() ),
                       .address = static_cast<uint8_t>( word.address() ),
                       .offset = word.offset(),
@@ -115,12 +115,12 @@ Transfer decodeTransfer( const Smbus::Request &request ) {
                       .data = request.data(),
                       .pec = request.pec(),
                       .timeout = 10 * std::chrono::milliseconds( word.busTimeout() ) };
-   transfer.pause = pauseBehind( word, transfer.kind );
+   transfer.pause = pauseAfter( word, transfer.kind );
    checkLength( transfer );
-   const size_t due = carriesData( transfer.kind ) ? transfer.length : 0;
-   if ( transfer.data.size() != due )
-      throw Senseless(
-         fmt::format( "{} bytes of data, where {} are due", transfer.data.size(), due ) );
+   const size_t expected = carriesData( transfer.kind ) ? transfer.length : 0;
+   if ( transfer.data.size() != expected )
+      throw InvalidRequest(
+         fmt::format( "{} bytes of data, expected {}", transfer.data.size(), expected ) );
    return transfer;
 }
 
@@ -136,12 +136,12 @@ void append( const Smbus::Request &request, Transaction &transaction ) {
    if ( transaction.transfers.empty() )
       transaction.bus = bus;
    else if ( bus != transaction.bus )
-      throw Senseless( fmt::format( "on {}, while the transaction is on {}", toString( bus ),
-                                    toString( transaction.bus ) ) );
+      throw InvalidRequest( fmt::format( "on {}, but the transaction is on {}", toString( bus ),
+                                         toString( transaction.bus ) ) );
    transaction.transfers.push_back( decodeTransfer( request ) );
 }
 
-// How many there are before the first byte that makes no sense.
+// How many requests come before the first byte that can't be parsed.
 unsigned countRequests( std::string_view bytes ) {
    using google::protobuf::internal::WireFormatLite;
    google::protobuf::io::CodedInputStream stream( reinterpret_cast<const uint8_t *>( bytes.data() ),
@@ -164,10 +164,10 @@ uint32_t answerBytes( const Transfer &transfer ) {
 
 Smbus::TransactionRequest parse( std::string_view bytes ) {
    if ( countRequests( bytes ) > maxRequests )
-      throw Refused( fmt::format( "over {} requests in a transaction", maxRequests ) );
+      throw Refused( fmt::format( "more than {} requests in a transaction", maxRequests ) );
    Smbus::TransactionRequest message;
    if ( !message.ParseFromArray( bytes.data(), static_cast<int>( bytes.size() ) ) )
-      throw Refused( fmt::format( "a frame of {} bytes that is no transaction", bytes.size() ) );
+      throw Refused( fmt::format( "a frame of {} bytes is not a transaction", bytes.size() ) );
    return message;
 }
 
@@ -178,19 +178,19 @@ Transaction decode( const Smbus::TransactionRequest &message, std::chrono::milli
    if ( message.timeout_ms() > 0 )
       transaction.limit = std::min( bound, std::chrono::milliseconds( message.timeout_ms() ) );
 
-   uint32_t answered = 0;
+   uint32_t answerSize = 0;
    for ( const Smbus::Request &request : message.request() ) {
       try {
          append( request, transaction );
-      } catch ( const Senseless &reason ) {
+      } catch ( const InvalidRequest &reason ) {
          throw Refused( fmt::format( "request {} of {}: {}", transaction.transfers.size() + 1,
                                      message.request_size(), reason.what() ) );
       }
-      answered += answerBytes( transaction.transfers.back() );
+      answerSize += answerBytes( transaction.transfers.back() );
    }
-   if ( answered > maxAnswerBytes )
-      throw Refused( fmt::format( "{} bytes to read, where at most {} are allowed in a transaction",
-                                  answered, maxAnswerBytes ) );
+   if ( answerSize > maxAnswerBytes )
+      throw Refused( fmt::format( "{} bytes to read, but a transaction may read at most {}",
+                                  answerSize, maxAnswerBytes ) );
    return transaction;
 }
 

@@ -9,24 +9,25 @@
 
 namespace Bus {
 
-inline constexpr unsigned maxRequests = 4096;        // in a transaction
-inline constexpr uint32_t maxTransferBytes = 8192;   // as much as Linux takes in one message
-inline constexpr uint32_t maxAnswerBytes = 8u << 20; // of a transaction, well below a frame's limit
+inline constexpr unsigned maxRequests = 4096;      // in a transaction
+inline constexpr uint32_t maxTransferBytes = 8192; // the longest message that Linux accepts
+inline constexpr uint32_t maxAnswerBytes =
+   8u << 20; // of a transaction; well below the limit of a frame
 
-// A transaction that makes no sense; the text says where and why.
+// A transaction is not valid; the text says where and why.
 struct Refused : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
-// A client's message from its bytes. Throws Refused when they are none, or hold more than
-// maxRequests: those are counted before room is made for them.
+// Parses a client's message. Throws Refused when the bytes are not a message, or when it has more
+// than maxRequests; it counts them before it allocates memory for them.
 Smbus::TransactionRequest parse( std::string_view bytes );
 
-// Checks a client's message whole, so that a senseless one never reaches a bus. Its time limit is
-// the client's, at most bound. Throws Refused.
+// Checks the whole message before any of it reaches a bus. The time limit is the client's, but at
+// most bound. Throws Refused.
 Transaction decode( const Smbus::TransactionRequest &, std::chrono::milliseconds bound );
 
-// The answer that says only why there is none.
+// A response with only this error.
 Smbus::TransactionResponse failure( std::string_view error );
 
 } // namespace Bus

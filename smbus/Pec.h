@@ -5,7 +5,7 @@
 namespace Bus {
 
 // The packet error code of SMBus 1.1 and later: CRC-8 with x^8 + x^2 + x + 1, over every byte on
-// the wires since the start, addresses with their direction bit among them.
+// the bus since the start condition, including addresses with their direction bit.
 constexpr uint8_t pecStep( uint8_t crc, uint8_t byte ) {
    crc ^= byte;
    for ( int bit = 0; bit < 8; ++bit )

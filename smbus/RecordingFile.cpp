@@ -12,7 +12,7 @@
 namespace Bus {
 
 void readRecording( const std::string &path,
-                    const std::function<void( const SmbusRecording::Entry & )> &take ) {
+                    const std::function<void( const SmbusRecording::Entry & )> &handle ) {
    std::ifstream stream( path, std::ios::binary );
    const std::string bytes{ std::istreambuf_iterator<char>( stream ), {} };
    if ( !stream )
@@ -29,8 +29,8 @@ void readRecording( const std::string &path,
            !entry.ParseFromArray( frame.message.data(),
                                   static_cast<int>( frame.message.size() ) ) ||
            entry.what_case() == SmbusRecording::Entry::WHAT_NOT_SET )
-         fail( "no entry of a recording" );
-      take( entry );
+         fail( "not an entry of a recording" );
+      handle( entry );
       at += frame.size;
    }
 }

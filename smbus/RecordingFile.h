@@ -13,8 +13,8 @@ struct RecordingError : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
-// Hands over one entry after another, up to where the file ends or makes no sense. Throws
-// RecordingError then, and when there is no such file.
+// Calls back with each entry in order. Throws RecordingError when the file can't be opened, and
+// after the last valid entry of a damaged file.
 void readRecording( const std::string &path,
                     const std::function<void( const SmbusRecording::Entry & )> & );
 

@@ -1,4 +1,4 @@
-// What carries transfers: the seam between the server and simulated wires or real adapters.
+// A bus that executes transfers: the interface between the server and simulated or real busses.
 #pragma once
 
 #include "smbus/RootBusId.h"
@@ -11,14 +11,14 @@
 
 namespace Bus {
 
-// Words that the bench client tells from other failures, too.
+// orbis-smbus recognises these texts, too.
 inline constexpr std::string_view noAddressAcknowledge = "no acknowledge of the address";
 inline constexpr std::string_view noSuchBus = "no such bus";
 
 struct Outcome {
-   std::string data;   // what was read: empty for writes, without the count for block reads
-   std::string error;  // why the transfer failed; empty when it did not
-   bool final = false; // it failed in a way that no further try can mend
+   std::string data;   // that was read; empty for writes; without the count for block reads
+   std::string error;  // why the transfer failed; empty: success
+   bool final = false; // it failed, and a retry can't help
 
    bool ok() const { return error.empty(); }
 };
@@ -26,8 +26,8 @@ struct Outcome {
 class RootBus {
  public:
    virtual ~RootBus() = default;
-   // One transfer from start to stop, and only one try of it. Called from the one thread that
-   // works this bus; may take as long as the bus does.
+   // Tries one transfer once, from start to stop. Only the thread of this bus calls it. It may take
+   // as long as the bus does.
    virtual Outcome transfer( const Transfer & ) = 0;
 };
 

@@ -30,7 +30,7 @@ constexpr std::array<MasterForm, 5> forms{ {
 
 const MasterForm &formOf( Master master ) { return forms[static_cast<size_t>( master )]; }
 
-// Cuts off what stands before the separator; all of it when there is none.
+// Removes and returns the text before the separator, or all of it if there is none.
 std::string_view cutFirst( std::string_view &text, char separator ) {
    const size_t at = std::min( text.find( separator ), text.size() );
    const std::string_view first = text.substr( 0, at );
@@ -38,8 +38,8 @@ std::string_view cutFirst( std::string_view &text, char separator ) {
    return first;
 }
 
-// Cuts "(4)" off the end of "scd(4)": the number, 0 when there are no brackets, nothing when
-// what they hold is no number.
+// Removes "(4)" from the end of "scd(4)" and returns the number: 0 without brackets, nothing if the
+// brackets don't contain a number.
 std::optional<uint32_t> cutPci( std::string_view &name ) {
    const size_t open = name.find( '(' );
    if ( open == name.npos )

@@ -8,13 +8,13 @@
 
 namespace Bus {
 
-// The kinds of bus masters, with their numbers in the messages.
+// The kinds of bus masters, numbered as in the messages.
 enum class Master : uint8_t { Simulated = 0, I2c = 1, Scd = 2, IoPort = 3, Celestica = 4 };
 
 // A request has seven bits for each of address, bus and accelerator.
 constexpr uint32_t maxId = 0x7F;
 
-// One bus as its master drives it: what a transaction occupies. Make it with rootBusId().
+// One bus of a master. A transaction occupies it. Make it with rootBusId().
 struct RootBusId {
    Master master = Master::Simulated;
    uint32_t pci = 0;
@@ -24,18 +24,18 @@ struct RootBusId {
    friend auto operator<=>( const RootBusId &, const RootBusId & ) = default;
 };
 
-// Adapters, I/O ports and simulated busses have neither PCI device nor accelerator: whatever a
-// client wrote there, it is the same bus.
+// Adapters, I/O ports and simulated busses have neither PCI device nor accelerator; the client's
+// values for these are ignored.
 RootBusId rootBusId( Master master, uint32_t pci, uint32_t accelerator, uint32_t bus );
 
-// As people write it: sim:0, i2c:0, scd(4):1:2, ioport:0, celestica:1:2.
+// For people: sim:0, i2c:0, scd(4):1:2, ioport:0, celestica:1:2.
 std::string toString( const RootBusId & );
 
-// The reverse of toString, numbers in decimal or with 0x. Nothing when the text is none of these,
-// or a number is out of its field's range (accelerator and bus: 7 bits).
+// The reverse of toString; numbers are decimal or have 0x. Returns nothing when the text has
+// another form, or a number is out of range (accelerator and bus: 7 bits).
 std::optional<RootBusId> parseRootBusId( std::string_view text );
 
-// A whole unsigned number, decimal or with 0x, no greater than max.
+// A whole number from 0 to max, decimal or with 0x.
 std::optional<uint32_t> parseNumber( std::string_view text, uint32_t max );
 
 } // namespace Bus

@@ -9,35 +9,34 @@
 
 namespace Bus {
 
-// Hands every transfer to those who listen. For all threads; costs next to nothing while nobody
-// listens.
+// Passes every transfer to its listeners. Thread-safe. Costs almost nothing without listeners.
 class Tracer {
  public:
    using Listener = std::function<void( const SmbusControl::Transfer & )>;
 
-   bool heard() const { return listening_ > 0; }
-   void tell( const SmbusControl::Transfer &transfer ) {
+   bool hasListeners() const { return count_ > 0; }
+   void report( const SmbusControl::Transfer &transfer ) {
       const std::lock_guard lock( mutex_ );
-      for ( const auto &[whose, listener] : listeners_ )
+      for ( const auto &[owner, listener] : listeners_ )
          listener( transfer );
    }
-   // Called in the thread of the bus, so it has to be quick.
-   void add( const void *whose, Listener listener ) {
+   // The listener is called in the thread of the bus, so it must be quick.
+   void add( const void *owner, Listener listener ) {
       const std::lock_guard lock( mutex_ );
-      listeners_[whose] = std::move( listener );
-      listening_ = listeners_.size();
+      listeners_[owner] = std::move( listener );
+      count_ = listeners_.size();
    }
-   // Is not called any more when this returns.
-   void remove( const void *whose ) {
+   // The listener is not called any more after this.
+   void remove( const void *owner ) {
       const std::lock_guard lock( mutex_ );
-      listeners_.erase( whose );
-      listening_ = listeners_.size();
+      listeners_.erase( owner );
+      count_ = listeners_.size();
    }
 
  private:
    std::mutex mutex_;
    std::map<const void *, Listener> listeners_;
-   std::atomic<size_t> listening_ = 0;
+   std::atomic<size_t> count_ = 0;
 };
 
 } // namespace Bus

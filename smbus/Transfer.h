@@ -9,32 +9,32 @@
 
 namespace Bus {
 
-// One SMBus operation, checked for sense.
+// One SMBus operation. It is valid.
 struct Transfer {
    enum class Kind { Read, Write, ProcessCall, BlockRead, BlockWrite };
 
    Kind kind = Kind::Read;
    uint8_t address = 0;      // seven bits
-   uint32_t offset = 0;      // register, or command code; whole, however wide the chip's is
-   unsigned offsetBytes = 1; // what the client says of its width on a real bus: 1 or 2
+   uint32_t offset = 0;      // register or command code, of any width
+   unsigned offsetBytes = 1; // its width on a real bus, as the client says: 1 or 2
    unsigned length = 0;      // data bytes to read or write; 0 for a block read
    std::string data = {};    // to write, `length` bytes
-   bool pec = false;         // with a packet error code behind the data
-   // On a real bus: how long its adapter waits for the chip, 0 for as long as it always does, and
-   // the rest that the chip gets behind the transfer.
+   bool pec = false;         // with a packet error code after the data
+   // On a real bus: how long the adapter waits for the chip (0: the adapter's default), and a pause
+   // after the transfer.
    std::chrono::milliseconds timeout{ 0 };
    std::chrono::milliseconds pause{ 0 };
 
-   // The offset is the byte that is sent, and nothing follows it. Multiplexers are set so.
+   // The offset is the only byte that is sent. This is how multiplexers are set.
    bool isSendByte() const { return kind == Kind::Write && length == 0; }
-   // No offset goes out before the byte comes.
+   // Reads one byte without sending an offset.
    bool isReceiveByte() const { return kind == Kind::Read && length == 0; }
 };
 
-// "read of 2 bytes from 0x48 register 0x00", as error texts have it.
+// "read of 2 bytes from 0x48 register 0x00", as in error texts.
 std::string describe( const Transfer & );
 
-// Transfers that nothing else comes between, all on one root bus.
+// Transfers on one root bus. Nothing else happens on the bus between them.
 struct Transaction {
    RootBusId bus;
    std::vector<Transfer> transfers;

@@ -2,37 +2,36 @@
 
 #include "smbus/RootBusId.h"
 
-#include <CLI/App.hpp>
-
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace Smbusd {
 
-// What the server is told to do.
+enum ExitCode { Done = 0, Failed = 1, WrongUsage = 2 };
+
+// What the user asks for.
 struct Options {
    std::string socket = "/run/orbis/smbus.sock";
-   std::string control;
+   std::string control; // empty: the socket's path with .control after its name
    std::string group;
-   std::string topology;
+   std::string topology; // of the simulated board, as its simulation
    std::string simulation;
    std::string routes;
    std::string recordTo;
    std::string replayFrom;
-   std::vector<Bus::RootBusId> lent;
-   bool asSlow = false; // as what is replayed
+   std::vector<Bus::RootBusId> exported; // as adapters of this machine
+   bool asSlow = false;                  // as the recording
    std::string logLevel = "info";
    unsigned transactionLimit = 2000; // ms
-   double speed = 1;
+   double speed = 1;                 // of the simulation
 
-   std::string routesToCheck;
-   bool elsewhere = false; // they are another machine's
+   std::string routesToCheck; // empty: serve
+   bool elsewhere = false;    // the routes are another machine's
 };
 
-// Parsing fills the options, which outlive the app, and runs nothing.
-void describe( CLI::App &, Options & );
-
-// Throws CLI11's own complaint where parsed options make no sense together.
-void checkTogether( const CLI::App &, const Options & );
+// Fills the options. When there is nothing more to do, prints the help, the version or what is
+// wrong, and returns the exit code.
+std::optional<ExitCode> parseCommandLine( int argc, char **argv, Options & );
 
 } // namespace Smbusd

@@ -28,7 +28,7 @@ namespace Smbusd {
 
 namespace {
 
-// A simulated board with its clock and its bench's side.
+// A simulated board with its clock and its controls.
 struct Simulation {
    Simulation( const Options &options, const Bus::Clock &real )
       : clock( real, options.speed ), board( options.topology, options.simulation, clock ) {
@@ -44,9 +44,10 @@ Bus::Busses routed( const std::string &path, Bus::Busses simulated ) {
    const auto routes = BoardFiles::loadRoutes( path );
    RoutedBusses busses( std::move( simulated ), {} );
    for ( const BoardFiles::Route &route : routes.routes ) {
-      busses.add( route, []( const std::string &why ) { spdlog::warn( "not yet: {}", why ); } );
-      if ( !busses.lastCarrier().empty() )
-         spdlog::info( "{} is {}", toString( route.bus ), busses.lastCarrier() );
+      busses.add( route,
+                  []( const std::string &why ) { spdlog::warn( "not available yet: {}", why ); } );
+      if ( !busses.description().empty() )
+         spdlog::info( "{} is {}", toString( route.bus ), busses.description() );
    }
    return busses.take();
 }
@@ -63,42 +64,45 @@ Executors executorsFor( const Options &options, Simulation *simulation, const Bu
    return executorsOn( std::move( busses ), clock );
 }
 
-std::vector<std::unique_ptr<Lend::ExportedAdapter>> lend( const Options &options,
-                                                          Simulation *simulation ) {
-   std::vector<std::unique_ptr<Lend::ExportedAdapter>> lent;
+std::vector<std::unique_ptr<Export::ExportedAdapter>> exportAdapters( const Options &options,
+                                                                      Simulation *simulation ) {
+   std::vector<std::unique_ptr<Export::ExportedAdapter>> exported;
    std::chrono::seconds patience( 10 );
-   for ( const Bus::RootBusId &id : options.lent ) {
+   for ( const Bus::RootBusId &id : options.exported ) {
       const std::string name = toString( id );
       try {
-         lent.push_back(
-            std::make_unique<Lend::ExportedAdapter>( simulation->board.bus( id ), name ) );
+         exported.push_back(
+            std::make_unique<Export::ExportedAdapter>( simulation->board.bus( id ), name ) );
       } catch ( const std::out_of_range & ) {
-         throw Lend::ExportError( fmt::format( "the simulated board has no {} to lend", name ) );
+         throw Export::ExportError(
+            fmt::format( "--export-adapter: the simulated board has no {}", name ) );
       }
-      if ( const auto number = lent.back()->adapter( patience ) )
-         spdlog::info( "{} is lent as {}", name, Linux::describeAdapter( *number, {} ) );
+      if ( const auto number = exported.back()->adapter( patience ) )
+         spdlog::info( "{} is exported as {}", name, Linux::describeAdapter( *number, {} ) );
       else {
-         spdlog::warn( "{} is lent, and the kernel makes no adapter of it; the module i2c-tiny-usb "
-                       "does",
-                       name );
-         patience = {}; // nor will it of the others
+         spdlog::warn(
+            "{} is exported, but the kernel made no adapter of it; is the module i2c-tiny-usb "
+            "loaded?",
+            name );
+         patience = {}; // it would not appear for the others either
       }
    }
-   return lent;
+   return exported;
 }
 
-// What is served, by its file.
-const std::string &servedBy( const Options &options ) {
+// The file that names the busses.
+const std::string &sourceOf( const Options &options ) {
    if ( !options.replayFrom.empty() )
       return options.replayFrom;
    return options.routes.empty() ? options.topology : options.routes;
 }
 
-// A transfer that the kernel never ends can't be ended here either, and its thread can't be joined.
-void leaveBehind( Dispatcher &dispatcher, std::chrono::milliseconds limit ) {
+// The kernel may never end a transfer. Then its thread can't be joined, and the process must end
+// without it.
+void abandonStuckBus( Dispatcher &dispatcher, std::chrono::milliseconds limit ) {
    if ( dispatcher.stop( limit + std::chrono::seconds( 1 ) ) )
       return;
-   spdlog::error( "a bus is stuck; its transaction is left behind" );
+   spdlog::error( "a bus is stuck; its transaction is abandoned" );
    spdlog::shutdown();
    std::_Exit( EXIT_SUCCESS );
 }
@@ -124,7 +128,7 @@ void serve( const Options &options ) {
    Dispatcher dispatcher( std::move( executors ), clock, limit, std::move( observer ) );
    Server server( context, std::make_unique<Sockets::SocketFile>( options.socket, options.group ),
                   dispatcher );
-   const auto lent = lend( options, simulation ? &*simulation : nullptr );
+   const auto exported = exportAdapters( options, simulation ? &*simulation : nullptr );
    std::optional<ControlServer> control;
    if ( simulation ) {
       const std::string path =
@@ -139,9 +143,9 @@ void serve( const Options &options ) {
       if ( control )
          control->stop();
    } );
-   spdlog::info( "serving {} at {}", servedBy( options ), options.socket );
+   spdlog::info( "serving {} at {}", sourceOf( options ), options.socket );
    context.run();
-   leaveBehind( dispatcher, limit );
+   abandonStuckBus( dispatcher, limit );
 }
 
 bool checkRoutes( const Options &options ) {
@@ -149,27 +153,27 @@ bool checkRoutes( const Options &options ) {
    if ( options.elsewhere )
       return true;
    RoutedBusses busses( {}, {} );
-   bool well = true;
+   bool valid = true;
    for ( const BoardFiles::Route &route : routes.routes ) {
-      const auto tell = [&]( const std::string &what ) {
+      const auto print = [&]( const std::string &what ) {
          fmt::print( "{:16} {}\n", toString( route.bus ), what );
       };
       if ( std::holds_alternative<BoardFiles::SimulatedRoute>( route.to ) ) {
-         tell( "simulated" );
+         print( "simulated" );
          continue;
       }
       try {
          std::string missing;
          busses.add( route, [&]( const std::string &why ) { missing = why; } );
-         tell( missing.empty() ? busses.lastCarrier() : "not yet" );
+         print( missing.empty() ? busses.description() : "not available yet" );
          if ( !missing.empty() )
             fmt::print( stderr, "{}\n", missing );
       } catch ( const BoardFiles::BoardError &error ) {
-         well = false;
+         valid = false;
          fmt::print( stderr, "{}\n", error.what() );
       }
    }
-   return well;
+   return valid;
 }
 
 } // namespace Smbusd

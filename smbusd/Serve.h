@@ -7,8 +7,8 @@ namespace Smbusd {
 // Serves until SIGTERM or SIGINT. Throws std::exception when it can't start.
 void serve( const Options & );
 
-// Prints what carries each bus, and what is wrong, to the standard streams. Whether all is well.
-// Throws BoardError for a file that is no routes file.
+// Prints what each bus of the routes file is, and the errors. Returns whether there were none.
+// Throws BoardError when it is not a routes file.
 bool checkRoutes( const Options & );
 
 } // namespace Smbusd

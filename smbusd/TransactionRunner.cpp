@@ -16,7 +16,7 @@ std::string explain( const Bus::Transaction &transaction, size_t index, const st
 }
 
 std::string timeIsUp( const Bus::Transaction &transaction ) {
-   return fmt::format( "the transaction's {} ms are over", transaction.limit.count() );
+   return fmt::format( "the time limit of {} ms is over", transaction.limit.count() );
 }
 
 void addError( Smbus::TransactionResponse &response, const std::string &error ) {
@@ -28,26 +28,26 @@ void addError( Smbus::TransactionResponse &response, const std::string &error ) 
 } // namespace
 
 Smbus::TransactionResponse TransactionRunner::run( const Bus::Transaction &transaction ) {
-   settleOwed();
+   retryPendingDeselects();
    const Bus::Clock::Time end = clock_.now() + transaction.limit;
    Smbus::TransactionResponse response;
    std::set<uint8_t> sentTo;
    for ( size_t i = 0; i < transaction.transfers.size(); ++i ) {
       const Bus::Transfer &transfer = transaction.transfers[i];
-      const bool closes = transfer.isSendByte() && sentTo.contains( transfer.address );
-      if ( response.failed() && !closes )
+      const bool deselects = transfer.isSendByte() && sentTo.contains( transfer.address );
+      if ( response.failed() && !deselects )
          continue;
-      if ( !closes && clock_.now() >= end ) {
-         addError( response, explain( transaction, i, "not begun, " + timeIsUp( transaction ) ) );
+      if ( !deselects && clock_.now() >= end ) {
+         addError( response, explain( transaction, i, "not started: " + timeIsUp( transaction ) ) );
          continue;
       }
       Bus::Outcome outcome = attempt( transfer, transaction, end );
       if ( transfer.isSendByte() ) {
          sentTo.insert( transfer.address );
          if ( outcome.ok() )
-            owed_.erase( transfer.address );
-         else if ( closes )
-            owed_.insert_or_assign( transfer.address, transfer );
+            pendingDeselects_.erase( transfer.address );
+         else if ( deselects )
+            pendingDeselects_.insert_or_assign( transfer.address, transfer );
       }
       if ( !outcome.ok() )
          addError( response, explain( transaction, i, outcome.error ) );
@@ -76,13 +76,13 @@ Bus::Outcome TransactionRunner::attempt( const Bus::Transfer &transfer,
    }
 }
 
-void TransactionRunner::settleOwed() {
-   for ( auto owed = owed_.begin(); owed != owed_.end(); ) {
-      const Bus::Outcome outcome = bus_.transfer( owed->second );
+void TransactionRunner::retryPendingDeselects() {
+   for ( auto pending = pendingDeselects_.begin(); pending != pendingDeselects_.end(); ) {
+      const Bus::Outcome outcome = bus_.transfer( pending->second );
       if ( !outcome.ok() )
-         spdlog::warn( "{}, owed since a failed transaction: {}", describe( owed->second ),
-                       outcome.error );
-      owed = outcome.ok() ? owed_.erase( owed ) : std::next( owed );
+         spdlog::warn( "pending deselect after a failed transaction: {}: {}",
+                       describe( pending->second ), outcome.error );
+      pending = outcome.ok() ? pendingDeselects_.erase( pending ) : std::next( pending );
    }
 }
 

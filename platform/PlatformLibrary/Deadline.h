@@ -1,4 +1,4 @@
-// A point on the monotonic clock that bounds a whole call, however many waits it takes.
+// The time at which a call must end, on the monotonic clock, however often it waits.
 #pragma once
 
 #include <sys/time.h>
@@ -11,11 +11,11 @@ class Deadline {
  public:
    explicit Deadline( std::chrono::milliseconds fromNow );
 
-   // What is left, rounded up to whole milliseconds; 0 when the time is up.
+   // The time left, rounded up to milliseconds; 0 when it is over.
    std::chrono::milliseconds left() const;
 
-   // Waits until one of the poll events holds for the descriptor. Returns false with errno set:
-   // ETIMEDOUT when the time is up first.
+   // Waits for one of the poll events. Returns false with errno set; ETIMEDOUT when the time is
+   // over first.
    bool waitFor( int fd, short events ) const;
 
  private:

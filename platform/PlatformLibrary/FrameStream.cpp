@@ -15,7 +15,7 @@ namespace {
 
 int sendAll( int fd, const std::string &bytes, const Deadline &deadline ) {
    for ( size_t sent = 0; sent < bytes.size(); ) {
-      // MSG_NOSIGNAL: a server that is gone is an error of this call, not the host's end.
+      // MSG_NOSIGNAL: when the server has gone, this call fails; no SIGPIPE ends the daemon.
       const ssize_t count = send( fd, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL );
       if ( count >= 0 )
          sent += static_cast<size_t>( count );
@@ -25,8 +25,8 @@ int sendAll( int fd, const std::string &bytes, const Deadline &deadline ) {
    return 0;
 }
 
-// Waits for bytes, at most so many, and appends what has come. A peer that is gone is ECONNRESET
-// while nothing has come, and a torn frame afterwards.
+// Waits for up to atMost bytes and appends them. When the peer has disconnected: ECONNRESET before
+// the first byte of a frame, EPROTO in the middle of one.
 int receiveSome( int fd, size_t atMost, std::string &bytes, const Deadline &deadline ) {
    const size_t before = bytes.size();
    bytes.resize( before + atMost );
@@ -53,8 +53,8 @@ int sendFrame( int fd, const google::protobuf::MessageLite &message, const Deadl
    return sendAll( fd, Sockets::framed( message ), deadline );
 }
 
-// The whole frame is received before it is parsed: the library's own socket streams abort the
-// process when a stream that ended early is handed back bytes.
+// Receives the whole frame before it parses it: protobuf's own socket streams abort the process
+// when a stream that ended early gets bytes back.
 int receiveFrame( int fd, google::protobuf::MessageLite &message, const Deadline &deadline ) {
    using State = Sockets::Frame::State;
    constexpr size_t firstChunk = 4096;
@@ -68,8 +68,8 @@ int receiveFrame( int fd, google::protobuf::MessageLite &message, const Deadline
    }
    if ( frame.state != State::Whole )
       return EPROTO;
-   // Bytes behind the answer belong to nothing that was asked: the answer stands, and the
-   // connection ends here, so that whoever sends next finds it ended.
+   // Nobody asked for the bytes after the answer. The answer is valid, but the connection ends, so
+   // that the next request opens a new one.
    if ( bytes.size() > frame.size )
       shutdown( fd, SHUT_RDWR );
    const auto size = static_cast<int>( frame.message.size() );

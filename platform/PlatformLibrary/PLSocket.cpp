@@ -49,8 +49,8 @@ bool makeNonBlocking( int fd ) {
    return flags >= 0 && fcntl( fd, F_SETFL, flags | O_NONBLOCK ) == 0;
 }
 
-// A non-blocking connect to a Unix socket whose backlog is full fails at once and can't be waited
-// for; a blocking one waits as long as the send time limit says, and then fails with EAGAIN.
+// When the backlog of a Unix socket is full, a non-blocking connect fails at once, and poll can't
+// wait for it. A blocking connect waits up to the send timeout, then fails with EAGAIN.
 int connectWithin( int fd, const sockaddr_un &address, const Deadline &deadline ) {
    for ( ;; ) {
       const auto left = deadline.left().count();
@@ -87,8 +87,8 @@ int connectToServer( const Deadline &deadline ) {
    return fail( error );
 }
 
-// Between transactions nothing may come: what is readable then is the end of the connection or
-// an answer that nobody waits for any more.
+// The server sends nothing between transactions. If the descriptor is readable then, the connection
+// has ended, or a late answer has come.
 bool isStale( int fd ) {
    pollfd watched{ fd, POLLIN, 0 };
    return poll( &watched, 1, 0 ) != 0;

@@ -8,8 +8,8 @@ namespace PlatformLibrary {
 
 class PLSocket {
  public:
-   // The connected descriptor, -1 when there is none, and its watcher. The destructor releases
-   // neither: whoever gives the socket up closes them first.
+   // The connected descriptor (-1: none) and its watcher. The destructor releases neither; the
+   // owner closes them first.
    int fd = -1;
    pl_fd_watcher_handle watcher = nullptr;
 
@@ -23,12 +23,13 @@ class PLSocket {
    // set.
    int setup();
 
-   // Sends one transaction and waits for its answer, at most ORBIS_SMBUS_TIMEOUT_MS milliseconds
-   // (10,000 when unset) for the whole of it. On success returns 0 or more and sets *response to a
-   // message that the caller deletes. On failure returns a negative value with errno set: ETIMEDOUT
-   // when the time is up, EPROTO for a frame over 16 MiB, a torn one, or bytes that don't parse.
-   // A connection that failed is closed, so that a late answer is never taken for that of a later
-   // request; the next call connects afresh, once, before it sends.
+   // Sends one transaction and waits for its answer. Both together take at most
+   // ORBIS_SMBUS_TIMEOUT_MS milliseconds (10,000 when unset). On success returns 0 or more and sets
+   // *response to a message that the caller deletes. On failure returns a negative value with errno
+   // set: ETIMEDOUT when the time is over, EPROTO for a frame over 16 MiB, an incomplete frame, or
+   // bytes that can't be parsed. After a failure it closes the connection, so that a late answer is
+   // never mistaken for the answer to a later request. The next call connects again, once, before
+   // it sends.
    int sendRequestWait( Smbus::TransactionRequest *request, Smbus::TransactionResponse **response );
 };
 

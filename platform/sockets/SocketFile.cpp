@@ -29,15 +29,16 @@ sockaddr_un addressOf( const std::string &path ) {
    sockaddr_un address{};
    address.sun_family = AF_UNIX;
    if ( path.empty() || path.size() >= sizeof address.sun_path )
-      throw std::runtime_error( fmt::format( "{}: a socket's path has 1 to {} characters", path,
-                                             sizeof address.sun_path - 1 ) );
+      throw std::runtime_error(
+         fmt::format( "{}: the path of a socket must have 1 to {} characters", path,
+                      sizeof address.sun_path - 1 ) );
    path.copy( address.sun_path, path.size() );
    return address;
 }
 
 int newSocket( int flags = 0 ) { return socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0 ); }
 
-// What connecting gives: 0 or an errno value, EAGAIN when the server has too many waiting already.
+// The result of connect(): 0 or an errno value. EAGAIN means that the server's backlog is full.
 int tryToConnect( const sockaddr_un &address ) {
    const int fd = newSocket( SOCK_NONBLOCK );
    const int result = connect( fd, reinterpret_cast<const sockaddr *>( &address ), sizeof address );
@@ -49,52 +50,52 @@ int tryToConnect( const sockaddr_un &address ) {
 gid_t groupNamed( const std::string &name ) {
    const group *found = getgrnam( name.c_str() );
    if ( !found )
-      throw std::runtime_error( fmt::format( "no group named {}", name ) );
+      throw std::runtime_error( fmt::format( "there is no group {}", name ) );
    return found->gr_gid;
 }
 
 } // namespace
 
 SocketFile::SocketFile( const std::string &path, const std::string &group ) : path_( path ) {
-   clearTheWay();
+   removeStaleFile();
    fd_ = newSocket();
    try {
-      listenAt( group );
+      startListening( group );
    } catch ( ... ) {
       close( fd_ );
       throw;
    }
 }
 
-void SocketFile::clearTheWay() const {
+void SocketFile::removeStaleFile() const {
    struct stat status;
    if ( lstat( path_.c_str(), &status ) != 0 )
       return;
    if ( !S_ISSOCK( status.st_mode ) )
-      throw std::runtime_error( path_ + ": there is something that is no socket" );
+      throw std::runtime_error( path_ + ": not a socket" );
    const int error = tryToConnect( addressOf( path_ ) );
    if ( error == 0 || error == EAGAIN )
-      throw std::runtime_error( path_ + ": a server is living there" );
+      throw std::runtime_error( path_ + ": another server is running" );
    if ( error == ECONNREFUSED )
       unlink( path_.c_str() );
 }
 
-void SocketFile::listenAt( const std::string &group ) {
+void SocketFile::startListening( const std::string &group ) {
    const sockaddr_un address = addressOf( path_ );
-   // A socket's mode before it is bound is that of its file, less the umask: never too wide.
+   // The file gets the socket's mode less the umask, so it is never open to others.
    fchmod( fd_, socketMode );
    require( bind( fd_, reinterpret_cast<const sockaddr *>( &address ), sizeof address ) == 0, path_,
-            "can't be bound" );
+            "bind failed" );
    struct stat status;
-   require( stat( path_.c_str(), &status ) == 0, path_, "is gone" );
+   require( stat( path_.c_str(), &status ) == 0, path_, "stat failed" );
    device_ = status.st_dev;
    inode_ = status.st_ino;
    try {
       if ( !group.empty() )
          require( chown( path_.c_str(), static_cast<uid_t>( -1 ), groupNamed( group ) ) == 0, path_,
-                  "can't be given to the group" );
-      require( chmod( path_.c_str(), socketMode ) == 0, path_, "can't be given its mode" );
-      require( listen( fd_, backlog ) == 0, path_, "can't be listened at" );
+                  "chown failed" );
+      require( chmod( path_.c_str(), socketMode ) == 0, path_, "chmod failed" );
+      require( listen( fd_, backlog ) == 0, path_, "listen failed" );
    } catch ( ... ) {
       unlink( path_.c_str() );
       throw;

@@ -6,24 +6,25 @@
 
 namespace Sockets {
 
-// A listening Unix stream socket and its file. The file of a server that is dead is replaced.
+// A listening Unix stream socket and its file. Replaces the file of a server that has died.
 class SocketFile {
  public:
-   // Mode 0660, of the named group unless that is empty. Throws std::runtime_error: a server
-   // lives there, something that is no socket is there, no such group, or the system's reason.
+   // The file has mode 0660 and belongs to the group, unless that is empty. Throws
+   // std::runtime_error: another server is running, the file is not a socket, there is no such
+   // group, or the system's reason.
    SocketFile( const std::string &path, const std::string &group );
-   // Removes the file, unless another has been put in its place.
+   // Removes the file, unless another one has taken its place.
    ~SocketFile();
    SocketFile( const SocketFile & ) = delete;
    SocketFile &operator=( const SocketFile & ) = delete;
 
    const std::string &path() const { return path_; }
-   // The listening descriptor; closing it is up to the caller now.
+   // The listening descriptor. The caller closes it.
    int release();
 
  private:
-   void clearTheWay() const;
-   void listenAt( const std::string &group );
+   void removeStaleFile() const;
+   void startListening( const std::string &group );
 
    const std::string path_;
    int fd_ = -1;

@@ -43,10 +43,10 @@ void Controls::carryOut( const SmbusControl::Request &request, SmbusControl::Res
    case Request::kTime:
       return describe( *response.mutable_state(), false );
    case Request::kGet:
-      return copy( bench_.quantity( request.get().whose(), request.get().name() ),
+      return copy( bench_.quantity( request.get().part(), request.get().name() ),
                    *response.mutable_quantity() );
    case Request::kSet:
-      return bench_.quantityIs( request.set().name().whose(), request.set().name().name(),
+      return bench_.quantityIs( request.set().name().part(), request.set().name().name(),
                                 request.set().value() );
    case Request::kPull:
       return bench_.pull( request.pull() );
@@ -54,8 +54,8 @@ void Controls::carryOut( const SmbusControl::Request &request, SmbusControl::Res
       return bench_.insert( request.insert() );
    case Request::kFault:
       return addFault( request.fault() );
-   case Request::kMend:
-      return bench_.chip( request.mend() ).faultsAre( {} );
+   case Request::kClearFaults:
+      return bench_.chip( request.clear_faults() ).faultsAre( {} );
    case Request::kStep:
       return clock_.step( std::chrono::duration_cast<Bus::Clock::Time>(
          std::chrono::duration<double>( within( request.step(), 0, year, " s" ) ) ) );
@@ -97,12 +97,12 @@ void Controls::describe( SmbusControl::State &state, bool whole ) const {
 void Controls::addFault( const SmbusControl::Fault &asked ) {
    Chip &chip = bench_.chip( asked.chip() );
    Faults faults = chip.faults();
-   if ( asked.has_missed() ) {
-      faults.missed = asked.missed();
-      faults.among = asked.has_among() ? asked.among() : 1;
-      if ( faults.among == 0 || faults.missed > faults.among )
+   if ( asked.has_nacks() ) {
+      faults.nacks = asked.nacks();
+      faults.outOf = asked.has_out_of() ? asked.out_of() : 1;
+      if ( faults.outOf == 0 || faults.nacks > faults.outOf )
          throw BenchError(
-            fmt::format( "{} of {} transfers can't be missed", faults.missed, faults.among ) );
+            fmt::format( "a chip can't nack {} of {} transfers", faults.nacks, faults.outOf ) );
    }
    if ( asked.has_bad_pec() )
       faults.badPec = asked.bad_pec();

@@ -54,9 +54,9 @@ std::unique_ptr<SimulatedBus> SimulatedBoard::bus( const Bus::RootBusId &id ) {
 }
 
 void SimulatedBoard::report( const Bus::RootBusId &bus, const Bus::Transfer &transfer,
-                             const SimulatedBus::Carried &carried ) {
+                             const SimulatedBus::Result &carried ) {
    bench_.count( carried.bytes );
-   if ( !tracer_ || !tracer_->heard() )
+   if ( !tracer_ || !tracer_->hasListeners() )
       return;
    SmbusControl::Transfer told;
    told.set_seconds( std::chrono::duration<double>( clock_.now() ).count() );
@@ -67,7 +67,7 @@ void SimulatedBoard::report( const Bus::RootBusId &bus, const Bus::Transfer &tra
    told.set_written( transfer.data );
    told.set_read( carried.outcome.data );
    told.set_error( carried.outcome.error );
-   tracer_->tell( told );
+   tracer_->report( told );
 }
 
 BusSegment &SimulatedBoard::newWire() {

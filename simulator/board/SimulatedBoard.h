@@ -58,7 +58,7 @@ class SimulatedBoard {
    void seatChips( const BoardFiles::SimulationFile & );
    void joinChannels();
    void addModules( const BoardFiles::SimulationFile & );
-   void report( const Bus::RootBusId &, const Bus::Transfer &, const SimulatedBus::Carried & );
+   void report( const Bus::RootBusId &, const Bus::Transfer &, const SimulatedBus::Result & );
 
    std::vector<std::unique_ptr<BusSegment>> wires_;
    std::map<Bus::RootBusId, BusSegment *> roots_;

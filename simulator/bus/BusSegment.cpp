@@ -2,26 +2,26 @@
 
 namespace Simulator {
 
-void BusSegment::findHearing( uint8_t address, std::vector<Chip *> &found ) const {
-   for ( const Seat &seat : seats_ ) {
-      if ( seat.address == address && seat.chip->answers() )
-         found.push_back( seat.chip );
+void BusSegment::findReachable( uint8_t address, std::vector<Chip *> &found ) const {
+   for ( const Attachment &attachment : attachments_ ) {
+      if ( attachment.address == address && attachment.chip->answers() )
+         found.push_back( attachment.chip );
    }
-   for ( const Joint &joint : joints_ ) {
-      if ( joint.mux->answers() && joint.mux->joins( joint.channel ) )
-         joint.behind->findHearing( address, found );
+   for ( const Branch &branch : branches_ ) {
+      if ( branch.mux->answers() && branch.mux->selects( branch.channel ) )
+         branch.behind->findReachable( address, found );
    }
 }
 
 const Chip *BusSegment::findStuck() const {
-   for ( const Seat &seat : seats_ ) {
-      if ( seat.chip->faults().stuck && seat.chip->answers() )
-         return seat.chip;
+   for ( const Attachment &attachment : attachments_ ) {
+      if ( attachment.chip->faults().stuck && attachment.chip->answers() )
+         return attachment.chip;
    }
-   for ( const Joint &joint : joints_ ) {
-      if ( !joint.mux->answers() || !joint.mux->joins( joint.channel ) )
+   for ( const Branch &branch : branches_ ) {
+      if ( !branch.mux->answers() || !branch.mux->selects( branch.channel ) )
          continue;
-      if ( const Chip *stuck = joint.behind->findStuck() )
+      if ( const Chip *stuck = branch.behind->findStuck() )
          return stuck;
    }
    return nullptr;

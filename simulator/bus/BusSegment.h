@@ -7,33 +7,32 @@
 
 namespace Simulator {
 
-// A segment of a bus: the chips on its two lines, and the segments that multiplexers can join to
-// it. It owns none of them.
+// A segment of a bus: its chips, and the segments behind its multiplexers. It owns none of them.
 class BusSegment {
  public:
-   void attach( uint8_t address, Chip &chip ) { seats_.push_back( { address, &chip } ); }
-   // The multiplexer sits on this wire as a chip, too.
+   void attach( uint8_t address, Chip &chip ) { attachments_.push_back( { address, &chip } ); }
+   // The multiplexer is also attached to this segment as a chip.
    void join( const PCA9548 &mux, unsigned channel, const BusSegment &behind ) {
-      joints_.push_back( { &mux, channel, &behind } );
+      branches_.push_back( { &mux, channel, &behind } );
    }
 
-   // Every chip that now hears this address, through whatever is joined, is added.
-   void findHearing( uint8_t address, std::vector<Chip *> &found ) const;
-   // A chip that holds down this wire, or one that is now joined to it; null when there is none.
+   // Adds every chip that hears this address now, here or behind a selected channel.
+   void findReachable( uint8_t address, std::vector<Chip *> &found ) const;
+   // A chip that holds the data line low, here or behind a selected channel; null if none does.
    const Chip *findStuck() const;
 
  private:
-   struct Seat {
+   struct Attachment {
       uint8_t address;
       Chip *chip;
    };
-   struct Joint {
+   struct Branch {
       const PCA9548 *mux;
       unsigned channel;
       const BusSegment *behind;
    };
-   std::vector<Seat> seats_;
-   std::vector<Joint> joints_;
+   std::vector<Attachment> attachments_;
+   std::vector<Branch> branches_;
 };
 
 } // namespace Simulator

@@ -7,15 +7,15 @@
 
 namespace Simulator {
 
-Cycle::Cycle( const BusSegment &wire, uint8_t address ) : address_( address ) {
-   if ( const Chip *stuck = wire.findStuck() )
+Cycle::Cycle( const BusSegment &segment, uint8_t address ) : address_( address ) {
+   if ( const Chip *stuck = segment.findStuck() )
       throw BusFault( "the data line is held low by " + stuck->name() );
-   wire.findHearing( address, hearing_ );
-   std::erase_if( hearing_, []( Chip *chip ) { return chip->misses(); } );
+   segment.findReachable( address, reachable_ );
+   std::erase_if( reachable_, []( Chip *chip ) { return chip->nacks(); } );
 }
 
 Cycle::~Cycle() {
-   for ( Chip *chip : hearing_ )
+   for ( Chip *chip : reachable_ )
       chip->stopped();
 }
 
@@ -28,7 +28,7 @@ void Cycle::count( uint8_t byte ) {
 
 void Cycle::start( Direction direction ) {
    answering_.clear();
-   for ( Chip *chip : hearing_ ) {
+   for ( Chip *chip : reachable_ ) {
       if ( chip->addressed( direction ) )
          answering_.push_back( chip );
    }
@@ -42,8 +42,8 @@ void Cycle::start( Direction direction ) {
 void Cycle::command( uint32_t command ) {
    const unsigned width = answering_.front()->commandBytes();
    if ( width < sizeof command && command >> 8 * width != 0 )
-      throw BusFault( fmt::format( "{:#x} does not fit the chip's command of {} byte{}", command,
-                                   width, width == 1 ? "" : "s" ) );
+      throw BusFault( fmt::format( "{:#x} does not fit into the chip's command of {} byte{}",
+                                   command, width, width == 1 ? "" : "s" ) );
    bool acknowledged = false;
    for ( Chip *chip : answering_ )
       acknowledged |= chip->command( command );

@@ -9,39 +9,38 @@
 
 namespace Simulator {
 
-// What ends a transfer early; the text says what was seen on the wires.
+// An error on the bus ends the transfer; the text says which.
 struct BusFault : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
-// What a master does on simulated wires between a start and its stop, which comes with the end of
-// the object. Lines are wired-and: one acknowledge is enough, and chips that speak at once give
-// the bits that all of them give.
+// A master's bus cycle, from the start to the stop. The destructor is the stop. The lines are
+// wired-AND: one acknowledge is enough, and when several chips send at once, the bus has the AND of
+// their bytes.
 class Cycle {
  public:
-   Cycle( const BusSegment &wire, uint8_t address ); // BusFault: the wires are held down
+   Cycle( const BusSegment &segment, uint8_t address ); // BusFault: the data line is held low
    ~Cycle();
    Cycle( const Cycle & ) = delete;
    Cycle &operator=( const Cycle & ) = delete;
 
-   void start( Direction ); // again: a repeated start. BusFault when nobody acknowledges
-   void
-      command( uint32_t ); // BusFault when it isn't acknowledged or doesn't fit the chip's command
-   bool write( uint8_t );  // the acknowledge
+   void start( Direction );  // the second one is a repeated start. BusFault: no acknowledge
+   void command( uint32_t ); // BusFault: no acknowledge, or too wide for the chip's command
+   bool write( uint8_t );    // returns the acknowledge
    uint8_t read();
-   uint8_t pec() const { return pec_; }      // over everything so far
-   unsigned bytes() const { return bytes_; } // that have passed, addresses among them
+   uint8_t pec() const { return pec_; }      // of all bytes so far
+   unsigned bytes() const { return bytes_; } // so far, including addresses
 
-   // The first chip of those that answered the last start; null when there was none.
+   // The first chip that acknowledged the last start; null if none did.
    const Chip *answering() const;
-   // Which chips answered together; empty when there were not several.
+   // The chips that answered together, for people; empty unless there were several.
    std::string collision() const;
 
  private:
    void count( uint8_t byte );
 
    const uint8_t address_;
-   std::vector<Chip *> hearing_; // fixed: what a multiplexer joins changes at the stop
+   std::vector<Chip *> reachable_; // fixed: multiplexers switch only at the stop
    std::vector<Chip *> answering_;
    uint8_t pec_ = 0;
    unsigned bytes_ = 0;

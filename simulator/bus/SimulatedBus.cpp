@@ -30,25 +30,25 @@ std::string read( Cycle &cycle, unsigned count ) {
 }
 
 void sendPec( Cycle &cycle ) {
-   const uint8_t heard = faultsOf( cycle ).badPec ? 0xFF : 0x00;
-   if ( !cycle.write( cycle.pec() ^ heard ) )
+   const uint8_t inverted = faultsOf( cycle ).badPec ? 0xFF : 0x00;
+   if ( !cycle.write( cycle.pec() ^ inverted ) )
       throw BusFault( "no acknowledge of the PEC" );
 }
 
 void checkPec( Cycle &cycle ) {
-   const uint8_t due = cycle.pec();
+   const uint8_t expected = cycle.pec();
    const auto got =
       static_cast<uint8_t>( cycle.read() ^ ( faultsOf( cycle ).badPec ? 0xFF : 0x00 ) );
-   if ( got != due )
-      throw BusFault( fmt::format( "PEC {:#04x} where {:#04x} is due", got, due ) );
+   if ( got != expected )
+      throw BusFault( fmt::format( "PEC is {:#04x}, expected {:#04x}", got, expected ) );
 }
 
 unsigned blockCount( Cycle &cycle ) {
-   const uint8_t said = cycle.read();
-   return faultsOf( cycle ).blockCount.value_or( said );
+   const uint8_t sent = cycle.read();
+   return faultsOf( cycle ).blockCount.value_or( sent );
 }
 
-// What becomes of the data on its way from a chip that is broken so.
+// Applies the chip's faults to the data that it returns.
 void distort( std::string &answer, const Bus::Transfer &transfer, const Faults &faults ) {
    const auto corrupted = faults.corrupted.find( transfer.offset );
    if ( corrupted != faults.corrupted.end() && !answer.empty() )
@@ -58,8 +58,8 @@ void distort( std::string &answer, const Bus::Transfer &transfer, const Faults &
       answer.resize( *faults.answerSize );
 }
 
-// The SMBus protocols as bus cycles, up to the stop. What was read.
-std::string carryOut( Cycle &cycle, const Bus::Transfer &transfer ) {
+// The SMBus protocols up to the stop. Returns the data that was read.
+std::string execute( Cycle &cycle, const Bus::Transfer &transfer ) {
    std::string answer;
    if ( transfer.isReceiveByte() ) {
       cycle.start( Direction::Read );
@@ -100,7 +100,7 @@ std::string carryOut( Cycle &cycle, const Bus::Transfer &transfer ) {
    return answer;
 }
 
-// The bytes that come first are the chip's command, as many as it takes.
+// The first bytes are the chip's command; the chip says how many.
 void write( Cycle &cycle, std::string_view bytes, uint32_t &command ) {
    const size_t width = cycle.answering()->commandBytes();
    if ( bytes.size() >= width ) {
@@ -116,7 +116,7 @@ void write( Cycle &cycle, std::string_view bytes, uint32_t &command ) {
    }
 }
 
-// In the words of transfers, as far as they have any for it.
+// The transfer that is nearest to these messages, for the observer.
 Bus::Transfer transferOf( const std::vector<BusMessage> &messages, uint32_t command ) {
    const BusMessage &last = messages.back();
    Bus::Transfer transfer{ .address = last.address, .offset = command };
@@ -133,11 +133,11 @@ Bus::Transfer transferOf( const std::vector<BusMessage> &messages, uint32_t comm
 } // namespace
 
 void SimulatedBus::exchange( Cycle &cycle, BusMessage &message, uint32_t &command,
-                             Carried &carried ) {
+                             Result &result ) {
    const unsigned before = cycle.bytes();
-   const auto told = [&] {
-      carried.answering = cycle.answering();
-      carried.bytes += cycle.bytes() - before;
+   const auto record = [&] {
+      result.answering = cycle.answering();
+      result.bytes += cycle.bytes() - before;
    };
    try {
       cycle.start( message.direction );
@@ -146,82 +146,82 @@ void SimulatedBus::exchange( Cycle &cycle, BusMessage &message, uint32_t &comman
       else
          message.bytes = read( cycle, static_cast<unsigned>( message.bytes.size() ) );
    } catch ( const BusFault & ) {
-      told();
+      record();
       throw;
    }
-   told();
+   record();
    if ( const std::string collision = cycle.collision(); !collision.empty() )
       throw BusFault( collision );
 }
 
-SimulatedBus::Carried SimulatedBus::exchangeOnce( std::vector<BusMessage> &messages,
-                                                  uint32_t &command ) {
-   Carried carried;
+SimulatedBus::Result SimulatedBus::exchangeOnce( std::vector<BusMessage> &messages,
+                                                 uint32_t &command ) {
+   Result result;
    try {
       std::optional<Cycle> cycle;
       uint8_t address = 0;
       for ( BusMessage &message : messages ) {
-         // A chip that isn't addressed again lets go of the bus as at a stop.
+         // For a chip that is not addressed again, this is like a stop.
          if ( !cycle || message.address != address )
-            cycle.emplace( wire_, address = message.address );
-         exchange( *cycle, message, command, carried );
+            cycle.emplace( segment_, address = message.address );
+         exchange( *cycle, message, command, result );
       }
       if ( messages.back().direction == Direction::Read )
-         carried.outcome.data = messages.back().bytes;
+         result.outcome.data = messages.back().bytes;
    } catch ( const BusFault &fault ) {
-      carried.outcome.error = fault.what();
+      result.outcome.error = fault.what();
    }
-   return carried;
+   return result;
 }
 
 bool SimulatedBus::exchange( std::vector<BusMessage> &messages ) {
    std::chrono::milliseconds slow{ 0 };
-   Carried carried;
+   Result result;
    {
       const std::lock_guard lock( mutex_ );
       uint32_t command = 0;
-      carried = exchangeOnce( messages, command );
-      if ( carried.answering )
-         slow = carried.answering->faults().slow;
-      if ( report_ )
-         report_( transferOf( messages, command ), carried );
+      result = exchangeOnce( messages, command );
+      if ( result.answering )
+         slow = result.answering->faults().slow;
+      if ( observer_ )
+         observer_( transferOf( messages, command ), result );
    }
    std::this_thread::sleep_for( slow );
-   return carried.outcome.ok();
+   return result.outcome.ok();
 }
 
-SimulatedBus::Carried SimulatedBus::carryOutOnce( const Bus::Transfer &transfer ) {
-   Carried carried;
+SimulatedBus::Result SimulatedBus::executeOnce( const Bus::Transfer &transfer ) {
+   Result result;
    try {
-      Cycle cycle( wire_, transfer.address );
+      Cycle cycle( segment_, transfer.address );
       try {
-         carried.outcome.data = carryOut( cycle, transfer );
+         result.outcome.data = execute( cycle, transfer );
       } catch ( const BusFault &fault ) {
-         carried.outcome.error = fault.what();
+         result.outcome.error = fault.what();
       }
-      carried.answering = cycle.answering();
-      carried.bytes = cycle.bytes();
+      result.answering = cycle.answering();
+      result.bytes = cycle.bytes();
       if ( const std::string collision = cycle.collision(); !collision.empty() )
-         carried.outcome = { {}, collision };
+         result.outcome = { {}, collision };
    } catch ( const BusFault &fault ) {
-      carried.outcome.error = fault.what();
+      result.outcome.error = fault.what();
    }
-   return carried;
+   return result;
 }
 
 Bus::Outcome SimulatedBus::transfer( const Bus::Transfer &transfer ) {
    std::chrono::milliseconds slow{ 0 };
-   Carried carried;
+   Result result;
    {
       const std::lock_guard lock( mutex_ );
-      carried = carryOutOnce( transfer );
-      if ( carried.answering )
-         slow = carried.answering->faults().slow;
-      if ( report_ )
-         report_( transfer, carried );
+      result = executeOnce( transfer );
+      if ( result.answering )
+         slow = result.answering->faults().slow;
+      if ( observer_ )
+         observer_( transfer, result );
    }
-   std::this_thread::sleep_for( slow ); // other busses go on meanwhile
-   return carried.outcome;
+   std::this_thread::sleep_for( slow ); // without the mutex, so that other busses continue
+   return result.outcome;
 }
 
 } // namespace Simulator

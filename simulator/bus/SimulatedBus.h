@@ -11,42 +11,41 @@
 
 namespace Simulator {
 
-// What another master sends or reads as plain bytes between a start and the next.
+// An I2C message: plain bytes from a start to the next start or stop.
 struct BusMessage {
    uint8_t address = 0;
    Direction direction = Direction::Write;
-   std::string bytes; // to write, or in place of what is to be read
+   std::string bytes; // to write; or, of the right number, to be replaced by what is read
 };
 
-// A root bus made of simulated wires, which outlive it. A transfer holds the mutex, under which
-// everything that touches the chips happens.
+// A simulated root bus. Its segment outlives it. It uses the chips only while it holds the mutex.
 class SimulatedBus final : public Bus::RootBus {
  public:
-   // What became of a transfer, and what it took.
-   struct Carried {
+   // The result of a transfer.
+   struct Result {
       Bus::Outcome outcome;
-      const Chip *answering = nullptr; // who acknowledged it; null when nobody did
-      unsigned bytes = 0;              // on the wires, addresses and packet error codes among them
+      const Chip *answering = nullptr; // the chip that acknowledged; null if none did
+      unsigned bytes = 0;              // on the bus, including addresses and packet error codes
    };
-   // Called with the mutex held.
-   using Report = std::function<void( const Bus::Transfer &, const Carried & )>;
+   // Called while the mutex is held.
+   using Observer = std::function<void( const Bus::Transfer &, const Result & )>;
 
-   SimulatedBus( const BusSegment &wire, std::mutex &mutex, Report report = {} )
-      : wire_( wire ), mutex_( mutex ), report_( std::move( report ) ) {}
-   // Two chips that answer are an error, though both have taken what was written.
+   SimulatedBus( const BusSegment &segment, std::mutex &mutex, Observer observer = {} )
+      : segment_( segment ), mutex_( mutex ), observer_( std::move( observer ) ) {}
+   // If two chips answer, that is an error, although both got what was written.
    Bus::Outcome transfer( const Bus::Transfer & ) override;
-   // Messages from a start to the stop; what is read takes the place of the bytes. False when
-   // something of it isn't acknowledged, or two chips answer.
+   // Executes messages with repeated starts between them, and stores what is read. Returns false
+   // when an acknowledge is missing or two chips answer.
    bool exchange( std::vector<BusMessage> & );
 
  private:
-   static void exchange( Cycle &, BusMessage &, uint32_t &command, Carried & );
-   Carried exchangeOnce( std::vector<BusMessage> &, uint32_t &command );
-   Carried carryOutOnce( const Bus::Transfer & );
+   static void exchange( Cycle &, BusMessage &, uint32_t &command, Result & );
+   Result exchangeOnce( std::vector<BusMessage> &, uint32_t &command );
+   Result executeOnce( const Bus::Transfer & );
 
-   const BusSegment &wire_;
+   const BusSegment &segment_;
    std::mutex &mutex_;
-   const Report report_;
+   const Observer observer_;
 };
 
 } // namespace Simulator

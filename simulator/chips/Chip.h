@@ -10,11 +10,11 @@
 
 namespace Simulator {
 
-enum class Direction : uint8_t { Write = 0, Read = 1 }; // as the bit behind the address
+enum class Direction : uint8_t { Write = 0, Read = 1 }; // the bit after the address
 
-// A chip as its two bus pins show it. Between start and stop the bus calls addressed() at the
-// start and at each repeated start, then command(), write() or read() a byte at a time. Where a
-// bool comes back it is the acknowledge.
+// A chip as the bus sees it. The bus calls addressed() at the start and at each repeated start,
+// then command(), write() or read() for each byte, and stopped() at the stop. A bool result is the
+// acknowledge.
 class Chip {
  public:
    explicit Chip( std::string name ) : name_( std::move( name ) ) {}
@@ -22,8 +22,8 @@ class Chip {
    Chip( const Chip & ) = delete;
    Chip &operator=( const Chip & ) = delete;
 
-   // The bench's side. A chip that isn't present or has no power answers nothing; with both again
-   // it has just powered up.
+   // The controls. A chip that is absent or without power does not answer. Afterwards it starts as
+   // after power-on.
    const std::string &name() const { return name_; }
    bool present() const { return present_; }
    void presentIs( bool present ) {
@@ -43,13 +43,13 @@ class Chip {
       faults_ = faults;
       transfers_ = 0;
    }
-   // Whether the chip misses the transfer that begins now; counts it.
-   bool misses() { return faults_.missed > 0 && transfers_++ % faults_.among < faults_.missed; }
+   // Whether a fault makes the chip nack its address in the transfer that begins now; counts it.
+   bool nacks() { return faults_.nacks > 0 && transfers_++ % faults_.outOf < faults_.nacks; }
    virtual void reset() = 0;   // power on
-   virtual void powerLost() {} // what it drives runs down
+   virtual void powerLost() {} // its rotors slow down
    virtual std::vector<Quantity> quantities() { return {}; }
 
-   // The bus's side. The command comes whole; on the wires it takes commandBytes().
+   // The bus. command() gets the whole command, which has commandBytes() bytes on the bus.
    virtual unsigned commandBytes() const { return 1; }
    virtual bool addressed( Direction ) { return true; }
    virtual bool command( uint32_t ) = 0;
@@ -62,7 +62,7 @@ class Chip {
    bool present_ = true;
    bool powered_ = true;
    Faults faults_;
-   unsigned transfers_ = 0; // that the faults have counted
+   unsigned transfers_ = 0; // counted for nacks()
 };
 
 } // namespace Simulator

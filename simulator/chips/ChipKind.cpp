@@ -26,7 +26,7 @@ EntryKey text( std::string key, std::string description, unsigned maxLength ) {
 }
 
 EntryKey list( std::string key, std::string description, EntryKey element, unsigned minItems,
-              unsigned maxItems ) {
+               unsigned maxItems ) {
    return { .key = std::move( key ),
             .description = std::move( description ),
             .type = Type::List,

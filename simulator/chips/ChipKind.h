@@ -22,9 +22,9 @@ struct EntryKey {
    Type type = Type::Number;
    double least = 0; // of a number
    double most = 0;
-   unsigned maxLength = 0;       // of a text, in bytes
-   unsigned minItems = 0;        // of a list
-   unsigned maxItems = 0;        // 0: any number
+   unsigned maxLength = 0;        // of a text, in bytes
+   unsigned minItems = 0;         // of a list
+   unsigned maxItems = 0;         // 0: any number
    std::vector<EntryKey> parts{}; // the one element of a list, the keys of an object
    bool required = true;
 
@@ -39,7 +39,7 @@ EntryKey number( std::string key, std::string description, double least, double 
 EntryKey integer( std::string key, std::string description, double least, double most );
 EntryKey text( std::string key, std::string description, unsigned maxLength );
 EntryKey list( std::string key, std::string description, EntryKey element, unsigned minItems = 0,
-              unsigned maxItems = 0 );
+               unsigned maxItems = 0 );
 EntryKey object( std::string key, std::string description, std::vector<EntryKey> keys );
 
 // What a chip finds on the board; all of it outlives the chip.

@@ -3,9 +3,9 @@
 namespace Simulator {
 
 EntryKey registersKey() {
-   const EntryKey scratch = object( "", "",
-                                   { integer( "address", "Of 16 bits.", 0, 65535 ),
-                                     integer( "value", "A byte.", 0, 255 ) } );
+   const EntryKey scratch = object(
+      "", "",
+      { integer( "address", "Of 16 bits.", 0, 65535 ), integer( "value", "A byte.", 0, 255 ) } );
    return list( "registers", "What scratch registers hold after power-on.", scratch ).optional();
 }
 

@@ -6,14 +6,14 @@
 
 namespace Simulator {
 
-// A CPLD of the board on its bus: registers of one byte with addresses of two, high byte first. The
-// address moves on behind each byte. A register without a function of its own is scratch, zero
-// after power-on unless told otherwise. There is no packet error code.
+// A CPLD: registers of one byte, with addresses of two bytes, high byte first. The address is
+// incremented after each byte. A register without a function only stores its value; after power-on
+// that is zero, or the constructor's value. There is no packet error code.
 class Cpld : public Chip {
  public:
    using Registers = std::map<uint16_t, uint8_t>;
 
-   // With what the scratch registers hold after power-on.
+   // powerOn: the values after power-on.
    Cpld( std::string name, Registers powerOn )
       : Chip( std::move( name ) ), powerOn_( std::move( powerOn ) ), registers_( powerOn_ ) {}
 
@@ -27,13 +27,13 @@ class Cpld : public Chip {
       return true;
    }
    bool write( uint8_t byte ) override {
-      take( pointer_++, byte );
+      store( pointer_++, byte );
       return true;
    }
    uint8_t read() override { return at( pointer_++ ); }
 
  protected:
-   virtual void take( uint16_t address, uint8_t byte ) { registers_[address] = byte; }
+   virtual void store( uint16_t address, uint8_t byte ) { registers_[address] = byte; }
    virtual uint8_t at( uint16_t address ) const { return stored( address ); }
 
    uint8_t stored( uint16_t address ) const {

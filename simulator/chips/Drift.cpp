@@ -6,7 +6,7 @@ namespace Simulator {
 
 namespace {
 
-// The splitmix64 mixing function: neighbouring inputs give unrelated outputs, the same everywhere.
+// The mixing function of splitmix64: similar inputs give unrelated outputs, equal on all machines.
 uint64_t mixed( uint64_t word ) {
    word += 0x9E3779B97F4A7C15;
    word = ( word ^ word >> 30 ) * 0xBF58476D1CE4E5B9;
@@ -31,7 +31,7 @@ double Drift::at( Bus::Clock::Time time ) const {
    const double part = turns - whole;
    const auto number = static_cast<uint64_t>( whole );
    const double from = turningPoint( number );
-   // Level at both turning points, without a kink between.
+   // The slope is zero at both turning points, so there is no kink.
    return from + ( turningPoint( number + 1 ) - from ) * part * part * ( 3 - 2 * part );
 }
 

@@ -6,12 +6,12 @@
 
 namespace Simulator {
 
-// A slow wander about zero: every period it turns towards another value that the seed alone
-// decides, so that a run can be repeated exactly. It starts at zero.
+// A slow random change around zero: in every period it moves to a new value. The values depend only
+// on the seed, so that a run can be repeated exactly. It starts at zero.
 class Drift {
  public:
    Drift() = default; // stays at zero
-   // Within amplitude either side; a turn every period.
+   // Between -amplitude and amplitude.
    Drift( double amplitude, std::chrono::duration<double> period, uint64_t seed )
       : amplitude_( amplitude ), period_( period ), seed_( seed ) {}
 

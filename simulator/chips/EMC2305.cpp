@@ -37,7 +37,7 @@ constexpr Row common[] = {
    { 0xFF, 0x80, Access::ReadOnly },  // revision
 };
 
-// Of a channel, from its base 0x30 + 0x10 * channel.
+// Registers of a channel, relative to 0x30 + 0x10 * channel.
 enum Offset : uint8_t {
    Setting = 0x0,
    Config1 = 0x2,
@@ -91,8 +91,8 @@ EMC2305::EMC2305( std::string name, const Bus::Clock &clock, std::vector<Rotor> 
    for ( Rotor &rotor : rotors )
       rotors_.push_back( { std::move( rotor ), Inertia( clock, inertia ) } );
    reset();
-   for ( Driven &driven : rotors_ ) // the board has been running for a while
-      driven.rpm.valueIs( driven.rpm.target() );
+   for ( RotorState &state : rotors_ ) // the rotors have reached their speed
+      state.rpm.valueIs( state.rpm.target() );
 }
 
 void EMC2305::reset() {
@@ -105,17 +105,17 @@ void EMC2305::reset() {
          registers_[registerOf( channel, row.address )] = row.powerOn;
       if ( channel < rotors_.size() ) {
          registers_[registerOf( channel, Setting )] = rotors_[channel].rotor.bootDrive;
-         follow( channel );
+         updateTarget( channel );
       }
    }
 }
 
 void EMC2305::powerLost() {
-   for ( Driven &driven : rotors_ )
-      driven.rpm.targetIs( 0 );
+   for ( RotorState &state : rotors_ )
+      state.rpm.targetIs( 0 );
 }
 
-// Closed loop, the chip itself finds the drive for the speed in its target registers.
+// In closed loop the chip itself controls the drive, for the speed in its target registers.
 double EMC2305::targetRpm( unsigned channel ) const {
    const double most = rotors_[channel].rotor.maxRpm;
    if ( !( registers_[registerOf( channel, Config1 )] & closedLoop ) )
@@ -129,25 +129,25 @@ double EMC2305::driveShare( unsigned channel ) const {
    return targetRpm( channel ) / rotors_[channel].rotor.maxRpm;
 }
 
-void EMC2305::follow( unsigned channel ) {
-   Driven &driven = rotors_[channel];
-   if ( driven.stalled || !driven.seated )
-      driven.rpm.valueIs( 0 );
+void EMC2305::updateTarget( unsigned channel ) {
+   RotorState &state = rotors_[channel];
+   if ( state.stalled || !state.seated )
+      state.rpm.valueIs( 0 );
    else
-      driven.rpm.targetIs( targetRpm( channel ) );
+      state.rpm.targetIs( targetRpm( channel ) );
 }
 
 void EMC2305::stalledIs( unsigned channel, bool stalled ) {
    rotors_[channel].stalled = stalled;
-   follow( channel );
+   updateTarget( channel );
 }
 
 void EMC2305::seatedIs( unsigned channel, bool seated ) {
    rotors_[channel].seated = seated;
-   follow( channel );
+   updateTarget( channel );
 }
 
-// What speed and count multiply to: with two poles, five edges and multiplier 1 it is 3,932,160.
+// Speed times count: 3,932,160 with two poles, five edges and multiplier 1.
 double EMC2305::rpmTimesCount( unsigned channel ) const {
    const uint8_t config1 = registers_[registerOf( channel, Config1 )];
    const unsigned edges = 3 + 2 * ( config1 >> 3 & 3 );
@@ -158,7 +158,7 @@ double EMC2305::rpmTimesCount( unsigned channel ) const {
 unsigned EMC2305::count( unsigned channel ) const {
    const double turning = channel < rotors_.size() ? rpm( channel ) : 0;
    if ( turning * maxCount <= rpmTimesCount( channel ) )
-      return maxCount; // too slow to be measured, or standing
+      return maxCount; // too slow to measure, or stopped
    return static_cast<unsigned>( std::lround( rpmTimesCount( channel ) / turning ) );
 }
 
@@ -196,12 +196,12 @@ uint8_t EMC2305::at( uint8_t address ) const {
 std::vector<Quantity> EMC2305::quantities() {
    std::vector<Quantity> all;
    for ( unsigned channel = 0; channel < rotors_.size(); ++channel ) {
-      const std::string &whose = rotors_[channel].rotor.name;
-      all.push_back( { whose + " rpm", "rpm", [=, this] { return rpm( channel ); } } );
-      all.push_back( { whose + " drive", "%", [=, this] { return driveShare( channel ) * 100; } } );
-      all.push_back( { whose + " stalled", "", [=, this] { return rotors_[channel].stalled; },
+      const std::string &rotor = rotors_[channel].rotor.name;
+      all.push_back( { rotor + " rpm", "rpm", [=, this] { return rpm( channel ); } } );
+      all.push_back( { rotor + " drive", "%", [=, this] { return driveShare( channel ) * 100; } } );
+      all.push_back( { rotor + " stalled", "", [=, this] { return rotors_[channel].stalled; },
                        [=, this]( double on ) { stalledIs( channel, on != 0 ); } } );
-      all.push_back( { whose + " seated", "", [=, this] { return rotors_[channel].seated; },
+      all.push_back( { rotor + " seated", "", [=, this] { return rotors_[channel].seated; },
                        [=, this]( double on ) { seatedIs( channel, on != 0 ); } } );
    }
    return all;
@@ -217,7 +217,7 @@ bool EMC2305::write( uint8_t byte ) {
    if ( writable( address ) ) {
       registers_[address] = byte;
       if ( isChannels( address ) && channelOf( address ) < rotors_.size() )
-         follow( channelOf( address ) );
+         updateTarget( channelOf( address ) );
    }
    return true;
 }

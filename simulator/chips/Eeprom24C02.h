@@ -8,10 +8,10 @@ namespace Simulator {
 
 using EepromImage = std::array<uint8_t, 256>;
 
-// 24C02 memory of 256 bytes with its write-protect pin tied high: what is written is acknowledged
-// and not kept (Microchip 24LC02B datasheet, "Read operation", "Write protection"). The address
-// moves on behind each byte that is read, and from the last to the first; a read without an address
-// goes on where the last ended.
+// 24C02 memory of 256 bytes, write-protected by its pin: writes are acknowledged but not stored
+// (Microchip 24LC02B datasheet, "Read operation", "Write protection"). Each read increments the
+// address, and the last is followed by the first. A read without an address continues after the
+// previous one.
 class Eeprom24C02 final : public Chip {
  public:
    Eeprom24C02( std::string name, const EepromImage &image )

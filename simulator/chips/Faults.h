@@ -7,20 +7,20 @@
 
 namespace Simulator {
 
-// What the bench has broken about a chip, as the bus notices it. Nothing, when it is made.
+// The faults of a chip, as the bus sees them. At first there are none.
 struct Faults {
-   // Of every `among` transfers the chip does not acknowledge its address in the first `missed`.
-   unsigned missed = 0;
-   unsigned among = 1;
-   bool badPec = false; // its packet error codes have all bits turned over
-   bool stuck = false;  // it holds the data line low: nothing gets through on its bus
-   std::chrono::milliseconds slow{ 0 };        // by which it stretches the clock in each transfer
-   std::optional<uint8_t> blockCount = {};     // what it says for the count of a block
-   std::optional<unsigned> answerSize = {};    // how many bytes come back, whatever was asked for
-   std::map<uint32_t, uint8_t> corrupted = {}; // by register: bits turned over in its first byte
+   // Of every `outOf` transfers the chip does not acknowledge its address in the first `nacks`.
+   unsigned nacks = 0;
+   unsigned outOf = 1;
+   bool badPec = false;                 // all bits of its packet error codes are inverted
+   bool stuck = false;                  // it holds the data line low: no transfer on its bus works
+   std::chrono::milliseconds slow{ 0 }; // clock stretching in each transfer
+   std::optional<uint8_t> blockCount = {};     // the count that it sends for a block
+   std::optional<unsigned> answerSize = {};    // bytes that a read returns, whatever its length
+   std::map<uint32_t, uint8_t> corrupted = {}; // by register: bits to invert in its first byte
 
    bool any() const {
-      return missed || badPec || stuck || slow.count() || blockCount || answerSize ||
+      return nacks || badPec || stuck || slow.count() || blockCount || answerSize ||
              !corrupted.empty();
    }
 };

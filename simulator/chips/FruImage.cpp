@@ -26,7 +26,7 @@ std::string field( std::string text ) {
    if ( text.size() == 1 )
       text += ' ';
    if ( text.size() > most )
-      throw std::length_error( "over 63 characters: " + text );
+      throw std::length_error( "more than 63 characters: " + text );
    return static_cast<char>( eightBitAscii | text.size() ) + text;
 }
 
@@ -52,7 +52,7 @@ EepromImage fruImage( const FruProduct &product ) {
    bytes += productArea( product );
    EepromImage image;
    if ( bytes.size() > image.size() )
-      throw std::length_error( "the fields are longer than the memory" );
+      throw std::length_error( "the fields do not fit into the memory" );
    image.fill( 0xFF );
    std::copy( bytes.begin(), bytes.end(), image.begin() );
    return image;

@@ -5,7 +5,7 @@
 
 namespace Simulator {
 
-// What a field-replaceable unit says of itself.
+// The product data of a field-replaceable unit.
 struct FruProduct {
    std::string manufacturer;
    std::string name;
@@ -15,10 +15,10 @@ struct FruProduct {
    std::string assetTag;
 };
 
-// A memory that holds the product's info area behind the common header, the rest erased (IPMI
-// Platform Management FRU Information Storage Definition 1.0, chapters 8, 12 and 13). A field of
-// one character, which the format has no room for, gets a blank behind it. Throws std::length_error
-// when a field has over 63 characters or all of them don't fit.
+// The common header and the product info area; the rest is erased (IPMI Platform Management FRU
+// Information Storage Definition 1.0, chapters 8, 12 and 13). The format has no fields of one
+// character, so these get a space at the end. Throws std::length_error when a field has more than
+// 63 characters, or when the fields together don't fit.
 EepromImage fruImage( const FruProduct & );
 
 ChipKind fru24C02Kind();

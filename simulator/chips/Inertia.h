@@ -6,11 +6,11 @@
 
 namespace Simulator {
 
-// A value that follows its target: what is left of the way shrinks to 1/e in a time constant. The
-// last half unit is taken at once, so that it arrives.
+// A value that approaches its target exponentially: in one time constant the difference shrinks to
+// 1/e. When the difference is 0.5 or less, the value is the target.
 class Inertia {
  public:
-   // The clock outlives it. Starts at zero, where its target is.
+   // Value and target start at zero. The clock outlives it.
    Inertia( const Bus::Clock &clock, std::chrono::duration<double> timeConstant )
       : clock_( clock ), timeConstant_( timeConstant ) {}
 
@@ -25,7 +25,7 @@ class Inertia {
       since_ = clock_.now();
       target_ = target;
    }
-   void valueIs( double value ) { from_ = target_ = value; } // and rests there
+   void valueIs( double value ) { from_ = target_ = value; } // and the target
 
  private:
    const Bus::Clock &clock_;

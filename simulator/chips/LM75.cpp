@@ -52,12 +52,12 @@ void LM75::convert() {
 bool LM75::addressed( Direction direction ) {
    position_ = 0;
    if ( direction == Direction::Read )
-      convert(); // both bytes of a reading are of one conversion
+      convert(); // both bytes of a reading come from one conversion
    return true;
 }
 
-// The pointer's upper bits are to be sent as zero. Sent otherwise, the registers recur every eight
-// commands, and 4 to 7 give again what was read last, as is measured on the parts.
+// The upper bits of the pointer should be zero. Otherwise, as measured on real parts: the registers
+// repeat every eight commands, and commands 4 to 7 return the last byte that was read.
 bool LM75::command( uint32_t command ) {
    pointer_ = command & 0x07;
    return true;
@@ -65,7 +65,7 @@ bool LM75::command( uint32_t command ) {
 
 bool LM75::write( uint8_t byte ) {
    if ( pointer_ == Configuration && position_ == 0 ) {
-      convert(); // what a shut down chip goes on showing
+      convert(); // in shutdown the chip keeps this reading
       configuration_ = byte & configurationBits;
    } else if ( ( pointer_ == THyst || pointer_ == TOs ) && position_ == 1 ) {
       words_[pointer_] = static_cast<uint16_t>( firstByte_ << 8 | byte ) & wordBits;

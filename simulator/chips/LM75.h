@@ -7,15 +7,15 @@
 
 namespace Simulator {
 
-// LM75 thermometer as its pins show it. Words are nine bits, two's complement, 0.5 degrees Celsius
-// a step, kept in the top bits and sent high byte first (TI LM75B and NXP LM75A datasheets,
-// "Temperature data format" and "Pointer register"). There is no packet error code: behind a
-// register's own bytes, further ones are acknowledged and go nowhere.
+// LM75 thermometer. Words have nine bits, two's complement, 0.5 degrees Celsius each, in the top
+// bits of two bytes, high byte first (TI LM75B and NXP LM75A datasheets, "Temperature data format"
+// and "Pointer register"). There is no packet error code: bytes after those of the register are
+// acknowledged and ignored.
 class LM75 final : public Chip {
  public:
    LM75( std::string name, const Bus::Clock &clock );
 
-   // The bench's side: what the air is, and what the chip has been told.
+   // The controls: the air temperature, and the thresholds in the chip.
    void temperatureIs( double celsius, const Drift &drift = {} );
    double tOs() const { return celsius( words_[TOs] ); }
    double tHyst() const { return celsius( words_[THyst] ); }
@@ -32,16 +32,16 @@ class LM75 final : public Chip {
 
    static uint16_t word( double celsius );
    static double celsius( uint16_t word );
-   void convert(); // takes the temperature as it is now, unless the chip is shut down
+   void convert(); // measures the temperature, except in shutdown
 
    const Bus::Clock &clock_;
    double celsius_ = 25;
    Drift drift_;
    uint8_t pointer_ = Temp; // three bits
    uint8_t configuration_ = 0;
-   std::array<uint16_t, 4> words_{}; // Configuration's place is empty
+   std::array<uint16_t, 4> words_{}; // the entry of Configuration is unused
    unsigned position_ = 0;           // bytes of this read or write so far
-   uint8_t firstByte_ = 0;           // of a word that is being written
+   uint8_t firstByte_ = 0;           // of the word that is being written
    uint8_t lastRead_ = 0;
 };
 

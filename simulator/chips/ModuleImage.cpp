@@ -8,7 +8,7 @@ namespace Simulator {
 
 namespace {
 
-// Texts are padded with blanks on the right.
+// Texts are padded with spaces on the right.
 void put( EepromImage &image, size_t at, size_t length, const std::string &text ) {
    if ( text.size() > length )
       throw std::length_error( "longer than its field: " + text );
@@ -71,7 +71,7 @@ EepromImage qsfpImage( const ModuleIdentity &identity ) {
    put( image, 168, 16, identity.partNumber );
    put( image, 184, 2, identity.revision );
    putWord( image, 186, wavelength * 20 ); // in 0.05 nm
-   image[190] = 70;                        // degrees Celsius, the most that the case may have
+   image[190] = 70;                        // degrees Celsius, the maximum for the case
    image[191] = sum( image, 128, 190 );
    put( image, 196, 16, identity.serial );
    put( image, 212, 8, identity.date );

@@ -8,9 +8,10 @@
 namespace Simulator {
 
 // PCA9506 expander of 40 pins in five banks of eight (NXP PCA9505/06 datasheet, "Command register",
-// "Register definitions"). While bit 7 of the command is set the bank moves on behind each byte,
-// and from the fifth to the first. The pins have no pull of their own. Commands of no register are
-// not acknowledged. There is no packet error code: one that is sent is the next bank's value.
+// "Register definitions"). If bit 7 of the command is set, each byte is followed by the next bank,
+// and the fifth bank by the first. The pins have no internal pull-ups. Commands without a register
+// are not acknowledged. There is no packet error code: if one is sent, it is written to the next
+// bank.
 class PCA9506 final : public Chip {
  public:
    static constexpr unsigned pins = 40;
@@ -20,12 +21,12 @@ class PCA9506 final : public Chip {
       reset();
    }
 
-   // The bench's side: what the board does to a pin from outside. Where nothing drives it the pull
-   // decides, up unless told.
+   // The controls: what the board connects to the pins. An undriven pin has the level of its pull
+   // resistor; by default that is a pull-up.
    void pullIs( unsigned pin, bool up ) { pulls_[pin] = up; }
    void drivenIs( unsigned pin, std::optional<bool> level ) { driven_[pin] = level; }
    bool level( unsigned pin ) const;
-   // Calls the action at the end of each transfer that leaves all these pins driven high.
+   // Calls the action at the end of each transfer after which all these pins are driven high.
    void onHigh( std::vector<unsigned> together, std::function<void()> action );
 
    void reset() override;
@@ -47,7 +48,7 @@ class PCA9506 final : public Chip {
 
    std::array<bool, pins> pulls_{};
    std::array<std::optional<bool>, pins> driven_{};
-   std::array<std::array<uint8_t, banks>, Groups> registers_{}; // Input's place is empty
+   std::array<std::array<uint8_t, banks>, Groups> registers_{}; // the entry of Input is unused
    uint8_t command_ = 0;
    bool written_ = false; // since the start
    std::vector<unsigned> watched_;

@@ -6,15 +6,15 @@
 
 namespace Simulator {
 
-// PCA9548 eight-channel switch. Its one register, the control byte, has a bit a channel; any set of
-// channels may be joined at once, and none is after power-on. Of several bytes written it keeps the
-// last, and the channels change at the stop, not before (NXP PCA9548A datasheet, "Control
-// register"). There is no packet error code: with one, the code is what ends up in the register.
+// PCA9548 switch with eight channels. Its only register, the control byte, has one bit for each
+// channel. Any number of channels can be selected; after power-on none is. Of several bytes it
+// keeps the last, and the channels change only at the stop (NXP PCA9548A datasheet, "Control
+// register"). There is no packet error code: if one is sent, it becomes the control byte.
 class PCA9548 final : public Chip {
  public:
    explicit PCA9548( std::string name ) : Chip( std::move( name ) ) {}
 
-   bool joins( unsigned channel ) const { return control_ >> channel & 1; }
+   bool selects( unsigned channel ) const { return control_ >> channel & 1; }
 
    void reset() override {
       control_ = 0;

@@ -1,13 +1,10 @@
 #include "simulator/chips/PmbusSupply.h"
 
-#include "simulator/chips/PmbusFormats.h"
 #include "smbus/Pec.h"
 
 namespace Simulator {
 
 namespace {
-
-constexpr int voutExponent = -9; // VOUT_MODE 0x17: linear
 
 // STATUS_CML.
 constexpr uint8_t invalidCommand = 0x80;
@@ -15,97 +12,12 @@ constexpr uint8_t invalidData = 0x40;
 constexpr uint8_t pecFailed = 0x20;
 constexpr uint8_t otherCommunication = 0x02;
 
-std::string byte( unsigned value ) { return std::string( 1, static_cast<char>( value ) ); }
-std::string word( unsigned value ) { return byte( value & 0xFF ) + byte( value >> 8 ); }
-std::string linear11( double value ) { return word( toLinear11( value ) ); }
-std::string block( const std::string &text ) {
-   return byte( static_cast<unsigned>( text.size() ) ) + text;
-}
-uint16_t wordOf( const std::string &data ) {
-   return static_cast<uint16_t>( static_cast<uint8_t>( data[0] ) | static_cast<uint8_t>( data[1] )
-                                                                      << 8 );
-}
-
 } // namespace
 
 PmbusSupply::PmbusSupply( std::string name, uint8_t address, const Bus::Clock &clock,
                           const SupplyModel::Rating &rating, Identity identity )
    : Chip( std::move( name ) ), address_( address ), identity_( std::move( identity ) ),
      model_( clock, rating ) {}
-
-const std::map<uint8_t, PmbusSupply::Command> &PmbusSupply::commands() {
-   using Self = PmbusSupply;
-   using Data = const std::string;
-   static const std::map<uint8_t, Command> all{
-      // PAGE: there is one, and 0xFF means all of them.
-      { 0x00,
-        { 1, []( Self & ) { return byte( 0 ); },
-          []( Self &, Data &data ) { return data == byte( 0 ) || data == byte( 0xFF ); } } },
-      // OPERATION: on, off at once, off softly
-      { 0x01,
-        { 1, []( Self &self ) { return byte( self.operation_ ); },
-          []( Self &self, Data &data ) {
-             const auto operation = static_cast<uint8_t>( data[0] );
-             if ( operation != 0x80 && operation != 0x00 && operation != 0x40 )
-                return false;
-             self.operation_ = operation;
-             self.model_.enabledIs( operation == 0x80 );
-             return true;
-          } } },
-      // CLEAR_FAULTS
-      { 0x03,
-        { 0, nullptr,
-          []( Self &self, Data & ) {
-             self.status_ = {};
-             return true;
-          } } },
-      { 0x19, { 0, []( Self & ) { return byte( 0xA0 ); } } }, // CAPABILITY: PEC, 400 kHz
-      { 0x20, { 0, []( Self & ) { return byte( voutExponent & 0x1F ); } } }, // VOUT_MODE
-      // FAN_CONFIG_1_2: driven by duty cycle, two pulses a turn
-      { 0x3A,
-        { 0,
-          []( Self &self ) {
-             const auto &maxRpm = self.model_.rating().maxRpm;
-             return byte( ( maxRpm[0] > 0 ? 0x90u : 0 ) | ( maxRpm[1] > 0 ? 0x09u : 0 ) );
-          } } },
-      // FAN_COMMAND_1 and _2
-      { 0x3B,
-        { 2, []( Self &self ) { return word( self.fanCommand_[0] ); },
-          []( Self &self, Data &data ) { return self.commandFan( 0, data ); } } },
-      { 0x3C,
-        { 2, []( Self &self ) { return word( self.fanCommand_[1] ); },
-          []( Self &self, Data &data ) { return self.commandFan( 1, data ); } } },
-      { 0x78, { 0, []( Self &self ) { return byte( self.statusWord() & 0xFF ); } } }, // STATUS_BYTE
-      { 0x79, { 0, []( Self &self ) { return word( self.statusWord() ); } } },        // STATUS_WORD
-      { 0x7A, { 0, []( Self &self ) { return byte( self.status_[Vout] ); } } },
-      { 0x7B, { 0, []( Self &self ) { return byte( self.status_[Iout] ); } } },
-      { 0x7C, { 0, []( Self &self ) { return byte( self.status_[Input] ); } } },
-      { 0x7D, { 0, []( Self &self ) { return byte( self.status_[Temperature] ); } } },
-      { 0x7E, { 0, []( Self &self ) { return byte( self.status_[Cml] ); } } },
-      { 0x81, { 0, []( Self &self ) { return byte( self.status_[Fans] ); } } },
-      // READ_VIN, _IIN, _VOUT, _IOUT, _TEMPERATURE_1 and _2, _FAN_SPEED_1 and _2, _POUT, _PIN
-      { 0x88, { 0, []( Self &self ) { return linear11( self.model_.line() ); } } },
-      { 0x89, { 0, []( Self &self ) { return linear11( self.model_.inputAmperes() ); } } },
-      { 0x8B,
-        { 0,
-          []( Self &self ) {
-             return word( toLinear16( self.model_.outputVolts(), voutExponent ) );
-          } } },
-      { 0x8C, { 0, []( Self &self ) { return linear11( self.model_.outputAmperes() ); } } },
-      { 0x8D, { 0, []( Self &self ) { return linear11( self.model_.inletCelsius() ); } } },
-      { 0x8E, { 0, []( Self &self ) { return linear11( self.model_.hotSpotCelsius() ); } } },
-      { 0x90, { 0, []( Self &self ) { return linear11( self.model_.rpm( 0 ) ); } } },
-      { 0x91, { 0, []( Self &self ) { return linear11( self.model_.rpm( 1 ) ); } } },
-      { 0x96, { 0, []( Self &self ) { return linear11( self.model_.outputWatts() ); } } },
-      { 0x97, { 0, []( Self &self ) { return linear11( self.model_.inputWatts() ); } } },
-      { 0x98, { 0, []( Self & ) { return byte( 0x11 ); } } }, // PMBUS_REVISION: 1.1, both parts
-      { 0x99, { 0, []( Self &self ) { return block( self.identity_.manufacturer ); } } },
-      { 0x9A, { 0, []( Self &self ) { return block( self.identity_.model ); } } },
-      { 0x9B, { 0, []( Self &self ) { return block( self.identity_.revision ); } } },
-      { 0x9E, { 0, []( Self &self ) { return block( self.identity_.serial ); } } },
-   };
-   return all;
-}
 
 void PmbusSupply::reset() {
    status_ = {};
@@ -118,15 +30,6 @@ void PmbusSupply::reset() {
 }
 
 void PmbusSupply::powerLost() { model_.cutOffIs( true ); }
-
-bool PmbusSupply::commandFan( unsigned fan, const std::string &data ) {
-   const double percent = fromLinear11( wordOf( data ) );
-   if ( percent < 0 || percent > 100 || model_.rating().maxRpm[fan] == 0 )
-      return false;
-   fanCommand_[fan] = wordOf( data );
-   model_.dutyIs( fan, percent );
-   return true;
-}
 
 void PmbusSupply::latchStatus() {
    if ( model_.failed() )
@@ -143,7 +46,7 @@ void PmbusSupply::latchStatus() {
    }
 }
 
-// Off and power-not-good tell how it is now, the others what has been.
+// OFF and POWER_GOOD# show the present state. The other bits are latched.
 uint16_t PmbusSupply::statusWord() {
    const bool off = !model_.enabled() || !model_.lineGood();
    unsigned word = 0;
@@ -182,25 +85,26 @@ std::vector<Quantity> PmbusSupply::quantities() {
    for ( unsigned fan = 0; fan < 2; ++fan ) {
       if ( model_.rating().maxRpm[fan] == 0 )
          continue;
-      const std::string whose = name() + ".fan" + std::to_string( fan + 1 );
-      all.push_back( { whose + " rpm", "rpm", [=, this] { return model_.rpm( fan ); } } );
-      all.push_back( { whose + " drive", "%", [=, this] { return model_.duty( fan ); } } );
-      all.push_back( { whose + " stalled", "", [=, this] { return model_.fanStalled( fan ); },
+      const std::string fanName = name() + ".fan" + std::to_string( fan + 1 );
+      all.push_back( { fanName + " rpm", "rpm", [=, this] { return model_.rpm( fan ); } } );
+      all.push_back( { fanName + " drive", "%", [=, this] { return model_.duty( fan ); } } );
+      all.push_back( { fanName + " stalled", "", [=, this] { return model_.fanStalled( fan ); },
                        [=, this]( double on ) { model_.fanStalledIs( fan, on != 0 ); } } );
    }
    return all;
 }
 
 bool PmbusSupply::addressed( Direction direction ) {
-   const auto onTheWire = static_cast<uint8_t>( address_ << 1 | static_cast<uint8_t>( direction ) );
+   const auto addressByte =
+      static_cast<uint8_t>( address_ << 1 | static_cast<uint8_t>( direction ) );
    reading_ = direction == Direction::Read;
    if ( !reading_ || !command_ )
       pec_ = 0;
-   pec_ = Bus::pecStep( pec_, onTheWire );
+   pec_ = Bus::pecStep( pec_, addressByte );
    data_.clear();
    position_ = 0;
-   checked_ = false;
-   spoiled_ = false;
+   pecReceived_ = false;
+   refused_ = false;
    if ( !reading_ ) {
       command_ = nullptr;
    } else if ( command_ && command_->read ) {
@@ -228,16 +132,16 @@ bool PmbusSupply::write( uint8_t byte ) {
       return false;
    const auto refuse = [this]( uint8_t reason ) {
       status_[Cml] |= reason;
-      spoiled_ = true;
+      refused_ = true;
       return false;
    };
    if ( !command_->write )
       return refuse( invalidCommand );
-   if ( checked_ )
+   if ( pecReceived_ )
       return refuse( otherCommunication ); // too many bytes
    if ( data_.size() == command_->size ) {
-      checked_ = byte == pec_;
-      return checked_ || refuse( pecFailed );
+      pecReceived_ = byte == pec_;
+      return pecReceived_ || refuse( pecFailed );
    }
    data_ += static_cast<char>( byte );
    pec_ = Bus::pecStep( pec_, byte );
@@ -258,10 +162,11 @@ uint8_t PmbusSupply::read() {
 
 void PmbusSupply::stopped() {
    const Command *command = std::exchange( command_, nullptr );
-   if ( !command || reading_ || spoiled_ || !command->write )
+   if ( !command || reading_ || refused_ || !command->write )
       return;
    if ( data_.size() != command->size )
-      status_[Cml] |= data_.empty() ? 0 : otherCommunication; // a command alone asks for nothing
+      status_[Cml] |=
+         data_.empty() ? 0 : otherCommunication; // a command without data only sets the command
    else if ( !command->write( *this, data_ ) )
       status_[Cml] |= invalidData;
 }

@@ -7,10 +7,10 @@
 
 namespace Simulator {
 
-// A power supply behind PMBus 1.1 (PMBus Power System Management Protocol, Parts I and II). Words
-// go low byte first. A command that it doesn't know is not acknowledged, nor is data for one that
-// can only be read, nor a wrong packet error code; each is told in STATUS_CML. A read goes on with
-// the packet error code behind its data. Status bits stay until CLEAR_FAULTS.
+// A power supply with PMBus 1.1 (PMBus Power System Management Protocol, Parts I and II). Words are
+// sent low byte first. It does not acknowledge unknown commands, data for read-only commands, or a
+// wrong packet error code, and reports each of these in STATUS_CML. After the data of a read comes
+// the packet error code. Status bits stay set until CLEAR_FAULTS.
 class PmbusSupply final : public Chip {
  public:
    struct Identity {
@@ -20,7 +20,7 @@ class PmbusSupply final : public Chip {
       std::string serial;
    };
 
-   // The address is what its pins strap it to: the packet error code covers it.
+   // The address is set by its pins; the packet error code includes it.
    PmbusSupply( std::string name, uint8_t address, const Bus::Clock &, const SupplyModel::Rating &,
                 Identity );
 
@@ -37,14 +37,14 @@ class PmbusSupply final : public Chip {
 
  private:
    struct Command {
-      size_t size = 0; // of the data to write; none for one that is only sent
+      size_t size = 0; // of the data to write; 0 for a command without data
       std::string ( *read )( PmbusSupply & ) = nullptr;
       bool ( *write )( PmbusSupply &, const std::string &data ) = nullptr; // false: invalid data
    };
-   static const std::map<uint8_t, Command> &commands();
+   static const std::map<uint8_t, Command> &commands(); // in PmbusCommands.cpp, with commandFan()
 
    enum Status { Vout, Iout, Input, Temperature, Cml, Fans, StatusCount };
-   void latchStatus(); // adds what is wrong now
+   void latchStatus(); // sets the bits of present faults
    uint16_t statusWord();
    bool commandFan( unsigned fan, const std::string &data );
 
@@ -52,14 +52,14 @@ class PmbusSupply final : public Chip {
    const Identity identity_;
    SupplyModel model_;
    std::array<uint8_t, StatusCount> status_{};
-   std::array<uint16_t, 2> fanCommand_{}; // as it was sent
+   std::array<uint16_t, 2> fanCommand_{}; // as it was written
    uint8_t operation_ = 0x80;
 
    const Command *command_ = nullptr; // since the start
    bool reading_ = false;
-   bool spoiled_ = false; // what is being written will not be carried out
-   bool checked_ = false; // a right packet error code came
-   std::string data_;     // written, or to be read
+   bool refused_ = false;     // this write will not be executed
+   bool pecReceived_ = false; // with the right value
+   std::string data_;         // written, or to be read
    size_t position_ = 0;
    uint8_t pec_ = 0;
 };

@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds ofFan( 1200 );
 SupplyModel::SupplyModel( const Bus::Clock &clock, const Rating &rating )
    : rating_( rating ),
      hotSpot_( clock, ofHeat ), fans_{ Inertia( clock, ofFan ), Inertia( clock, ofFan ) } {
-   follow();
+   updateTargets();
    settle();
 }
 
@@ -22,13 +22,13 @@ double SupplyModel::inputWatts() const {
    return line_ > 0 ? outputWatts() / rating_.efficiency + ownWatts : 0;
 }
 
-// The supply runs its fans by its load, at 25 % at least; a host can only make them faster.
+// The supply sets its fans by its load, 25 % at least. A host can only make them faster.
 double SupplyModel::duty( unsigned fan ) const {
    const double own = 25 + 60 * outputAmperes() / rating_.maxAmperes;
    return std::min( std::max( own, duty_[fan] ), 100.0 );
 }
 
-// Half the speed cools half as well; standing, a fan still lets a tenth of the air through.
+// Half the speed cools half as well. Through stopped fans there is still a tenth of the air flow.
 double SupplyModel::hotSpotTarget() const {
    double air = 0;
    double most = 0;
@@ -40,7 +40,7 @@ double SupplyModel::hotSpotTarget() const {
    return inletCelsius() + ( inputWatts() - outputWatts() ) * degreesAWatt / share;
 }
 
-void SupplyModel::follow() {
+void SupplyModel::updateTargets() {
    for ( unsigned fan = 0; fan < fans_.size(); ++fan ) {
       if ( stalled_[fan] )
          fans_[fan].valueIs( 0 );
@@ -56,13 +56,15 @@ void SupplyModel::settle() {
    hotSpot_.valueIs( hotSpot_.target() );
 }
 
-void SupplyModel::lineIs( double volts ) { line_ = volts, follow(); }
-void SupplyModel::loadIs( double amperes ) { load_ = amperes, follow(); }
-void SupplyModel::ambientIs( double celsius ) { ambient_ = celsius, follow(); }
-void SupplyModel::failedIs( bool failed ) { failed_ = failed, follow(); }
-void SupplyModel::enabledIs( bool enabled ) { enabled_ = enabled, follow(); }
-void SupplyModel::cutOffIs( bool cutOff ) { cutOff_ = cutOff, follow(); }
-void SupplyModel::fanStalledIs( unsigned fan, bool stalled ) { stalled_[fan] = stalled, follow(); }
-void SupplyModel::dutyIs( unsigned fan, double percent ) { duty_[fan] = percent, follow(); }
+void SupplyModel::lineIs( double volts ) { line_ = volts, updateTargets(); }
+void SupplyModel::loadIs( double amperes ) { load_ = amperes, updateTargets(); }
+void SupplyModel::ambientIs( double celsius ) { ambient_ = celsius, updateTargets(); }
+void SupplyModel::failedIs( bool failed ) { failed_ = failed, updateTargets(); }
+void SupplyModel::enabledIs( bool enabled ) { enabled_ = enabled, updateTargets(); }
+void SupplyModel::cutOffIs( bool cutOff ) { cutOff_ = cutOff, updateTargets(); }
+void SupplyModel::fanStalledIs( unsigned fan, bool stalled ) {
+   stalled_[fan] = stalled, updateTargets();
+}
+void SupplyModel::dutyIs( unsigned fan, double percent ) { duty_[fan] = percent, updateTargets(); }
 
 } // namespace Simulator

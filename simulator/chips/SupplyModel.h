@@ -7,28 +7,28 @@
 
 namespace Simulator {
 
-// What goes on inside a power supply: a converter from the mains to one output, two temperatures,
-// two fans that cool it. All in volts, amperes, watts, degrees Celsius, revolutions a minute.
+// The inside of a power supply: a converter from mains to one output, two temperatures and two
+// fans. Units: volts, amperes, watts, degrees Celsius, revolutions per minute.
 class SupplyModel {
  public:
    struct Rating {
       double nominalVolts = 12;
       double maxAmperes = 70;
       double efficiency = 0.92;
-      std::array<double, 2> maxRpm{}; // zero: no such fan
+      std::array<double, 2> maxRpm{}; // zero: there is no such fan
    };
 
-   // The clock outlives it. It has been running for a while.
+   // Starts with final temperature and fan speeds. The clock outlives it.
    SupplyModel( const Bus::Clock &, const Rating & );
 
    void lineIs( double volts );
    void loadIs( double amperes );
    void ambientIs( double celsius );
-   void failedIs( bool ); // the converter gives nothing, though it is told to
+   void failedIs( bool ); // the converter has no output although it is enabled
    void enabledIs( bool );
-   void cutOffIs( bool ); // gives nothing and turns no fan, by whatever switches the whole board
+   void cutOffIs( bool ); // the whole board is off: no output, and the fans stop
    void fanStalledIs( unsigned fan, bool );
-   void dutyIs( unsigned fan, double percent ); // asked for; the supply itself may want more
+   void dutyIs( unsigned fan, double percent ); // requested; the supply may need more
 
    const Rating &rating() const { return rating_; }
    double line() const { return line_; }
@@ -43,18 +43,18 @@ class SupplyModel {
    double outputVolts() const { return delivers() ? rating_.nominalVolts - 0.002 * load_ : 0; }
    double outputAmperes() const { return delivers() ? load_ : 0; }
    double outputWatts() const { return outputVolts() * outputAmperes(); }
-   double inputWatts() const; // with what the supply itself needs
+   double inputWatts() const; // including the supply's own consumption
    double inputAmperes() const { return line_ > 0 ? inputWatts() / line_ : 0; }
-   double inletCelsius() const { return ambient_ + 1.5; } // a bit warmer than the room
+   double inletCelsius() const { return ambient_ + 1.5; } // slightly warmer than the room
    double hotSpotCelsius() const { return hotSpot_.value(); }
    double duty( unsigned fan ) const;
    double rpm( unsigned fan ) const { return fans_[fan].value(); }
 
-   // Temperature and fans go at once to where they were heading.
+   // Temperature and fans reach their targets at once.
    void settle();
 
  private:
-   void follow(); // everything with inertia heads for where the rest sends it
+   void updateTargets(); // of the fans and the temperature
    double hotSpotTarget() const;
 
    const Rating rating_;

@@ -40,7 +40,7 @@ XcvrCpld::XcvrCpld( std::string name, const Groups &groups, unsigned firstQsfp,
    }
 }
 
-// No module is held in reset, and none is in low-power mode or has its transmitter off.
+// No module is in reset or in low-power mode, and no transmitter is off.
 Cpld::Registers XcvrCpld::powerOnOf( const Groups &groups, Registers scratch ) {
    scratch.emplace( leds, allDark );
    for ( const Group &group : groups ) {
@@ -81,9 +81,9 @@ uint8_t XcvrCpld::at( uint16_t address ) const {
    return input == inputs_.end() ? stored( address ) : input->second;
 }
 
-void XcvrCpld::take( uint16_t address, uint8_t byte ) {
+void XcvrCpld::store( uint16_t address, uint8_t byte ) {
    if ( !inputs_.contains( address ) )
-      Cpld::take( address, byte );
+      Cpld::store( address, byte );
 }
 
 std::vector<Quantity> XcvrCpld::quantities() {

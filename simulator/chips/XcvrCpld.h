@@ -7,13 +7,13 @@
 
 namespace Simulator {
 
-// A CPLD that the lines of transceiver cages end at, one bit a line. Presence is 1 where a module
-// sits, interrupt and reset are active low, the others active high; lines that an absent module
-// doesn't drive are pulled high. Lines from the modules are read-only. Register 0x303 drives LEDs,
-// which are dark after power-on (1 is dark).
+// A CPLD for the lines of transceiver cages, one bit for each line. Presence is 1 if a module is
+// there. Interrupt and reset are active low, the others active high. Lines that the module would
+// drive are pulled high without a module, and are read-only. Register 0x303 drives LEDs, which are
+// off after power-on (1 is off).
 class XcvrCpld final : public Cpld {
  public:
-   // Cages whose lines are neighbouring bits, the first in bit 0, of four registers.
+   // Cages whose lines are in the same four registers; the first cage has bit 0.
    struct Group {
       bool qsfp; // reset, low-power mode, presence, interrupt; of an SFP: loss of signal, TX
                  // disable, TX fault, presence
@@ -24,7 +24,7 @@ class XcvrCpld final : public Cpld {
    static const Groups qsfpCpld; // 32 QSFP
    static const Groups sfpCpld;  // 48 SFP and 6 QSFP
 
-   // Cages are called sfp1, sfp2 and so on; QSFP ones from qsfp<firstQsfp> on.
+   // Cages are named sfp1, sfp2 and so on; QSFP cages start with qsfp<firstQsfp>.
    XcvrCpld( std::string name, const Groups &, unsigned firstQsfp, const Registers &powerOn );
 
    std::vector<Quantity> quantities() override;
@@ -43,7 +43,7 @@ class XcvrCpld final : public Cpld {
    uint8_t levels( uint16_t address ) const;
    void lineIs( const Line &, bool level );
    void presenceIs( const std::string &cage, bool present );
-   void take( uint16_t address, uint8_t byte ) override;
+   void store( uint16_t address, uint8_t byte ) override;
    uint8_t at( uint16_t address ) const override;
 
    std::vector<Line> lines_;

@@ -19,9 +19,9 @@ void IoPortBus::open() {
    fd_ = ::open( file_.c_str(), O_RDWR | O_CLOEXEC );
    if ( fd_ >= 0 )
       return;
-   const bool right = errno != EACCES && errno != EPERM;
+   const bool permitted = errno != EACCES && errno != EPERM;
    throw PortError( fmt::format( "{}: {}{}", file_, std::strerror( errno ),
-                                 right ? "" : "; root with CAP_SYS_RAWIO has the right to it" ) );
+                                 permitted ? "" : "; needs root and CAP_SYS_RAWIO" ) );
 }
 
 Bus::Outcome IoPortBus::transfer( const Bus::Transfer &transfer ) {
@@ -31,22 +31,21 @@ Bus::Outcome IoPortBus::transfer( const Bus::Transfer &transfer ) {
    const bool plain =
       transfer.kind == Bus::Transfer::Kind::Read || transfer.kind == Bus::Transfer::Kind::Write;
    if ( !plain || transfer.length < 1 || transfer.length > 2 )
-      return refused( "I/O ports know only reads and writes of one or two bytes" );
+      return refused( "I/O ports support only reads and writes of one or two bytes" );
    if ( transfer.pec )
-      return refused( "I/O ports know no PEC" );
+      return refused( "I/O ports do not support PEC" );
    if ( transfer.offset >= size_ || transfer.length > size_ - transfer.offset )
-      return refused(
-         fmt::format( "outside the window of {} ports from {:#06x} on", size_, base_ ) );
+      return refused( fmt::format( "outside the range of {} ports from {:#06x}", size_, base_ ) );
    try {
       if ( fd_ < 0 )
          open();
    } catch ( const PortError &error ) {
       return refused( error.what() );
    }
-   return carryOut( transfer );
+   return execute( transfer );
 }
 
-Bus::Outcome IoPortBus::carryOut( const Bus::Transfer &transfer ) {
+Bus::Outcome IoPortBus::execute( const Bus::Transfer &transfer ) {
    Bus::Outcome outcome;
    const auto port = static_cast<off_t>( base_ + transfer.offset );
    ssize_t count = 0;

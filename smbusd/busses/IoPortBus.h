@@ -7,17 +7,17 @@
 
 namespace Smbusd {
 
-// I/O ports that can't be used; the text says why.
+// The I/O ports can't be used; the text says why.
 struct PortError : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
-// A window of the processor's I/O ports. The register is the port above its base, and there is one
-// device in it, whatever its address. Two bytes are two ports, the lower one first: the kernel goes
-// byte by byte.
+// A range of the processor's I/O ports. The register is added to the base of the range; the address
+// of the transfer is ignored. Two bytes are two ports, the lower one first, because the kernel
+// reads and writes byte by byte.
 class IoPortBus final : public Bus::RootBus {
  public:
-   // The file is /dev/port, or what stands for it. It is opened when it is first needed.
+   // The file is /dev/port; tests use another. The first transfer opens it.
    IoPortBus( uint32_t base, uint32_t size, std::string file = "/dev/port" )
       : base_( base ), size_( size ), file_( std::move( file ) ) {}
    ~IoPortBus() override;
@@ -26,11 +26,11 @@ class IoPortBus final : public Bus::RootBus {
 
    void open(); // throws PortError
 
-   // Reads and writes of one or two bytes. Everything else is refused.
+   // Reads and writes one or two bytes. Refuses everything else.
    Bus::Outcome transfer( const Bus::Transfer & ) override;
 
  private:
-   Bus::Outcome carryOut( const Bus::Transfer & );
+   Bus::Outcome execute( const Bus::Transfer & );
 
    const uint32_t base_;
    const uint32_t size_;

@@ -14,7 +14,7 @@ using boost::system::error_code;
 
 namespace {
 
-constexpr unsigned maxUnderWay = 4096; // traced transfers of one client
+constexpr unsigned maxQueued = 4096; // traced transfers of one client
 
 } // namespace
 
@@ -38,24 +38,24 @@ void ControlSession::readMore() {
                                if ( error )
                                   return end();
                                received_.append( chunk_.data(), count );
-                               takeFrames();
+                               handleFrames();
                             } );
 }
 
-void ControlSession::takeFrames() {
+void ControlSession::handleFrames() {
    Sockets::Frame frame = Sockets::firstFrame( received_ );
    for ( ; frame.state == Sockets::Frame::State::Whole; frame = Sockets::firstFrame( received_ ) ) {
-      take( frame.message );
+      handle( frame.message );
       received_.erase( 0, frame.size );
    }
    frame.state == Sockets::Frame::State::Incomplete ? readMore() : end();
 }
 
-void ControlSession::take( std::string_view message ) {
+void ControlSession::handle( std::string_view message ) {
    SmbusControl::Request request;
    SmbusControl::Response response;
    if ( !request.ParseFromArray( message.data(), static_cast<int>( message.size() ) ) )
-      response.set_error( "a frame that holds no request" );
+      response.set_error( "the frame is not a request" );
    else
       response = controls_.answer( request );
    send( Sockets::framed( response ) );
@@ -67,15 +67,15 @@ void ControlSession::trace() {
    const auto executor = socket_.get_executor();
    const auto lost = std::make_shared<uint64_t>( 0 );
    tracer_.add( this, [weak = weak_from_this(), executor, lost,
-                       underWay = underWay_]( const SmbusControl::Transfer &transfer ) {
-      if ( *underWay >= maxUnderWay ) {
+                       queued = queued_]( const SmbusControl::Transfer &transfer ) {
+      if ( *queued >= maxQueued ) {
          ++*lost;
          return;
       }
       SmbusControl::Response response;
       *response.mutable_transfer() = transfer;
       response.mutable_transfer()->set_lost( std::exchange( *lost, 0 ) );
-      ++*underWay;
+      ++*queued;
       asio::post( executor, [weak, bytes = Sockets::framed( response )]() mutable {
          if ( const auto self = weak.lock() )
             self->send( std::move( bytes ) );
@@ -98,9 +98,9 @@ void ControlSession::sendNext() {
       sending_ += bytes;
    asio::async_write( socket_, asio::buffer( sending_ ),
                       [this, count, self = shared_from_this()]( error_code error, size_t ) {
-                         // Answers among them were not counted.
-                         const unsigned before = *underWay_;
-                         *underWay_ -= std::min( before, count );
+                         // Answers were sent, too, but not counted.
+                         const unsigned before = *queued_;
+                         *queued_ -= std::min( before, count );
                          if ( error )
                             return end();
                          sendNext();
@@ -125,7 +125,7 @@ void ControlServer::accept() {
          sessions_.insert( session );
          session->start();
       } else if ( error ) {
-         spdlog::error( "a client of the control socket could not be taken: {}", error.message() );
+         spdlog::error( "can't accept a client of the control socket: {}", error.message() );
       }
       accept();
    } );

@@ -12,8 +12,8 @@
 
 namespace Smbusd {
 
-// One client of the control socket. The tracer's transfers wait for it up to a limit; beyond that
-// they are lost, and the next one tells how many.
+// One client of the control socket. Traced transfers are queued for it, up to a limit. Beyond that
+// they are dropped; the next one has their number.
 class ControlSession : public std::enable_shared_from_this<ControlSession> {
  public:
    using Socket = boost::asio::local::stream_protocol::socket;
@@ -26,8 +26,8 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
 
  private:
    void readMore();
-   void takeFrames();
-   void take( std::string_view message );
+   void handleFrames();
+   void handle( std::string_view message );
    void trace();
    void send( std::string bytes );
    void sendNext();
@@ -39,16 +39,16 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
    bool over_ = false;
    std::array<char, 4096> chunk_;
    std::string received_;
-   std::vector<std::string> waiting_; // to be sent, behind what is being sent
+   std::vector<std::string> waiting_; // to be sent after sending_
    std::string sending_;
-   std::shared_ptr<std::atomic<unsigned>> underWay_ = std::make_shared<std::atomic<unsigned>>( 0 );
+   std::shared_ptr<std::atomic<unsigned>> queued_ = std::make_shared<std::atomic<unsigned>>( 0 );
 };
 
-// The socket at which the bench's side of a simulated board is driven. Everything runs in the
-// io_context's thread; controls and tracer outlive it.
+// The socket that controls a simulated board. Everything runs in the thread of the io_context.
+// Controls and tracer outlive it.
 class ControlServer {
  public:
-   static constexpr size_t maxClients = 16; // further ones are turned away without a word
+   static constexpr size_t maxClients = 16; // further connections are closed without an answer
 
    ControlServer( boost::asio::io_context &, std::unique_ptr<Sockets::SocketFile>,
                   Simulator::Controls &, Bus::Tracer & );

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
 namespace fs = std::filesystem;
 
@@ -28,7 +28,7 @@ void ExportedAdapter::serve() {
 std::optional<unsigned> ExportedAdapter::adapter( std::chrono::milliseconds patience ) const {
    const auto end = std::chrono::steady_clock::now() + patience;
    for ( ;; ) {
-      if ( const auto number = findLent( name_, {} ) )
+      if ( const auto number = findExported( name_, {} ) )
          return number;
       if ( std::chrono::steady_clock::now() >= end )
          return {};
@@ -36,7 +36,7 @@ std::optional<unsigned> ExportedAdapter::adapter( std::chrono::milliseconds pati
    }
 }
 
-std::optional<unsigned> findLent( const std::string &name, const Linux::Places &places ) {
+std::optional<unsigned> findExported( const std::string &name, const Linux::Places &places ) {
    std::error_code ignored;
    for ( const auto &device : fs::directory_iterator( places.sys + "/bus/usb/devices", ignored ) ) {
       std::ifstream file( device.path() / "serial" );
@@ -46,10 +46,10 @@ std::optional<unsigned> findLent( const std::string &name, const Linux::Places &
       try {
          return Linux::findAdapter( BoardFiles::AdapterPath{ device.path() }, places );
       } catch ( const Linux::AdapterError & ) {
-         return {}; // plugged in, and not made an adapter yet
+         return {}; // plugged in, but not an adapter yet
       }
    }
    return {};
 }
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

@@ -10,18 +10,18 @@
 #include <string>
 #include <thread>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
-// A simulated bus that this machine's kernel has as an adapter, so that its drivers and all
-// programs for i2c work on the simulated chips. Ends with the object.
+// Makes a simulated bus an i2c adapter of this machine, so that kernel drivers and i2c programs can
+// use the simulated chips. The adapter disappears with this object.
 class ExportedAdapter {
  public:
-   // The name becomes the USB device's serial number. Throws LendError.
+   // The name becomes the serial number of the USB device. Throws ExportError.
    ExportedAdapter( std::unique_ptr<Simulator::SimulatedBus> bus, const std::string &name );
    ~ExportedAdapter();
 
-   // The number of the adapter that the kernel's driver has made of it; waits for that. Nothing
-   // when none has come by then.
+   // Waits until the kernel's driver has made an adapter, and returns its number; nothing if it
+   // takes longer than patience.
    std::optional<unsigned> adapter( std::chrono::milliseconds patience ) const;
 
  private:
@@ -34,7 +34,7 @@ class ExportedAdapter {
    std::thread thread_;
 };
 
-// The adapter of the USB device with this serial number; nothing while there is none.
-std::optional<unsigned> findLent( const std::string &name, const Linux::Places & );
+// The number of the adapter of the USB device with this serial number, if there is one.
+std::optional<unsigned> findExported( const std::string &name, const Linux::Places & );
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

@@ -3,7 +3,7 @@
 #include <linux/i2c.h>
 #include <linux/usb/ch9.h>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
 namespace {
 
@@ -11,8 +11,8 @@ enum Request : uint8_t { Echo = 0, GetFunctions = 1, SetDelay = 2, GetStatus = 3
 constexpr uint8_t begin = 1, end = 2; // added to Io
 enum Status : uint8_t { AddressAcknowledged = 1, NotAcknowledged = 2 };
 
-// The driver makes blocks whose count the chip gives only of what it has read already, and a quick
-// command of nothing.
+// Without quick commands, which the driver can't send. It also can't read blocks with a count from
+// the chip.
 constexpr uint32_t functions =
    I2C_FUNC_I2C | ( I2C_FUNC_SMBUS_EMUL & ~static_cast<uint32_t>( I2C_FUNC_SMBUS_QUICK ) );
 
@@ -22,14 +22,14 @@ const std::string deviceDescriptor = bytes( {
    18, USB_DT_DEVICE, 0x10, 0x01,  // USB 1.1
    USB_CLASS_VENDOR_SPEC, 0, 0, 8, // bytes in a packet
    0x03, 0x04, 0x31, 0xC6,         // 0403:c631, i2c-tiny-usb
-   0x00, 0x01,                     // its release
+   0x00, 0x01,                     // release
    1, 2, 3,                        // the strings
    1,                              // configuration
 } );
 
 const std::string configurationDescriptor = bytes( {
    9, USB_DT_CONFIG, 18, 0, 1, 1, 0, 0x80, 5,                    // bus-powered, 10 mA
-   9, USB_DT_INTERFACE, 0, 0, 0, USB_CLASS_VENDOR_SPEC, 0, 0, 0, // no endpoint but the first
+   9, USB_DT_INTERFACE, 0, 0, 0, USB_CLASS_VENDOR_SPEC, 0, 0, 0, // no endpoint except the first
 } );
 
 std::string stringDescriptor( const std::string &text ) {
@@ -109,4 +109,4 @@ ControlAnswer TinyUsb::message( const ControlRequest &request ) {
    return read ? data : "";
 }
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

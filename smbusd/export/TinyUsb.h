@@ -1,5 +1,5 @@
-// A USB device that is an I2C adapter, as the kernel's driver i2c-tiny-usb knows it: requests of
-// its vendor's, one for each message (drivers/i2c/busses/i2c-tiny-usb.c).
+// A USB device that is an I2C adapter for the kernel's driver i2c-tiny-usb: one vendor request for
+// each I2C message (drivers/i2c/busses/i2c-tiny-usb.c).
 #pragma once
 
 #include "simulator/bus/SimulatedBus.h"
@@ -8,14 +8,14 @@
 #include <string>
 #include <vector>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
-// The driver asks for the status after each message. Messages that are written without a stop
-// behind them wait for the next one, since what they bring forth shows at the end: nobody else gets
-// onto the bus between them. A read without a stop behind it gets one all the same.
+// The driver asks for the status after each message. A write without a stop waits for the next
+// message: both are carried out together, so that no other transfer comes between them. A read
+// without a stop gets a stop anyway.
 class TinyUsb {
  public:
-   // The bus outlives it. The serial number is how the device is found again in sysfs.
+   // The bus outlives it. The serial number identifies the device in sysfs.
    TinyUsb( Simulator::SimulatedBus &bus, std::string serial )
       : bus_( bus ), serial_( std::move( serial ) ) {}
 
@@ -29,7 +29,7 @@ class TinyUsb {
    Simulator::SimulatedBus &bus_;
    const std::string serial_;
    std::vector<Simulator::BusMessage> waiting_; // since the start
-   bool acknowledged_ = false;                  // what was last carried out
+   bool acknowledged_ = false;                  // the last messages
 };
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

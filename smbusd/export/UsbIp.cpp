@@ -7,14 +7,15 @@
 #include <array>
 #include <cerrno>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
 namespace {
 
-// Words 0 to 4 of every header, then what the command has; all but the setup bytes big-endian.
+// A header has words 0 to 4, then words that depend on the command. All words are big-endian; the
+// setup bytes are not words.
 enum Command : uint32_t { Submit = 1, Unlink = 2, RetSubmit = 3, RetUnlink = 4 };
 
-constexpr int32_t stalled = -EPIPE; // a stall, in the kernel's words
+constexpr int32_t stalled = -EPIPE; // how the kernel reports a stall
 
 struct Header {
    std::array<uint32_t, 12> words{};
@@ -99,4 +100,4 @@ bool UsbIpConnection::answer( const ControlAnswer &answer ) {
    return sendAll( fd_, bytesOf( header ) + data );
 }
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

@@ -11,19 +11,20 @@
 #include <fstream>
 #include <sstream>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
 namespace {
 
-constexpr int fullSpeed = 2;      // as the kernel numbers them
-constexpr int freePort = 4;       // a port's state in the controller's status
-constexpr const char *hub = "hs"; // of the ports that take full-speed devices
+constexpr int fullSpeed = 2;      // the kernel's number
+constexpr int freePort = 4;       // the state of a port in the controller's status
+constexpr const char *hub = "hs"; // the ports for full-speed devices
 
-// The status has a line of titles, then "hs  0000 004 ..." a port: hub, number, state.
+// The status has a line of titles, then one line for each port: hub, number, state ("hs  0000
+// 004").
 unsigned findFree( const std::string &controller ) {
    std::ifstream file( controller + "/status" );
    if ( !file )
-      throw ExportError( fmt::format( "{}/status: {}; the module vhci-hcd makes it", controller,
+      throw ExportError( fmt::format( "{}/status: {}; is the module vhci-hcd loaded?", controller,
                                       std::strerror( errno ) ) );
    for ( std::string line; std::getline( file, line ); ) {
       std::istringstream words( line );
@@ -43,7 +44,7 @@ VhciPort::VhciPort( const std::string &controller ) : controller_( controller ) 
    if ( socketpair( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends ) != 0 )
       throw ExportError( fmt::format( "socketpair: {}", std::strerror( errno ) ) );
    connection_ = std::make_unique<UsbIpConnection>( ends[0] );
-   const UsbIpConnection kernels( ends[1] ); // which takes the socket for itself
+   const UsbIpConnection kernels( ends[1] ); // the kernel keeps its own reference to the socket
    // Port, socket, a device number that is not 0, speed.
    write( "attach", fmt::format( "{} {} {} {}", number, ends[1], number + 1, fullSpeed ) );
 }
@@ -58,7 +59,7 @@ void VhciPort::write( const std::string &file, const std::string &text ) const {
       close( fd );
    if ( !written )
       throw ExportError( fmt::format( "{}: {}{}", path, std::strerror( error ),
-                                      error == EACCES ? "; root has the right to it" : "" ) );
+                                      error == EACCES ? "; only root may write it" : "" ) );
 }
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

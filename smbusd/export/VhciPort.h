@@ -6,9 +6,9 @@
 #include <stdexcept>
 #include <string>
 
-namespace Smbusd::Lend {
+namespace Smbusd::Export {
 
-// A bus that can't be lent; the text says why.
+// The bus can't be exported; the text says why.
 struct ExportError : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
@@ -16,11 +16,11 @@ struct ExportError : std::runtime_error {
 // A port of the kernel's virtual USB host controller, and a device plugged into it.
 class VhciPort {
  public:
-   // The controller's folder in sysfs. Plugs a full-speed device into its first free port. Throws
-   // LendError: no such module, no right, or no port free.
+   // Plugs a full-speed device into the first free port of this controller (its folder in sysfs).
+   // Throws ExportError: the module is not loaded, no permission, or no free port.
    explicit VhciPort( const std::string &controller = "/sys/devices/platform/vhci_hcd.0" );
 
-   // Its end unplugs the device.
+   // When the connection ends, the device is unplugged.
    UsbIpConnection &connection() { return *connection_; }
 
  private:
@@ -30,4 +30,4 @@ class VhciPort {
    std::unique_ptr<UsbIpConnection> connection_;
 };
 
-} // namespace Smbusd::Lend
+} // namespace Smbusd::Export

@@ -19,7 +19,7 @@ Recorder::Recorder( const std::string &path, const std::string &version, const B
    entry.mutable_start()->set_version( version );
    if ( !append( entry ) )
       throw std::runtime_error(
-         fmt::format( "{}: can't be written: {}", path, std::strerror( errno ) ) );
+         fmt::format( "{}: can't write: {}", path, std::strerror( errno ) ) );
 }
 
 bool Recorder::append( const SmbusRecording::Entry &entry ) {
@@ -39,7 +39,7 @@ void Recorder::write( const Smbus::TransactionRequest &request,
    *transaction.mutable_response() = response;
    const std::lock_guard lock( mutex_ );
    if ( file_.good() && !append( entry ) )
-      spdlog::error( "{}: the recording ends here: {}", path_, std::strerror( errno ) );
+      spdlog::error( "{}: recording stopped: {}", path_, std::strerror( errno ) );
 }
 
 } // namespace Smbusd

@@ -10,15 +10,15 @@
 
 namespace Smbusd {
 
-// Writes transactions with their answers and times to the end of a file, each as soon as it is
-// done. For all threads.
+// Appends transactions with their answers and times to a file, each as soon as it has ended.
+// Thread-safe.
 class Recorder {
  public:
-   // Times count from the clock's now; it outlives the recorder. Throws std::runtime_error when the
-   // file can't be written.
+   // Times count from now. The clock outlives the recorder. Throws std::runtime_error when the file
+   // can't be written.
    Recorder( const std::string &path, const std::string &version, const Bus::Clock & );
 
-   // When the file can't take it, that is logged once and the recording ends.
+   // A write error is logged once, and the recording ends.
    void write( const Smbus::TransactionRequest &, const Smbus::TransactionResponse &,
                Bus::Clock::Time begun, Bus::Clock::Time took );
 

@@ -11,7 +11,7 @@ namespace Smbusd {
 
 namespace {
 
-// The same for transactions that ask the same, whatever their time limit and retries.
+// The requests of a transaction. Time limit and retries are not part of it.
 std::string keyOf( const Bus::Transaction &transaction ) {
    std::string key;
    for ( const Bus::Transfer &transfer : transaction.transfers )
@@ -75,7 +75,7 @@ Executors replay( const std::string &path, std::function<void( Bus::Clock::Time 
          }
          bus->add( transaction, entry.transaction() );
       } catch ( const Bus::Refused & ) {
-         // What made no sense then makes none now, and is told so without the recording.
+         // It was not valid then, so it is refused now without the recording.
       }
    } );
    return executors;

@@ -7,10 +7,10 @@
 
 namespace Smbusd {
 
-// Has the busses of a recording, each of which answers as it did then: a transaction gets the
-// answer that the same one got, the next time the next, and when there is none left the last one
-// again, for clients don't ask in step with the clock. Wait is called with the time that the answer
-// took. Throws RecordingError.
+// The busses of a recording. A transaction gets the answers that the same transaction got when it
+// was recorded, in the same order; after the last one, it gets that again, because clients may ask
+// more often than then. Wait is called with the time that the answer took then. Throws
+// RecordingError.
 Executors replay( const std::string &path, std::function<void( Bus::Clock::Time )> wait );
 
 } // namespace Smbusd

@@ -11,7 +11,7 @@ namespace Smbusd {
 using namespace Linux;
 
 void RoutedBusses::add( const BoardFiles::Route &route, const Warn &warn ) {
-   carrier_.clear();
+   description_.clear();
    busses_.emplace(
       route.bus,
       std::visit( [&]( const auto &to ) { return make( route, to, warn ); }, route.to ) );
@@ -26,7 +26,7 @@ std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route
          route.place, simulated_.empty()
                          ? "no board is simulated"
                          : fmt::format( "the simulated board has no {}", toString( route.bus ) ) );
-   carrier_ = "simulated";
+   description_ = "simulated";
    return std::move( found->second );
 }
 
@@ -39,7 +39,7 @@ std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route
    auto bus = std::make_unique<LinuxBus>( open, to.chips );
    try {
       const unsigned number = findAdapter( to.adapter, places_ );
-      carrier_ = describeAdapter( number, places_ );
+      description_ = describeAdapter( number, places_ );
       const auto [earlier, isNew] = adapters_.emplace( number, toText( route.place ) );
       if ( !isNew )
          throw BoardFiles::BoardError(
@@ -57,7 +57,7 @@ std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route
 std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route,
                                                   const BoardFiles::PortsRoute &to,
                                                   const Warn &warn ) {
-   carrier_ = fmt::format( "{} ports from {:#06x} on", to.size, to.base );
+   description_ = fmt::format( "{} ports from {:#06x} on", to.size, to.base );
    auto bus = std::make_unique<IoPortBus>( to.base, to.size );
    try {
       bus->open();

@@ -26,7 +26,7 @@ class RoutedBusses {
    // All that were added. What is asked for in a transfer is what the routes name, nothing else.
    Bus::Busses take() { return std::move( busses_ ); }
    // What carries the bus that was added last, for people.
-   const std::string &lastCarrier() const { return carrier_; }
+   const std::string &description() const { return description_; }
 
  private:
    std::unique_ptr<Bus::RootBus> make( const BoardFiles::Route &,
@@ -40,7 +40,7 @@ class RoutedBusses {
    const Linux::Places places_;
    std::map<unsigned, std::string> adapters_; // by number, the place of the route there
    Bus::Busses busses_;
-   std::string carrier_;
+   std::string description_;
 };
 
 } // namespace Smbusd

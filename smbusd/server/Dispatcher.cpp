@@ -45,7 +45,7 @@ Dispatcher::Worker &Dispatcher::workerOf( const Bus::Transaction &transaction ) 
    {
       const std::lock_guard lock( mutex_ );
       if ( const auto since = worker.busySince; since && clock_.now() - *since > 2 * bound_ )
-         refuse( fmt::format( "the bus is stuck, a transaction has not ended for {} ms",
+         refuse( fmt::format( "the bus is stuck: a transaction has been running for {} ms",
                               ( clock_.now() - *since ) / std::chrono::milliseconds( 1 ) ) );
    }
    if ( !worker.thread )
@@ -74,7 +74,7 @@ void Dispatcher::run( Worker &worker, const Bus::Transaction &transaction,
    answer( std::move( response ) );
 }
 
-void Dispatcher::carryOut( const Smbus::TransactionRequest &message,
+void Dispatcher::dispatch( const Smbus::TransactionRequest &message,
                            std::shared_ptr<const Client> client, Answer answer ) {
    try {
       Bus::Transaction transaction = Bus::decode( message, bound_ );

@@ -16,44 +16,44 @@
 
 namespace Smbusd {
 
-// Who asked; a transaction that has not begun when its client goes is not carried out.
+// The client of a transaction. When it has gone, a transaction that has not started is dropped.
 struct Client {
    std::atomic<bool> gone = false;
 };
 
-// Hands each transaction to its root bus, where a thread works them off one by one: a slow bus
-// holds up no other. Where one has been in hand for twice its bound, the bus is stuck, and further
-// ones are refused until it ends.
+// Gives each transaction to the thread of its root bus, which carries them out one by one. So a
+// slow bus doesn't delay the others. When a transaction takes more than twice the bound, the bus is
+// stuck; further ones are refused until that one ends.
 class Dispatcher {
  public:
    using Answer = std::function<void( Smbus::TransactionResponse )>;
-   // A transaction with its answer, when it began and how long it took.
+   // A transaction, its answer, when it started and how long it took.
    using Observer =
       std::function<void( const Smbus::TransactionRequest &, const Smbus::TransactionResponse &,
                           Bus::Clock::Time begun, Bus::Clock::Time took )>;
 
-   // bound limits the time of every transaction. Clock and busses are for all threads. The observer
-   // is called in the threads of the busses, and in the caller's for what is refused.
+   // No transaction may take longer than bound. Clock and busses are thread-safe. The observer is
+   // called in the threads of the busses, or in the caller's thread for refused transactions.
    Dispatcher( Executors, const Bus::Clock &, std::chrono::milliseconds bound,
                Observer observer = {} );
    Dispatcher( Bus::Busses busses, const Bus::Clock &clock, std::chrono::milliseconds bound )
       : Dispatcher( executorsOn( std::move( busses ), clock ), clock, bound ) {}
-   // The transactions in hand are carried out to their end, those that wait are not begun.
+   // Finishes the running transactions and drops the waiting ones.
    ~Dispatcher();
 
-   // The answer is given in another thread, or at once when nothing is to be carried out.
-   // A client that is gone gets none.
-   void carryOut( const Smbus::TransactionRequest &, std::shared_ptr<const Client>, Answer );
+   // Calls back with the answer: in another thread, or at once if the transaction is refused or
+   // empty. A client that has gone gets no answer.
+   void dispatch( const Smbus::TransactionRequest &, std::shared_ptr<const Client>, Answer );
 
-   // Begins nothing more and waits for what is in hand; false when that takes longer. Then only the
-   // process's end can end it.
+   // Starts no more transactions and waits for the running ones. Returns false if that takes longer
+   // than patience; then only the end of the process can end them.
    bool stop( std::chrono::milliseconds patience );
 
  private:
    struct Worker {
       std::unique_ptr<Executor> executor;
       std::optional<Bus::Clock::Time> busySince;      // guarded by mutex_
-      std::optional<boost::asio::thread_pool> thread; // from the first transaction on
+      std::optional<boost::asio::thread_pool> thread; // created for the first transaction
    };
    Worker &workerOf( const Bus::Transaction & );
    void run( Worker &, const Bus::Transaction &, const Smbus::TransactionRequest &,

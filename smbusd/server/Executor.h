@@ -1,4 +1,4 @@
-// What carries out the transactions of one root bus, one after another.
+// Carries out the transactions of one root bus, one after another.
 #pragma once
 
 #include "OrbisUtil/Smbus.pb.h"
@@ -14,13 +14,13 @@ namespace Smbusd {
 class Executor {
  public:
    virtual ~Executor() = default;
-   // Called from the one thread that works this bus.
+   // Only the thread of this bus calls it.
    virtual Smbus::TransactionResponse run( const Bus::Transaction & ) = 0;
 };
 
 using Executors = std::map<Bus::RootBusId, std::unique_ptr<Executor>>;
 
-// Carries them out on a bus of its own, transfer by transfer.
+// Carries them out on a real or simulated bus, transfer by transfer.
 class BusExecutor final : public Executor {
  public:
    BusExecutor( std::unique_ptr<Bus::RootBus> bus, const Bus::Clock &clock )

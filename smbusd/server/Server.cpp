@@ -26,8 +26,9 @@ void Server::accept() {
          admit( std::move( socket ) );
          return accept();
       }
-      // Out of descriptors, most likely: the next try would fail at once, again and again.
-      spdlog::error( "a client could not be taken: {}", error.message() );
+      // Probably there are no free descriptors. Without a pause the next try would fail at once,
+      // too.
+      spdlog::error( "can't accept a client: {}", error.message() );
       pause_.expires_after( std::chrono::milliseconds( 100 ) );
       pause_.async_wait( [this]( error_code stopped ) {
          if ( !stopped )
@@ -37,16 +38,16 @@ void Server::accept() {
 }
 
 void Server::admit( Protocol::socket socket ) {
-   // As many again may wait to be told; whoever comes then is turned away without a word.
+   // A further maxClients connections may wait for their refusal; any beyond that are closed
+   // without an answer.
    if ( sessions_.size() >= 2 * maxClients )
       return;
    const auto served = std::count_if( sessions_.begin(), sessions_.end(),
                                       []( const auto &session ) { return !session->refused(); } );
    std::string refusal;
    if ( static_cast<size_t>( served ) >= maxClients ) {
-      refusal =
-         fmt::format( "{} clients are connected already, and no more are allowed", maxClients );
-      spdlog::warn( "a client is refused: {}", refusal );
+      refusal = fmt::format( "too many clients: {} are connected", maxClients );
+      spdlog::warn( "refused a client: {}", refusal );
    }
    const auto ended = [this]( const std::shared_ptr<Session> &session ) {
       sessions_.erase( session );

@@ -15,14 +15,14 @@ namespace Smbusd {
 
 inline constexpr size_t maxClients = 64;
 
-// Takes clients at a socket until it is stopped. One that is over the limit is told so in
-// answer to its first transaction.
+// Accepts clients until it is stopped. A client beyond the limit gets a refusal as the answer to
+// its first transaction.
 class Server {
  public:
-   // The socket file is removed with the server. Everything runs in the io_context's thread.
+   // Removes the socket file at the end. Everything runs in the thread of the io_context.
    Server( boost::asio::io_context &, std::unique_ptr<Sockets::SocketFile>, Dispatcher & );
 
-   // No client is taken any more, connections end, and the io_context has nothing left to do.
+   // Accepts no more clients and ends all connections, so that the io_context has no more work.
    void stop();
 
  private:

@@ -17,7 +17,7 @@ Session::Session( Socket socket, Dispatcher &dispatcher, std::string refusal, En
      ended_( std::move( ended ) ) {}
 
 void Session::start() {
-   socket_.non_blocking( true ); // for the look ahead in watchForEnd
+   socket_.non_blocking( true ); // for the peek in watchForDisconnect
    readMore();
 }
 
@@ -35,27 +35,28 @@ void Session::readMore() {
                                if ( error )
                                   return end();
                                received_.append( chunk_.data(), count );
-                               takeFrame();
+                               handleFrame();
                             } );
 }
 
-void Session::takeFrame() {
+void Session::handleFrame() {
    const Sockets::Frame frame = Sockets::firstFrame( received_ );
    switch ( frame.state ) {
    case Sockets::Frame::State::Incomplete:
       return readMore();
    case Sockets::Frame::State::TooLong:
       return answer(
-         Bus::failure( fmt::format( "a frame of over {} bytes", Sockets::maxFrameBytes ) ), true );
+         Bus::failure( fmt::format( "a frame of more than {} bytes", Sockets::maxFrameBytes ) ),
+         true );
    case Sockets::Frame::State::NoLength:
-      return answer( Bus::failure( "a frame whose length is no varint" ), true );
+      return answer( Bus::failure( "the length of a frame is not a varint" ), true );
    case Sockets::Frame::State::Whole:
-      takeMessage( frame.message );
+      handleMessage( frame.message );
       received_.erase( 0, frame.size );
    }
 }
 
-void Session::takeMessage( std::string_view message ) {
+void Session::handleMessage( std::string_view message ) {
    if ( refused() )
       return answer( Bus::failure( refusal_ ), true );
    Smbus::TransactionRequest request;
@@ -66,9 +67,9 @@ void Session::takeMessage( std::string_view message ) {
       return answer( Bus::failure( reason.what() ) );
    }
    waiting_ = true;
-   watchForEnd();
+   watchForDisconnect();
    const auto executor = socket_.get_executor();
-   dispatcher_.carryOut(
+   dispatcher_.dispatch(
       request, client_,
       [self = shared_from_this(), executor]( Smbus::TransactionResponse response ) {
          asio::post( executor,
@@ -76,9 +77,9 @@ void Session::takeMessage( std::string_view message ) {
       } );
 }
 
-// Bytes that come while a transaction is in hand are the next frame's, and can wait; the end of the
-// connection can't, or a queue of transactions that nobody waits for would be carried out.
-void Session::watchForEnd() {
+// While a transaction runs, bytes of the next frame can wait. But a disconnect must be noticed at
+// once, so that the waiting transactions of a client that has gone are dropped.
+void Session::watchForDisconnect() {
    socket_.async_wait( Socket::wait_read, [this, self = shared_from_this()]( error_code error ) {
       if ( error || !waiting_ )
          return;
@@ -101,7 +102,7 @@ void Session::answer( const Smbus::TransactionResponse &response, bool last ) {
                       [this, last, self = shared_from_this()]( error_code error, size_t ) {
                          if ( error || last )
                             return end();
-                         takeFrame();
+                         handleFrame();
                       } );
 }
 

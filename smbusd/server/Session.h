@@ -11,27 +11,27 @@
 
 namespace Smbusd {
 
-// One client's connection: takes a frame, has it carried out, answers, takes the next. A frame
-// that holds no transaction is answered with a failure; one whose end can't be known ends the
-// connection after the answer.
+// The connection of one client: receives a frame, dispatches it, sends the answer, then receives
+// the next frame. A frame that is not a transaction gets a failure as its answer; if the length of
+// the frame is not valid, the connection ends after that.
 class Session : public std::enable_shared_from_this<Session> {
  public:
    using Socket = boost::asio::local::stream_protocol::socket;
    using Ended = std::function<void( const std::shared_ptr<Session> & )>;
 
-   // With a refusal, its first frame gets that for an answer, and the connection ends.
+   // With a refusal, the first frame gets that as its answer, and the connection ends.
    Session( Socket socket, Dispatcher &dispatcher, std::string refusal, Ended ended );
 
    void start();
-   // Ends the connection; the transaction in hand is carried out all the same.
+   // Ends the connection. A running transaction is finished.
    void end();
    bool refused() const { return !refusal_.empty(); }
 
  private:
    void readMore();
-   void takeFrame();
-   void takeMessage( std::string_view message );
-   void watchForEnd();
+   void handleFrame();
+   void handleMessage( std::string_view message );
+   void watchForDisconnect();
    void answer( const Smbus::TransactionResponse &, bool last = false );
 
    Socket socket_;
@@ -41,7 +41,7 @@ class Session : public std::enable_shared_from_this<Session> {
    const std::shared_ptr<Client> client_ = std::make_shared<Client>();
    bool waiting_ = false; // for the dispatcher
    std::array<char, 16384> chunk_;
-   std::string received_; // and not taken yet
+   std::string received_; // but not handled yet
    std::string sending_;
 };
 

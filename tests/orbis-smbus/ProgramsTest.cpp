@@ -1,4 +1,4 @@
-// orbis-smbusd and orbis-smbus as they are installed, on the simulated Kelt board.
+// The installed programs orbis-smbusd and orbis-smbus, on the simulated Kelt board.
 #include "PrivateFolder.h"
 #include "StartedProgram.h"
 
@@ -25,7 +25,7 @@ class ProgramsTest : public ::testing::Test {
       EXPECT_TRUE( program->waitForError( "serving" ) ) << program->errors();
       return program;
    }
-   // The exit code, then what was printed.
+   // The exit code, then the output.
    std::string run( std::vector<std::string> arguments ) {
       arguments.insert( arguments.begin(), { ORBIS_SMBUS, "--socket", path } );
       StartedProgram program( arguments );
@@ -50,7 +50,7 @@ TEST_F( ProgramsTest, StopsCleanlyOnSigtermAndSigint ) {
    }
 }
 
-TEST_F( ProgramsTest, StopsThoughATransferDoesNotEnd ) {
+TEST_F( ProgramsTest, StopsAlthoughATransferDoesNotEnd ) {
    StartedProgram server( { ORBIS_SMBUSD, "--socket", path, "--simulate",
                             KELT_BOARD "/topology.json", "--simulation",
                             KELT_BOARD "/simulation.json", "--transaction-limit", "10" } );
@@ -58,25 +58,25 @@ TEST_F( ProgramsTest, StopsThoughATransferDoesNotEnd ) {
    ASSERT_EQ( run( { "sim", "slow", "temp-cpu", "60000" } ), "0\n" );
    StartedProgram client( { ORBIS_SMBUS, "--socket", path, "read", "i2c:0:0x48" } );
    while ( run( { "--json", "sim", "list" } ).find( "\"transfers\":1," ) == std::string::npos ) {
-   } // until it is in hand
+   } // until the transfer runs
    server.signal( SIGTERM );
    EXPECT_EQ( server.wait(), 0 );
-   EXPECT_THAT( server.errors(), HasSubstr( "a bus is stuck; its transaction is left behind" ) );
+   EXPECT_THAT( server.errors(), HasSubstr( "a bus is stuck; its transaction is abandoned" ) );
    EXPECT_FALSE( std::filesystem::exists( path ) );
 }
 
-TEST_F( ProgramsTest, LendsNoBusThatThereIsnt ) {
-   const auto lend = [&]( const char *bus ) {
+TEST_F( ProgramsTest, RefusesToExportAnUnknownBus ) {
+   const auto exportBus = [&]( const char *bus ) {
       StartedProgram server( { ORBIS_SMBUSD, "--socket", path, "--simulate",
                                KELT_BOARD "/topology.json", "--simulation",
-                               KELT_BOARD "/simulation.json", "--lend-adapter", bus } );
+                               KELT_BOARD "/simulation.json", "--export-adapter", bus } );
       const int code = server.wait();
       errors = server.errors();
       return code;
    };
-   EXPECT_EQ( lend( "i2c:9" ), 1 );
-   EXPECT_THAT( errors, HasSubstr( "the simulated board has no i2c:9 to lend" ) );
-   EXPECT_EQ( lend( "nonsense" ), 2 );
+   EXPECT_EQ( exportBus( "i2c:9" ), 1 );
+   EXPECT_THAT( errors, HasSubstr( "--export-adapter: the simulated board has no i2c:9" ) );
+   EXPECT_EQ( exportBus( "nonsense" ), 2 );
    EXPECT_THAT( errors, HasSubstr( "not a bus: nonsense" ) );
 }
 
@@ -87,16 +87,16 @@ TEST_F( ProgramsTest, ReplacesTheSocketOfAKilledServer ) {
    EXPECT_EQ( run( { "read", "i2c:0:0x48" } ), "0\n0x2f\n" );
 }
 
-TEST_F( ProgramsTest, RefusesToStartBesideALivingServer ) {
+TEST_F( ProgramsTest, RefusesToStartBesideARunningServer ) {
    const auto server = startServer();
    StartedProgram second( { ORBIS_SMBUSD, "--socket", path, "--simulate",
                             KELT_BOARD "/topology.json", "--simulation",
                             KELT_BOARD "/simulation.json" } );
    EXPECT_EQ( second.wait(), 1 );
-   EXPECT_THAT( second.errors(), HasSubstr( path + ": a server is living there" ) );
+   EXPECT_THAT( second.errors(), HasSubstr( path + ": another server is running" ) );
 }
 
-TEST_F( ProgramsTest, RefusesABadBoardFileByItsPlace ) {
+TEST_F( ProgramsTest, NamesThePlaceOfAnErrorInABoardFile ) {
    const std::string bad = folder.write( "simulation.json", "{ \"chips\": [ 5 ] }" );
    StartedProgram server( { ORBIS_SMBUSD, "--socket", path, "--simulate",
                             KELT_BOARD "/topology.json", "--simulation", bad } );
@@ -104,7 +104,7 @@ TEST_F( ProgramsTest, RefusesABadBoardFileByItsPlace ) {
    EXPECT_THAT( server.errors(), HasSubstr( bad + ":1:14: 5 is not an object" ) );
 }
 
-TEST_F( ProgramsTest, TellWrongUsageByTheirExitCode ) {
+TEST_F( ProgramsTest, ExitWithCode2AfterWrongUsage ) {
    EXPECT_EQ( StartedProgram( { ORBIS_SMBUSD } ).wait(), 2 );
    EXPECT_EQ( StartedProgram( { ORBIS_SMBUSD, "--simulate", "x" } ).wait(), 2 );
    EXPECT_EQ( run( {} ), "2\n" );
@@ -120,19 +120,19 @@ TEST_F( ProgramsTest, TellWrongUsageByTheirExitCode ) {
    EXPECT_EQ( run( { "dump", "i2c:0:0x48", "--size", "block" } ), "2\n" );
 }
 
-TEST_F( ProgramsTest, TellTheirVersionAndHelp ) {
+TEST_F( ProgramsTest, PrintTheirVersionAndHelp ) {
    EXPECT_EQ( run( { "--version" } ), "0\norbis-smbus " ORBIS_VERSION "\n" );
    EXPECT_THAT( run( { "--help" } ), HasSubstr( "Exit codes" ) );
    for ( const char *option : { "--version", "--help" } )
       EXPECT_EQ( StartedProgram( { ORBIS_SMBUSD, option } ).wait(), 0 );
 }
 
-TEST_F( ProgramsTest, TellByTheExitCodeThatNoServerIsThere ) {
+TEST_F( ProgramsTest, ExitWithCode3WithoutAServer ) {
    EXPECT_EQ( run( { "read", "i2c:0:0x48" } ), "3\n" );
-   EXPECT_THAT( errors, HasSubstr( "the server can't be asked: No such file or directory" ) );
+   EXPECT_THAT( errors, HasSubstr( "the server can't be reached: No such file or directory" ) );
 }
 
-TEST_F( ProgramsTest, TellAFailedTransferInTheServersWords ) {
+TEST_F( ProgramsTest, PrintTheServersErrorWhenATransferFails ) {
    const auto server = startServer();
    EXPECT_EQ( run( { "read", "i2c:0:0x49", "0" } ), "1\n" );
    const std::string words = "request 1 of 1: read of 1 byte from 0x49 register 0x00 on i2c:0: no "
@@ -165,7 +165,7 @@ TEST_F( ProgramsTest, WriteBytesAndWords ) {
    EXPECT_EQ( run( { "read", "i2c:0:0x48", "2", "--size", "2" } ), "0\n0x18 0x80\n" );
    EXPECT_EQ( run( { "--json", "write", "i2c:0:0x48", "2" } ),
               "0\n{\"address\":\"i2c:0:0x48\"}\n" );
-   EXPECT_EQ( run( { "read", "i2c:0:0x48" } ), "0\n0x18\n" ); // the pointer is there
+   EXPECT_EQ( run( { "read", "i2c:0:0x48" } ), "0\n0x18\n" ); // the pointer is at register 2
 }
 
 TEST_F( ProgramsTest, ReachThroughMuxesAndCloseThemAgain ) {

@@ -1,4 +1,4 @@
-// The bench's side of the simulated Kelt board, as people and scripts drive it.
+// orbis-smbus sim and trace on the simulated Kelt board.
 #include "PrivateFolder.h"
 #include "RawClient.h"
 #include "StartedProgram.h"
@@ -24,7 +24,7 @@ using Words = std::vector<std::string>;
 class SimulationTest : public ::testing::Test {
  protected:
    SimulationTest() { EXPECT_TRUE( server.waitForError( "serving" ) ) << server.errors(); }
-   // The exit code, then what was printed.
+   // The exit code, then the output.
    std::string run( Words arguments ) {
       arguments.insert( arguments.begin(), { ORBIS_SMBUS, "--socket", path } );
       StartedProgram program( arguments );
@@ -86,11 +86,11 @@ TEST_F( SimulationTest, SwitchesFaultsOnAndOff ) {
                                 { "block-count", "psu1", "3" },
                                 { "answer-size", "temp-cpu", "2" } } )
       EXPECT_EQ( sim( words ), "0\n" ) << words[0];
-   EXPECT_EQ( sim( { "mend", "temp-cpu" } ), "0\n" );
+   EXPECT_EQ( sim( { "clear", "temp-cpu" } ), "0\n" );
    EXPECT_EQ( run( { "read", "i2c:0:0x48", "0" } ), "0\n0x2f\n" );
 }
 
-TEST_F( SimulationTest, TurnsTheClockByHand ) {
+TEST_F( SimulationTest, StepsTheClock ) {
    EXPECT_EQ( run( { "write", "scd(4):1:5:0x2e", "0x30", "0xff" } ), "0\n" );
    EXPECT_EQ( sim( { "get", "fan1.inlet", "rpm" } ), "0\n12047.1 rpm\n" );
    EXPECT_EQ( sim( { "step", "60" } ), "0\n" );
@@ -99,7 +99,7 @@ TEST_F( SimulationTest, TurnsTheClockByHand ) {
    EXPECT_THAT( sim( { "list" } ), HasSubstr( "speed 60, power on" ) );
 }
 
-TEST_F( SimulationTest, TakesThePowerAwayAndGivesItBack ) {
+TEST_F( SimulationTest, SwitchesThePowerOffAndOn ) {
    EXPECT_EQ( run( { "write", "i2c:0:0x48", "3", "0x19", "0x80" } ), "0\n" );
    EXPECT_EQ( sim( { "power", "off" } ), "0\n" );
    EXPECT_EQ( run( { "read", "i2c:0:0x48", "3" } ), "1\n" );
@@ -131,17 +131,17 @@ TEST_F( SimulationTest, EndsAScenarioAtTheFirstLineThatFails ) {
    EXPECT_EQ( play( "at 1s pull psu2\nexpect fan3.inlet rpm 0 within 250ms\nat 2s insert psu2\n" ),
               "1\n     1.000 at 1s pull psu2\n" );
    EXPECT_THAT( errors, HasSubstr( "scenario:2: rpm of fan3.inlet is 13286" ) );
-   EXPECT_THAT( errors, HasSubstr( ", where 0 is expected" ) );
+   EXPECT_THAT( errors, HasSubstr( ", expected 0" ) );
    EXPECT_EQ( play( "at 1s pull psu2\n" ), "1\n" );
    EXPECT_THAT( errors, HasSubstr( "scenario:1: psu2 is not inserted" ) );
    EXPECT_EQ( play( "at 1s insert psu2\nat noon pull psu2\n" ), "1\n" );
-   EXPECT_THAT( errors, HasSubstr( "scenario:2: noon is no time such as 3s or 250ms" ) );
+   EXPECT_THAT( errors, HasSubstr( "scenario:2: noon is not a time such as 3s or 250ms" ) );
 }
 
 TEST_F( SimulationTest, TracesEveryTransferWithTheChipsName ) {
    StartedProgram trace( { ORBIS_SMBUS, "--socket", path, "trace" } );
    StartedProgram lines( { ORBIS_SMBUS, "--socket", path, "--json", "trace" } );
-   // Both listen once a transfer has come through them.
+   // A program traces as soon as it has printed a transfer.
    const auto listens = [&]( StartedProgram &program ) {
       do
          run( { "read", "i2c:0:0x48" } );
@@ -168,28 +168,64 @@ TEST_F( SimulationTest, TracesEveryTransferWithTheChipsName ) {
                  "0x00\",\"written\":[],\"read\":[24,128],\"error\":\"\",\"lost\":0}\n" ) );
 }
 
-TEST_F( SimulationTest, TellsWhatItCannotDoAndWhatIsNoCommand ) {
+TEST_F( SimulationTest, PrintsTheServersReasonWhenACommandFails ) {
    EXPECT_EQ( sim( { "pull", "psu3" } ), "1\n" );
    EXPECT_THAT( errors, HasSubstr( "no module is called psu3" ) );
    EXPECT_EQ( sim( { "set", "psu1", "line", "400" } ), "1\n" );
-   EXPECT_EQ( sim( { "nack", "psu1", "3/2" } ), "1\n" );
-   EXPECT_EQ( sim( { "step", "-1" } ), "1\n" );
-   EXPECT_EQ( sim( { "explode" } ), "2\n" );
-   EXPECT_THAT( errors, HasSubstr( "explode is no command" ) );
-   EXPECT_EQ( sim( { "pull" } ), "2\n" );
-   EXPECT_EQ( sim( { "set", "psu1", "line", "much" } ), "2\n" );
-   EXPECT_EQ( sim( { "power", "maybe" } ), "2\n" );
-   EXPECT_EQ( sim( { "nack", "psu1", "often" } ), "2\n" );
    EXPECT_EQ( sim( { "play", folder.file( "none" ) } ), "1\n" );
+   EXPECT_THAT( errors, HasSubstr( "none: can't be read" ) );
 }
 
-TEST_F( SimulationTest, OutlivesClientsThatTalkNonsense ) {
+TEST_F( SimulationTest, NamesAnUnknownCommandAndTheKnownOnes ) {
+   EXPECT_EQ( sim( { "explode" } ), "2\n" );
+   EXPECT_THAT( errors, HasSubstr( "explode is not a command. Commands: list, get, set, pull," ) );
+   EXPECT_EQ( sim( { "isnert", "psu1" } ), "2\n" );
+   EXPECT_THAT( errors, HasSubstr( "isnert is not a command (did you mean insert?)" ) );
+   EXPECT_EQ( run( { "raed", "i2c:0:0x48" } ), "2\n" );
+   EXPECT_THAT( errors,
+                HasSubstr( "raed is not a command (did you mean read?). Commands: read, " ) );
+   EXPECT_EQ( play( "at 1s explode psu1\n" ), "1\n" );
+   EXPECT_THAT( errors, HasSubstr( "scenario:1: explode is not a command. Commands: list, " ) );
+}
+
+TEST_F( SimulationTest, NamesTheArgumentThatIsWrong ) {
+   const std::pair<Words, const char *> rows[] = {
+      { { "pull" }, "MODULE is required" },
+      { { "pull", "psu1", "psu2" }, "psu2" },
+      { { "set", "psu1", "line", "much" }, "VALUE: much is not a number" },
+      { { "set", "psu1", "line", "nan" }, "VALUE: nan is not a number" },
+      { { "power", "maybe" }, "STATE: maybe not in {on,off,cycle}" },
+      { { "nack", "psu1", "often" }, "N/M: often is not N/M with N at most M, for example 1/50" },
+      { { "nack", "psu1", "3/2" }, "N/M: 3/2 is not N/M" },
+      { { "nack", "psu1", "0/0" }, "N/M: 0/0 is not N/M" },
+      { { "slow", "psu1", "60001" }, "MS: 60001 is not a number from 0 to 60000" },
+      { { "block-count", "psu1", "256" }, "COUNT: 256 is not a number from 0 to 255" },
+      { { "answer-size", "psu1", "8193" }, "BYTES: 8193 is not a number from 0 to 8192" },
+      { { "corrupt", "psu1", "0", "0" }, "MASK: 0 is not a number from 1 to 255" },
+      { { "step", "-1" }, "SECONDS: -1 is not a number from 0 to 31536000" },
+      { { "speed", "1000001" }, "N: 1000001 is not a number from 0 to 1000000" },
+   };
+   for ( const auto &[words, complaint] : rows ) {
+      EXPECT_EQ( sim( words ), "2\n" ) << complaint;
+      EXPECT_THAT( errors, HasSubstr( complaint ) );
+   }
+   EXPECT_EQ( play( "at 1s nack psu1 3/2\n" ), "1\n" );
+   EXPECT_THAT( errors, HasSubstr( "scenario:1: N/M: 3/2 is not N/M" ) );
+}
+
+TEST_F( SimulationTest, ExplainsEachCommandWithAnExample ) {
+   EXPECT_THAT( sim( { "--help" } ), HasSubstr( "nack " ) );
+   EXPECT_THAT( sim( { "nack", "--help" } ), HasSubstr( "orbis-smbus sim nack temp-rear 1/50" ) );
+   EXPECT_THAT( sim( { "play", "--help" } ), HasSubstr( "expect fan3.inlet rpm 0 within 4s" ) );
+}
+
+TEST_F( SimulationTest, SurvivesInvalidRequests ) {
    RawClient endless( path + ".control" );
-   endless.send( std::string( 11, '\xFF' ) ); // a length that never ends
+   endless.send( std::string( 11, '\xFF' ) ); // an endless length
    EXPECT_FALSE( endless.receive() );
    RawClient garbled( path + ".control" );
    garbled.send( "\x02\xFF\xFF" );
-   EXPECT_TRUE( garbled.receive() ); // it is told, and may go on
+   EXPECT_TRUE( garbled.receive() ); // an error; the connection stays open
    garbled.send( std::string( 1, '\0' ) );
    EXPECT_TRUE( garbled.receive() );
    garbled.send( "\x7F" );

@@ -34,19 +34,19 @@ size_t openDescriptors() {
    return static_cast<size_t>( std::distance( first, {} ) );
 }
 
-TEST_F( PLSocketFailureTest, SaysThatNoServerIsThere ) {
+TEST_F( PLSocketFailureTest, FailsWhenThereIsNoServer ) {
    EXPECT_LT( client.setup(), 0 );
    EXPECT_EQ( errno, ENOENT );
    EXPECT_EQ( client.fd, -1 );
    EXPECT_EQ( ask(), "ENOENT" );
 }
 
-TEST_F( PLSocketFailureTest, SaysThatADeadServersSocketRefuses ) {
+TEST_F( PLSocketFailureTest, FailsAtTheSocketOfADeadServer ) {
    { ScriptedServer dead( path, staysSilent ); }
    EXPECT_EQ( ask(), "ECONNREFUSED" );
 }
 
-TEST_F( PLSocketFailureTest, LooksAtTheUsualPlaceWhenTheVariableIsUnsetOrEmpty ) {
+TEST_F( PLSocketFailureTest, UsesTheDefaultPathWhenTheVariableIsUnsetOrEmpty ) {
    if ( std::filesystem::exists( "/run/orbis/smbus.sock" ) )
       GTEST_SKIP() << "a server of this machine is there";
    ScriptedServer elsewhere( path, staysSilent );
@@ -61,7 +61,7 @@ TEST_F( PLSocketFailureTest, RefusesAPathTooLongForASocket ) {
    EXPECT_EQ( ask(), "ENAMETOOLONG" );
 }
 
-TEST_F( PLSocketFailureTest, GivesASilentServerUpWhenTheTimeIsUp ) {
+TEST_F( PLSocketFailureTest, TimesOutWhenTheServerDoesNotAnswer ) {
    limitIs( 50 );
    ScriptedServer server( path, staysSilent );
    const auto start = std::chrono::steady_clock::now();
@@ -71,21 +71,21 @@ TEST_F( PLSocketFailureTest, GivesASilentServerUpWhenTheTimeIsUp ) {
    EXPECT_LT( taken, milliseconds( 2000 ) );
 }
 
-TEST_F( PLSocketFailureTest, GivesAServerUpThatTricklesItsAnswer ) {
+TEST_F( PLSocketFailureTest, TimesOutWhenTheAnswerComesTooSlowly ) {
    limitIs( 60 );
    ScriptedServer server( path, []( const Connection &connection, unsigned ) {
       Smbus::TransactionRequest got;
       connection.readRequest( got );
       connection.send( "\x7f" );
       for ( int i = 0; i < 20; ++i ) {
-         std::this_thread::sleep_for( milliseconds( 10 ) ); // each byte well within the limit
+         std::this_thread::sleep_for( milliseconds( 10 ) ); // each byte is in time
          connection.send( "x" );
       }
    } );
    EXPECT_EQ( ask(), "ETIMEDOUT" );
 }
 
-TEST_F( PLSocketFailureTest, GivesAServerUpThatDoesNotTakeTheRequest ) {
+TEST_F( PLSocketFailureTest, TimesOutWhenTheServerDoesNotReadTheRequest ) {
    limitIs( 50 );
    std::binary_semaphore givenUp( 0 );
    ScriptedServer server( path, [&]( const Connection &, unsigned ) { givenUp.acquire(); } );
@@ -94,7 +94,7 @@ TEST_F( PLSocketFailureTest, GivesAServerUpThatDoesNotTakeTheRequest ) {
    givenUp.release();
 }
 
-TEST_F( PLSocketFailureTest, GivesAServerUpThatAcceptsNobody ) {
+TEST_F( PLSocketFailureTest, TimesOutWhenTheServerDoesNotAccept ) {
    limitIs( 50 );
    ScriptedServer server( path, nullptr, 0 ); // a backlog of 0 holds one connection
    PlatformLibrary::PLSocket first;
@@ -105,7 +105,7 @@ TEST_F( PLSocketFailureTest, GivesAServerUpThatAcceptsNobody ) {
    close( first.fd );
 }
 
-TEST_F( PLSocketFailureTest, FallsBackToTheUsualLimitWhenTheVariableIsSenseless ) {
+TEST_F( PLSocketFailureTest, UsesTheDefaultTimeLimitWhenTheVariableIsInvalid ) {
    for ( const char *senseless : { "", "0", "-5", "soon", "12x", "99999999999" } ) {
       setenv( "ORBIS_SMBUS_TIMEOUT_MS", senseless, 1 );
       ScriptedServer server( path, answersWith( std::string( 1, '\0' ) ) );
@@ -113,12 +113,12 @@ TEST_F( PLSocketFailureTest, FallsBackToTheUsualLimitWhenTheVariableIsSenseless 
    }
 }
 
-TEST_F( PLSocketFailureTest, SaysThatTheServerWentBeforeItsAnswer ) {
+TEST_F( PLSocketFailureTest, FailsWhenTheServerDisconnectsBeforeItsAnswer ) {
    ScriptedServer server( path, answersWith( "" ) );
    EXPECT_EQ( ask(), "ECONNRESET" );
 }
 
-TEST_F( PLSocketFailureTest, RefusesATornFrame ) {
+TEST_F( PLSocketFailureTest, RefusesAnIncompleteFrame ) {
    const std::string whole = numbered( 12345 ).SerializeAsString();
    const std::string frame = static_cast<char>( whole.size() ) + whole;
    for ( size_t length = 1; length < frame.size(); ++length ) {
@@ -127,12 +127,12 @@ TEST_F( PLSocketFailureTest, RefusesATornFrame ) {
    }
 }
 
-TEST_F( PLSocketFailureTest, RefusesSenselessFrames ) {
+TEST_F( PLSocketFailureTest, RefusesFramesThatCannotBeParsed ) {
    const std::vector<std::string> senseless{
-      std::string( 10, '\xff' ) + '\x01',   // a length that is no varint
-      std::string( "\x02\x0a\x05", 3 ),     // a field longer than its frame
+      std::string( 10, '\xff' ) + '\x01',   // a length that is not a varint
+      std::string( "\x02\x0a\x05", 3 ),     // a field that is longer than its frame
       std::string( "\x03\xff\xff\xff", 4 ), // no field at all
-      "\x04torn",                           // the end of a group that never began
+      "\x04torn",                           // the end of a group without a start
       "\x04tornbehind"
    };
    for ( const std::string &bytes : senseless ) {
@@ -141,7 +141,7 @@ TEST_F( PLSocketFailureTest, RefusesSenselessFrames ) {
    }
 }
 
-TEST_F( PLSocketFailureTest, RefusesALengthWithoutEndWithoutWaitingForMore ) {
+TEST_F( PLSocketFailureTest, RefusesAnEndlessLengthAtOnce ) {
    ScriptedServer server( path, []( const Connection &connection, unsigned ) {
       Smbus::TransactionRequest got;
       connection.readRequest( got );
@@ -151,7 +151,7 @@ TEST_F( PLSocketFailureTest, RefusesALengthWithoutEndWithoutWaitingForMore ) {
    EXPECT_EQ( ask(), "EPROTO" );
 }
 
-TEST_F( PLSocketFailureTest, RefusesAnOversizedFrameWithoutWaitingForIt ) {
+TEST_F( PLSocketFailureTest, RefusesAnOversizedFrameAtOnce ) {
    const std::vector<std::string> lengths{
       std::string( "\x81\x80\x80\x08" ),     // 16 MiB and a byte
       std::string( "\x85\x80\x80\x80\x10" ), // 4 GiB and five: not cut to five
@@ -167,7 +167,7 @@ TEST_F( PLSocketFailureTest, RefusesAnOversizedFrameWithoutWaitingForIt ) {
    }
 }
 
-TEST_F( PLSocketFailureTest, SendsNoFrameThatIsOversized ) {
+TEST_F( PLSocketFailureTest, DoesNotSendAnOversizedFrame ) {
    ScriptedServer server( path, staysSilent );
    request.mutable_request( 0 )->set_data( std::string( 16u << 20, 'y' ) );
    EXPECT_EQ( ask(), "EPROTO" );
@@ -183,7 +183,7 @@ TEST_F( PLSocketFailureTest, NeverRaisesSigpipe ) {
       EXPECT_THAT( ask(), ::testing::AnyOf( "EPIPE", "ECONNRESET" ) );
 }
 
-TEST_F( PLSocketFailureTest, SendsARequestOnceOnlyWhateverBecomesOfIt ) {
+TEST_F( PLSocketFailureTest, NeverSendsARequestTwice ) {
    std::atomic<int> requests = 0;
    ScriptedServer server( path, [&]( const Connection &connection, unsigned ) {
       Smbus::TransactionRequest got;
@@ -194,7 +194,7 @@ TEST_F( PLSocketFailureTest, SendsARequestOnceOnlyWhateverBecomesOfIt ) {
    EXPECT_EQ( requests, 1 );
 }
 
-TEST_F( PLSocketFailureTest, LeaksNoDescriptorOverTenThousandFailures ) {
+TEST_F( PLSocketFailureTest, LeaksNoDescriptorInTenThousandFailures ) {
    ScriptedServer server( path, []( const Connection &connection, unsigned number ) {
       Smbus::TransactionRequest got;
       if ( number % 3 != 0 )
@@ -202,7 +202,7 @@ TEST_F( PLSocketFailureTest, LeaksNoDescriptorOverTenThousandFailures ) {
       if ( number % 3 == 2 )
          connection.send( "\x05torn" );
    } );
-   const std::string elsewhere = folder.file( "nobody" );
+   const std::string elsewhere = folder.file( "elsewhere.sock" );
    const size_t before = openDescriptors();
    for ( int i = 0; i < 10'000; ++i ) {
       setenv( "ORBIS_SMBUS_SOCKET", ( i % 4 == 0 ? elsewhere : path ).c_str(), 1 );

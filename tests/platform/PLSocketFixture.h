@@ -27,7 +27,7 @@ class PLSocketFixture : public ::testing::Test {
    static void limitIs( int milliseconds ) {
       setenv( "ORBIS_SMBUS_TIMEOUT_MS", std::to_string( milliseconds ).c_str(), 1 );
    }
-   // What the answer's only response carries; the failure's errno as text when there is none.
+   // The data of the only response; or the text of errno after a failure.
    std::string ask() {
       Smbus::TransactionResponse *response = nullptr;
       errno = 0;

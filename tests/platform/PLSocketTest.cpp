@@ -22,12 +22,12 @@ bool waitUntilReadable( int fd ) {
    return poll( &watched, 1, 5000 ) == 1;
 }
 
-TEST_F( PLSocketTest, IsNewWithoutDescriptorAndWatcher ) {
+TEST_F( PLSocketTest, StartsWithoutDescriptorAndWatcher ) {
    EXPECT_EQ( client.fd, -1 );
    EXPECT_EQ( client.watcher, nullptr );
 }
 
-TEST_F( PLSocketTest, CarriesARequestToTheServerAndItsAnswerBack ) {
+TEST_F( PLSocketTest, SendsARequestAndReturnsTheAnswer ) {
    std::string seen;
    ScriptedServer server( path, [&]( const Connection &connection, unsigned ) {
       Smbus::TransactionRequest got;
@@ -53,13 +53,13 @@ TEST_F( PLSocketTest, ConnectsByItselfWhenItWasNotSetUp ) {
    EXPECT_EQ( ask(), "0" );
 }
 
-TEST_F( PLSocketTest, KeepsItsDescriptorFromProgramsThatTheHostStarts ) {
+TEST_F( PLSocketTest, ClosesItsDescriptorInStartedPrograms ) {
    ScriptedServer server( path, answersEveryRequest );
    ASSERT_EQ( client.setup(), 0 );
    EXPECT_TRUE( fcntl( client.fd, F_GETFD ) & FD_CLOEXEC );
 }
 
-TEST_F( PLSocketTest, CarriesAFrameOfSixteenMebibytesEachWay ) {
+TEST_F( PLSocketTest, SendsAndReceivesSixteenMebibytes ) {
    constexpr size_t limit = 16u << 20;
    Smbus::TransactionResponse large = numbered( 1 );
    large.mutable_response( 0 )->set_data( std::string( limit - 10, 'x' ) );
@@ -73,7 +73,7 @@ TEST_F( PLSocketTest, CarriesAFrameOfSixteenMebibytesEachWay ) {
    EXPECT_EQ( ask().size(), limit - 10 );
 }
 
-TEST_F( PLSocketTest, SendsALargeRequestAndNothingBehindIt ) {
+TEST_F( PLSocketTest, SendsALargeRequestAndNothingMore ) {
    ScriptedServer server( path, answersEveryRequest );
    request.mutable_request( 0 )->set_data( std::string( 8u << 20, 'y' ) ); // over any socket buffer
    EXPECT_EQ( ask(), "0" );
@@ -83,7 +83,7 @@ TEST_F( PLSocketTest, SendsALargeRequestAndNothingBehindIt ) {
 
 std::atomic<unsigned> interruptions;
 
-TEST_F( PLSocketTest, AHostsSignalsEndNeitherSendingNorReceiving ) {
+TEST_F( PLSocketTest, ContinuesAfterASignal ) {
    struct sigaction counting {
    }, before{};
    counting.sa_handler = []( int ) { ++interruptions; };
@@ -111,7 +111,7 @@ TEST_F( PLSocketTest, AHostsSignalsEndNeitherSendingNorReceiving ) {
    sigaction( SIGUSR1, &before, nullptr );
 }
 
-TEST_F( PLSocketTest, ConnectsAfreshWhenTheServerWasRestartedInBetween ) {
+TEST_F( PLSocketTest, ConnectsAgainAfterARestartOfTheServer ) {
    {
       ScriptedServer first( path, []( const Connection &connection, unsigned ) {
          Smbus::TransactionRequest got;
@@ -129,7 +129,7 @@ TEST_F( PLSocketTest, ConnectsAfreshWhenTheServerWasRestartedInBetween ) {
    EXPECT_EQ( ask(), "2" );
 }
 
-TEST_F( PLSocketTest, NeverTakesAFrameThatCameUnaskedForAnAnswer ) {
+TEST_F( PLSocketTest, NeverMistakesAnUnexpectedFrameForAnAnswer ) {
    ScriptedServer server( path, []( const Connection &connection, unsigned number ) {
       Smbus::TransactionRequest got;
       connection.readRequest( got );
@@ -142,7 +142,7 @@ TEST_F( PLSocketTest, NeverTakesAFrameThatCameUnaskedForAnAnswer ) {
    EXPECT_EQ( ask(), "10" );
 }
 
-TEST_F( PLSocketTest, NeverTakesALateAnswerForThatOfALaterRequest ) {
+TEST_F( PLSocketTest, NeverMistakesALateAnswerForAnotherRequests ) {
    limitIs( 50 );
    ScriptedServer server( path, []( const Connection &connection, unsigned number ) {
       Smbus::TransactionRequest got;
@@ -157,7 +157,7 @@ TEST_F( PLSocketTest, NeverTakesALateAnswerForThatOfALaterRequest ) {
    EXPECT_EQ( ask(), "1" );
 }
 
-TEST_F( PLSocketTest, SetsUpAgainOverAConnectionThatStands ) {
+TEST_F( PLSocketTest, ReplacesAnOpenConnectionInSetup ) {
    ScriptedServer server( path, answersEveryRequest );
    ASSERT_EQ( client.setup(), 0 );
    ASSERT_EQ( client.setup(), 0 );

@@ -1,4 +1,4 @@
-// A server at the other end of PLSocket that does with each connection what the test's script says.
+// A server for PLSocket. The test's script handles each connection.
 #pragma once
 
 #include "OrbisUtil/Smbus.pb.h"
@@ -15,7 +15,7 @@ namespace PlatformTest {
 class Connection {
  public:
    explicit Connection( int fd ) : fd_( fd ) {}
-   // False when the client has gone.
+   // Returns false when the client has disconnected.
    bool readRequest( Smbus::TransactionRequest &request ) const;
    void answer( const Smbus::TransactionResponse &response ) const;
    void send( const std::string &bytes ) const;
@@ -25,15 +25,15 @@ class Connection {
    int fd_;
 };
 
-// Runs the script for every connection, one after another, numbered from 0.
+// Runs the script for every connection, one after another; they are numbered from 0.
 class ScriptedServer {
  public:
    using Script = std::function<void( const Connection &, unsigned number )>;
    ScriptedServer( const std::string &path, Script script, int backlog = 16 );
    ~ScriptedServer() { stop(); }
-   // Ends the connection in hand too, and waits for its script.
+   // Ends the present connection, too, and waits for its script.
    void stop();
-   // How many have come, the one in hand among them.
+   // The number of connections so far, including the present one.
    unsigned connections() const { return connections_; }
 
  private:
@@ -46,7 +46,7 @@ class ScriptedServer {
    std::thread thread_;
 };
 
-// The answer that a test knows again by its number.
+// An answer with this number, to recognise it.
 Smbus::TransactionResponse numbered( unsigned number );
 
 } // namespace PlatformTest

@@ -44,7 +44,7 @@ TEST_F( SocketFileTest, HasMode0660WhateverTheUmask ) {
    }
 }
 
-TEST_F( SocketFileTest, BelongsToTheGroupThatIsNamed ) {
+TEST_F( SocketFileTest, BelongsToTheGivenGroup ) {
    if ( geteuid() != 0 )
       GTEST_SKIP() << "only root may give it to any group";
    const group *daemon = getgrnam( "daemon" );
@@ -55,17 +55,17 @@ TEST_F( SocketFileTest, BelongsToTheGroupThatIsNamed ) {
    EXPECT_EQ( status().st_mode & 07777, 0660u );
 }
 
-TEST_F( SocketFileTest, RefusesAGroupThatIsNotThereAndLeavesNothing ) {
-   EXPECT_EQ( refusal( path, "no-such-group" ), "no group named no-such-group" );
+TEST_F( SocketFileTest, RefusesAnUnknownGroupAndLeavesNoFile ) {
+   EXPECT_EQ( refusal( path, "no-such-group" ), "there is no group no-such-group" );
    EXPECT_FALSE( std::filesystem::exists( path ) );
 }
 
-TEST_F( SocketFileTest, IsGoneAfterwards ) {
+TEST_F( SocketFileTest, RemovesItsFile ) {
    { const Sockets::SocketFile file( path, "" ); }
    EXPECT_FALSE( std::filesystem::exists( path ) );
 }
 
-TEST_F( SocketFileTest, LeavesAFileAloneThatTookItsPlace ) {
+TEST_F( SocketFileTest, KeepsAFileThatReplacedItsOwn ) {
    {
       const Sockets::SocketFile file( path, "" );
       unlink( path.c_str() );
@@ -74,7 +74,7 @@ TEST_F( SocketFileTest, LeavesAFileAloneThatTookItsPlace ) {
    EXPECT_TRUE( std::filesystem::exists( path ) );
 }
 
-TEST_F( SocketFileTest, ReplacesThatOfADeadServer ) {
+TEST_F( SocketFileTest, ReplacesTheFileOfADeadServer ) {
    {
       Sockets::SocketFile dead( path, "" );
       std::filesystem::create_hard_link( path, folder.file( "kept" ) );
@@ -83,35 +83,36 @@ TEST_F( SocketFileTest, ReplacesThatOfADeadServer ) {
    EXPECT_EQ( refusal( path ), "none" );
 }
 
-TEST_F( SocketFileTest, RefusesThatOfALivingServerAndLeavesItAlone ) {
+TEST_F( SocketFileTest, RefusesTheFileOfARunningServerAndKeepsIt ) {
    const Sockets::SocketFile living( path, "" );
-   EXPECT_EQ( refusal( path ), path + ": a server is living there" );
+   EXPECT_EQ( refusal( path ), path + ": another server is running" );
    EXPECT_TRUE( S_ISSOCK( status().st_mode ) );
 }
 
-TEST_F( SocketFileTest, RefusesThatOfALivingServerThatIsTooBusyToAnswer ) {
+TEST_F( SocketFileTest, RefusesTheFileOfAServerThatIsTooBusyToAnswer ) {
    Sockets::SocketFile busy( path, "" );
    const int listener = busy.release();
    listen( listener, 0 ); // room for one
    const TestSupport::RawClient waiting( path );
-   EXPECT_EQ( refusal( path ), path + ": a server is living there" );
+   EXPECT_EQ( refusal( path ), path + ": another server is running" );
    close( listener );
 }
 
-TEST_F( SocketFileTest, RefusesAFileThatIsNoSocketAndLeavesItAlone ) {
+TEST_F( SocketFileTest, RefusesAFileThatIsNotASocketAndKeepsIt ) {
    folder.write( "smbus.sock", "precious" );
-   EXPECT_EQ( refusal( path ), path + ": there is something that is no socket" );
+   EXPECT_EQ( refusal( path ), path + ": not a socket" );
    EXPECT_TRUE( std::filesystem::exists( path ) );
 }
 
-TEST_F( SocketFileTest, RefusesAFolderThatIsNotThere ) {
+TEST_F( SocketFileTest, RefusesAFolderThatDoesNotExist ) {
    const std::string nowhere = folder.file( "nowhere/smbus.sock" );
-   EXPECT_EQ( refusal( nowhere ), nowhere + ": can't be bound: No such file or directory" );
+   EXPECT_EQ( refusal( nowhere ), nowhere + ": bind failed: No such file or directory" );
 }
 
 TEST_F( SocketFileTest, RefusesAPathTooLongForASocket ) {
    const std::string longPath( 108, 'x' );
-   EXPECT_EQ( refusal( longPath ), longPath + ": a socket's path has 1 to 107 characters" );
+   EXPECT_EQ( refusal( longPath ),
+              longPath + ": the path of a socket must have 1 to 107 characters" );
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// How far our readings and the kernel's agree, a row a kind of chip.
+// How far our readings and the kernel's agree: one row for each kind of chip.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,8 +8,8 @@
 
 namespace RealTest {
 
-// Counts words that agree, and those that differ for a reason that is listed; fails the test for
-// all others, and for a listed difference that isn't there. In the end the row is added to the
+// Counts the words that agree, and those that differ for a known reason. Fails the test for all
+// other differences, and when a known difference does not occur. The destructor adds the row to the
 // table.
 class Agreement {
  public:
@@ -18,8 +18,7 @@ class Agreement {
    Agreement( const Agreement & ) = delete;
    Agreement &operator=( const Agreement & ) = delete;
 
-   // `what` names the word. A reason that isn't empty is why ours has to differ, and `listed` what
-   // it is then.
+   // `what` names the word. With a reason, our value must differ from the kernel's and be `listed`.
    template <typename Value>
    void compare( const std::string &what, Value ours, Value kernels, const std::string &reason = {},
                  Value listed = {} ) {

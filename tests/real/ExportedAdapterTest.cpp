@@ -1,5 +1,5 @@
-// The simulated Kelt board lent to the kernel, a bus an adapter: read by the kernel's drivers, by
-// i2c-tools, and by a second server through i2c-dev.
+// The simulated Kelt board, exported to the kernel with an adapter for each bus: read by the
+// kernel's drivers, by i2c-tools, and by a second server through i2c-dev.
 #include "smbusd/export/ExportedAdapter.h"
 #include "Agreement.h"
 #include "Linux.h"
@@ -29,13 +29,13 @@ using TestSupport::StartedProgram;
 const std::vector<std::string> busses{ "scd(4):1:2", "scd(4):1:3", "scd(4):1:4",    "scd(4):1:5",
                                        "scd(4):2:0", "scd(4):2:1", "celestica:1:1", "i2c:0" };
 
-class LentAdapterTest : public ::testing::Test {
+class ExportedAdapterTest : public ::testing::Test {
  protected:
    static void SetUpTestSuite() {
       folder = std::make_unique<TestSupport::PrivateFolder>();
       std::vector<std::string> command{ ORBIS_SMBUSD,
                                         "--socket",
-                                        lender(),
+                                        exporter(),
                                         "--simulate",
                                         BOARDS "/kelt/topology.json",
                                         "--simulation",
@@ -43,17 +43,17 @@ class LentAdapterTest : public ::testing::Test {
                                         "--speed",
                                         "0" };
       for ( const std::string &bus : busses )
-         command.insert( command.end(), { "--lend-adapter", bus } );
-      lending = std::make_unique<StartedProgram>( command );
-      ASSERT_TRUE( lending->waitForError( "serving" ) ) << lending->errors();
-      // lm75 looks for its chips on every adapter, and finds two of ours that are behind no mux.
+         command.insert( command.end(), { "--export-adapter", bus } );
+      exporting = std::make_unique<StartedProgram>( command );
+      ASSERT_TRUE( exporting->waitForError( "serving" ) ) << exporting->errors();
+      // The lm75 driver searches every adapter. It finds two of our chips: those not behind a mux.
       found = devicesOf( "lm75" );
       for ( const std::string &device : found )
          writeFile( "/sys/bus/i2c/drivers/lm75/unbind", device );
       driving = startServer( linux(), {} );
    }
    static void TearDownTestSuite() {
-      for ( auto *server : { &driving, &lending } ) {
+      for ( auto *server : { &driving, &exporting } ) {
          ( *server )->signal( SIGTERM );
          EXPECT_EQ( ( *server )->wait(), 0 ) << ( *server )->errors();
          server->reset();
@@ -61,12 +61,12 @@ class LentAdapterTest : public ::testing::Test {
       folder.reset();
    }
 
-   static std::string lender() { return folder->file( "lender.sock" ); }
+   static std::string exporter() { return folder->file( "exporter.sock" ); }
    static std::string linux() { return folder->file( "linux.sock" ); }
    static unsigned adapter( const std::string &bus ) {
-      return Smbusd::Lend::findLent( bus, {} ).value();
+      return Smbusd::Export::findExported( bus, {} ).value();
    }
-   // A server of the same board through the adapters.
+   // A second server of the same board, through the adapters.
    static std::unique_ptr<StartedProgram> startServer( const std::string &socket,
                                                        const std::vector<std::string> &options ) {
       std::string routes;
@@ -96,7 +96,7 @@ class LentAdapterTest : public ::testing::Test {
          return fmt::format( R"({{ "path": "{}" }})", device );
       return fmt::format( R"({{ "number": {} }})", number );
    }
-   // What orbis-smbus prints.
+   // The output of orbis-smbus.
    static std::string smbus( const std::string &socket, std::vector<std::string> words,
                              int exitCode = 0 ) {
       words.insert( words.begin(), { ORBIS_SMBUS, "--socket", socket } );
@@ -104,17 +104,18 @@ class LentAdapterTest : public ::testing::Test {
    }
    static void sim( std::vector<std::string> words ) {
       words.insert( words.begin(), "sim" );
-      smbus( lender(), words );
+      smbus( exporter(), words );
    }
-   // What the simulation's physical models hold, each by "chip quantity".
+   // The quantities of the simulation, by "chip quantity".
    static std::map<std::string, double> quantities() {
       rapidjson::Document document;
-      document.Parse( smbus( lender(), { "--json", "sim", "list" } ).c_str() );
+      document.Parse( smbus( exporter(), { "--json", "sim", "list" } ).c_str() );
       std::map<std::string, double> all;
       for ( const auto &chip : document["chips"].GetArray() )
          for ( const auto &quantity : chip["quantities"].GetArray() ) {
             const std::string name = quantity["name"].GetString();
-            const bool whole = name.find( ' ' ) != name.npos; // that of a part, with its name
+            const bool whole =
+               name.find( ' ' ) != name.npos; // a quantity of a part has the part's name
             all[whole ? name : chip["name"].GetString() + ( " " + name )] =
                quantity["value"].GetDouble();
          }
@@ -122,41 +123,41 @@ class LentAdapterTest : public ::testing::Test {
    }
 
    static std::unique_ptr<TestSupport::PrivateFolder> folder;
-   static std::unique_ptr<StartedProgram> lending, driving;
-   static std::vector<std::string> found; // by the kernel's lm75, of itself
+   static std::unique_ptr<StartedProgram> exporting, driving;
+   static std::vector<std::string> found; // by the kernel's lm75
 };
 
-std::unique_ptr<TestSupport::PrivateFolder> LentAdapterTest::folder;
-std::unique_ptr<StartedProgram> LentAdapterTest::lending, LentAdapterTest::driving;
-std::vector<std::string> LentAdapterTest::found;
+std::unique_ptr<TestSupport::PrivateFolder> ExportedAdapterTest::folder;
+std::unique_ptr<StartedProgram> ExportedAdapterTest::exporting, ExportedAdapterTest::driving;
+std::vector<std::string> ExportedAdapterTest::found;
 
-TEST_F( LentAdapterTest, TheKernelFindsOurThermometersByItself ) {
+TEST_F( ExportedAdapterTest, TheKernelFindsOurThermometersByItself ) {
    EXPECT_THAT( found,
                 ::testing::UnorderedElementsAre( fmt::format( "{}-004a", adapter( "scd(4):1:3" ) ),
                                                  fmt::format( "{}-0048", adapter( "i2c:0" ) ) ) );
 }
 
-// The clock stands still, so nothing moves between the two. What is recorded here is replayed among
-// the tests that need no kernel.
-TEST_F( LentAdapterTest, TheBoardShowsTheSameThroughTheKernelAsDirectly ) {
+// The clock is stopped, so nothing changes between the two. Another test replays this recording
+// without the kernel.
+TEST_F( ExportedAdapterTest, TheBoardShowsTheSameThroughTheKernelAsDirectly ) {
    const std::string socket = folder->file( "recorded.sock" );
    const auto recorded = startServer( socket, { "--record", OUT "/kelt-through-linux.rec" } );
-   const Shown direct = showBoard( BOARDS "/kelt", lender() );
+   const Shown direct = showBoard( BOARDS "/kelt", exporter() );
    const Shown throughLinux = showBoard( BOARDS "/kelt", socket );
    EXPECT_EQ( throughLinux.exitCode, 0 );
    EXPECT_EQ( throughLinux.values, direct.values );
    EXPECT_EQ( throughLinux.texts, direct.texts );
    EXPECT_EQ( throughLinux.faults, direct.faults );
    EXPECT_GT( direct.values.size(), 50u );
-   // It tells who it is in PMBus blocks.
+   // It identifies itself in PMBus blocks.
    EXPECT_THAT( throughLinux.texts.at( "psu1-slot" ), HasSubstr( "P2306A0017" ) );
    smbus( socket, { "read", "scd(4):1:2:0x55", "0", "--via", "0x70=1" }, 1 );
    recorded->signal( SIGTERM );
    EXPECT_EQ( recorded->wait(), 0 ) << recorded->errors();
 }
 
-TEST_F( LentAdapterTest, TheKernelsLm75ReadsOurThermometersBehindOurMux ) {
-   smbus( lender(), { "write", "scd(4):1:2:0x70", "1" } );
+TEST_F( ExportedAdapterTest, TheKernelsLm75ReadsOurThermometersBehindOurMux ) {
+   smbus( exporter(), { "write", "scd(4):1:2:0x70", "1" } );
    Agreement table( "our LM75 behind our PCA9548" );
    {
       const KernelDriver lm75( adapter( "scd(4):1:2" ), "lm75", 0x48 );
@@ -166,20 +167,20 @@ TEST_F( LentAdapterTest, TheKernelsLm75ReadsOurThermometersBehindOurMux ) {
                                 static_cast<double>( lm75.hwmon( "temp1_input" ) ) );
       }
       sim( { "set", "temp-front", "temperature", "24.5" } );
-      smbus( lender(), { "write", "scd(4):1:2:0x70", "2" } );
+      smbus( exporter(), { "write", "scd(4):1:2:0x70", "2" } );
       table.compare<double>( "the rear one", 31000,
                              static_cast<double>( lm75.hwmon( "temp1_input" ) ) );
       EXPECT_THAT( smbus( linux(), { "read", "scd(4):1:2:0x48", "0", "--via", "0x70=2" }, 1 ),
                    HasSubstr( "the address is held by the kernel driver lm75" ) );
    }
-   smbus( lender(), { "write", "scd(4):1:2:0x70", "0" } );
+   smbus( exporter(), { "write", "scd(4):1:2:0x70", "0" } );
 }
 
-TEST_F( LentAdapterTest, TheKernelsPmbusDriverReadsOurSuppliesModel ) {
+TEST_F( ExportedAdapterTest, TheKernelsPmbusDriverReadsOurSuppliesModel ) {
    const KernelDriver pmbus( adapter( "scd(4):1:4" ), "dps460", 0x58 );
    const struct {
       const char *kernels, *ours;
-      double units, resolution; // the latter of the number format
+      double units, resolution; // resolution: of the number format
    } rows[] = {
       { "vin", "line", 1e3, 0.5 },
       { "iin", "inputCurrent", 1e3, 0.002 },
@@ -207,7 +208,7 @@ TEST_F( LentAdapterTest, TheKernelsPmbusDriverReadsOurSuppliesModel ) {
    }
 }
 
-// What stands in the sixteen columns of a table of bytes or addresses, row by row.
+// The sixteen columns of a table of bytes or addresses, row by row.
 std::vector<std::string> cells( const std::string &table ) {
    std::vector<std::string> all;
    std::istringstream lines( table );
@@ -221,10 +222,10 @@ std::vector<std::string> cells( const std::string &table ) {
    return all;
 }
 
-TEST_F( LentAdapterTest, TheKernelsAt24ReadsOurMemory ) {
+TEST_F( ExportedAdapterTest, TheKernelsAt24ReadsOurMemory ) {
    const KernelDriver at24( adapter( "scd(4):1:4" ), "24c02", 0x50 );
    const std::string kernels = at24.file( "eeprom" );
-   const auto ours = cells( smbus( lender(), { "dump", "scd(4):1:4:0x50" } ) );
+   const auto ours = cells( smbus( exporter(), { "dump", "scd(4):1:4:0x50" } ) );
    ASSERT_EQ( ours.size(), 256u );
    Agreement table( "our 24C02, bytes" );
    for ( size_t i = 0; i < ours.size(); ++i )
@@ -233,11 +234,11 @@ TEST_F( LentAdapterTest, TheKernelsAt24ReadsOurMemory ) {
                                static_cast<uint8_t>( kernels.at( i ) ) );
 }
 
-TEST_F( LentAdapterTest, I2cToolsSeeWhatOurClientSees ) {
+TEST_F( ExportedAdapterTest, I2cToolsSeeWhatOurClientSees ) {
    for ( const std::string bus : { "scd(4):1:4", "scd(4):1:5" } ) {
       const std::string number = std::to_string( adapter( bus ) );
       const auto detected = cells( run( { "/usr/sbin/i2cdetect", "-y", "-r", number } ) );
-      EXPECT_EQ( cells( smbus( lender(), { "scan", bus } ) ), detected ) << bus;
+      EXPECT_EQ( cells( smbus( exporter(), { "scan", bus } ) ), detected ) << bus;
       EXPECT_EQ( cells( smbus( linux(), { "scan", bus } ) ), detected ) << bus;
       EXPECT_GT( std::count_if( detected.begin(), detected.end(),
                                 []( const std::string &cell ) { return cell != "--"; } ),
@@ -246,21 +247,21 @@ TEST_F( LentAdapterTest, I2cToolsSeeWhatOurClientSees ) {
    const std::string board = std::to_string( adapter( "scd(4):1:3" ) );
    for ( const char *reg : { "0", "2", "3" } ) {
       const std::string got = run( { "/usr/sbin/i2cget", "-y", board, "0x4a", reg, "w" } );
-      for ( const std::string &socket : { lender(), linux() } )
+      for ( const std::string &socket : { exporter(), linux() } )
          EXPECT_EQ( smbus( socket, { "read", "scd(4):1:3:0x4a", reg, "--size", "word" } ), got );
    }
    const std::string supplies = std::to_string( adapter( "scd(4):1:4" ) );
    for ( const char *address : { "0x50", "0x58" } ) {
       const auto dumped = cells( run( { "/usr/sbin/i2cdump", "-y", supplies, address, "b" } ) );
-      for ( const std::string &socket : { lender(), linux() } ) {
+      for ( const std::string &socket : { exporter(), linux() } ) {
          auto ours = cells( smbus( socket, { "dump", std::string( "scd(4):1:4:" ) + address } ) );
          EXPECT_EQ( ours, dumped ) << address;
       }
    }
 }
 
-TEST_F( LentAdapterTest, MuxesAreClosedBehindEveryBatch ) {
-   const auto closed = [] { return smbus( lender(), { "read", "scd(4):1:2:0x70" } ); };
+TEST_F( ExportedAdapterTest, MuxesAreClosedAfterEveryBatch ) {
+   const auto closed = [] { return smbus( exporter(), { "read", "scd(4):1:2:0x70" } ); };
    EXPECT_EQ(
       smbus( linux(), { "read", "scd(4):1:2:0x48", "0", "--size", "2", "--via", "0x70=1" } ),
       "0x18 0x80\n" );
@@ -275,25 +276,25 @@ TEST_F( LentAdapterTest, MuxesAreClosedBehindEveryBatch ) {
    EXPECT_EQ( closed(), "0x00\n" );
 }
 
-TEST_F( LentAdapterTest, MuxesAreClosedWhenTheClientGoesInTheMiddle ) {
+TEST_F( ExportedAdapterTest, MuxesAreClosedWhenTheClientDisconnects ) {
    sim( { "slow", "temp-front", "1000" } );
    {
       StartedProgram client(
          { ORBIS_SMBUS, "--socket", linux(), "read", "scd(4):1:2:0x48", "0", "--via", "0x70=1" } );
       // A scan's receive byte shows the mux's channels without changing them.
-      while ( smbus( lender(), { "read", "scd(4):1:2:0x70" } ) != "0x01\n" ) {
+      while ( smbus( exporter(), { "read", "scd(4):1:2:0x70" } ) != "0x01\n" ) {
       }
       client.signal( SIGKILL );
    }
    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 10 );
-   while ( smbus( lender(), { "read", "scd(4):1:2:0x70" } ) != "0x00\n" )
+   while ( smbus( exporter(), { "read", "scd(4):1:2:0x70" } ) != "0x00\n" )
       ASSERT_LT( std::chrono::steady_clock::now(), end );
-   sim( { "mend", "temp-front" } );
+   sim( { "clear", "temp-front" } );
 }
 
-TEST_F( LentAdapterTest, EveryProtocolReachesTheChips ) {
+TEST_F( ExportedAdapterTest, EveryProtocolReachesTheChips ) {
    const auto same = [&]( const std::vector<std::string> &words ) {
-      const std::string direct = smbus( lender(), words );
+      const std::string direct = smbus( exporter(), words );
       EXPECT_EQ( smbus( linux(), words ), direct ) << fmt::format( "{}", fmt::join( words, " " ) );
       return direct;
    };

@@ -57,7 +57,7 @@ unsigned adapterNamed( const std::string &beginning ) {
       if ( readFile( entry.path() / "name" ).starts_with( beginning ) )
          return static_cast<unsigned>( std::stoul( name.substr( 4 ) ) );
    }
-   ADD_FAILURE() << "no adapter is named " << beginning;
+   ADD_FAILURE() << "there is no adapter named " << beginning;
    return 0;
 }
 

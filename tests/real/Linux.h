@@ -1,4 +1,4 @@
-// What the tests ask of the Linux that they run on.
+// The Linux on which the tests run.
 #pragma once
 
 #include <cstdint>
@@ -10,17 +10,17 @@ namespace RealTest {
 std::string readFile( const std::string &path ); // without the newline at its end
 void writeFile( const std::string &path, const std::string &text );
 
-// What a program prints, errors too. Fails the test when its exit code is another.
+// The output and errors of a program. Fails the test when the exit code differs.
 std::string run( const std::vector<std::string> &command, int exitCode = 0 );
 
 void loadModule( const std::string &name, const std::vector<std::string> &parameters = {} );
-// The number of the adapter whose name begins so. Fails the test when there is none.
+// The number of the adapter whose name starts with this. Fails the test when there is none.
 unsigned adapterNamed( const std::string &beginning );
 
-// What a kernel driver of i2c devices has bound to: 3-004a and its like.
+// The i2c devices to which a kernel driver is bound, such as 3-004a.
 std::vector<std::string> devicesOf( const std::string &driver );
 
-// A kernel driver on one address of an adapter, as long as this object lives.
+// Binds a kernel driver to an address of an adapter until the destructor.
 class KernelDriver {
  public:
    KernelDriver( unsigned adapter, const std::string &type, uint8_t address );
@@ -28,10 +28,10 @@ class KernelDriver {
    KernelDriver( const KernelDriver & ) = delete;
    KernelDriver &operator=( const KernelDriver & ) = delete;
 
-   // A file of the device's, like eeprom; of its hwmon's, like temp1_input, as a number.
+   // A file of the device, such as eeprom; a number in a file of its hwmon, such as temp1_input.
    std::string file( const std::string &name ) const { return readFile( device_ + "/" + name ); }
    long long hwmon( const std::string &name ) const;
-   // The input whose label this is.
+   // The input with this label.
    long long labelled( const std::string &label ) const;
 
  private:
@@ -41,17 +41,17 @@ class KernelDriver {
    std::string hwmon_; // its folder
 };
 
-// A chip that the kernel's i2c-stub stands for, as the bench fills it.
+// A chip of the kernel's i2c-stub.
 class StubChip {
  public:
-   // Whatever holds the address.
+   // Works even if a driver holds the address.
    StubChip( unsigned adapter, uint8_t address );
    ~StubChip();
    StubChip( const StubChip & ) = delete;
    StubChip &operator=( const StubChip & ) = delete;
 
    void byteIs( uint8_t reg, uint8_t value );
-   void wordIs( uint8_t reg, uint16_t value ); // the low byte goes first
+   void wordIs( uint8_t reg, uint16_t value ); // low byte first
 
  private:
    int fd_;

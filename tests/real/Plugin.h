@@ -1,4 +1,4 @@
-// The driver plug-in in the test's own process.
+// The driver plug-in in the process of the test.
 #pragma once
 
 #include <pl.h>

@@ -22,7 +22,7 @@ namespace {
 using ::testing::HasSubstr;
 using TestSupport::StartedProgram;
 
-// The plug-in reads it once.
+// The plug-in reads it only once.
 constexpr const char *topology = R"([ { "type": "SCD", "ham": "OrbisSmbus", "pci": 4,
    "accelerators": [ { "id": 1, "busses": [ { "id": 2, "devices": [
       { "did": 1, "address": { "address": 72 } },
@@ -37,7 +37,7 @@ class StubTest : public ::testing::Test {
       adapter = adapterNamed( "SMBus stub" );
       folder = std::make_unique<TestSupport::PrivateFolder>();
       setenv( "ORBIS_SMBUS_SOCKET", folder->file( "smbus.sock" ).c_str(), 1 );
-      // All but 0x49 are read beside the kernel's drivers.
+      // All but 0x49 are also read by the kernel's drivers.
       const std::string routes = folder->write( "routes.json", R"({ "routes": [
          { "bus": "scd(4):1:2", "adapter": { "name": "SMBus stub driver" }, "chips": [
             { "address": 72, "force": true }, { "address": 88, "force": true },
@@ -62,7 +62,7 @@ class StubTest : public ::testing::Test {
                                 "driverArgs": {{ {} }} }})",
                           did, driver, address, arguments );
    }
-   // The text lives on with the plug-in's object.
+   // The plug-in's object keeps a pointer to the text.
    static const char *kept( const std::string &text ) {
       static std::vector<std::unique_ptr<std::string>> texts;
       return texts.emplace_back( std::make_unique<std::string>( text ) )->c_str();
@@ -87,7 +87,7 @@ TEST_F( StubTest, TheKernelsLm75ReadsTheSameTemperatures ) {
    Agreement table( "LM75 temperature" );
    for ( int halves = -256; halves < 256; ++halves ) {
       const auto word = static_cast<uint16_t>( halves << 7 );
-      chip.wordIs( 0, static_cast<uint16_t>( word >> 8 | word << 8 ) ); // degrees go first
+      chip.wordIs( 0, static_cast<uint16_t>( word >> 8 | word << 8 ) ); // degrees first
       float degrees = NAN;
       ASSERT_EQ( ours->ops->get_temperature( ours, &degrees ), PL_STATUS_OK );
       const bool negativeHalf = halves < 0 && halves % 2 != 0;
@@ -99,14 +99,14 @@ TEST_F( StubTest, TheKernelsLm75ReadsTheSameTemperatures ) {
    EXPECT_GE( table.words(), 200u );
 }
 
-// The kernel rounds down to its unit, a thousandth or a millionth.
+// The kernel rounds down to its unit: a thousandth or a millionth.
 double inUnits( float value, double units ) { return std::floor( value * units ); }
 
 TEST_F( StubTest, TheKernelsPmbusDriverReadsTheSameSupply ) {
    StubChip chip( adapter, 0x58 );
    chip.byteIs( 0x20, 0x17 );                           // VOUT_MODE: linear, exponent -9
-   chip.byteIs( 0x3A, 0x88 );                           // FAN_CONFIG_1_2: both are there
-   const KernelDriver pmbus( adapter, "dps460", 0x58 ); // of the generic ones, that with one page
+   chip.byteIs( 0x3A, 0x88 );                           // FAN_CONFIG_1_2: both fans
+   const KernelDriver pmbus( adapter, "dps460", 0x58 ); // a generic driver for one page
    const auto device = [&]( const std::string &arguments ) {
       return kept( document( 2, "Pmbus", 88, arguments ) );
    };
@@ -117,7 +117,7 @@ TEST_F( StubTest, TheKernelsPmbusDriverReadsTheSameSupply ) {
       uint8_t command;
       const char *label;
       pl_status ( *read )( pl_psu *, float * );
-      double units; // of the kernel's in one of ours
+      double units; // kernel's units in one of ours
    } rows[] = {
       { 0x88, "vin", ops->get_input_voltage, 1e3 },
       { 0x89, "iin", ops->get_input_current, 1e3 },
@@ -168,7 +168,7 @@ TEST_F( StubTest, TheKernelsPmbusDriverReadsTheSameFansAndTemperatures ) {
          table.compare<double>(
             fmt::format( "temperature {} {:#06x}", id, word ), inUnits( degrees, 1e3 ),
             static_cast<double>( pmbus.hwmon( fmt::format( "temp{}_input", id ) ) ),
-            exact < 0 ? "temperatures below zero are told as zero" : "", 0. );
+            exact < 0 ? "temperatures below zero are read as zero" : "", 0. );
 
          chip.wordIs( static_cast<uint8_t>( 0x8F + id ), word );
          int rpm = -1;
@@ -230,7 +230,7 @@ TEST_F( StubTest, AnAddressIsRefusedWhileAKernelDriverHoldsIt ) {
    EXPECT_EQ( run( read ), "0x21\n" );
 }
 
-TEST_F( StubTest, WhatTheAdapterCantDoIsRefusedByName ) {
+TEST_F( StubTest, AMissingFunctionOfTheAdapterIsNamed ) {
    EXPECT_THAT( run( { ORBIS_SMBUS, "read", "scd(4):1:2:0x49", "0", "--size", "33" }, 1 ),
                 HasSubstr( "the adapter lacks I2C_FUNC_I2C" ) );
    EXPECT_THAT( run( { ORBIS_SMBUS, "read", "scd(4):1:2:0x49", "0", "--pec" }, 1 ),
@@ -239,15 +239,14 @@ TEST_F( StubTest, WhatTheAdapterCantDoIsRefusedByName ) {
                 HasSubstr( "no acknowledge of the address" ) );
 }
 
-// The scratch register of the second serial port keeps what is written, and its neighbours don't
-// mind.
-TEST_F( StubTest, IoPortsAreTheProcessors ) {
+// The scratch register of the second serial port stores what is written, without side effects.
+TEST_F( StubTest, IoPortsReachTheProcessorsPorts ) {
    for ( const char *value : { "0x5a", "0xa5" } ) {
       run( { ORBIS_SMBUS, "write", "ioport:0:0", "7", value } );
       EXPECT_EQ( run( { ORBIS_SMBUS, "read", "ioport:0:0", "7" } ), fmt::format( "{}\n", value ) );
    }
    EXPECT_THAT( run( { ORBIS_SMBUS, "read", "ioport:0:0", "8" }, 1 ),
-                HasSubstr( "outside the window of 8 ports from 0x02f8 on" ) );
+                HasSubstr( "outside the range of 8 ports from 0x02f8" ) );
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "Objects.h"
 
-#include "HandHost.h"
+#include "ReplayDaemon.h"
 
 #include <dlfcn.h>
 #include <fmt/format.h>
@@ -32,7 +32,7 @@ std::string written( const rapidjson::Value &json ) {
    return buffer.GetString();
 }
 
-// The plug-in's function of this name.
+// The plug-in's function with this name.
 template <class Function>
 Function *symbol( void *plugin, const std::string &name ) {
    void *address = dlsym( plugin, name.c_str() );
@@ -41,7 +41,7 @@ Function *symbol( void *plugin, const std::string &name ) {
    return reinterpret_cast<Function *>( address );
 }
 
-// Keeps texts as long as the process lives, as a host does.
+// Keeps texts until the process ends, like a host.
 const char *keep( std::string text ) {
    static std::list<std::string> kept;
    return kept.emplace_back( std::move( text ) ).c_str();
@@ -69,8 +69,8 @@ Objects::Objects( const std::string &path, const std::string &board ) {
       const int status =
          symbol<pl_status( const char * )>( plugin, fmt::format( "pl_{}_init", type ) )( topology );
       const auto take = [&]( auto *record ) {
-         HandHost::nameIs( record, fmt::format( "<record of {}>", name ) );
-         HandHost::forgetOtherPointers();
+         ReplayDaemon::nameIs( record, fmt::format( "<record of {}>", name ) );
+         ReplayDaemon::forgetOtherPointers();
          fmt::print( "-> {} {}\n", status, record ? "made" : "not made" );
          if ( record )
             for ( Operation &operation : operationsOf( name, record ) )

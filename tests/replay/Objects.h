@@ -1,4 +1,4 @@
-// The objects of a board, brought up in the plug-in as a host brings them up.
+// The objects of a board, brought up in the plug-in like by a host.
 #pragma once
 
 #include "Operations.h"
@@ -7,12 +7,12 @@
 
 class Objects {
  public:
-   // Loads the plug-in and brings up every object of the board's folder. Throws with the dynamic
-   // linker's or the board reader's words.
+   // Loads the plug-in and brings up every object of the board's folder. Throws the error of the
+   // dynamic linker or of the board reader.
    Objects( const std::string &plugin, const std::string &board );
 
-   // By the objects' types, so that one of many cages is not asked more often than the one of a
-   // kind.
+   // Grouped by the types of the objects, so that a random choice is not mostly one of the many
+   // cages.
    const std::vector<Operations> &operationsByType() const { return operations_; }
    pl_system *system() const { return system_; }
 

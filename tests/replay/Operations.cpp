@@ -9,7 +9,7 @@
 
 namespace {
 
-// A number that no reading is: what an output still holds when nothing was written to it.
+// Outputs start with this number, which is never a reading, to show that nothing was written.
 constexpr int untouched = 77;
 
 std::string shown( int value ) { return fmt::format( "{}", value ); }
@@ -43,7 +43,7 @@ Operation asks( const std::string &words, Record *record, Result ( *ask )( Recor
 
 uint8_t byteFrom( Random &random ) { return static_cast<uint8_t>( random.below( 256 ) ); }
 
-// A transfer with a command and bytes of the length that it is given; the outcome with all bytes.
+// Runs a transfer with a command and this number of bytes. Returns the result with all bytes.
 using Transfer = std::function<int( uint8_t command, uint8_t *bytes, unsigned &length )>;
 Operation transfers( const std::string &words, unsigned most, Transfer transfer ) {
    return { words, [=]( Random &random ) {

@@ -1,4 +1,4 @@
-// What can be asked of the host's records, each operation with arguments of its own choice.
+// The operations of the host's records, with random arguments.
 #pragma once
 
 #include "Random.h"
@@ -10,7 +10,7 @@
 
 struct Operation {
    std::string words;                          // object and operation
-   std::function<std::string( Random & )> run; // what it was given and what came of it
+   std::function<std::string( Random & )> run; // returns its arguments and its result
 };
 using Operations = std::vector<Operation>;
 

@@ -4,8 +4,8 @@
 #include <random>
 #include <vector>
 
-// Numbers that follow from the seed alone, the same in every ABI: the library's distributions don't
-// promise that.
+// Random numbers that depend only on the seed and are equal in every ABI; the standard library does
+// not promise that for its distributions.
 class Random {
  public:
    explicit Random( uint32_t seed ) : engine_( seed ) {}

@@ -1,9 +1,9 @@
-// Plays random actions on the simulated Kelt board, through the plug-in and on the bench, and
-// prints every reading, status and trace.
-#include "Bench.h"
-#include "HandHost.h"
+// Plays random actions on the simulated Kelt board, through the plug-in and through the control
+// socket, and prints every reading, status and trace.
+#include "BoardControl.h"
 #include "Objects.h"
 #include "PrivateFolder.h"
+#include "ReplayDaemon.h"
 #include "StartedProgram.h"
 
 #include <CLI/CLI.hpp>
@@ -13,7 +13,7 @@
 #include <cstdlib>
 #include <exception>
 
-// What the plug-in makes lives to the end of the process by design.
+// By design the plug-in never deletes its objects.
 extern "C" const char *__lsan_default_suppressions() { return "leak:libOrbisDriversKelt"; }
 
 namespace {
@@ -27,22 +27,22 @@ void play( uint32_t seed, unsigned count ) {
                                          board + "/simulation.json" } );
    if ( !server.waitForError( "serving" ) )
       throw std::runtime_error( "the server doesn't start: " + server.errors() );
-   Bench bench( socket + ".control" );
+   BoardControl control( socket + ".control" );
    Objects objects( ORBIS_PLUGIN, board );
    Random random( seed );
-   const auto passes = [&]( unsigned milliseconds ) { bench.step( milliseconds ); };
+   const auto passes = [&]( unsigned milliseconds ) { control.step( milliseconds ); };
 
    for ( unsigned action = 1; action <= count; ++action ) {
-      HandHost::forgetOtherPointers();
+      ReplayDaemon::forgetOtherPointers();
       fmt::print( "{} ", action );
       switch ( random.below( 10 ) ) {
       case 0:
-         fmt::print( "{}\n", bench.something( random ) );
+         fmt::print( "{}\n", control.doSomething( random ) );
          break;
       case 1: {
          const unsigned milliseconds = 50 * ( 1 + random.below( 40 ) );
          fmt::print( "wait {} ms\n", milliseconds );
-         HandHost::advance( milliseconds, passes );
+         ReplayDaemon::advance( milliseconds, passes );
          break;
       }
       default: {
@@ -53,8 +53,8 @@ void play( uint32_t seed, unsigned count ) {
       }
       std::fflush( stdout ); // what is printed so far is seen if this action is the process's last
    }
-   HandHost::forgetOtherPointers();
-   bench.mend( "cpld" );
+   ReplayDaemon::forgetOtherPointers();
+   control.clearFaults( "cpld" );
    fmt::print( "powercycle\n-> {}\n",
                int( objects.system()->ops->powercycle( objects.system() ) ) );
 }

@@ -1,6 +1,6 @@
-// The whole simulated Kelt board, from both of its sides.
+// The whole simulated Kelt board: its controls and its busses.
 #include "BusPins.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "simulator/board/SimulatedBoard.h"
 
 #include <gmock/gmock.h>
@@ -46,7 +46,7 @@ class BenchTest : public ::testing::Test {
    static constexpr const char *psus = "scd(4):1:4";
    static constexpr const char *fans = "scd(4):1:5";
    static constexpr const char *cplds = "celestica:1:1";
-   HandClock clock;
+   ManualClock clock;
    SimulatedBoard board{ KELT_BOARD "/topology.json", KELT_BOARD "/simulation.json", clock };
    Busses busses = board.busses();
    Bench &bench = board.bench();
@@ -60,7 +60,7 @@ TEST_F( BenchTest, ShowsOnTheBusWhatTheBenchSets ) {
    EXPECT_EQ( read( psus, 0x59, 0x88, 2 ).data, "\xC0\xEB" ); // 960 by 2^-3
 }
 
-TEST_F( BenchTest, TakesNoNeighboursReadingsForEqual ) {
+TEST_F( BenchTest, HasDifferentValuesForAllReadings ) {
    std::set<double> seen;
    for ( const auto &[chip, kind, wire, address] : bench.chips() ) {
       for ( const Quantity &each : chip->quantities() ) {
@@ -74,7 +74,7 @@ TEST_F( BenchTest, TakesNoNeighboursReadingsForEqual ) {
    EXPECT_GE( seen.size(), 30u );
 }
 
-TEST_F( BenchTest, PullsASupplyWithAllThatIsInIt ) {
+TEST_F( BenchTest, PullsASupplyWithAllItsChips ) {
    EXPECT_TRUE( read( psus, 0x59, 0x88, 2 ).ok() );
    EXPECT_TRUE( read( psus, 0x51, 0, 1 ).ok() );
    bench.pull( "psu2" );
@@ -96,7 +96,8 @@ TEST_F( BenchTest, PutsASpareSupplyOnlyIntoAnEmptyBay ) {
 
 TEST_F( BenchTest, ShowsAFanModuleAtThePinsAndStopsItsRotorsWhenItIsPulled ) {
    EXPECT_EQ( read( fans, 0x20, 0x01, 2 ).data, std::string( "\x83", 1 ) + "\x83" );
-   EXPECT_EQ( read( fans, 0x20, 0x81, 2 ).data, "\x83\x75" ); // modules 3 and 5 blow backwards
+   EXPECT_EQ( read( fans, 0x20, 0x81, 2 ).data,
+              "\x83\x75" ); // modules 3 and 5 blow in the other direction
    bench.pull( "fan3" );
    EXPECT_EQ( read( fans, 0x20, 0x81, 2 ).data, "\x93\x77" );
    EXPECT_EQ( bench.quantity( "fan3.inlet", "rpm" ).get(), 0 );
@@ -155,14 +156,14 @@ TEST_F( BenchTest, LetsRotorsAndSuppliesRunDownWithoutPower ) {
    EXPECT_GT( bench.quantity( "psu1", "outputVoltage" ).get(), 11 );
 }
 
-TEST_F( BenchTest, CountsWhatPasses ) {
+TEST_F( BenchTest, CountsTransfersAndBytes ) {
    const auto passed = [&] {
       return std::pair( bench.traffic().transfers, bench.traffic().bytes );
    };
    EXPECT_EQ( passed(), std::pair( uint64_t( 0 ), uint64_t( 0 ) ) );
    read( psus, 0x58, 0x88, 2 ); // address, command, address, two bytes
    EXPECT_EQ( passed(), std::pair( uint64_t( 1 ), uint64_t( 5 ) ) );
-   read( psus, 0x11, 0, 2 ); // nobody acknowledges
+   read( psus, 0x11, 0, 2 ); // no chip acknowledges
    EXPECT_EQ( passed(), std::pair( uint64_t( 2 ), uint64_t( 6 ) ) );
 }
 
@@ -173,7 +174,7 @@ TEST_F( BenchTest, LeavesAPulledModuleAbsentOverAPowerCycle ) {
    EXPECT_EQ( read( cplds, 0x32, 0x254, 1 ).data, "\x3B" );
 }
 
-TEST_F( BenchTest, TellsWhatItCannotDo ) {
+TEST_F( BenchTest, RefusesImpossibleCommandsWithAReason ) {
    EXPECT_EQ( complaint( [&] { bench.pull( "psu3" ); } ), "no module is called psu3" );
    EXPECT_EQ( complaint( [&] { bench.insert( "psu1" ); } ), "psu1 is inserted already" );
    EXPECT_EQ( complaint( [&] { bench.pull( "spare1" ); } ), "spare1 is not inserted" );

@@ -1,4 +1,4 @@
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "PrivateFolder.h"
 #include "boardfiles/Finding.h"
 #include "simulator/board/ChipKinds.h"
@@ -25,7 +25,7 @@ using Kind = Transfer::Kind;
 
 class BoardTest : public ::testing::Test {
  protected:
-   // What is wrong with the board, the folder's name left out.
+   // The error in the board, without the name of the folder.
    std::string complaint() {
       folder.write( "topology.json", topology );
       folder.write( "simulation.json", simulation );
@@ -49,7 +49,7 @@ class BoardTest : public ::testing::Test {
       return complaint();
    }
 
-   HandClock clock;
+   ManualClock clock;
    TestSupport::PrivateFolder folder;
    std::string topology = R"([ { "type": "I2C", "ham": "H", "bus": { "id": 0, "devices": [
       { "did": 10, "address": { "address": 72 } },
@@ -102,7 +102,7 @@ TEST_F( BoardTest, ServesEveryMasterType ) {
 
 TEST_F( BoardTest, DriftsFromItsSeedWithTheClock ) {
    const auto readingAfter = [&]( Clock::Time time, const char *seed ) {
-      HandClock turned;
+      ManualClock turned;
       turned.advance( time );
       folder.write( "topology.json", topology );
       folder.write( "simulation.json",
@@ -120,7 +120,7 @@ TEST_F( BoardTest, DriftsFromItsSeedWithTheClock ) {
    EXPECT_NE( readingAfter( 10s, "1" ), readingAfter( 10s, "2" ) );
 }
 
-TEST_F( BoardTest, LeavesAPlaceEmptyWhoseChipIsNotPresent ) {
+TEST_F( BoardTest, HasNoChipWhereItIsAbsent ) {
    ASSERT_EQ(
       complaintOnChips(
          R"({ "did": 10, "name": "t", "chip": "LM75", "temperature": 1, "present": false })" ),

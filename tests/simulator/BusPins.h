@@ -1,4 +1,4 @@
-// A chip's two bus pins, driven by hand a byte at a time.
+// Drives the bus of one chip, byte by byte.
 #pragma once
 
 #include "simulator/chips/Chip.h"
@@ -9,7 +9,7 @@ namespace SimulatorTest {
 
 using Bytes = std::vector<int>;
 
-// What the chip gives behind a command, and a repeated start.
+// Writes the command, then reads after a repeated start.
 inline Bytes readFrom( Simulator::Chip &chip, uint32_t command, unsigned count ) {
    Bytes bytes;
    if ( chip.addressed( Simulator::Direction::Write ) && chip.command( command ) &&
@@ -21,7 +21,7 @@ inline Bytes readFrom( Simulator::Chip &chip, uint32_t command, unsigned count )
    return bytes;
 }
 
-// How many bytes behind the address the chip acknowledges, the command counted as one.
+// Returns how many bytes after the address the chip acknowledges. The command counts as one.
 inline int writeTo( Simulator::Chip &chip, uint32_t command, const Bytes &bytes ) {
    int acknowledged = 0;
    if ( chip.addressed( Simulator::Direction::Write ) && chip.command( command ) ) {
@@ -36,7 +36,7 @@ inline int writeTo( Simulator::Chip &chip, uint32_t command, const Bytes &bytes 
    return acknowledged;
 }
 
-// Throws std::out_of_range when the chip has none of that name.
+// Throws std::out_of_range when the chip has no such quantity.
 inline Simulator::Quantity quantity( Simulator::Chip &chip, const std::string &name ) {
    for ( const Simulator::Quantity &each : chip.quantities() ) {
       if ( each.name == name )

@@ -15,7 +15,7 @@ struct CpldTest : ::testing::Test {
    XcvrCpld sfp{ "s", XcvrCpld::sfpCpld, 33, {} };
 };
 
-TEST_F( CpldTest, HasNoModuleAfterItIsMade ) {
+TEST_F( CpldTest, StartsWithoutModules ) {
    for ( const uint32_t presence : { 0x254u, 0x255u, 0x2D4u, 0x2D5u } )
       EXPECT_EQ( readFrom( qsfp, presence, 1 ), Bytes{ 0x00 } ) << presence;
    for ( const uint32_t held : { 0x250u, 0x251u, 0x2D0u, 0x2D1u, 0x256u, 0x2D7u } )
@@ -75,7 +75,7 @@ TEST_F( CpldTest, KeepsLinesFromTheModulesWhenTheyAreWritten ) {
    EXPECT_EQ( readFrom( qsfp, 0x254, 1 ), Bytes{ 0x00 } );
 }
 
-TEST_F( CpldTest, HasItsLedsDarkAfterPowerOn ) {
+TEST_F( CpldTest, HasItsLedsOffAfterPowerOn ) {
    EXPECT_EQ( readFrom( sfp, 0x303, 1 ), Bytes{ 0x0F } );
    writeTo( sfp, 0x303, { 0x04 } );
    EXPECT_EQ( readFrom( sfp, 0x303, 1 ), Bytes{ 0x04 } );
@@ -83,14 +83,14 @@ TEST_F( CpldTest, HasItsLedsDarkAfterPowerOn ) {
    EXPECT_EQ( readFrom( sfp, 0x303, 1 ), Bytes{ 0x0F } );
 }
 
-TEST_F( CpldTest, TakesAddressesOfTwoBytesAndMovesOn ) {
+TEST_F( CpldTest, UsesAddressesOfTwoBytesAndIncrementsThem ) {
    EXPECT_EQ( qsfp.commandBytes(), 2u );
    writeTo( qsfp, 0x1FF, { 0x12, 0x34 } );
    EXPECT_EQ( readFrom( qsfp, 0x200, 1 ), Bytes{ 0x34 } );
    EXPECT_EQ( readFrom( qsfp, 0x0FF, 1 ), Bytes{ 0x00 } );
 }
 
-TEST( SystemCpldTest, AsksForAPowerCycleAtTheEndOfTheTransferThatSetsItsBit ) {
+TEST( SystemCpldTest, RequestsAPowerCycleAtTheEndOfTheTransfer ) {
    int times = 0;
    SystemCpld chip( "c", { { 0x101, 0x07 } } );
    chip.onPowerCycle( [&] { ++times; } );

@@ -1,6 +1,6 @@
 #include "simulator/chips/EMC2305.h"
 #include "BusPins.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 
 #include <gtest/gtest.h>
 
@@ -15,11 +15,11 @@ using namespace std::chrono_literals;
 
 class EMC2305Test : public ::testing::Test {
  protected:
-   HandClock clock;
+   ManualClock clock;
    EMC2305 chip{ "fans", clock, { { "a", 25500, 100 }, { "b", 25500, 200 } } };
 };
 
-TEST_F( EMC2305Test, TellsWhatItIs ) {
+TEST_F( EMC2305Test, IdentifiesItself ) {
    EXPECT_EQ( readFrom( chip, 0xFC, 4 ), ( Bytes{ 0x0D, 0x34, 0x5D, 0x80 } ) );
 }
 
@@ -54,7 +54,7 @@ TEST_F( EMC2305Test, LetsARotorFollowItsDriveWithInertia ) {
    EXPECT_EQ( chip.rpm( 0 ), 20000 );
 }
 
-TEST_F( EMC2305Test, CountsToTheEndForAStandingRotorAndTellsThatItStalls ) {
+TEST_F( EMC2305Test, ReportsAStalledRotorAndCountsToTheMaximum ) {
    EXPECT_EQ( readFrom( chip, 0x25, 1 ), Bytes{ 0x00 } );
    chip.stalledIs( 1, true );
    EXPECT_EQ( chip.rpm( 1 ), 0 );
@@ -65,7 +65,7 @@ TEST_F( EMC2305Test, CountsToTheEndForAStandingRotorAndTellsThatItStalls ) {
    EXPECT_EQ( chip.rpm( 1 ), 20000 );
    writeTo( chip, 0x30, { 0 } );
    clock.advance( 1min );
-   EXPECT_EQ( readFrom( chip, 0x25, 1 ), Bytes{ 0x00 } ); // it isn't driven
+   EXPECT_EQ( readFrom( chip, 0x25, 1 ), Bytes{ 0x00 } ); // it is not driven
 }
 
 TEST_F( EMC2305Test, StopsTheRotorOfAPulledModule ) {
@@ -84,7 +84,7 @@ TEST_F( EMC2305Test, FindsTheDriveForATargetSpeedInClosedLoop ) {
    EXPECT_EQ( readFrom( chip, 0x30, 1 ), Bytes{ 200 } );
 }
 
-TEST_F( EMC2305Test, IgnoresWritesToWhatCanOnlyBeRead ) {
+TEST_F( EMC2305Test, IgnoresWritesToReadOnlyRegisters ) {
    for ( const uint32_t address : { 0x25u, 0x3Eu, 0x3Fu, 0xFDu, 0xFEu } ) {
       const Bytes before = readFrom( chip, address, 1 );
       EXPECT_EQ( writeTo( chip, address, { 0x55 } ), 2 );

@@ -1,5 +1,5 @@
-// What a broken chip does to its bus.
-#include "HandClock.h"
+// Faults of a chip as the bus sees them.
+#include "ManualClock.h"
 #include "simulator/bus/SimulatedBus.h"
 #include "simulator/chips/LM75.h"
 #include "simulator/chips/PmbusSupply.h"
@@ -40,7 +40,7 @@ class FaultsTest : public ::testing::Test {
       return bus.transfer( { .kind = Kind::BlockRead, .address = 0x58, .offset = 0x9A } );
    }
 
-   HandClock clock;
+   ManualClock clock;
    PCA9548 mux{ "mux" };
    LM75 thermometer{ "temp", clock };
    PmbusSupply supply{ "psu", 0x58, clock, {}, { "", "KP-850", "", "" } };
@@ -49,24 +49,24 @@ class FaultsTest : public ::testing::Test {
    SimulatedBus bus{ root, mutex };
 };
 
-TEST_F( FaultsTest, MissesTheFirstOfEverySoManyTransfers ) {
-   thermometer.faultsAre( { .missed = 1, .among = 3 } );
+TEST_F( FaultsTest, NacksTheFirstOfEveryNTransfers ) {
+   thermometer.faultsAre( { .nacks = 1, .outOf = 3 } );
    std::string seen;
    for ( int i = 0; i < 7; ++i )
       seen += temperature().ok() ? '+' : '-';
    EXPECT_EQ( seen, "-++-++-" );
    EXPECT_EQ( selectMux( 0 ).error, "" );
-   thermometer.faultsAre( { .missed = 1 } );
+   thermometer.faultsAre( { .nacks = 1 } );
    EXPECT_EQ( temperature().error, noAddressAcknowledge );
    EXPECT_EQ( temperature().error, noAddressAcknowledge );
    thermometer.faultsAre( {} );
    EXPECT_EQ( temperature().data, "\x19\x80" );
 }
 
-TEST_F( FaultsTest, SpoilsPacketErrorCodesBothWays ) {
+TEST_F( FaultsTest, BreaksPacketErrorCodesInBothDirections ) {
    EXPECT_EQ( voutMode().data, "\x17" );
    supply.faultsAre( { .badPec = true } );
-   EXPECT_EQ( voutMode().error, "PEC 0x1b where 0xe4 is due" );
+   EXPECT_EQ( voutMode().error, "PEC is 0x1b, expected 0xe4" );
    const Transfer command{ .kind = Kind::Write,
                            .address = 0x58,
                            .offset = 0x3B,
@@ -76,7 +76,7 @@ TEST_F( FaultsTest, SpoilsPacketErrorCodesBothWays ) {
    EXPECT_EQ( bus.transfer( command ).error, "no acknowledge of the PEC" );
 }
 
-TEST_F( FaultsTest, HoldsDownEveryBusThatIsJoinedToItsOwn ) {
+TEST_F( FaultsTest, BlocksEveryConnectedSegment ) {
    supply.faultsAre( { .stuck = true } );
    EXPECT_EQ( temperature().error, "the data line is held low by psu" );
    EXPECT_EQ( selectMux( 0 ).error, "the data line is held low by psu" );
@@ -97,7 +97,7 @@ TEST_F( FaultsTest, StretchesTheClock ) {
    EXPECT_GE( real.now(), 30ms );
 }
 
-TEST_F( FaultsTest, SaysAWrongBlockCount ) {
+TEST_F( FaultsTest, SendsAWrongBlockCount ) {
    EXPECT_EQ( model().data, "KP-850" );
    supply.faultsAre( { .blockCount = 2 } );
    EXPECT_EQ( model().data, "KP" );
@@ -105,14 +105,14 @@ TEST_F( FaultsTest, SaysAWrongBlockCount ) {
    EXPECT_EQ( model().data, "" );
 }
 
-TEST_F( FaultsTest, GivesAnAnswerOfTheWrongSize ) {
+TEST_F( FaultsTest, ReturnsAnAnswerOfTheWrongSize ) {
    thermometer.faultsAre( { .answerSize = 1 } );
    EXPECT_EQ( temperature().data, "\x19" );
    thermometer.faultsAre( { .answerSize = 3 } );
    EXPECT_EQ( temperature().data, std::string( "\x19\x80\x00", 3 ) );
 }
 
-TEST_F( FaultsTest, CorruptsOneRegisterInSilence ) {
+TEST_F( FaultsTest, CorruptsOneRegisterWithoutAnError ) {
    thermometer.faultsAre( { .corrupted = { { 0, 0x80 } } } );
    EXPECT_EQ( temperature().data, "\x99\x80" );
    EXPECT_EQ(

@@ -1,5 +1,5 @@
 #include "simulator/chips/LM75.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ class LM75Test : public ::testing::Test {
       chip.stopped();
    }
 
-   HandClock clock;
+   ManualClock clock;
    LM75 chip{ "u1", clock };
 };
 
@@ -72,7 +72,7 @@ TEST_F( LM75Test, RoundsToTheNearestHalfDegree ) {
    EXPECT_EQ( readFrom( 0, 2 ), ( Bytes{ 0x14, 0x80 } ) );
 }
 
-TEST_F( LM75Test, StopsAtTheEndsOfItsNineBits ) {
+TEST_F( LM75Test, ClampsToNineBits ) {
    chip.temperatureIs( 200 );
    EXPECT_EQ( readFrom( 0, 2 ), ( Bytes{ 0x7F, 0x80 } ) );
    chip.temperatureIs( -200 );
@@ -87,7 +87,7 @@ TEST_F( LM75Test, PowersUpWithTheDatasheetsValuesAndPointerAtTheTemperature ) {
    EXPECT_EQ( readFrom( 3, 2 ), ( Bytes{ 0x50, 0x00 } ) );
 }
 
-TEST_F( LM75Test, GivesTheDegreesAloneToAReadOfOneByte ) {
+TEST_F( LM75Test, ReturnsTheDegreesToAReadOfOneByte ) {
    chip.temperatureIs( -3.5 );
    EXPECT_EQ( readFrom( 0, 1 ), Bytes{ 0xFC } );
 }
@@ -97,13 +97,13 @@ TEST_F( LM75Test, KeepsItsPointerUntilTheNextOne ) {
    EXPECT_EQ( read( 2 ), ( Bytes{ 0x50, 0x00 } ) );
 }
 
-TEST_F( LM75Test, BeginsTheWordAnewWhenItIsReadOn ) {
+TEST_F( LM75Test, RepeatsTheWordInALongRead ) {
    chip.temperatureIs( 24.5 );
    EXPECT_EQ( readFrom( 0, 5 ), ( Bytes{ 0x18, 0x80, 0x18, 0x80, 0x18 } ) );
    EXPECT_EQ( readFrom( 1, 3 ), ( Bytes{ 0x00, 0x00, 0x00 } ) );
 }
 
-TEST_F( LM75Test, TakesBothThresholdsInTheirNineBits ) {
+TEST_F( LM75Test, StoresNineBitsOfBothThresholds ) {
    writeTo( 3, { 0x19, 0xFF } );
    writeTo( 2, { 0xE7, 0x80 } );
    EXPECT_EQ( readFrom( 3, 2 ), ( Bytes{ 0x19, 0x80 } ) );
@@ -112,12 +112,12 @@ TEST_F( LM75Test, TakesBothThresholdsInTheirNineBits ) {
    EXPECT_EQ( chip.tHyst(), -24.5 );
 }
 
-TEST_F( LM75Test, LeavesAThresholdThatGetsOneByteOnly ) {
+TEST_F( LM75Test, IgnoresAThresholdOfOneByte ) {
    writeTo( 3, { 0x19 } );
    EXPECT_EQ( chip.tOs(), 80 );
 }
 
-TEST_F( LM75Test, AcknowledgesBytesBehindARegisterAndIgnoresThem ) {
+TEST_F( LM75Test, AcknowledgesAndIgnoresFurtherBytes ) {
    writeTo( 3, { 0x19, 0x00, 0x55 } );
    EXPECT_EQ( chip.tOs(), 25 );
    writeTo( 1, { 0x06, 0x55 } );
@@ -149,7 +149,7 @@ TEST_F( LM75Test, RepeatsItsRegistersEveryEightCommands ) {
    EXPECT_EQ( readFrom( 0x4A, 2 ), ( Bytes{ 0x4B, 0x00 } ) );
 }
 
-TEST_F( LM75Test, GivesTheByteReadLastWhereItHasNoRegister ) {
+TEST_F( LM75Test, RepeatsTheLastByteWhereItHasNoRegister ) {
    EXPECT_EQ( readFrom( 3, 1 ), Bytes{ 0x50 } );
    for ( const uint32_t pointer : { 4u, 5u, 6u, 7u } )
       EXPECT_EQ( readFrom( pointer, 2 ), ( Bytes{ 0x50, 0x50 } ) ) << pointer;
@@ -157,7 +157,7 @@ TEST_F( LM75Test, GivesTheByteReadLastWhereItHasNoRegister ) {
    EXPECT_EQ( readFrom( 3, 2 ), ( Bytes{ 0x50, 0x00 } ) );
 }
 
-TEST_F( LM75Test, GivesBothBytesOfOneConversionWhileItDrifts ) {
+TEST_F( LM75Test, ReturnsBothBytesOfOneConversionWhileItDrifts ) {
    chip.temperatureIs( 0, Drift( 50, 1s, 1 ) );
    chip.command( 0 );
    chip.addressed( Direction::Read );
@@ -168,7 +168,7 @@ TEST_F( LM75Test, GivesBothBytesOfOneConversionWhileItDrifts ) {
    EXPECT_NE( read( 2 ), ( Bytes{ 0x00, 0x00 } ) );
 }
 
-TEST_F( LM75Test, ForgetsWhatItWasToldWhenItIsPulledAndPutBack ) {
+TEST_F( LM75Test, ResetsWhenItIsPulledAndInserted ) {
    writeTo( 3, { 0x19, 0x00 } );
    writeTo( 1, { 0x02 } );
    chip.presentIs( false );

@@ -1,4 +1,4 @@
-// The 24C02 and what stands in it: FRU information and serial ids of transceivers.
+// The 24C02 and its contents: FRU information and the serial ID of transceivers.
 #include "BusPins.h"
 #include "simulator/chips/FruImage.h"
 #include "simulator/chips/ModuleImage.h"
@@ -24,14 +24,14 @@ unsigned sum( const EepromImage &image, size_t first, size_t last ) {
           0xFF;
 }
 
-TEST( Eeprom24C02Test, ReadsOnFromTheAddressAndAroundTheEnd ) {
+TEST( Eeprom24C02Test, IncrementsTheAddressAndWrapsAround ) {
    EepromImage image{};
    image[0xFF] = 0x11;
    image[0x00] = 0x22;
    image[0x01] = 0x33;
    Eeprom24C02 chip( "rom", image );
    EXPECT_EQ( readFrom( chip, 0xFF, 2 ), ( Bytes{ 0x11, 0x22 } ) );
-   chip.addressed( Direction::Read ); // where the last read ended
+   chip.addressed( Direction::Read ); // continues after the last read
    EXPECT_EQ( chip.read(), 0x33 );
 }
 
@@ -61,7 +61,7 @@ TEST( FruImageTest, KeepsEveryAreaInWholeUnitsOfEightBytes ) {
    }
 }
 
-TEST( FruImageTest, RefusesWhatDoesNotFit ) {
+TEST( FruImageTest, RefusesTooLongTexts ) {
    EXPECT_NO_THROW( fruImage( { std::string( 63, 'x' ), "", "", "", "", "" } ) );
    EXPECT_THROW( fruImage( { std::string( 64, 'x' ), "", "", "", "", "" } ), std::length_error );
    const std::string most( 63, 'x' );

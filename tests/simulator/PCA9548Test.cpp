@@ -11,7 +11,7 @@ using namespace Simulator;
 int joined( const PCA9548 &mux ) {
    int channels = 0;
    for ( unsigned channel = 0; channel < 8; ++channel )
-      channels |= mux.joins( channel ) << channel;
+      channels |= mux.selects( channel ) << channel;
    return channels;
 }
 
@@ -21,12 +21,12 @@ void send( PCA9548 &mux, uint8_t byte ) {
    mux.stopped();
 }
 
-TEST( PCA9548Test, JoinsNoChannelAfterPowerUp ) {
+TEST( PCA9548Test, SelectsNoChannelAfterPowerOn ) {
    const PCA9548 mux( "mux" );
    EXPECT_EQ( joined( mux ), 0x00 );
 }
 
-TEST( PCA9548Test, JoinsEveryChannelByItsBit ) {
+TEST( PCA9548Test, SelectsEachChannelByItsBit ) {
    PCA9548 mux( "mux" );
    for ( unsigned channel = 0; channel < 8; ++channel ) {
       send( mux, static_cast<uint8_t>( 1 << channel ) );
@@ -34,7 +34,7 @@ TEST( PCA9548Test, JoinsEveryChannelByItsBit ) {
    }
 }
 
-TEST( PCA9548Test, JoinsAnyCombinationOfChannels ) {
+TEST( PCA9548Test, SelectsAnyCombinationOfChannels ) {
    PCA9548 mux( "mux" );
    for ( const int channels : { 0x00, 0x81, 0xA5, 0xFF } ) {
       send( mux, static_cast<uint8_t>( channels ) );
@@ -43,7 +43,7 @@ TEST( PCA9548Test, JoinsAnyCombinationOfChannels ) {
    }
 }
 
-TEST( PCA9548Test, ChangesItsChannelsAtTheStopAndNotBefore ) {
+TEST( PCA9548Test, ChangesItsChannelsOnlyAtTheStop ) {
    PCA9548 mux( "mux" );
    mux.addressed( Direction::Write );
    mux.command( 0x04 );
@@ -75,7 +75,7 @@ TEST( PCA9548Test, ReadsWithoutChangingAnything ) {
    EXPECT_EQ( joined( mux ), 0x10 );
 }
 
-TEST( PCA9548Test, JoinsNothingWhenItIsPulledAndPutBack ) {
+TEST( PCA9548Test, SelectsNoChannelAfterItIsPulledAndInserted ) {
    PCA9548 mux( "mux" );
    send( mux, 0x10 );
    mux.presentIs( false );

@@ -1,6 +1,6 @@
 #include "simulator/chips/PmbusSupply.h"
 #include "BusPins.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "simulator/chips/PmbusFormats.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ using namespace Bus;
 using namespace Simulator;
 using namespace std::chrono_literals;
 
-TEST( PmbusFormatsTest, WritesLinear11WithAllTheMantissaThereIs ) {
+TEST( PmbusFormatsTest, WritesLinear11WithTheWholeMantissa ) {
    const struct {
       double value;
       uint16_t word;
@@ -49,7 +49,7 @@ class PmbusSupplyTest : public ::testing::Test {
    }
    int status( uint32_t command ) { return readFrom( chip, command, 1 ).at( 0 ); }
 
-   HandClock clock;
+   ManualClock clock;
    PmbusSupply chip{
       "psu", 0x58, clock, { 12, 70, 0.8, { 20000, 16000 } }, { "Kelt Power", "KP", "02", "S1" }
    };
@@ -75,7 +75,7 @@ TEST_F( PmbusSupplyTest, ShowsWhatItsModelHolds ) {
       EXPECT_EQ( readFrom( chip, row.command, 2 ), row.bytes ) << row.command;
 }
 
-TEST_F( PmbusSupplyTest, TellsWhatItIs ) {
+TEST_F( PmbusSupplyTest, IdentifiesItself ) {
    EXPECT_EQ( readFrom( chip, 0x19, 1 ), Bytes{ 0xA0 } );
    EXPECT_EQ( readFrom( chip, 0x20, 1 ), Bytes{ 0x17 } );
    EXPECT_EQ( readFrom( chip, 0x3A, 1 ), Bytes{ 0x99 } );
@@ -87,7 +87,7 @@ TEST_F( PmbusSupplyTest, TellsWhatItIs ) {
    EXPECT_EQ( readFrom( chip, 0x9E, 3 ), ( Bytes{ 2, 'S', '1' } ) );
 }
 
-TEST_F( PmbusSupplyTest, AnswersWithAPacketErrorCodeBehindTheData ) {
+TEST_F( PmbusSupplyTest, SendsAPacketErrorCodeAfterTheData ) {
    EXPECT_EQ( readFrom( chip, 0x20, 3 ), ( Bytes{ 0x17, 0xE4, 0xFF } ) );
    EXPECT_EQ( readFrom( chip, 0x9A, 4 ), ( Bytes{ 2, 'K', 'P', 0x12 } ) );
 }
@@ -102,7 +102,7 @@ TEST_F( PmbusSupplyTest, RefusesCommandsThatItDoesNotKnow ) {
    EXPECT_EQ( status( 0x7E ), 0x00 );
 }
 
-TEST_F( PmbusSupplyTest, TakesAFanCommandWithAndWithoutPacketErrorCode ) {
+TEST_F( PmbusSupplyTest, AcceptsAFanCommandWithAndWithoutPacketErrorCode ) {
    EXPECT_EQ( writeTo( chip, 0x3B, { 0x64, 0x00 } ), 3 );
    EXPECT_EQ( readFrom( chip, 0x3B, 2 ), ( Bytes{ 0x64, 0x00 } ) );
    clock.advance( 1min );
@@ -112,7 +112,7 @@ TEST_F( PmbusSupplyTest, TakesAFanCommandWithAndWithoutPacketErrorCode ) {
    EXPECT_EQ( readFrom( chip, 0x3B, 2 ), ( Bytes{ 0x64, 0x00 } ) );
 }
 
-TEST_F( PmbusSupplyTest, RefusesAWrongPacketErrorCodeAndWhatCameWithIt ) {
+TEST_F( PmbusSupplyTest, RefusesDataWithAWrongPacketErrorCode ) {
    EXPECT_EQ( writeTo( chip, 0x3B, { 0x64, 0x00, 0x35 } ), 3 );
    EXPECT_EQ( readFrom( chip, 0x3B, 2 ), ( Bytes{ 0x00, 0x00 } ) );
    EXPECT_EQ( status( 0x7E ), 0x20 );
@@ -122,12 +122,12 @@ TEST_F( PmbusSupplyTest, RefusesAWrongPacketErrorCodeAndWhatCameWithIt ) {
    EXPECT_EQ( status( 0x7E ), 0x00 );
 }
 
-TEST_F( PmbusSupplyTest, RefusesDataForWhatCanOnlyBeRead ) {
+TEST_F( PmbusSupplyTest, RefusesDataForReadOnlyCommands ) {
    EXPECT_EQ( writeTo( chip, 0x88, { 0x00, 0x00 } ), 1 );
    EXPECT_EQ( status( 0x7E ), 0x80 );
 }
 
-TEST_F( PmbusSupplyTest, IgnoresInvalidDataAndTellsIt ) {
+TEST_F( PmbusSupplyTest, IgnoresAndReportsInvalidData ) {
    writeTo( chip, 0x3C, { 0x65, 0x00 } ); // 101 %
    EXPECT_EQ( readFrom( chip, 0x3C, 2 ), ( Bytes{ 0x00, 0x00 } ) );
    EXPECT_EQ( status( 0x7E ), 0x40 );
@@ -136,13 +136,13 @@ TEST_F( PmbusSupplyTest, IgnoresInvalidDataAndTellsIt ) {
    EXPECT_EQ( status( 0x7E ), 0x40 );
 }
 
-TEST_F( PmbusSupplyTest, IgnoresAWordThatGetsOneByteOnly ) {
+TEST_F( PmbusSupplyTest, IgnoresAWordWithOneByte ) {
    writeTo( chip, 0x3B, { 0x64 } );
    EXPECT_EQ( readFrom( chip, 0x3B, 2 ), ( Bytes{ 0x00, 0x00 } ) );
    EXPECT_EQ( status( 0x7E ), 0x02 );
 }
 
-TEST_F( PmbusSupplyTest, NeverRunsItsFansSlowerThanItsLoadWants ) {
+TEST_F( PmbusSupplyTest, NeverRunsItsFansSlowerThanItsLoadNeeds ) {
    writeTo( chip, 0x3B, { 0x0A, 0x00 } );
    clock.advance( 1min );
    EXPECT_NEAR( chip.model().rpm( 0 ), 13571.4, 0.1 );
@@ -156,7 +156,7 @@ TEST_F( PmbusSupplyTest, TurnsOffByOperationAndOnAgain ) {
    EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x00, 0x00 } ) );
 }
 
-TEST_F( PmbusSupplyTest, TellsALineThatIsTooLowUntilFaultsAreCleared ) {
+TEST_F( PmbusSupplyTest, ReportsALowLineUntilFaultsAreCleared ) {
    chip.model().lineIs( 60 );
    EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x48, 0x28 } ) );
    EXPECT_EQ( status( 0x7C ), 0x18 );
@@ -166,13 +166,13 @@ TEST_F( PmbusSupplyTest, TellsALineThatIsTooLowUntilFaultsAreCleared ) {
    EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x00, 0x00 } ) );
 }
 
-TEST_F( PmbusSupplyTest, IsNotGoodThoughItIsOnWhenItsConverterFails ) {
+TEST_F( PmbusSupplyTest, IsOnButNotGoodWhenItsConverterFails ) {
    quantity( chip, "failed" ).set( 1 );
    EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x01, 0x88 } ) );
    EXPECT_EQ( status( 0x7A ), 0x10 );
 }
 
-TEST_F( PmbusSupplyTest, TellsAStalledFanAndAnOverload ) {
+TEST_F( PmbusSupplyTest, ReportsAStalledFanAndAnOverload ) {
    quantity( chip, "psu.fan2 stalled" ).set( 1 );
    EXPECT_EQ( status( 0x81 ), 0x40 );
    EXPECT_EQ( quantity( chip, "psu.fan2 rpm" ).get(), 0 );
@@ -180,7 +180,7 @@ TEST_F( PmbusSupplyTest, TellsAStalledFanAndAnOverload ) {
    EXPECT_EQ( status( 0x7B ), 0x20 );
 }
 
-TEST_F( PmbusSupplyTest, GetsWarmerSlowlyWithItsLoad ) {
+TEST_F( PmbusSupplyTest, WarmsUpSlowlyWithItsLoad ) {
    const double before = chip.model().hotSpotCelsius();
    EXPECT_NEAR( before, 54.22, 0.01 );
    chip.model().loadIs( 60 );
@@ -192,7 +192,7 @@ TEST_F( PmbusSupplyTest, GetsWarmerSlowlyWithItsLoad ) {
    EXPECT_NE( chip.model().hotSpotCelsius(), later );
 }
 
-TEST_F( PmbusSupplyTest, HasNothingToGiveWithoutACommand ) {
+TEST_F( PmbusSupplyTest, ReadsFFWithoutACommand ) {
    chip.addressed( Direction::Read );
    EXPECT_EQ( chip.read(), 0xFF );
    chip.stopped();

@@ -1,5 +1,5 @@
 #include "simulator/board/SimulationClock.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ using namespace Simulator;
 using namespace std::chrono_literals;
 
 TEST( SimulationClockTest, StartsAtZeroAndRunsFasterByItsSpeed ) {
-   HandClock real;
+   ManualClock real;
    real.advance( 5s );
    SimulationClock clock( real, 60 );
    EXPECT_EQ( clock.now(), 0s );
@@ -21,8 +21,8 @@ TEST( SimulationClockTest, StartsAtZeroAndRunsFasterByItsSpeed ) {
    EXPECT_EQ( clock.now(), 2min );
 }
 
-TEST( SimulationClockTest, StandsStillAtSpeedZeroUntilItIsStepped ) {
-   HandClock real;
+TEST( SimulationClockTest, StopsAtSpeedZeroUntilItIsStepped ) {
+   ManualClock real;
    SimulationClock clock( real, 0 );
    real.advance( 1h );
    EXPECT_EQ( clock.now(), 0s );
@@ -30,8 +30,8 @@ TEST( SimulationClockTest, StandsStillAtSpeedZeroUntilItIsStepped ) {
    EXPECT_EQ( clock.now(), 90s );
 }
 
-TEST( SimulationClockTest, GoesOnFromWhereItIsWhenItsSpeedChanges ) {
-   HandClock real;
+TEST( SimulationClockTest, ContinuesWhenItsSpeedChanges ) {
+   ManualClock real;
    SimulationClock clock( real, 1 );
    real.advance( 10s );
    clock.speedIs( 3600 );

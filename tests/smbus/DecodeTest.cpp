@@ -42,7 +42,7 @@ TEST( DecodeTest, ReadsAWholeRequest ) {
    EXPECT_TRUE( transfer.pec );
 }
 
-TEST( DecodeTest, ReadsEveryFieldOfTheAddressWordInItsPlace ) {
+TEST( DecodeTest, DecodesEveryFieldOfTheAddressWord ) {
    Request each = read( 0, 0, 1 );
    each.set_addr( 0xFFFFFFFFull | 0x7Full << 32 );
    EXPECT_EQ( decode( transaction( each ), 2s ).transfers[0].address, 0x7F );
@@ -79,7 +79,7 @@ TEST( DecodeTest, TurnsDelaysAndTimeoutIntoMilliseconds ) {
    EXPECT_EQ( timing( writes, 3ull << 62 ), std::pair( 0ms, 0ms ) ); // a read's
 }
 
-TEST( DecodeTest, TakesTheClientsTimeLimitUpToItsOwn ) {
+TEST( DecodeTest, UsesTheClientsTimeLimitUpToTheBound ) {
    Smbus::TransactionRequest message;
    EXPECT_EQ( decode( message, 2s ).limit, 2s );
    message.set_timeout_ms( 50 );
@@ -100,49 +100,49 @@ TEST( DecodeTest, AcceptsTheLargestOfEverything ) {
               "accepted" );
 }
 
-TEST( DecodeTest, RefusesSenselessRequestsByNumberAndReason ) {
+TEST( DecodeTest, NamesTheInvalidRequestAndTheReason ) {
    const std::pair<const char *, std::function<void( Request & )>> rows[] = {
-      { "no addr", []( Request &each ) { each.clear_addr(); } },
-      { "no pci", []( Request &each ) { each.clear_pci(); } },
-      { "no mastertype, or none that is known", []( Request &each ) { each.clear_mastertype(); } },
-      { "no type, or none that is known", []( Request &each ) { each.clear_type(); } },
-      { "no length", []( Request &each ) { each.clear_length(); } },
-      { "no pec", []( Request &each ) { each.clear_pec(); } },
-      { "length 8193 for a read, where 0 to 8192 is due",
+      { "addr is missing", []( Request &each ) { each.clear_addr(); } },
+      { "pci is missing", []( Request &each ) { each.clear_pci(); } },
+      { "a known mastertype is missing", []( Request &each ) { each.clear_mastertype(); } },
+      { "a known type is missing", []( Request &each ) { each.clear_type(); } },
+      { "length is missing", []( Request &each ) { each.clear_length(); } },
+      { "pec is missing", []( Request &each ) { each.clear_pec(); } },
+      { "length 8193 for a read, expected 0 to 8192",
         []( Request &each ) { each.set_length( 8193 ); } },
-      { "1 bytes of data, where 0 are due", []( Request &each ) { each.set_data( "x" ); } },
-      { "0 bytes of data, where 1 are due",
+      { "1 bytes of data, expected 0", []( Request &each ) { each.set_data( "x" ); } },
+      { "0 bytes of data, expected 1",
         []( Request &each ) { each.set_type( Smbus::REQUEST_WRITE ); } },
-      { "2 bytes of data, where 1 are due",
+      { "2 bytes of data, expected 1",
         []( Request &each ) {
            each.set_type( Smbus::REQUEST_WRITE );
            each.set_data( "xy" );
         } },
-      { "1 bytes of data, where 0 are due",
+      { "1 bytes of data, expected 0",
         []( Request &each ) {
            each.set_type( Smbus::REQUEST_WRITE );
            each.set_length( 0 );
            each.set_data( "x" );
         } },
-      { "length 1 for a process call, where 2 is due",
+      { "length 1 for a process call, expected 2",
         []( Request &each ) { each.set_type( Smbus::REQUEST_PROCESS_CALL ); } },
-      { "length 1 for a block read, where 0 is due",
+      { "length 1 for a block read, expected 0",
         []( Request &each ) { each.set_type( Smbus::REQUEST_BLOCK_READ ); } },
-      { "length 256 for a block write, where 1 to 255 is due",
+      { "length 256 for a block write, expected 1 to 255",
         []( Request &each ) {
            each.set_type( Smbus::REQUEST_BLOCK_WRITE );
            each.set_length( 256 );
         } },
-      { "length 0 for a block write, where 1 to 255 is due",
+      { "length 0 for a block write, expected 1 to 255",
         []( Request &each ) {
            each.set_type( Smbus::REQUEST_BLOCK_WRITE );
            each.set_length( 0 );
         } },
-      { "address size 3, where 0, 1 or 2 is due",
+      { "address size 3, expected 0, 1 or 2",
         []( Request &each ) { each.set_addr( each.addr() | 3ull << 57 ); } },
-      { "on scd(5):1:2, while the transaction is on scd(4):1:2",
+      { "on scd(5):1:2, but the transaction is on scd(4):1:2",
         []( Request &each ) { each.set_pci( 5 ); } },
-      { "on i2c:2, while the transaction is on scd(4):1:2",
+      { "on i2c:2, but the transaction is on scd(4):1:2",
         []( Request &each ) { each.set_mastertype( Smbus::MASTER_I2C ); } },
    };
    for ( const auto &[reason, spoil] : rows ) {
@@ -153,17 +153,17 @@ TEST( DecodeTest, RefusesSenselessRequestsByNumberAndReason ) {
    }
 }
 
-TEST( DecodeTest, FindsAnEnumeratorMissingThatItDoesNotKnow ) {
+TEST( DecodeTest, TreatsAnUnknownTypeAsMissing ) {
    Smbus::TransactionRequest message = transaction( read( 0x48, 0, 1 ) );
    message.mutable_request( 0 )->clear_type();
    std::string bytes = message.SerializeAsString();
    bytes[1] = static_cast<char>( bytes[1] + 2 ); // the request is two bytes longer
    bytes += "\x20\x09";                          // field 4, type 9
    ASSERT_TRUE( message.ParseFromString( bytes ) );
-   EXPECT_EQ( refusal( message ), "request 1 of 1: no type, or none that is known" );
+   EXPECT_EQ( refusal( message ), "request 1 of 1: a known type is missing" );
 }
 
-TEST( DecodeTest, StaysOnOneBusWhateverAnAdapterRequestSaysOfPciAndAccelerator ) {
+TEST( DecodeTest, IgnoresPciAndAcceleratorOfAdapterRequests ) {
    Request first = read( 0x48, 0, 1 ), second = first;
    first.set_mastertype( Smbus::MASTER_I2C );
    second.set_mastertype( Smbus::MASTER_I2C );
@@ -181,19 +181,19 @@ TEST( DecodeTest, RefusesMoreThan4096Requests ) {
    EXPECT_THROW( parse( message.SerializeAsString() ), Refused );
 }
 
-TEST( DecodeTest, RefusesMillionsOfEmptyRequestsBeforeItMakesRoomForThem ) {
+TEST( DecodeTest, RefusesMillionsOfEmptyRequestsBeforeItAllocatesMemory ) {
    std::string bytes;
    for ( int i = 0; i < 8'000'000; ++i )
       bytes += std::string_view( "\x22\x00", 2 );
    EXPECT_THROW( parse( bytes ), Refused );
 }
 
-TEST( DecodeTest, RefusesMoreToReadThanAnAnswerCanCarry ) {
+TEST( DecodeTest, RefusesToReadMoreThanAnAnswerCanHold ) {
    Smbus::TransactionRequest message;
    for ( int i = 0; i < 1025; ++i )
       *message.add_request() = read( 0x48, 0, 8192 );
    EXPECT_EQ( refusal( message ),
-              "8396800 bytes to read, where at most 8388608 are allowed in a transaction" );
+              "8396800 bytes to read, but a transaction may read at most 8388608" );
 }
 
 } // namespace

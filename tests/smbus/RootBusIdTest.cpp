@@ -13,7 +13,7 @@ TEST( RootBusIdTest, IgnoresPciAndAcceleratorWhereAMasterHasNeither ) {
       EXPECT_EQ( rootBusId( master, 4, 1, 2 ), rootBusId( master, 0, 0, 2 ) );
 }
 
-TEST( RootBusIdTest, TellsPciAndAcceleratorApartWhereAMasterHasThem ) {
+TEST( RootBusIdTest, DistinguishesPciAndAcceleratorWhereAMasterHasThem ) {
    for ( const Master master : { Master::Scd, Master::Celestica } ) {
       EXPECT_NE( rootBusId( master, 4, 1, 2 ), rootBusId( master, 5, 1, 2 ) );
       EXPECT_NE( rootBusId( master, 4, 1, 2 ), rootBusId( master, 4, 3, 2 ) );
@@ -22,7 +22,7 @@ TEST( RootBusIdTest, TellsPciAndAcceleratorApartWhereAMasterHasThem ) {
    EXPECT_NE( rootBusId( Master::I2c, 0, 0, 2 ), rootBusId( Master::Simulated, 0, 0, 2 ) );
 }
 
-TEST( RootBusIdTest, ReadsWhatItWrites ) {
+TEST( RootBusIdTest, ParsesItsOwnText ) {
    for ( const char *text :
          { "sim:0", "i2c:127", "scd(4):1:2", "ioport:3", "celestica:1:2", "celestica(5):1:2" } ) {
       const auto id = parseRootBusId( text );
@@ -31,11 +31,11 @@ TEST( RootBusIdTest, ReadsWhatItWrites ) {
    }
 }
 
-TEST( RootBusIdTest, ReadsHexadecimalNumbers ) {
+TEST( RootBusIdTest, ParsesHexadecimalNumbers ) {
    EXPECT_EQ( parseRootBusId( "scd(0x4):0x1:0X2" ), rootBusId( Master::Scd, 4, 1, 2 ) );
 }
 
-TEST( RootBusIdTest, RefusesWhatIsNoBus ) {
+TEST( RootBusIdTest, RefusesOtherTexts ) {
    for ( const char *text : { "", "i2c", "i2c:", "i2c:x", "i2c:-1", "i2c:128", "i2c:0:1",
                               "i2c(4):0", "scd:1:2", "scd(4):1", "scd(4:1:2", "scd():1:2",
                               "scd(4):128:2", "scd(4):1:2:3", "celestica:1", "I2C:0", "can:0" } )

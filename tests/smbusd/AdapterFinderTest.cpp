@@ -15,8 +15,8 @@ using namespace BoardFiles;
 namespace fs = std::filesystem;
 using namespace Smbusd::Linux;
 
-// Two adapters of a PCI card, one of them with a bus behind its own multiplexer, and one in a USB
-// device's interface.
+// Two adapters of a PCI card (one of them with a multiplexer), and one in the interface of a USB
+// device.
 class AdapterFinderTest : public ::testing::Test {
  protected:
    AdapterFinderTest() {
@@ -27,7 +27,7 @@ class AdapterFinderTest : public ::testing::Test {
       put( "devices/usb1/1-1/1-1:1.0", 4, "tiny" );
       put( "devices/usb1/1-2/1-2:1.0", 7, "tiny" );
       fs::create_directories( folder.file( "sys/devices/empty" ) );
-      // As i2c-dev has it, below the adapter.
+      // The entry of i2c-dev, below the adapter.
       fs::create_directories( folder.file( "sys/devices/usb1/1-1/1-1:1.0/i2c-4/i2c-dev/i2c-4" ) );
    }
    void put( const std::string &device, unsigned number, const std::string &name ) {
@@ -52,12 +52,12 @@ class AdapterFinderTest : public ::testing::Test {
 
 TEST_F( AdapterFinderTest, FindsByNumber ) {
    EXPECT_EQ( findAdapter( AdapterNumber{ 5 }, places ), 5u );
-   EXPECT_EQ( failure( AdapterNumber{ 9 } ), "no adapter has the number 9" );
+   EXPECT_EQ( failure( AdapterNumber{ 9 } ), "there is no adapter with number 9" );
 }
 
-TEST_F( AdapterFinderTest, FindsByTheWholeName ) {
+TEST_F( AdapterFinderTest, FindsByTheCompleteName ) {
    EXPECT_EQ( findAdapter( AdapterName{ "card bus 1" }, places ), 5u );
-   EXPECT_EQ( failure( AdapterName{ "card bus" } ), "no adapter named \"card bus\"" );
+   EXPECT_EQ( failure( AdapterName{ "card bus" } ), "there is no adapter named \"card bus\"" );
    EXPECT_EQ( failure( AdapterName{ "tiny" } ), "2 adapters named \"tiny\": numbers 4, 7" );
 }
 
@@ -69,15 +69,17 @@ TEST_F( AdapterFinderTest, FindsByThePathOfTheAdapterOrOfItsDevice ) {
               6u );
 }
 
-TEST_F( AdapterFinderTest, SaysWhyAPathLeadsToNone ) {
+TEST_F( AdapterFinderTest, ExplainsWhyAPathHasNoAdapter ) {
    EXPECT_EQ( failure( AdapterPath{ path( "pci/04.0" ) } ),
-              "2 adapters in " + path( "pci/04.0" ) + ": numbers 3, 5" ); // not what is behind them
-   EXPECT_EQ( failure( AdapterPath{ path( "empty" ) } ), "no adapter in " + path( "empty" ) );
+              "2 adapters in " + path( "pci/04.0" ) +
+                 ": numbers 3, 5" ); // not the channels of their multiplexers
+   EXPECT_EQ( failure( AdapterPath{ path( "empty" ) } ),
+              "there is no adapter in " + path( "empty" ) );
    EXPECT_EQ( failure( AdapterPath{ path( "gone" ) } ),
               path( "gone" ) + ": No such file or directory" );
 }
 
-TEST_F( AdapterFinderTest, DescribesAnAdapterToPeople ) {
+TEST_F( AdapterFinderTest, DescribesAnAdapter ) {
    EXPECT_EQ( describeAdapter( 5, places ), "/dev/i2c-5 (card bus 1)" );
 }
 

@@ -15,7 +15,7 @@ using namespace Bus;
 using namespace Smbusd;
 using Kind = Transfer::Kind;
 
-// The ports are a file: its bytes are what they hold.
+// A file replaces the ports; each byte is a port.
 class IoPortBusTest : public ::testing::Test {
  protected:
    static Transfer read( uint32_t offset, unsigned length, uint8_t address = 0 ) {
@@ -48,8 +48,8 @@ TEST_F( IoPortBusTest, WritesOneOrTwoPorts ) {
    EXPECT_EQ( ports(), "01234x6789yzcdef" );
 }
 
-TEST_F( IoPortBusTest, NeverReachesBeyondItsWindow ) {
-   const std::string words = "outside the window of 8 ports from 0x0004 on";
+TEST_F( IoPortBusTest, RefusesPortsOutsideItsRange ) {
+   const std::string words = "outside the range of 8 ports from 0x0004";
    for ( const Transfer &transfer : { read( 8, 1 ), read( 7, 2 ), write( 8, "x" ), write( 7, "xy" ),
                                       read( 0xFFFFFFFF, 2 ) } ) {
       const Outcome outcome = bus.transfer( transfer );
@@ -60,23 +60,23 @@ TEST_F( IoPortBusTest, NeverReachesBeyondItsWindow ) {
    EXPECT_EQ( ports(), "0123456789abcdef" );
 }
 
-TEST_F( IoPortBusTest, RefusesWhatPortsDontKnow ) {
+TEST_F( IoPortBusTest, RefusesUnsupportedTransfers ) {
    Transfer block = read( 0, 0 ), call = write( 0, "xy" ), checked = read( 0, 1 );
    block.kind = Kind::BlockRead;
    call.kind = Kind::ProcessCall;
    checked.pec = true;
    for ( const Transfer &transfer : { read( 0, 0 ), write( 0, "" ), read( 0, 3 ), block, call } )
       EXPECT_EQ( bus.transfer( transfer ).error,
-                 "I/O ports know only reads and writes of one or two bytes" );
-   EXPECT_EQ( bus.transfer( checked ).error, "I/O ports know no PEC" );
+                 "I/O ports support only reads and writes of one or two bytes" );
+   EXPECT_EQ( bus.transfer( checked ).error, "I/O ports do not support PEC" );
 }
 
-TEST_F( IoPortBusTest, SaysThatAPortDoesntAnswer ) {
+TEST_F( IoPortBusTest, ReportsAPortThatDoesNotAnswer ) {
    IoPortBus beyond( 100, 8, file );
    EXPECT_EQ( beyond.transfer( read( 1, 1 ) ).error, "port 0x0065: fewer bytes than asked for" );
 }
 
-TEST_F( IoPortBusTest, OpensThePortsWhenTheyAreThere ) {
+TEST_F( IoPortBusTest, OpensThePortsWhenTheyExist ) {
    IoPortBus late( 0, 8, folder.file( "late" ) );
    EXPECT_EQ( late.transfer( read( 0, 1 ) ).error,
               folder.file( "late" ) + ": No such file or directory" );

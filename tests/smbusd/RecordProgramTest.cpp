@@ -1,4 +1,4 @@
-// orbis-smbusd --record and --replay, and orbis-smbus trace FILE, as they are installed.
+// orbis-smbusd --record and --replay, and orbis-smbus trace FILE, as installed programs.
 #include "PrivateFolder.h"
 #include "StartedProgram.h"
 
@@ -17,7 +17,7 @@ using TestSupport::StartedProgram;
 
 class RecordProgramTest : public ::testing::Test {
  protected:
-   // Serves while it is asked; the answers.
+   // Starts a server, sends these requests and returns the answers.
    std::string serve( std::vector<std::string> options,
                       const std::vector<std::vector<std::string>> &questions ) {
       options.insert( options.begin(), { ORBIS_SMBUSD, "--socket", socket } );
@@ -41,10 +41,10 @@ class RecordProgramTest : public ::testing::Test {
    const std::string recording = folder.file( "night.rec" );
 };
 
-TEST_F( RecordProgramTest, WhatWasRecordedIsAnsweredAgainWithoutTheBoard ) {
+TEST_F( RecordProgramTest, ReplaysARecordingWithoutTheBoard ) {
    const std::vector<std::vector<std::string>> questions{
       { "read", "scd(4):1:2:0x48", "0", "--size", "2", "--via", "0x70=1" },
-      { "read", "i2c:0:0x49", "0" }, // nobody is there
+      { "read", "i2c:0:0x49", "0" }, // there is no chip
       { "scan", "scd(4):1:3" }
    };
    const std::string answers = serve( { "--simulate", KELT_BOARD "/topology.json", "--simulation",
@@ -68,15 +68,16 @@ TEST_F( RecordProgramTest, WhatWasRecordedIsAnsweredAgainWithoutTheBoard ) {
                            "\"written\":[],\"read\":[24,128]}" ) );
 }
 
-TEST_F( RecordProgramTest, AFileThatIsNoRecordingIsToldWithItsPlace ) {
+TEST_F( RecordProgramTest, NamesTheByteWhereAFileIsNotARecording ) {
    const std::string file = folder.write( "text", std::string( 1, '\0' ) );
-   EXPECT_THAT( ask( { "trace", file } ), HasSubstr( file + ": byte 0: no entry of a recording" ) );
+   EXPECT_THAT( ask( { "trace", file } ),
+                HasSubstr( file + ": byte 0: not an entry of a recording" ) );
    StartedProgram server( { ORBIS_SMBUSD, "--socket", socket, "--replay", file } );
    EXPECT_EQ( server.wait(), 1 );
-   EXPECT_THAT( server.errors(), HasSubstr( file + ": byte 0: no entry of a recording" ) );
+   EXPECT_THAT( server.errors(), HasSubstr( file + ": byte 0: not an entry of a recording" ) );
 }
 
-TEST_F( RecordProgramTest, AReplayStandsForAllBusses ) {
+TEST_F( RecordProgramTest, AReplayExcludesABoardAndRoutes ) {
    StartedProgram both( { ORBIS_SMBUSD, "--replay", recording, "--routes", "x" } );
    EXPECT_EQ( both.wait(), 2 );
 }

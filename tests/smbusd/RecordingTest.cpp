@@ -1,5 +1,5 @@
-// What is written down of a server's transactions, and a server that answers from it.
-#include "HandClock.h"
+// Recording a server's transactions, and replaying them.
+#include "ManualClock.h"
 #include "PrivateFolder.h"
 #include "Requests.h"
 #include "smbus/Decode.h"
@@ -59,7 +59,7 @@ class RecordingTest : public ::testing::Test {
    }
    TestSupport::PrivateFolder folder;
    const std::string path = folder.file( "night.rec" );
-   HandClock clock;
+   ManualClock clock;
 };
 
 TEST_F( RecordingTest, HoldsTransactionsWithAnswersAndTimes ) {
@@ -78,7 +78,7 @@ TEST_F( RecordingTest, HoldsTransactionsWithAnswersAndTimes ) {
    EXPECT_EQ( all[2].transaction().response().error(), "it broke" );
 }
 
-TEST_F( RecordingTest, GoesOnBehindWhatAnEarlierRunRecorded ) {
+TEST_F( RecordingTest, AppendsToAnEarlierRecording ) {
    Recorder( path, "1", clock ).write( transaction( read( 0x48, 0, 1 ) ), answer( "a" ), 0s, 0s );
    Recorder( path, "2", clock );
    const auto all = entries();
@@ -86,7 +86,7 @@ TEST_F( RecordingTest, GoesOnBehindWhatAnEarlierRunRecorded ) {
    EXPECT_EQ( all[2].start().version(), "2" );
 }
 
-TEST_F( RecordingTest, SaysWhereAFileIsNone ) {
+TEST_F( RecordingTest, NamesTheByteWhereAFileIsNotARecording ) {
    EXPECT_EQ( complaint(), path + ": can't be read: No such file or directory" );
    EXPECT_THROW( Recorder( folder.file( "none/night.rec" ), "1", clock ), std::runtime_error );
    Recorder( path, "1", clock ).write( transaction( read( 0x48, 0, 1 ) ), answer( "a" ), 0s, 0s );
@@ -98,7 +98,7 @@ TEST_F( RecordingTest, SaysWhereAFileIsNone ) {
    folder.write( "night.rec", "{ \"routes\": [] }" );
    EXPECT_THAT( complaint(), HasSubstr( path + ": byte 0: " ) );
    folder.write( "night.rec", std::string( 1, '\0' ) );
-   EXPECT_EQ( complaint(), path + ": byte 0: no entry of a recording" );
+   EXPECT_EQ( complaint(), path + ": byte 0: not an entry of a recording" );
 }
 
 class ReplayTest : public RecordingTest {
@@ -126,11 +126,11 @@ TEST_F( ReplayTest, AnswersEachTransactionAsItWasAnsweredThen ) {
    EXPECT_EQ( ask( executors, one ), "a" );
    EXPECT_EQ( ask( executors, one ), "it broke" );
    EXPECT_EQ( ask( executors, one ), "c" );
-   EXPECT_EQ( ask( executors, one ), "c" ); // asked more often than then
+   EXPECT_EQ( ask( executors, one ), "c" ); // more often than recorded
    EXPECT_EQ( ask( executors, other ), "x" );
 }
 
-TEST_F( ReplayTest, KnowsATransactionByWhatItAsksOfTheBus ) {
+TEST_F( ReplayTest, FindsATransactionByItsRequests ) {
    record( one, answer( "a" ) );
    Executors executors = replayed();
    Smbus::TransactionRequest patient = one;
@@ -156,7 +156,7 @@ TEST_F( ReplayTest, KnowsATransactionByWhatItAsksOfTheBus ) {
    EXPECT_THAT( ask( executors, write( "y" ) ), HasSubstr( "no such trans" ) );
 }
 
-TEST_F( ReplayTest, TellsHowLongEachAnswerTook ) {
+TEST_F( ReplayTest, WaitsAsLongAsEachAnswerTook ) {
    record( one, answer( "a" ), 30ms );
    record( one, answer( "b" ), 2s );
    Executors executors = replayed();
@@ -165,7 +165,7 @@ TEST_F( ReplayTest, TellsHowLongEachAnswerTook ) {
    EXPECT_THAT( waited, ElementsAre( 30ms, 2s ) );
 }
 
-TEST_F( ReplayTest, HasTheBussesThatWereAskedAndLeavesOutWhatMadeNoSense ) {
+TEST_F( ReplayTest, HasTheRecordedBussesAndSkipsInvalidTransactions ) {
    Smbus::TransactionRequest senseless = other;
    senseless.mutable_request( 0 )->clear_type();
    record( senseless, failure( "no type" ) );

@@ -1,4 +1,4 @@
-// orbis-smbusd with a routes file, as it is installed.
+// The installed program orbis-smbusd with a routes file.
 #include "PrivateFolder.h"
 #include "StartedProgram.h"
 
@@ -19,7 +19,7 @@ class RoutesProgramTest : public ::testing::Test {
    std::string write( const std::string &routes ) {
       return folder.write( "routes.json", "{ \"routes\": [" + routes + "] }" );
    }
-   // The exit code, then what was printed; the errors beside it.
+   // The exit code, then the output.
    std::string run( const std::vector<std::string> &command ) {
       StartedProgram program( command );
       const int code = program.wait();
@@ -31,36 +31,36 @@ class RoutesProgramTest : public ::testing::Test {
    std::string errors;
 };
 
-TEST_F( RoutesProgramTest, ChecksAFileAndTellsWhatCarriesEachBus ) {
+TEST_F( RoutesProgramTest, ChecksAFileAndDescribesEachBus ) {
    const std::string file = write( R"({ "bus": "scd(4):1:2", "simulated": true },
                 { "bus": "i2c:0", "adapter": { "name": "none here" }, "optional": true })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", file } ),
-              "0\nscd(4):1:2       simulated\ni2c:0            not yet\n" );
-   EXPECT_EQ( errors, "i2c:0: no adapter named \"none here\"\n" );
+              "0\nscd(4):1:2       simulated\ni2c:0            not available yet\n" );
+   EXPECT_EQ( errors, "i2c:0: there is no adapter named \"none here\"\n" );
 }
 
-TEST_F( RoutesProgramTest, TellsEveryAdapterThatIsMissing ) {
+TEST_F( RoutesProgramTest, NamesEveryMissingAdapter ) {
    const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "name": "none here" } },
                                       { "bus": "i2c:1", "adapter": { "name": "nor here" } })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", file } ), "1\n" );
-   EXPECT_EQ( errors, file + ":1:14: no adapter named \"none here\"\n" + file +
-                         ":2:39: no adapter named \"nor here\"\n" );
+   EXPECT_EQ( errors, file + ":1:14: there is no adapter named \"none here\"\n" + file +
+                         ":2:39: there is no adapter named \"nor here\"\n" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", "--elsewhere", file } ), "0\n" );
 }
 
-TEST_F( RoutesProgramTest, ChecksTheFileAloneForAnotherMachine ) {
+TEST_F( RoutesProgramTest, ChecksOnlyTheFileForAnotherMachine ) {
    const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "number": -1 } })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "check-routes", "--elsewhere", file } ), "1\n" );
    EXPECT_THAT( errors, HasSubstr( file + ":1:55: -1 is below 0" ) );
 }
 
-TEST_F( RoutesProgramTest, DoesNotStartWithoutAnAdapterThatItNeeds ) {
+TEST_F( RoutesProgramTest, DoesNotStartWithoutARequiredAdapter ) {
    const std::string file = write( R"({ "bus": "i2c:0", "adapter": { "name": "none here" } })" );
    EXPECT_EQ( run( { ORBIS_SMBUSD, "--socket", socket, "--routes", file } ), "1\n" );
-   EXPECT_THAT( errors, HasSubstr( file + ":1:14: no adapter named \"none here\"" ) );
+   EXPECT_THAT( errors, HasSubstr( file + ":1:14: there is no adapter named \"none here\"" ) );
 }
 
-TEST_F( RoutesProgramTest, ServesWhatHasARouteAndNothingElse ) {
+TEST_F( RoutesProgramTest, ServesOnlyBussesWithARoute ) {
    const std::string file = write( R"({ "bus": "i2c:0", "simulated": true },
                 { "bus": "i2c:1", "adapter": { "name": "none here" }, "optional": true })" );
    StartedProgram server( { ORBIS_SMBUSD, "--socket", socket, "--simulate",
@@ -72,7 +72,8 @@ TEST_F( RoutesProgramTest, ServesWhatHasARouteAndNothingElse ) {
    };
    EXPECT_EQ( read( "i2c:0:0x48" ), "0\n0x2f\n" );
    EXPECT_EQ( read( "i2c:1:0x48" ), "1\n" );
-   EXPECT_THAT( errors, HasSubstr( "no adapter named \"none here\"\n" ) ); // and asked once
+   EXPECT_THAT( errors,
+                HasSubstr( "there is no adapter named \"none here\"\n" ) ); // and logged once
    EXPECT_EQ( read( "scd(4):1:3:0x4a" ), "1\n" );
    EXPECT_THAT( errors, HasSubstr( "no such bus" ) );
    server.signal( SIGTERM );

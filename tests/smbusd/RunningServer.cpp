@@ -18,7 +18,7 @@ using namespace TestSupport;
 using namespace Bus;
 using namespace Smbusd;
 
-Outcome HeldBus::transfer( const Transfer &transfer ) {
+Outcome StoppableBus::transfer( const Transfer &transfer ) {
    std::unique_lock lock( mutex_ );
    log_.push_back( describe( transfer ) );
    if ( log_.back() == stopAt_ ) {
@@ -29,23 +29,23 @@ Outcome HeldBus::transfer( const Transfer &transfer ) {
    return { transfer.kind == Transfer::Kind::Read ? name_ : "", {} };
 }
 
-void HeldBus::stopAt( const std::string &transfer ) {
+void StoppableBus::stopAt( const std::string &transfer ) {
    const std::lock_guard lock( mutex_ );
    stopAt_ = transfer;
 }
 
-void HeldBus::waitUntilStopped() {
+void StoppableBus::waitUntilStopped() {
    std::unique_lock lock( mutex_ );
    changed_.wait( lock, [this] { return stopped_; } );
 }
 
-void HeldBus::goOn() {
+void StoppableBus::goOn() {
    const std::lock_guard lock( mutex_ );
    stopAt_.clear();
    changed_.notify_all();
 }
 
-std::vector<std::string> HeldBus::log() const {
+std::vector<std::string> StoppableBus::log() const {
    const std::lock_guard lock( mutex_ );
    return log_;
 }
@@ -53,8 +53,8 @@ std::vector<std::string> HeldBus::log() const {
 RunningServer::RunningServer() {
    Busses busses;
    for ( const char *name : { "scd(4):1:2", "i2c:0" } ) {
-      auto bus = std::make_unique<HeldBus>( name );
-      held_[name] = bus.get();
+      auto bus = std::make_unique<StoppableBus>( name );
+      busses_[name] = bus.get();
       busses.emplace( *parseRootBusId( name ), std::move( bus ) );
    }
    dispatcher_ =
@@ -66,7 +66,7 @@ RunningServer::RunningServer() {
 
 RunningServer::~RunningServer() {
    boost::asio::post( context_, [this] { server_->stop(); } );
-   thread_.join(); // nothing is left to do
+   thread_.join(); // the io_context has no more work
 }
 
 } // namespace SmbusdTest

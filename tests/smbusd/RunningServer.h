@@ -1,7 +1,7 @@
-// A server in the test's own process, on busses that the test holds in its hands.
+// A server in the process of the test, on busses that the test can stop.
 #pragma once
 
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "OrbisUtil/Smbus.pb.h"
 #include "PrivateFolder.h"
 #include "RawClient.h"
@@ -19,16 +19,16 @@
 
 namespace SmbusdTest {
 
-using TestSupport::HandClock;
+using TestSupport::ManualClock;
 using TestSupport::RawClient;
 
-// Answers reads with its own name. A transfer of which it is told to stop waits until it may go on.
-class HeldBus final : public Bus::RootBus {
+// Answers reads with its name. stopAt() makes one transfer wait for goOn().
+class StoppableBus final : public Bus::RootBus {
  public:
-   explicit HeldBus( std::string name ) : name_( std::move( name ) ) {}
+   explicit StoppableBus( std::string name ) : name_( std::move( name ) ) {}
    Bus::Outcome transfer( const Bus::Transfer & ) override;
 
-   void stopAt( const std::string &transfer ); // as describe() has it
+   void stopAt( const std::string &transfer ); // the text of describe()
    void waitUntilStopped();
    void goOn();
    std::vector<std::string> log() const;
@@ -48,16 +48,16 @@ class RunningServer {
    RunningServer();
    ~RunningServer();
 
-   HeldBus &bus( const std::string &name ) { return *held_.at( name ); }
+   StoppableBus &bus( const std::string &name ) { return *busses_.at( name ); }
    Smbusd::Dispatcher &dispatcher() { return *dispatcher_; }
-   HandClock &clock() { return clock_; }
+   ManualClock &clock() { return clock_; }
    const std::string &path() const { return path_; }
 
  private:
    TestSupport::PrivateFolder folder_;
    const std::string path_ = folder_.file( "smbus.sock" );
-   HandClock clock_;
-   std::map<std::string, HeldBus *> held_;
+   ManualClock clock_;
+   std::map<std::string, StoppableBus *> busses_;
    boost::asio::io_context context_;
    std::unique_ptr<Smbusd::Dispatcher> dispatcher_;
    std::unique_ptr<Smbusd::Server> server_;

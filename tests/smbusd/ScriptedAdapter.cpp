@@ -28,7 +28,7 @@ const char *nameOf( int size ) {
    return names.at( size );
 }
 
-// As the kernel finds it: words in this machine's order.
+// As the kernel returns it: words in the byte order of this machine.
 std::string carried( int size, const i2c_smbus_data &data ) {
    if ( size == I2C_SMBUS_BYTE_DATA )
       return fmt::format( ": {:#04x}", data.byte );

@@ -1,4 +1,4 @@
-// An adapter that is a list: what is expected of it, in order, and how it answers.
+// An adapter with a list of expected calls and their answers.
 #pragma once
 
 #include "smbusd/busses/linux/Adapter.h"
@@ -9,14 +9,14 @@
 
 namespace SmbusdTest {
 
-// Its calls are told in words: "slave 0x48", "smbus read WORD_DATA 0x00", "write 0x48: 00 | read
-// 0x48: 2 bytes". An unexpected one, or an expected one that doesn't come, fails the test.
+// Calls are written as "slave 0x48", "smbus read WORD_DATA 0x00", "write 0x48: 00 | read 0x48: 2
+// bytes". The test fails after an unexpected call, and when an expected call does not come.
 class ScriptedAdapter final : public Smbusd::Linux::Adapter {
  public:
    explicit ScriptedAdapter( unsigned long functions ) : functions_( functions ) {}
    ~ScriptedAdapter() override;
 
-   // Answered with these bytes, or with this errno value.
+   // The answer is these bytes, or this errno value.
    void expect( const std::string &call, const std::string &bytes = {}, int error = 0 ) {
       expected_.push_back( { call, bytes, error } );
    }

@@ -18,13 +18,13 @@ using TestSupport::read; // not the system's
 class ServerLimitsTest : public ::testing::Test {
  protected:
    RunningServer server;
-   const std::string tooMany = "64 clients are connected already, and no more are allowed";
+   const std::string tooMany = "too many clients: 64 are connected";
 };
 
 TEST_F( ServerLimitsTest, AnswersAFrameOfSixteenMebibytes ) {
    RawClient client( server.path() );
    Smbus::Request large = read( 0x48, 0, 1 );
-   // The request's length takes three bytes more then, and the data come with a tag and four of
+   // The length of the request then has three more bytes; the data have a tag and four bytes of
    // length.
    const size_t rest = transaction( large ).ByteSizeLong() + 8;
    large.set_data( std::string( ( 16u << 20 ) - rest, 'x' ) );
@@ -37,14 +37,14 @@ TEST_F( ServerLimitsTest, EndsTheConnectionAfterAnOversizedFrame ) {
    client.send( "\x81\x80\x80\x08" ); // 16 MiB and a byte
    const auto response = client.receive();
    EXPECT_TRUE( response->failed() );
-   EXPECT_EQ( response->error(), "a frame of over 16777216 bytes" );
+   EXPECT_EQ( response->error(), "a frame of more than 16777216 bytes" );
    EXPECT_FALSE( client.receive() );
 }
 
 TEST_F( ServerLimitsTest, EndsTheConnectionAfterAFrameWithoutALength ) {
    RawClient client( server.path() );
    client.send( std::string( 10, '\xff' ) );
-   EXPECT_EQ( client.receive()->error(), "a frame whose length is no varint" );
+   EXPECT_EQ( client.receive()->error(), "the length of a frame is not a varint" );
    EXPECT_FALSE( client.receive() );
 }
 
@@ -55,7 +55,7 @@ TEST_F( ServerLimitsTest, RefusesMoreThan4096RequestsAndKeepsTheConnection ) {
       *many.add_request() = read( 0x48, 0, 1 );
    EXPECT_EQ( client.ask( many ).response_size(), 4096 );
    *many.add_request() = read( 0x48, 0, 1 );
-   EXPECT_EQ( client.ask( many ).error(), "over 4096 requests in a transaction" );
+   EXPECT_EQ( client.ask( many ).error(), "more than 4096 requests in a transaction" );
    EXPECT_FALSE( client.ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
 }
 
@@ -74,7 +74,7 @@ TEST_F( ServerLimitsTest, ServesSixtyFourClientsAndRefusesTheNext ) {
 
    clients.pop_back();
    clients[0]->ask( {} );
-   // The place is free once the end of that connection has been seen.
+   // The place becomes free when the server has noticed the disconnect.
    for ( int i = 0; i < 1000; ++i ) {
       if ( !RawClient( server.path() ).ask( transaction( read( 0x48, 0, 1 ) ) ).failed() )
          return;
@@ -82,7 +82,7 @@ TEST_F( ServerLimitsTest, ServesSixtyFourClientsAndRefusesTheNext ) {
    FAIL() << "the place was never free again";
 }
 
-TEST_F( ServerLimitsTest, TellsTheClientLibraryThatThereAreTooManyClients ) {
+TEST_F( ServerLimitsTest, RefusesTheClientLibraryWhenThereAreTooManyClients ) {
    std::vector<std::unique_ptr<RawClient>> clients;
    for ( int i = 0; i < 64; ++i ) {
       clients.push_back( std::make_unique<RawClient>( server.path() ) );

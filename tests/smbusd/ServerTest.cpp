@@ -27,7 +27,7 @@ Smbus::Request onI2c( Smbus::Request request ) {
    return request;
 }
 
-TEST_F( ServerTest, CarriesATransactionToItsBus ) {
+TEST_F( ServerTest, CarriesOutATransactionOnItsBus ) {
    RawClient client( server.path() );
    const auto response =
       client.ask( transaction( sendByte( 0x70, 1 ), read( 0x48, 0, 1 ), sendByte( 0x70, 0 ) ) );
@@ -57,7 +57,7 @@ TEST_F( ServerTest, AnswersManyTransactionsOfOneConnectionInOrder ) {
    }
 }
 
-TEST_F( ServerTest, TakesAFrameThatComesAByteAtATime ) {
+TEST_F( ServerTest, AcceptsAFrameInSingleBytes ) {
    RawClient client( server.path() );
    const std::string message = transaction( read( 0x48, 0, 1 ) ).SerializeAsString();
    for ( const char byte : static_cast<char>( message.size() ) + message )
@@ -65,7 +65,7 @@ TEST_F( ServerTest, TakesAFrameThatComesAByteAtATime ) {
    EXPECT_EQ( client.receive()->response( 0 ).data(), scd );
 }
 
-TEST_F( ServerTest, SaysThatThereIsNoSuchBus ) {
+TEST_F( ServerTest, RefusesAnUnknownBus ) {
    RawClient client( server.path() );
    Smbus::Request elsewhere = read( 0x48, 0, 1 );
    elsewhere.set_pci( 5 );
@@ -73,21 +73,21 @@ TEST_F( ServerTest, SaysThatThereIsNoSuchBus ) {
               "request 1 of 1: read of 1 byte from 0x48 register 0x00 on scd(5):1:2: no such bus" );
 }
 
-TEST_F( ServerTest, KeepsTheConnectionAfterASenselessRequest ) {
+TEST_F( ServerTest, KeepsTheConnectionAfterAnInvalidRequest ) {
    RawClient client( server.path() );
    Smbus::Request senseless = read( 0x48, 0, 1 );
    senseless.clear_type();
    const auto response = client.ask( transaction( read( 0x48, 0, 1 ), senseless ) );
    EXPECT_TRUE( response.failed() );
-   EXPECT_EQ( response.error(), "request 2 of 2: no type, or none that is known" );
-   EXPECT_TRUE( server.bus( scd ).log().empty() ); // nor was the first carried out
+   EXPECT_EQ( response.error(), "request 2 of 2: a known type is missing" );
+   EXPECT_TRUE( server.bus( scd ).log().empty() ); // the first was not carried out either
    EXPECT_FALSE( client.ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
 }
 
-TEST_F( ServerTest, KeepsTheConnectionAfterAFrameThatIsNoTransaction ) {
+TEST_F( ServerTest, KeepsTheConnectionAfterAFrameThatIsNotATransaction ) {
    RawClient client( server.path() );
    client.send( "\x03\xff\xff\xff" );
-   EXPECT_EQ( client.receive()->error(), "a frame of 3 bytes that is no transaction" );
+   EXPECT_EQ( client.receive()->error(), "a frame of 3 bytes is not a transaction" );
    EXPECT_FALSE( client.ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
 }
 
@@ -102,33 +102,33 @@ TEST_F( ServerTest, ServesOtherBussesWhileOneIsSlow ) {
    EXPECT_EQ( slow.receive()->response( 0 ).data(), scd );
 }
 
-TEST_F( ServerTest, RefusesWhatIsForABusThatIsStuckAndServesOthersAndNewClients ) {
+TEST_F( ServerTest, RefusesAStuckBusAndServesOthersAndNewClients ) {
    server.bus( scd ).stopAt( read48 );
    RawClient first( server.path() );
    first.send( transaction( read( 0x48, 0, 1 ) ) );
    server.bus( scd ).waitUntilStopped();
-   server.clock().advance( 4001ms ); // twice the bound of 2 s, and over
+   server.clock().advance( 4001ms ); // more than twice the bound of 2 s
    RawClient late( server.path() );
    const auto refusal = late.ask( transaction( read( 0x49, 0, 1 ) ) );
    EXPECT_EQ( refusal.error(),
               "request 1 of 1: read of 1 byte from 0x49 register 0x00 on scd(4):1:2: the bus is "
-              "stuck, a transaction has not ended for 4001 ms" );
+              "stuck: a transaction has been running for 4001 ms" );
    EXPECT_EQ( late.ask( transaction( onI2c( read( 0x48, 0, 1 ) ) ) ).response( 0 ).data(),
               "i2c:0" );
-   EXPECT_FALSE( server.dispatcher().stop( 1ms ) ); // nor does it end while that one doesn't
+   EXPECT_FALSE( server.dispatcher().stop( 1ms ) ); // it waits for the stuck transaction
    server.bus( scd ).goOn();
    EXPECT_EQ( first.receive()->response( 0 ).data(), scd );
    EXPECT_TRUE( server.dispatcher().stop( 10s ) );
 }
 
-TEST_F( ServerTest, RunsATransactionToItsEndBeforeAnotherOnItsBus ) {
+TEST_F( ServerTest, FinishesATransactionBeforeAnotherOnItsBus ) {
    server.bus( scd ).stopAt( read48 );
    RawClient first( server.path() ), second( server.path() );
    first.send( transaction( sendByte( 0x70, 1 ), read( 0x48, 0, 1 ), sendByte( 0x70, 0 ) ) );
    server.bus( scd ).waitUntilStopped();
    second.send( transaction( read( 0x49, 0, 1 ) ) );
    second.send( transaction( onI2c( read( 0x48, 0, 1 ) ) ) );
-   RawClient( server.path() ).ask( {} ); // by now the second one's is queued
+   RawClient( server.path() ).ask( {} ); // now the second client's transaction is queued
    server.bus( scd ).goOn();
    EXPECT_EQ( first.receive()->response_size(), 3 );
    EXPECT_EQ( second.receive()->response( 0 ).data(), scd );
@@ -137,7 +137,7 @@ TEST_F( ServerTest, RunsATransactionToItsEndBeforeAnotherOnItsBus ) {
                              "read of 1 byte from 0x49 register 0x00" ) );
 }
 
-TEST_F( ServerTest, RunsATransactionToItsEndWhoseClientGoesInTheMiddle ) {
+TEST_F( ServerTest, FinishesATransactionWhoseClientDisconnects ) {
    server.bus( scd ).stopAt( read48 );
    RawClient client( server.path() );
    client.send( transaction( sendByte( 0x70, 1 ), read( 0x48, 0, 1 ), sendByte( 0x70, 0 ) ) );
@@ -150,7 +150,7 @@ TEST_F( ServerTest, RunsATransactionToItsEndWhoseClientGoesInTheMiddle ) {
                              "read of 1 byte from 0x49 register 0x00" ) );
 }
 
-TEST_F( ServerTest, BeginsNoTransactionWhoseClientHasGone ) {
+TEST_F( ServerTest, DropsWaitingTransactionsOfAClientThatHasGone ) {
    server.bus( scd ).stopAt( read48 );
    RawClient first( server.path() ), impatient( server.path() );
    first.send( transaction( read( 0x48, 0, 1 ) ) );
@@ -159,7 +159,7 @@ TEST_F( ServerTest, BeginsNoTransactionWhoseClientHasGone ) {
    RawClient last( server.path() );
    last.ask( {} );
    impatient.leave();
-   // The end of the connection is seen before what comes after it.
+   // The server sees the disconnect before the next request.
    for ( int i = 0; i < 3; ++i )
       last.ask( {} );
    last.send( transaction( read( 0x4A, 0, 1 ) ) );
@@ -177,9 +177,9 @@ TEST_F( ServerTest, EndsConnectionsWhenItIsStopped ) {
    EXPECT_FALSE( client.receive() );
 }
 
-TEST_F( ServerTest, FinishesTheTransactionInHandWhenItIsStopped ) {
+TEST_F( ServerTest, FinishesTheRunningTransactionWhenItIsStopped ) {
    auto stopped = std::make_unique<RunningServer>();
-   HeldBus &bus = stopped->bus( scd );
+   StoppableBus &bus = stopped->bus( scd );
    bus.stopAt( read48 );
    RawClient client( stopped->path() );
    client.send( transaction( sendByte( 0x70, 1 ), read( 0x48, 0, 1 ), sendByte( 0x70, 0 ) ) );
@@ -187,7 +187,7 @@ TEST_F( ServerTest, FinishesTheTransactionInHandWhenItIsStopped ) {
    std::thread stopper( [&] { stopped.reset(); } );
    EXPECT_FALSE( client.receive() ); // the connection ends at once
    bus.goOn();
-   stopper.join(); // and the bus was let go of only afterwards
+   stopper.join(); // the bus was released only afterwards
 }
 
 } // namespace

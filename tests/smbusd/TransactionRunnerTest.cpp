@@ -1,5 +1,5 @@
 #include "smbusd/TransactionRunner.h"
-#include "HandClock.h"
+#include "ManualClock.h"
 #include "Requests.h"
 #include "smbus/Decode.h"
 
@@ -20,7 +20,7 @@ using namespace Smbusd;
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 
-// Gives each read the number of transfers before it, and fails what it is told to fail.
+// Answers each read with the number of transfers before it. Transfers in `failures` fail.
 class ScriptedBus final : public RootBus {
  public:
    Outcome transfer( const Transfer &transfer ) override {
@@ -33,8 +33,8 @@ class ScriptedBus final : public RootBus {
       return { reads ? std::to_string( log.size() - 1 ) : "", {} };
    }
    std::vector<std::string> log;
-   std::map<std::string, int> failures; // how often yet
-   bool final = false;                  // so that no further try helps
+   std::map<std::string, int> failures; // how often they still fail
+   bool final = false;                  // a retry can't help
    std::function<void()> onTransfer = [] {};
 };
 
@@ -47,7 +47,7 @@ class TransactionRunnerTest : public ::testing::Test {
       message.set_retries( retries );
       return runner.run( decode( message, 2s ) );
    }
-   HandClock clock;
+   ManualClock clock;
    ScriptedBus bus;
    TransactionRunner runner{ bus, clock };
    unsigned retries = 0;
@@ -68,7 +68,7 @@ TEST_F( TransactionRunnerTest, AnswersEveryRequestInOrder ) {
    EXPECT_EQ( response.response( 3 ).data(), "" );
 }
 
-TEST_F( TransactionRunnerTest, SaysWhichRequestFailedAndWhy ) {
+TEST_F( TransactionRunnerTest, NamesTheFailedRequestAndTheReason ) {
    bus.failures[read48] = 1;
    const auto response =
       run( sendByte( 0x70, 1 ), read( 0x48, 0, 1 ), read( 0x49, 0, 1 ), sendByte( 0x70, 0 ) );
@@ -78,7 +78,7 @@ TEST_F( TransactionRunnerTest, SaysWhichRequestFailedAndWhy ) {
    EXPECT_EQ( response.response_size(), 1 );
 }
 
-TEST_F( TransactionRunnerTest, DoesNotTryAgainWhatNoTryCanMend ) {
+TEST_F( TransactionRunnerTest, DoesNotRetryAFinalFailure ) {
    retries = 3;
    bus.failures[read48] = 1;
    bus.final = true;
@@ -99,17 +99,17 @@ TEST_F( TransactionRunnerTest, ClosesWhatItOnlyTriedToOpen ) {
    bus.failures[open70] = 1;
    run( sendByte( 0x70, 1 ), sendByte( 0x71, 0x80 ), read( 0x48, 0, 1 ), sendByte( 0x71, 0 ),
         sendByte( 0x70, 0 ) );
-   EXPECT_THAT( bus.log, ElementsAre( open70, close70 ) ); // and not 0x71, which it never came to
+   EXPECT_THAT( bus.log, ElementsAre( open70, close70 ) ); // not 0x71: that was never sent
 }
 
-TEST_F( TransactionRunnerTest, CarriesNothingElseOutAfterAFailure ) {
+TEST_F( TransactionRunnerTest, CarriesOutNothingElseAfterAFailure ) {
    bus.failures[read48] = 1;
    run( read( 0x48, 0, 1 ), sendByte( 0x48, 7 ), request( Smbus::REQUEST_WRITE, 0x70, 0, 1, "x" ),
         request( Smbus::REQUEST_BLOCK_READ, 0x48, 0, 0 ) );
    EXPECT_THAT( bus.log, ElementsAre( read48 ) );
 }
 
-TEST_F( TransactionRunnerTest, TellsOfACloseThatFailsToo ) {
+TEST_F( TransactionRunnerTest, ReportsADeselectThatFailsToo ) {
    bus.failures[read48] = 1;
    bus.failures[close70] = 1;
    const auto response = run( sendByte( 0x70, 1 ), read( 0x48, 0, 1 ), sendByte( 0x70, 0 ) );
@@ -118,7 +118,7 @@ TEST_F( TransactionRunnerTest, TellsOfACloseThatFailsToo ) {
               "request 3 of 3: send byte 0x00 to 0x70 on scd(4):1:2: it broke" );
 }
 
-TEST_F( TransactionRunnerTest, TriesACloseThatFailedAgainBeforeTheNextTransaction ) {
+TEST_F( TransactionRunnerTest, RetriesAPendingDeselectBeforeTheNextTransaction ) {
    bus.failures[close70] = 1;
    EXPECT_TRUE( run( sendByte( 0x70, 1 ), sendByte( 0x70, 0 ) ).failed() );
    EXPECT_FALSE( run( read( 0x48, 0, 1 ) ).failed() );
@@ -127,7 +127,7 @@ TEST_F( TransactionRunnerTest, TriesACloseThatFailedAgainBeforeTheNextTransactio
    EXPECT_THAT( bus.log, ElementsAre( read48 ) );
 }
 
-TEST_F( TransactionRunnerTest, OwesACloseUntilItIsAcknowledged ) {
+TEST_F( TransactionRunnerTest, KeepsADeselectPendingUntilItIsAcknowledged ) {
    bus.failures[close70] = 3;
    run( sendByte( 0x70, 1 ), sendByte( 0x70, 0 ) );
    for ( int i = 0; i < 2; ++i ) {
@@ -140,7 +140,7 @@ TEST_F( TransactionRunnerTest, OwesACloseUntilItIsAcknowledged ) {
    EXPECT_THAT( bus.log, ElementsAre( read48 ) );
 }
 
-TEST_F( TransactionRunnerTest, OwesNoCloseToAMuxThatWasSetAnew ) {
+TEST_F( TransactionRunnerTest, DropsAPendingDeselectWhenTheMuxIsSetAgain ) {
    bus.failures[close70] = 2;
    run( sendByte( 0x70, 1 ), sendByte( 0x70, 0 ) );
    run( sendByte( 0x70, 1 ), sendByte( 0x70, 0 ) );
@@ -149,14 +149,14 @@ TEST_F( TransactionRunnerTest, OwesNoCloseToAMuxThatWasSetAnew ) {
    EXPECT_THAT( bus.log, ElementsAre( read48 ) );
 }
 
-TEST_F( TransactionRunnerTest, OwesNothingForASendByteThatStandsAlone ) {
+TEST_F( TransactionRunnerTest, HasNoPendingDeselectAfterASingleSendByte ) {
    bus.failures[open70] = 1;
    run( sendByte( 0x70, 1 ) );
    run( read( 0x48, 0, 1 ) );
    EXPECT_THAT( bus.log, ElementsAre( read48 ) );
 }
 
-TEST_F( TransactionRunnerTest, TriesAsOftenAgainAsItIsTold ) {
+TEST_F( TransactionRunnerTest, RetriesAsOftenAsRequested ) {
    retries = 2;
    bus.failures[read48] = 2;
    EXPECT_FALSE( run( read( 0x48, 0, 1 ) ).failed() );
@@ -167,37 +167,37 @@ TEST_F( TransactionRunnerTest, TriesAsOftenAgainAsItIsTold ) {
       "request 1 of 1: read of 1 byte from 0x48 register 0x00 on scd(4):1:2: it broke, 3 tries" );
 }
 
-TEST_F( TransactionRunnerTest, TriesOnceWhenItIsToldNothing ) {
+TEST_F( TransactionRunnerTest, TriesOnceByDefault ) {
    bus.failures[read48] = 1;
    EXPECT_TRUE( run( read( 0x48, 0, 1 ) ).failed() );
    EXPECT_THAT( bus.log, ElementsAre( read48 ) );
 }
 
-TEST_F( TransactionRunnerTest, TriesAClosingTransferAgainToo ) {
+TEST_F( TransactionRunnerTest, RetriesADeselectToo ) {
    retries = 1;
    bus.failures[close70] = 1;
    EXPECT_FALSE( run( sendByte( 0x70, 1 ), sendByte( 0x70, 0 ) ).failed() );
    EXPECT_THAT( bus.log, ElementsAre( open70, close70, close70 ) );
 }
 
-TEST_F( TransactionRunnerTest, BeginsNothingWhenTheTimeIsUpButCloses ) {
+TEST_F( TransactionRunnerTest, StartsOnlyDeselectsWhenTheTimeIsOver ) {
    bus.onTransfer = [this] { clock.advance( 1s ); };
    const auto response =
       run( sendByte( 0x70, 1 ), read( 0x48, 0, 1 ), read( 0x48, 0, 1 ), sendByte( 0x70, 0 ) );
    EXPECT_THAT( bus.log, ElementsAre( open70, read48, close70 ) );
    EXPECT_EQ( response.error(),
               "request 3 of 4: read of 1 byte from 0x48 register 0x00 on scd(4):1:2: "
-              "not begun, the transaction's 2000 ms are over" );
+              "not started: the time limit of 2000 ms is over" );
 }
 
-TEST_F( TransactionRunnerTest, StopsTryingWhenTheTimeIsUp ) {
+TEST_F( TransactionRunnerTest, StopsRetryingWhenTheTimeIsOver ) {
    retries = UINT32_MAX;
    bus.failures[read48] = 1'000'000;
    bus.onTransfer = [this] { clock.advance( 500ms ); };
    EXPECT_EQ(
       run( read( 0x48, 0, 1 ) ).error(),
       "request 1 of 1: read of 1 byte from 0x48 register 0x00 on scd(4):1:2: it broke, 4 tries, "
-      "the transaction's 2000 ms are over" );
+      "the time limit of 2000 ms is over" );
 }
 
 } // namespace

@@ -9,7 +9,7 @@
 
 namespace TestSupport {
 
-// A folder of its own for one test, gone with everything in it afterwards.
+// A temporary folder for one test. The destructor removes it.
 class PrivateFolder {
  public:
    PrivateFolder() {
@@ -21,12 +21,12 @@ class PrivateFolder {
    PrivateFolder &operator=( const PrivateFolder & ) = delete;
 
    std::string file( const std::string &name ) const { return path_ + "/" + name; }
-   // Writes a file and gives its path.
+   // Writes a file and returns its path.
    std::string write( const std::string &name, const std::string &text ) const {
       std::ofstream( file( name ) ) << text;
       return file( name );
    }
-   // What is in a file; nothing when it isn't there.
+   // The content of a file; empty if it does not exist.
    std::string read( const std::string &name ) const {
       std::ifstream stream( file( name ) );
       return { std::istreambuf_iterator<char>( stream ), {} };

@@ -7,7 +7,7 @@
 
 namespace TestSupport {
 
-// A client that can say anything. Waits five seconds at most for anything.
+// A client that can send any bytes. Waits at most five seconds.
 class RawClient {
  public:
    explicit RawClient( const std::string &path );
@@ -17,7 +17,7 @@ class RawClient {
 
    void send( const std::string &bytes );
    void send( const Smbus::TransactionRequest & );
-   std::optional<Smbus::TransactionResponse> receive(); // nothing when the connection has ended
+   std::optional<Smbus::TransactionResponse> receive(); // nothing: the connection has ended
    Smbus::TransactionResponse ask( const Smbus::TransactionRequest & );
    void leave();
 

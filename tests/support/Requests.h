@@ -1,4 +1,4 @@
-// Messages as clients write them.
+// Messages of a client.
 #pragma once
 
 #include "OrbisUtil/Smbus.pb.h"
@@ -8,7 +8,7 @@
 
 namespace TestSupport {
 
-// On scd(4):1:2, everything set that a client always sets.
+// A request on scd(4):1:2 with all required fields.
 inline Smbus::Request request( Smbus::RequestType type, uint8_t address, uint32_t offset,
                                uint32_t length, const std::string &data = {} ) {
    Smbus::Request made;

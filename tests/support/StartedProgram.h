@@ -7,7 +7,7 @@
 
 namespace TestSupport {
 
-// A program that runs beside the test, and not longer than it.
+// A program that runs at the same time as the test. The destructor ends it.
 class StartedProgram {
  public:
    // The program's path first.
@@ -16,13 +16,13 @@ class StartedProgram {
    StartedProgram( const StartedProgram & ) = delete;
    StartedProgram &operator=( const StartedProgram & ) = delete;
 
-   // Reads standard error until these words have come; false when it ends without them.
+   // Reads standard error until these words come. Returns false when it ends without them.
    bool waitForError( const std::string &words );
-   // Whether it has printed anything that nobody has read yet.
+   // Whether there is output that was not read yet.
    bool hasOutput() const;
    pid_t pid() const { return pid_; }
    void signal( int number );
-   // Waits for its end. The exit code; minus the number of the signal that ended it.
+   // Waits for its end. Returns the exit code; or minus the number of the signal that ended it.
    int wait();
    // Both complete after wait().
    const std::string &output() const { return output_; }

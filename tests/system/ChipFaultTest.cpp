@@ -17,7 +17,7 @@ class ChipFaultTest : public ::testing::Test {
    RunningBoard board{ "kelt", { "--transaction-limit", limit } };
 };
 
-// A reading under a fault: its object's state, and words that say why.
+// A reading with a fault: the state of its object, and parts of the reason.
 struct Read {
    const char *name;
    Words fault;
@@ -30,7 +30,7 @@ struct Read {
 
 class FaultyReading : public ChipFaultTest, public ::testing::WithParamInterface<Read> {};
 
-TEST_P( FaultyReading, IsToldWithItsReasonAndOnlyThere ) {
+TEST_P( FaultyReading, IsReportedWithItsReasonAndOnlyThere ) {
    const Read &row = GetParam();
    Words words = { "sim" };
    words.insert( words.end(), row.fault.begin(), row.fault.end() );
@@ -42,7 +42,7 @@ TEST_P( FaultyReading, IsToldWithItsReasonAndOnlyThere ) {
       EXPECT_THAT( shown.faults.at( row.object ), HasSubstr( why ) );
    EXPECT_FALSE( shown.faults.contains( "temp-cpu" ) ) << shown.faults.at( "temp-cpu" );
 
-   ASSERT_EQ( board.smbus( { "sim", "mend", row.fault[1] } ), "" );
+   ASSERT_EQ( board.smbus( { "sim", "clear", row.fault[1] } ), "" );
    EXPECT_EQ( board.show().exitCode, 0 );
 }
 
@@ -116,7 +116,7 @@ INSTANTIATE_TEST_SUITE_P(
             { "slow", "psu1", "400" },
             "psu1-slot",
             "unreadable",
-            { "not begun, the transaction's 300 ms are over" } },
+            { "not started: the time limit of 300 ms is over" } },
       Read{ "ASlotWhoseFruIsCorrupt",
             { "corrupt", "psu2-fru", "4", "0xff" },
             "psu2-slot",
@@ -144,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
             { byteAssertion } } ),
    []( const auto &row ) { return row.param.name; } );
 
-// An action under a fault: what it prints when it fails.
+// An action with a fault: parts of its error.
 struct Act {
    const char *name;
    Words fault;
@@ -156,7 +156,7 @@ struct Act {
 
 class FaultyAction : public ChipFaultTest, public ::testing::WithParamInterface<Act> {};
 
-TEST_P( FaultyAction, IsToldWithItsReasonAndWorksOnceMended ) {
+TEST_P( FaultyAction, IsReportedWithItsReasonAndWorksOnceCleared ) {
    const Act &row = GetParam();
    Words words = { "sim" };
    words.insert( words.end(), row.fault.begin(), row.fault.end() );
@@ -166,7 +166,7 @@ TEST_P( FaultyAction, IsToldWithItsReasonAndWorksOnceMended ) {
    EXPECT_THAT( ran.errors, HasSubstr( ": failed: " ) );
    for ( const std::string &why : row.why )
       EXPECT_THAT( ran.errors, HasSubstr( why ) );
-   ASSERT_EQ( board.smbus( { "sim", "mend", row.fault[1] } ), "" );
+   ASSERT_EQ( board.smbus( { "sim", "clear", row.fault[1] } ), "" );
    EXPECT_EQ( board.host( row.action ).exitCode, 0 );
 }
 
@@ -219,26 +219,26 @@ INSTANTIATE_TEST_SUITE_P(
            { "status 6", "from 0x20 register 0x0a", noAcknowledge } } ),
    []( const auto &row ) { return row.param.name; } );
 
-TEST_F( ChipFaultTest, WhatComesCorruptedInSilenceIsShown ) {
+TEST_F( ChipFaultTest, ACorruptedReadingIsShown ) {
    board.smbus( { "sim", "corrupt", "temp-rear", "0", "0x20" } );
    EXPECT_EQ( board.show().values.at( "temp-rear temperature" ), 31 + 32 );
 }
 
-TEST_F( ChipFaultTest, AWrongBlockCountGivesSoManyBytes ) {
+TEST_F( ChipFaultTest, AWrongBlockCountReturnsThatNumberOfBytes ) {
    const Words read = { "smbus", "qsfp1-eeprom", "block-read", "0" };
    EXPECT_EQ( board.host( read ).output.size(), size_t( 0x0d * 3 ) ); // its first byte counts
    board.smbus( { "sim", "block-count", "qsfp1-eeprom", "3" } );
    EXPECT_EQ( board.host( read ).output.size(), size_t( 3 * 3 ) );
 }
 
-TEST_F( ChipFaultTest, WhatIsSlowWithinTheLimitIsRead ) {
+TEST_F( ChipFaultTest, ASlowChipWithinTheLimitIsRead ) {
    board.smbus( { "sim", "slow", "temp-rear", "50" } );
    EXPECT_EQ( board.show().values.at( "temp-rear temperature" ), 31 );
 }
 
 TEST_F( ChipFaultTest, ALedOfASilentExpanderSaysNothing ) {
    board.smbus( { "sim", "nack", "fan-pins" } );
-   // The driver has nothing to save where it could not read the pins.
+   // The driver writes nothing when it can't read the pins.
    EXPECT_EQ( board.host( { "led", "fan1-led", "good" } ).exitCode, 0 );
 }
 

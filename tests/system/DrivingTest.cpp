@@ -1,4 +1,4 @@
-// What the host is told to do reaches the chips.
+// Actions of the host reach the chips.
 #include "RunningBoard.h"
 
 #include <gmock/gmock.h>
@@ -26,7 +26,7 @@ class DrivingTest : public ::testing::Test {
       EXPECT_EQ( ran.exitCode, 0 ) << fmt::format( "{}", fmt::join( words, " " ) ) << ran.errors;
       return ran.output;
    }
-   // Waits until the model's quantity is this; false when it is not within twenty seconds.
+   // Waits until the quantity has this value. Returns false after twenty seconds.
    bool becomes( const std::string &whose, const std::string &name, double wanted ) {
       const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 20 );
       while ( std::chrono::steady_clock::now() < end ) {
@@ -36,7 +36,7 @@ class DrivingTest : public ::testing::Test {
       }
       return false;
    }
-   // A byte as it is on the bus.
+   // A byte on the bus.
    std::string at( const std::string &chip, const std::string &offset ) {
       return board.smbus( { "read", chip, offset } );
    }
@@ -68,7 +68,7 @@ TEST_F( DrivingTest, TheControlLinesOfCages ) {
    EXPECT_TRUE( becomes( "sfp1", "txDisable", 1 ) );
 }
 
-TEST_F( DrivingTest, ALineThatACageDoesNotHaveIsToldAndEndsNothing ) {
+TEST_F( DrivingTest, ALineThatACageDoesNotHaveIsReportedAndEndsNothing ) {
    const Ran ran = board.host( { "xcvr", "sfp1", "lpmode", "on" } );
    EXPECT_EQ( ran.exitCode, 1 );
    EXPECT_THAT( ran.errors, HasSubstr( "doesn't support" ) );
@@ -91,7 +91,7 @@ TEST_F( DrivingTest, LedsOfTheSfpCpld ) {
    drive( { "led", "psu2-led", "off" } );
    drive( { "led", "psu1-led", "good" } );
    drive( { "led", "system-led", "bad" } );
-   EXPECT_EQ( at( sfpCpld, "0x303" ), "0x0b\n" ); // dark is 1
+   EXPECT_EQ( at( sfpCpld, "0x303" ), "0x0b\n" ); // 1 is off
    drive( { "led", "system-led", "good" } );
    EXPECT_EQ( at( sfpCpld, "0x303" ), "0x08\n" );
 }
@@ -142,22 +142,22 @@ TEST_F( DrivingTest, ProxiesReadAndWriteModules ) {
    EXPECT_EQ( answer( { "smbus", "psu1-fru", "i2c-block-read", "0", "8" } ),
               "01 00 00 00 01 00 00 fe\n" ); // the common header of a FRU
    drive( { "smbus", "psu1-fru", "write-byte", "200", "0x5a" } );
-   // It acknowledges, and its write-protect pin keeps what it holds.
+   // It acknowledges, but it is write-protected.
    EXPECT_EQ( answer( { "smbus", "psu1-fru", "read-byte", "200" } ), "0xff\n" );
 }
 
-TEST_F( DrivingTest, AnOperationThatTheDriverDoesNotHaveIsToldAndEndsNothing ) {
+TEST_F( DrivingTest, AnOperationThatTheDriverDoesNotHaveIsReportedAndEndsNothing ) {
    const Ran ran = board.host( { "smbus", "qsfp1-eeprom", "quick-command", "0" } );
    EXPECT_EQ( ran.exitCode, 1 );
    EXPECT_THAT( ran.errors, HasSubstr( "doesn't support" ) );
    EXPECT_THAT( board.host( { "system", "reload-cause" } ).errors, HasSubstr( "doesn't support" ) );
 }
 
-TEST_F( DrivingTest, PowerIsCutAndGivenBack ) {
+TEST_F( DrivingTest, PowerIsSwitchedOffAndOn ) {
    drive( { "fan", "fan1", "24000" } );
    EXPECT_TRUE( becomes( "fan1.inlet", "drive", 100 ) );
    board.host( { "system", "powercycle", "--yes" } );
-   EXPECT_TRUE( becomes( "fan1.inlet", "drive", 128 / 255. * 100 ) ); // as the boot code leaves it
+   EXPECT_TRUE( becomes( "fan1.inlet", "drive", 128 / 255. * 100 ) ); // the value of the boot code
    EXPECT_EQ( board.show().exitCode, 0 );
    board.host( { "system", "poweroff", "--yes" } );
    EXPECT_THAT( board.smbus( { "sim", "list" } ), HasSubstr( "power off" ) );
@@ -166,7 +166,7 @@ TEST_F( DrivingTest, PowerIsCutAndGivenBack ) {
    EXPECT_EQ( board.show().exitCode, 0 );
 }
 
-TEST_F( DrivingTest, NothingIsCutWithoutAYes ) {
+TEST_F( DrivingTest, PowerStaysOnWithoutAYes ) {
    const Ran ran = board.host( { "system", "poweroff" } );
    EXPECT_NE( ran.exitCode, 0 );
    EXPECT_THAT( board.smbus( { "sim", "list" } ), HasSubstr( "power on" ) );

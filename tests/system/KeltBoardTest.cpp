@@ -1,4 +1,4 @@
-// The whole Kelt board: what is shown is what the chips' physical model holds.
+// The whole Kelt board: orbis-host shows the values of the chips' physical models.
 #include "RunningBoard.h"
 
 #include <gmock/gmock.h>
@@ -115,7 +115,7 @@ TEST_F( KeltBoardTest, TheEnvironmentNamesABoardOnlyWhereNoneIsNamed ) {
    EXPECT_EQ( read(), 2 );
 }
 
-TEST_F( KeltBoardTest, ASupplyOfAnUnknownModelIsThereAndUnmanaged ) {
+TEST_F( KeltBoardTest, ASupplyOfAnUnknownModelIsUnmanaged ) {
    board.smbus( { "sim", "pull", "psu1" } );
    board.smbus( { "sim", "insert", "spare1" } );
    EXPECT_THAT( board.show().faults.at( "psu1-slot" ), ::testing::StartsWith( "unmanaged" ) );

@@ -1,6 +1,6 @@
-// A session that was recorded in a machine with a Linux kernel, where the server reached the
-// board's chips through i2c-dev: what the plug-in made of it then it makes of it now. ./test --real
-// records it anew, into build/release/real/out.
+// Replays a session in which the server reached the board's chips through i2c-dev of a Linux
+// kernel. The plug-in must show the same as then. ./test --real records it again, into
+// build/release/real/out.
 #include "PrivateFolder.h"
 #include "Shown.h"
 #include "StartedProgram.h"
@@ -57,7 +57,7 @@ TEST_F( RecordedBoardTest, TheBoardShowsWhatItShowedThroughTheKernel ) {
       EXPECT_EQ( fault, name == "system" ? "unsupported: " : "absent: " ) << name;
 }
 
-TEST_F( RecordedBoardTest, AFaultThatTheKernelToldIsToldAgain ) {
+TEST_F( RecordedBoardTest, AFaultFromTheKernelIsReportedAgain ) {
    StartedProgram client(
       { ORBIS_SMBUS, "--socket", socket, "read", "scd(4):1:2:0x55", "0", "--via", "0x70=1" } );
    EXPECT_EQ( client.wait(), 1 );

@@ -22,7 +22,7 @@ RunningBoard::RunningBoard( const std::string &topology, const std::string &obje
    folder_.write( "board/topology.json", topology );
    folder_.write( "board/objects.json", objects );
    folder_.write( "board/simulation.json", simulation );
-   // What the drivers want lies beside the board.
+   // The list of the drivers' arguments is in the folder above the board.
    std::filesystem::copy( BOARDS "/libOrbisDriversKelt.drivers.json",
                           folder_.file( "libOrbisDriversKelt.drivers.json" ) );
    startServer();
@@ -90,11 +90,11 @@ std::unique_ptr<StartedProgram> RunningBoard::serve( const std::vector<std::stri
    return serve;
 }
 
-double RunningBoard::quantity( const std::string &whose, const std::string &name ) {
+double RunningBoard::quantity( const std::string &part, const std::string &name ) {
    rapidjson::Document document;
-   document.Parse( smbus( { "--json", "sim", "get", whose, name } ).c_str() );
+   document.Parse( smbus( { "--json", "sim", "get", part, name } ).c_str() );
    if ( document.HasParseError() || !document.HasMember( "value" ) ) {
-      ADD_FAILURE() << whose << " tells no " << name;
+      ADD_FAILURE() << part << " has no " << name;
       return 0;
    }
    return document["value"].GetDouble();
@@ -105,7 +105,7 @@ std::map<std::string, std::map<std::string, double>> RunningBoard::quantities() 
    document.Parse( smbus( { "--json", "sim", "list" } ).c_str() );
    std::map<std::string, std::map<std::string, double>> all;
    if ( document.HasParseError() ) {
-      ADD_FAILURE() << "no list of the simulation";
+      ADD_FAILURE() << "sim list failed";
       return all;
    }
    for ( const auto &chip : document["chips"].GetArray() )
@@ -145,7 +145,7 @@ std::unique_ptr<StartedProgram> RunningBoard::watch( const std::string &period )
 
 namespace {
 
-// The end of the first complete line from `at` on that is a row of `object` and holds `text`.
+// The end of the first complete line from `at` that is a row of `object` with `text`.
 size_t endOfRow( const std::string &table, const std::string &object, const std::string &text,
                  size_t at ) {
    for ( size_t newline; ( newline = table.find( '\n', at ) ) != std::string::npos;
@@ -168,7 +168,7 @@ size_t RunningBoard::waitForRow( const std::string &object, const std::string &t
          return at;
       std::this_thread::sleep_for( std::chrono::milliseconds( 5 ) );
    }
-   ADD_FAILURE() << "no row of " << object << " came with: " << text;
+   ADD_FAILURE() << "no row of " << object << " has: " << text;
    return start;
 }
 

@@ -1,4 +1,4 @@
-// A simulated board with its server running on a private socket, and the programs that talk to it.
+// A simulated board with a running server on its own socket, and the programs that use it.
 #pragma once
 
 #include "PrivateFolder.h"
@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-// How a program ended, and what it said.
+// The exit code and output of a program.
 struct Ran {
    int exitCode;
    std::string output;
@@ -20,49 +20,49 @@ struct Ran {
 
 class RunningBoard {
  public:
-   // The board of the project's boards folder; `server` is said to the server besides.
+   // A board of the project's boards folder. `server` are further arguments of the server.
    explicit RunningBoard( const std::string &name, std::vector<std::string> server = {} );
-   // A board of these files.
+   // A board with these files.
    RunningBoard( const std::string &topology, const std::string &objects,
                  const std::string &simulation );
 
    const TestSupport::StartedProgram &server() const { return *server_; }
    void startServer();
    void killServer();
-   int stopServer(); // asks it to end; its exit code
+   int stopServer(); // by SIGTERM; returns its exit code
 
-   // Each runs to its end.
+   // These run a program to its end.
    Shown show();
-   // An orbis-host command, the board named for it; of show and its like, this board.
+   // An orbis-host command; the board is added to its arguments.
    Ran host( const std::vector<std::string> &words );
    // A quantity of the simulation's physical model.
-   double quantity( const std::string &whose, const std::string &name );
-   // All of them by whose they are: of a chip itself, or of what it has ("fan3.inlet").
+   double quantity( const std::string &part, const std::string &name );
+   // All quantities, by chip or part ("fan3.inlet").
    std::map<std::string, std::map<std::string, double>> quantities();
    std::string smbus( const std::vector<std::string> &words );
-   // Plays a scenario, by its path.
+   // Plays the scenario file with this path.
    Ran play( const std::string &path );
-   // How many transfers have passed on the board's wires.
+   // The number of transfers on all busses so far.
    uint64_t transfers();
-   // Starts `orbis-host serve` and more words; what is asked of the host from now on, it asks that.
+   // Starts `orbis-host serve` with these arguments. From then on, host commands use it.
    std::unique_ptr<TestSupport::StartedProgram> serve( const std::vector<std::string> &words );
-   std::string served() const { return folder_.read( "served" ); } // what that has said so far
+   std::string served() const { return folder_.read( "served" ); } // its output so far
 
-   // Starts `orbis-host watch` into a file that can be looked at meanwhile.
+   // Starts `orbis-host watch`; its output goes to a file.
    std::unique_ptr<TestSupport::StartedProgram> watch( const std::string &period );
-   // Waits until the watched table's rows of `object` hold `text` from `start` on; the new end.
+   // Waits for a row of `object` with `text` in the watched table, from `start`. Returns its end.
    size_t waitForRow( const std::string &object, const std::string &text, size_t start );
-   // How far the watched table has come.
+   // The length of the watched table so far.
    size_t watched() const;
-   // How many of its rows of `object` from `start` to `end` hold `text`.
+   // The number of rows of `object` with `text` from `start` to `end`.
    int countRows( const std::string &object, const std::string &text, size_t start,
                   size_t end ) const;
 
  private:
-   // A program whose words all go to a file, so that it never waits for a reader.
+   // Starts a program; its output goes to a file, so that it never waits for a reader.
    std::unique_ptr<TestSupport::StartedProgram> start( const std::vector<std::string> &command,
                                                        const std::string &file );
-   // Waits until it has said this; false when it does not within twenty seconds.
+   // Waits for these words in a file. Returns false after twenty seconds without them.
    bool says( const std::string &file, const std::string &words ) const;
 
    TestSupport::PrivateFolder folder_;

@@ -1,8 +1,8 @@
-// A board that is served for long while chips fail at random: whoever serves it lives on in the
-// memory it began with, every fault is told for what it is, and the right readings come back.
+// Serves a board for a long time while random chips fail. The memory of server and host must not
+// grow, every fault must be reported with its reason, and the right readings must come back.
 //
-// ORBIS_SOAK_TRANSFERS says how many transfers it takes; a few thousand without it. A serve makes
-// about eight hundred a second.
+// ORBIS_SOAK_TRANSFERS is the number of transfers; the default is a few thousand. `orbis-host
+// serve` makes about eight hundred per second.
 #include "RunningBoard.h"
 
 #include <gmock/gmock.h>
@@ -20,13 +20,12 @@ using ::testing::AnyOf;
 using ::testing::HasSubstr;
 using Words = std::vector<std::string>;
 
-// What a chip's fault does to an object that was fine before. A fault that ends the plug-in's
-// process does so by an assertion; where it only fails a reading, bringing the object up again may
-// meet one.
+// What a chip's fault does to an object. It may end the plug-in's process by an assertion. If it
+// only makes a reading fail, an assertion is still possible when the object is brought up again.
 struct Failure {
    Words fault;
    const char *object;
-   Words told; // one of these, behind its state
+   Words reasons; // one of these, after the state
 };
 
 constexpr const char *alertAssertion =
@@ -40,7 +39,7 @@ const Failure failures[] = {
    { { "nack", "temp-cpu", "1/2" }, "temp-cpu", { "0x48 register 0x00", alertAssertion } },
    { { "answer-size", "temp-rear", "1" }, "temp-rear", { wordAssertion } },
    { { "stuck", "temp-cpu" }, "temp-cpu", { "held low by temp-cpu", alertAssertion } },
-   { { "slow", "psu1", "400" }, "psu1-slot", { "300 ms are over" } },
+   { { "slow", "psu1", "400" }, "psu1-slot", { "300 ms is over" } },
    { { "nack", "psu1" }, "psu1", { "from 0x58" } },
    { { "answer-size", "psu2", "3" }, "psu2", { wordAssertion } },
    { { "nack", "psu2-fru" }, "psu2-slot", { "absent: " } },
@@ -81,10 +80,10 @@ class SoakTest : public ::testing::Test {
       ADD_FAILURE() << "process " << process << " is gone";
       return 0;
    }
-   size_t assertionsTold() const {
-      const std::string told = board.served();
+   size_t countAssertions() const {
+      const std::string output = board.served();
       size_t count = 0;
-      for ( size_t at = 0; ( at = told.find( "Assertion `", at ) ) != told.npos; ++at )
+      for ( size_t at = 0; ( at = output.find( "Assertion `", at ) ) != output.npos; ++at )
          ++count;
       return count;
    }
@@ -92,7 +91,7 @@ class SoakTest : public ::testing::Test {
       return shown.exitCode == 0 && shown.texts == right.texts && shown.absent == right.absent &&
              readings( shown ) == readings( right );
    }
-   // What neither drifts nor turns.
+   // The readings that do not change: no fans.
    static std::map<std::string, double> readings( const Shown &shown ) {
       std::map<std::string, double> steady;
       for ( const auto &[name, value] : shown.values )
@@ -104,17 +103,18 @@ class SoakTest : public ::testing::Test {
       Words words = { "sim" };
       words.insert( words.end(), failure.fault.begin(), failure.fault.end() );
       ASSERT_EQ( board.smbus( words ), "" );
-      std::string told;
-      const bool wasTold = within( patience, [&] {
+      std::string reported;
+      const bool isReported = within( patience, [&] {
          const Shown shown = board.show();
          const auto found = shown.faults.find( failure.object );
-         told = found == shown.faults.end() ? "" : found->second;
-         return std::any_of( failure.told.begin(), failure.told.end(),
-                             [&]( const auto &each ) { return told.find( each ) != told.npos; } );
+         reported = found == shown.faults.end() ? "" : found->second;
+         return std::any_of(
+            failure.reasons.begin(), failure.reasons.end(),
+            [&]( const auto &each ) { return reported.find( each ) != reported.npos; } );
       } );
-      EXPECT_TRUE( wasTold ) << fmt::format( "{}", fmt::join( words, " " ) ) << " is told as "
-                             << told;
-      ASSERT_EQ( board.smbus( { "sim", "mend", failure.fault[1] } ), "" );
+      EXPECT_TRUE( isReported ) << fmt::format( "{}", fmt::join( words, " " ) )
+                                << " is reported as " << reported;
+      ASSERT_EQ( board.smbus( { "sim", "clear", failure.fault[1] } ), "" );
       Shown last;
       EXPECT_TRUE( within( patience, [&] { return isRight( last = board.show() ); } ) )
          << "after " << fmt::format( "{}", fmt::join( words, " " ) ) << " "
@@ -125,19 +125,19 @@ class SoakTest : public ::testing::Test {
    Shown right;
 };
 
-TEST_F( SoakTest, LivesOnInTheMemoryItBeganWithAndTellsEveryFault ) {
+TEST_F( SoakTest, KeepsItsMemoryAndReportsEveryFault ) {
    const char *asked = std::getenv( "ORBIS_SOAK_TRANSFERS" );
    const uint64_t transfers = asked ? std::strtoull( asked, nullptr, 10 ) : 4000;
    right = board.show();
    ASSERT_EQ( right.exitCode, 0 );
    auto serve = board.serve( { "--period", "0.1" } );
-   const size_t before = assertionsTold();
+   const size_t before = countAssertions();
 
    std::mt19937 random( 20 ); // NOLINT: the same run each time
    long server = 0, parent = 0;
    unsigned rounds = 0;
    for ( uint64_t passed = 0; ( passed = board.transfers() ) < transfers; ++rounds ) {
-      if ( passed > transfers / 4 && server == 0 ) { // every buffer has its size by now
+      if ( passed > transfers / 4 && server == 0 ) { // now every buffer has its final size
          server = residentMemory( board.server().pid() );
          parent = residentMemory( serve->pid() );
       }
@@ -147,9 +147,9 @@ TEST_F( SoakTest, LivesOnInTheMemoryItBeganWithAndTellsEveryFault ) {
    const long serverEnd = residentMemory( board.server().pid() );
    const long parentEnd = residentMemory( serve->pid() );
    fmt::print( "{} transfers, {} faults, {} assertions; server {} to {} KiB, host {} to {} KiB\n",
-               board.transfers(), rounds, assertionsTold() - before, server, serverEnd, parent,
+               board.transfers(), rounds, countAssertions() - before, server, serverEnd, parent,
                parentEnd );
-#ifndef ORBIS_SANITIZED // sanitizers keep what is freed, to look at it
+#ifndef ORBIS_SANITIZED // sanitizers keep freed memory
    EXPECT_LT( serverEnd, server + 1024 );
    EXPECT_LT( parentEnd, parent + 1024 );
 #endif

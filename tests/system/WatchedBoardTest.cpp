@@ -1,5 +1,5 @@
-// What is pulled while the board is watched is missed within two periods, and seen again when it is
-// put back; a server that dies is told within one.
+// orbis-host watch shows a pulled module as absent within two periods, and an inserted one as
+// present. It reports a server that dies within one period.
 #include "RunningBoard.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ class WatchedBoardTest : public ::testing::Test {
       table->signal( SIGINT );
       EXPECT_EQ( table->wait(), 0 );
    }
-   // Does something; `was` may stand in the object's row `periods` times more before `is` does.
+   // Calls happens(). After it, the object's row may still have `was` in `periods` rows, then `is`.
    void expect( const char *object, const char *was, const char *is, int periods,
                 const std::function<void()> &happens ) {
       board.waitForRow( object, was, at );
@@ -34,20 +34,20 @@ class WatchedBoardTest : public ::testing::Test {
    size_t at = 0;
 };
 
-TEST_F( WatchedBoardTest, ASupplyThatIsPulledIsMissedWithinTwoPeriods ) {
+TEST_F( WatchedBoardTest, APulledSupplyIsAbsentWithinTwoPeriods ) {
    pullAndInsert( "1", "psu1", "psu1-slot", "KP-850AC-F", "absent" );
 }
 
-TEST_F( WatchedBoardTest, AFanModuleThatIsPulledIsMissedWithinTwoPeriods ) {
-   // The expander's inputs are read anew once they are more than two seconds old.
+TEST_F( WatchedBoardTest, APulledFanModuleIsAbsentWithinTwoPeriods ) {
+   // The expander's inputs are read again when they are more than two seconds old.
    pullAndInsert( "2", "fan1", "fan1-slot", "KF-4056", "absent" );
 }
 
-TEST_F( WatchedBoardTest, ATransceiverThatIsPulledIsMissedWithinTwoPeriods ) {
+TEST_F( WatchedBoardTest, APulledTransceiverIsAbsentWithinTwoPeriods ) {
    pullAndInsert( "1", "qsfp1", "qsfp1", "qsfp1 #", "qsfp1 ." ); // the CPLD is polled every second
 }
 
-TEST_F( WatchedBoardTest, AServerThatDiesIsToldWithinAPeriod ) {
+TEST_F( WatchedBoardTest, AServerThatDiesIsReportedWithinAPeriod ) {
    table = board.watch( "0.2" );
    expect( "temp-front", "24.5", "unreadable", 1, [&] { board.killServer(); } );
    board.startServer();

@@ -14,16 +14,16 @@ std::string explain( int error ) {
    case ENXIO:
    case ENODEV: // of i2c-stub
       return std::string( Bus::noAddressAcknowledge );
-   case EREMOTEIO: // of the address or of a byte: many drivers don't tell
+   case EREMOTEIO: // of the address or of a byte: many drivers don't distinguish them
       return "no acknowledge";
    case EAGAIN:
       return "arbitration lost";
    case ETIMEDOUT:
-      return "the adapter's time for a transfer is over";
+      return "the adapter's timeout is over";
    case EBADMSG:
       return "wrong PEC";
    case EPROTO:
-      return "the chip's answer is none of the SMBus protocol";
+      return "the chip's answer violates the SMBus protocol";
    case EBUSY:
       return "the bus stays busy";
    case EOPNOTSUPP:

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr unsigned maxNumber = 0xFFFFF; // of a Linux device's minor number
+constexpr unsigned maxNumber = 0xFFFFF; // of a minor number in Linux
 
 std::optional<unsigned> numberOf( const fs::path &entry ) {
    const std::string name = entry.filename();
@@ -40,7 +40,7 @@ std::vector<unsigned> allAdapters( const Places &places ) {
 
 unsigned onlyOne( const std::vector<unsigned> &found, const std::string &what ) {
    if ( found.empty() )
-      throw AdapterError( fmt::format( "no adapter {}", what ) );
+      throw AdapterError( fmt::format( "there is no adapter {}", what ) );
    if ( found.size() > 1 )
       throw AdapterError( fmt::format( "{} adapters {}: numbers {}", found.size(), what,
                                        fmt::join( found, ", " ) ) );
@@ -50,7 +50,7 @@ unsigned onlyOne( const std::vector<unsigned> &found, const std::string &what ) 
 struct Finder {
    unsigned operator()( const BoardFiles::AdapterNumber &wanted ) const {
       if ( !fs::exists( fmt::format( "{}/i2c-{}", folderOf( places ), wanted.number ) ) )
-         throw AdapterError( fmt::format( "no adapter has the number {}", wanted.number ) );
+         throw AdapterError( fmt::format( "there is no adapter with number {}", wanted.number ) );
       return wanted.number;
    }
 
@@ -77,7 +77,8 @@ struct Finder {
          const auto number = numberOf( entry->path() );
          if ( number )
             found.push_back( *number );
-         // Busses behind an adapter's own multiplexers are adapters inside it.
+         // The kernel shows the channels of a multiplexer as adapters inside the adapter; skip
+         // them.
          if ( number || entry.depth() >= maxDepth )
             entry.disable_recursion_pending();
       }

@@ -1,4 +1,4 @@
-// Which of this machine's adapters is meant.
+// Finds an adapter of this machine.
 #pragma once
 
 #include "boardfiles/RoutesFile.h"
@@ -8,16 +8,16 @@
 
 namespace Smbusd::Linux {
 
-// Where Linux shows its adapters; a test's own folders in tests.
+// Where Linux shows its adapters. Tests use their own folders.
 struct Places {
    std::string sys = "/sys";
    std::string dev = "/dev";
 };
 
-// Throws AdapterError: there is none, or there are several.
+// Throws AdapterError when none matches, or several.
 unsigned findAdapter( const BoardFiles::WantedAdapter &, const Places & );
 
-// What the kernel calls it; empty when it isn't there.
+// The kernel's name for it; empty if it does not exist.
 std::string adapterName( unsigned number, const Places & );
 
 // "/dev/i2c-5 (SMBus I801 adapter at 0540)", for people.

@@ -7,7 +7,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-extern "C" { // which the header doesn't say itself
+extern "C" { // the header itself doesn't declare it
 #include <i2c/smbus.h>
 }
 
@@ -60,7 +60,7 @@ class DevAdapter final : public Adapter {
    }
 
    const int fd_;
-   const std::string devices_; // and what its devices' names begin with
+   const std::string devices_; // and the start of its devices' names
 };
 
 } // namespace
@@ -71,9 +71,9 @@ std::unique_ptr<Adapter> openDevAdapter( unsigned number, const Places &places )
    if ( fd < 0 ) {
       const char *hint = "";
       if ( errno == ENOENT || errno == ENXIO )
-         hint = "; the module i2c-dev makes it";
+         hint = "; is the module i2c-dev loaded?";
       else if ( errno == EACCES || errno == EPERM )
-         hint = "; its owner and group have the right to it";
+         hint = "; only its owner and group may open it";
       throw AdapterError( fmt::format( "{}: {}{}", path, std::strerror( errno ), hint ) );
    }
    return std::make_unique<DevAdapter>(

@@ -7,7 +7,7 @@
 
 namespace Smbusd::Linux {
 
-// The adapter of this number, by /dev/i2c-N. Throws AdapterError: not there, or no right to it.
+// Opens /dev/i2c-N. Throws AdapterError when it does not exist or may not be opened.
 std::unique_ptr<Adapter> openDevAdapter( unsigned number, const Places & );
 
 } // namespace Smbusd::Linux

@@ -12,22 +12,22 @@
 
 namespace Smbusd::Linux {
 
-// A root bus that is an adapter of this machine. What the adapter can't do is refused by the name
-// of the function that it lacks, before anything is on the wires.
+// A root bus that is an i2c adapter of this machine. If the adapter lacks a function for a
+// transfer, the error names that function, and nothing happens on the bus.
 class LinuxBus final : public Bus::RootBus {
  public:
    using Open = std::function<std::unique_ptr<Adapter>()>; // throws AdapterError
 
-   // Asks for the adapter when it is first needed, and again while there is none.
+   // The first transfer opens the adapter; while that fails, each transfer tries again.
    LinuxBus( Open open, std::map<uint8_t, BoardFiles::ChipRules> chips )
       : openAdapter_( std::move( open ) ), chips_( std::move( chips ) ) {}
-   // Asks at once. Throws AdapterError.
+   // Opens it now. Throws AdapterError.
    void open();
 
    Bus::Outcome transfer( const Bus::Transfer & ) override;
 
  private:
-   Bus::Outcome carryOut( const Bus::Transfer & );
+   Bus::Outcome execute( const Bus::Transfer & );
    void address( const Bus::Transfer &, const BoardFiles::ChipRules & );
    Bus::Outcome smbus( const SmbusCall &, const Bus::Transfer & );
    Bus::Outcome messages( const Bus::Transfer &, unsigned offsetBytes );
@@ -37,7 +37,7 @@ class LinuxBus final : public Bus::RootBus {
    const std::map<uint8_t, BoardFiles::ChipRules> chips_;
    std::unique_ptr<Adapter> adapter_;
    unsigned long functions_ = 0;
-   bool pec_ = false;                       // as the adapter has it now
+   bool pec_ = false;                       // the adapter's present setting
    std::chrono::milliseconds timeout_{ 0 }; // 0: never set
 };
 

@@ -29,7 +29,7 @@ std::vector<uint8_t> bytesToWrite( const Bus::Transfer &transfer, unsigned offse
    return bytes;
 }
 
-// Of the message that is read, without a packet error code.
+// Of the message to read, without a packet error code.
 size_t bytesToRead( const Bus::Transfer &transfer ) {
    if ( transfer.isReceiveByte() )
       return 1;
@@ -71,11 +71,11 @@ std::string Messages::data( std::string &error ) const {
       return data;
    data.pop_back();
    const auto addressByte = static_cast<uint8_t>( messages_.back().addr << 1 );
-   uint8_t due = written_.empty() ? 0 : pecOver( 0, addressByte, written_ );
-   due = pecOver( due, addressByte | 1, std::span( read_ ).first( read_.size() - 1 ) );
-   if ( due == read_.back() )
+   uint8_t expected = written_.empty() ? 0 : pecOver( 0, addressByte, written_ );
+   expected = pecOver( expected, addressByte | 1, std::span( read_ ).first( read_.size() - 1 ) );
+   if ( expected == read_.back() )
       return data;
-   error = fmt::format( "PEC {:#04x} where {:#04x} is due", read_.back(), due );
+   error = fmt::format( "PEC is {:#04x}, expected {:#04x}", read_.back(), expected );
    return {};
 }
 

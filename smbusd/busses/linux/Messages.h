@@ -1,4 +1,4 @@
-// A transfer as I2C messages, which know no limit of 32 bytes and commands of any width.
+// A transfer as I2C messages: data can be longer than 32 bytes, and registers can have any width.
 #pragma once
 
 #include "smbus/Transfer.h"
@@ -12,13 +12,13 @@
 
 namespace Smbusd::Linux {
 
-// The kernel takes no longer ones in I2C_RDWR.
+// The limit of I2C_RDWR.
 inline constexpr size_t maxMessageBytes = 8192;
 
-// Its packet error code is this program's own work: the kernel adds none to messages.
+// The kernel adds no packet error code to messages, so this class does.
 class Messages {
  public:
-   // A block read has none: its length is known to the chip alone.
+   // A block read is impossible: only the chip knows its length.
    static bool canBe( const Bus::Transfer &transfer ) {
       return transfer.kind != Bus::Transfer::Kind::BlockRead;
    }
@@ -27,9 +27,9 @@ class Messages {
    Messages( const Messages & ) = delete;
    Messages &operator=( const Messages & ) = delete;
 
-   std::span<i2c_msg> list() { return messages_; } // refers into this object
+   std::span<i2c_msg> list() { return messages_; } // valid as long as this object
    bool tooLong() const;
-   // What was read; when its packet error code is wrong, nothing and why in the error.
+   // The data that was read. If its packet error code is wrong: nothing, and the reason in error.
    std::string data( std::string &error ) const;
 
  private:

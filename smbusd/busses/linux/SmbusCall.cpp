@@ -69,7 +69,7 @@ i2c_smbus_data dataFor( const SmbusCall &call, const Bus::Transfer &transfer ) {
       data.byte = bytes.empty() ? 0 : byteAt( bytes, 0 );
       break;
    case I2C_SMBUS_WORD_DATA:
-   case I2C_SMBUS_PROC_CALL: // the low byte goes first
+   case I2C_SMBUS_PROC_CALL: // low byte first
       if ( !bytes.empty() )
          data.word = static_cast<uint16_t>( byteAt( bytes, 0 ) | byteAt( bytes, 1 ) << 8 );
       break;
@@ -100,7 +100,7 @@ std::string dataFrom( const SmbusCall &call, const Bus::Transfer &transfer,
       return wordOf( data );
    case I2C_SMBUS_BLOCK_DATA:
       return block( data.block[0] );
-   default: // the adapter may have brought fewer than were asked for
+   default: // the adapter may have read fewer bytes than requested
       return block( std::min<size_t>( data.block[0], transfer.length ) );
    }
 }

@@ -1,12 +1,12 @@
-#include "Bench.h"
+#include "BoardControl.h"
 
-#include "orbis-smbus/Conversation.h"
+#include "orbis-smbus/ServerConnection.h"
 
 #include <fmt/format.h>
 
 using SmbusControl::Request;
 
-Bench::Bench( const std::string &socket ) : server_( socket ) {
+BoardControl::BoardControl( const std::string &socket ) : server_( socket ) {
    Request list;
    list.set_list( true );
    const SmbusControl::Response response = server_.ask( list );
@@ -22,19 +22,19 @@ Bench::Bench( const std::string &socket ) : server_( socket ) {
       modules_.push_back( module.name() );
 }
 
-void Bench::step( unsigned milliseconds ) {
+void BoardControl::step( unsigned milliseconds ) {
    Request step;
    step.set_step( milliseconds / 1000. );
    server_.ask( step );
 }
 
-void Bench::mend( const std::string &chip ) {
-   Request mend;
-   mend.set_mend( chip );
-   server_.ask( mend );
+void BoardControl::clearFaults( const std::string &chip ) {
+   Request clear;
+   clear.set_clear_faults( chip );
+   server_.ask( clear );
 }
 
-Request Bench::anything( Random &random ) const {
+Request BoardControl::randomRequest( Random &random ) const {
    Request request;
    switch ( random.below( 6 ) ) {
    case 0:
@@ -45,17 +45,17 @@ Request Bench::anything( Random &random ) const {
       break;
    case 2:
       request.mutable_fault()->set_chip( random.oneOf( chips_ ) );
-      request.mutable_fault()->set_missed( 1 );
-      request.mutable_fault()->set_among( 1 + random.below( 5 ) );
+      request.mutable_fault()->set_nacks( 1 );
+      request.mutable_fault()->set_out_of( 1 + random.below( 5 ) );
       break;
    case 3:
-      request.set_mend( random.oneOf( chips_ ) );
+      request.set_clear_faults( random.oneOf( chips_ ) );
       break;
    default: {
       const Quantity &quantity = random.oneOf( quantities_ );
-      request.mutable_set()->mutable_name()->set_whose( quantity.chip );
+      request.mutable_set()->mutable_name()->set_part( quantity.chip );
       request.mutable_set()->mutable_name()->set_name( quantity.name );
-      // A switch is turned; what has a size is moved by up to as much again.
+      // A switch is set to 0 or 1; another quantity to up to twice its value.
       request.mutable_set()->set_value(
          quantity.value == 0 || quantity.value == 1
             ? random.below( 2 )
@@ -65,7 +65,7 @@ Request Bench::anything( Random &random ) const {
    return request;
 }
 
-std::string Bench::carryOut( const Request &request ) {
+std::string BoardControl::carryOut( const Request &request ) {
    try {
       server_.ask( request );
       return "done";
@@ -74,19 +74,19 @@ std::string Bench::carryOut( const Request &request ) {
    }
 }
 
-std::string Bench::something( Random &random ) {
-   const Request request = anything( random );
+std::string BoardControl::doSomething( Random &random ) {
+   const Request request = randomRequest( random );
    std::string words;
    if ( request.has_pull() )
       words = "pull " + request.pull();
    else if ( request.has_insert() )
       words = "insert " + request.insert();
-   else if ( request.has_mend() )
-      words = "mend " + request.mend();
+   else if ( request.has_clear_faults() )
+      words = "clear " + request.clear_faults();
    else if ( request.has_fault() )
-      words = fmt::format( "nack {} 1/{}", request.fault().chip(), request.fault().among() );
+      words = fmt::format( "nack {} 1/{}", request.fault().chip(), request.fault().out_of() );
    else
-      words = fmt::format( "set {} {} {}", request.set().name().whose(),
-                           request.set().name().name(), request.set().value() );
+      words = fmt::format( "set {} {} {}", request.set().name().part(), request.set().name().name(),
+                           request.set().value() );
    return fmt::format( "{} -> {}", words, carryOut( request ) );
 }

@@ -1,6 +1,7 @@
-// One JSON object on one line, as scripts get it.
+// Pieces of output: one JSON object on one line for scripts, and bytes in hexadecimal.
 #pragma once
 
+#include <fmt/format.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
@@ -11,6 +12,14 @@
 namespace SmbusClient {
 
 using Json = rapidjson::Writer<rapidjson::StringBuffer>;
+
+// " 19 80"
+inline std::string hex( const std::string &bytes ) {
+   std::string text;
+   for ( const char byte : bytes )
+      text += fmt::format( " {:02x}", static_cast<unsigned char>( byte ) );
+   return text;
+}
 
 inline std::string jsonObject( const std::function<void( Json & )> &fill ) {
    rapidjson::StringBuffer buffer;

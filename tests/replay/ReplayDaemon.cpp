@@ -1,4 +1,4 @@
-#include "HandHost.h"
+#include "ReplayDaemon.h"
 
 #include "pl.h"
 
@@ -42,7 +42,7 @@ pl_timer *nextDue( uint64_t end ) {
 
 } // namespace
 
-namespace HandHost {
+namespace ReplayDaemon {
 
 void nameIs( const void *pointer, const std::string &name ) { names[textOf( pointer )] = name; }
 
@@ -78,7 +78,7 @@ void advance( unsigned milliseconds, const std::function<void( unsigned )> &pass
    turnTo( end );
 }
 
-} // namespace HandHost
+} // namespace ReplayDaemon
 
 void pl_trace( int level, const char *format, ... ) {
    char text[65536];
@@ -86,7 +86,7 @@ void pl_trace( int level, const char *format, ... ) {
    va_start( arguments, format );
    vsnprintf( text, sizeof text, format, arguments );
    va_end( arguments );
-   fmt::print( "   {} {}\n", level, HandHost::named( text ) );
+   fmt::print( "   {} {}\n", level, ReplayDaemon::named( text ) );
 }
 
 pl_timer_handle pl_timer_add( void ( *callback )( void * ), void *context ) {

@@ -9,26 +9,26 @@
 
 namespace SmbusClient {
 
-// The server can't be asked.
+// There is no connection to the server, or it broke.
 struct Unreachable : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
-// The server's words for what failed.
+// What failed, as the server reports it.
 struct Failed : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
-// Transactions with the server, each with the multiplexers on the way opened before and closed
-// after.
-class Conversation {
+// Sends transactions to the server. Each opens the target's multiplexers first and closes them at
+// the end.
+class ServerConnection {
  public:
-   explicit Conversation( unsigned retries ) : retries_( retries ) {}
-   ~Conversation();
-   Conversation( const Conversation & ) = delete;
-   Conversation &operator=( const Conversation & ) = delete;
+   explicit ServerConnection( unsigned retries ) : retries_( retries ) {}
+   ~ServerConnection();
+   ServerConnection( const ServerConnection & ) = delete;
+   ServerConnection &operator=( const ServerConnection & ) = delete;
 
-   // What one request to the target gave. Throws Unreachable or Failed.
+   // The data that one request to the target returns. Throws Unreachable or Failed.
    std::string ask( const Target &, Smbus::RequestType, uint32_t offset, uint32_t length,
                     const std::string &data = {} );
 

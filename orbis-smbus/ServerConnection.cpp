@@ -1,4 +1,4 @@
-#include "orbis-smbus/Conversation.h"
+#include "orbis-smbus/ServerConnection.h"
 
 #include <unistd.h>
 
@@ -8,13 +8,13 @@
 
 namespace SmbusClient {
 
-Conversation::~Conversation() {
+ServerConnection::~ServerConnection() {
    if ( socket_.fd >= 0 )
       close( socket_.fd );
 }
 
-std::string Conversation::ask( const Target &target, Smbus::RequestType type, uint32_t offset,
-                               uint32_t length, const std::string &data ) {
+std::string ServerConnection::ask( const Target &target, Smbus::RequestType type, uint32_t offset,
+                                   uint32_t length, const std::string &data ) {
    Smbus::TransactionRequest transaction;
    transaction.set_retries( retries_ );
    target.open( transaction );
@@ -25,7 +25,7 @@ std::string Conversation::ask( const Target &target, Smbus::RequestType type, ui
 
    Smbus::TransactionResponse *received = nullptr;
    if ( socket_.sendRequestWait( &transaction, &received ) < 0 )
-      throw Unreachable( std::string( "the server can't be asked: " ) + std::strerror( errno ) );
+      throw Unreachable( std::string( "the server can't be reached: " ) + std::strerror( errno ) );
    const std::unique_ptr<Smbus::TransactionResponse> response( received );
    if ( response->failed() )
       throw Failed( response->has_error() ? response->error() : "unknown reason" );

@@ -1,6 +1,6 @@
-#include "orbis-smbus/ControlConversation.h"
+#include "orbis-smbus/ControlConnection.h"
 
-#include "orbis-smbus/Conversation.h"
+#include "orbis-smbus/ServerConnection.h"
 #include "sockets/Frames.h"
 
 #include <sys/socket.h>
@@ -15,12 +15,12 @@ namespace SmbusClient {
 namespace {
 
 Unreachable unreachable( const std::string &reason ) {
-   return Unreachable( "the simulation can't be asked: " + reason );
+   return Unreachable( "the simulation can't be reached: " + reason );
 }
 
 } // namespace
 
-ControlConversation::ControlConversation( const std::string &path )
+ControlConnection::ControlConnection( const std::string &path )
    : fd_( socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0 ) ) {
    sockaddr_un address{};
    address.sun_family = AF_UNIX;
@@ -34,9 +34,9 @@ ControlConversation::ControlConversation( const std::string &path )
    }
 }
 
-ControlConversation::~ControlConversation() { close( fd_ ); }
+ControlConnection::~ControlConnection() { close( fd_ ); }
 
-SmbusControl::Response ControlConversation::ask( const SmbusControl::Request &request ) {
+SmbusControl::Response ControlConnection::ask( const SmbusControl::Request &request ) {
    const std::string bytes = Sockets::framed( request );
    for ( size_t sent = 0; sent < bytes.size(); ) {
       const ssize_t count = send( fd_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL );
@@ -50,20 +50,21 @@ SmbusControl::Response ControlConversation::ask( const SmbusControl::Request &re
    return response;
 }
 
-SmbusControl::Response ControlConversation::receive() {
+SmbusControl::Response ControlConnection::receive() {
    Sockets::Frame frame = Sockets::firstFrame( received_ );
    while ( frame.state == Sockets::Frame::State::Incomplete ) {
       char chunk[16384];
       const ssize_t count = recv( fd_, chunk, sizeof chunk, 0 );
       if ( count <= 0 )
-         throw unreachable( count == 0 ? "it has ended" : std::strerror( errno ) );
+         throw unreachable( count == 0 ? "the server closed the connection"
+                                       : std::strerror( errno ) );
       received_.append( chunk, static_cast<size_t>( count ) );
       frame = Sockets::firstFrame( received_ );
    }
    SmbusControl::Response response;
    if ( frame.state != Sockets::Frame::State::Whole ||
         !response.ParseFromArray( frame.message.data(), static_cast<int>( frame.message.size() ) ) )
-      throw unreachable( "its answer makes no sense" );
+      throw unreachable( "its answer is not valid" );
    received_.erase( 0, frame.size );
    return response;
 }

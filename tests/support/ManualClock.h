@@ -6,8 +6,8 @@
 
 namespace TestSupport {
 
-// Stands still until the test turns it.
-class HandClock final : public Bus::Clock {
+// Only the test moves it.
+class ManualClock final : public Bus::Clock {
  public:
    Time now() const override { return now_.load(); }
    void advance( Time by ) { now_ = now_.load() + by; }

@@ -1,4 +1,0 @@
-// Every allocation of the process, counted.
-#pragma once
-
-extern long allocations;
