@@ -11,6 +11,8 @@ using Host::Options;
 
 int run( const Options &options ) {
    Host::setUpLog( options );
+   if ( options.command == Options::Command::Check )
+      return Host::check( options );
    BoardFiles::Findings findings;
    const auto board = BoardFiles::loadBoard( options.board, options.drivers, findings );
    for ( const BoardFiles::Finding &finding : findings )
@@ -27,7 +29,6 @@ int run( const Options &options ) {
    case Options::Command::Act:
       return Host::act( *board, options );
    default:
-      fmt::print( "{}: {} objects, no errors\n", options.board.string(), board->objects.size() );
       return Host::exitOk;
    }
 }

@@ -10,7 +10,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr auto description =
+constexpr auto programDescription =
    "Brings a board up with its driver plug-in, and shows it.\n\n"
    "All commands except check write to the board: bringing it up sets the thresholds of\n"
    "temperature sensors, the port LEDs, and the pin directions of expanders.\n";
@@ -101,7 +101,7 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
    using enum Options::Command;
    Options options;
    options.plugin = defaultPlugin();
-   CLI::App app( description, "orbis-host" );
+   CLI::App app( programDescription, "orbis-host" );
    app.footer( footer );
    app.set_version_flag( "--version", "orbis-host " ORBIS_VERSION );
    app.require_subcommand( 1 );
@@ -119,7 +119,10 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
                    "Seconds for one operation; after that the plug-in's process is ended" )
       ->check( CLI::Range( 0.1, 3600.0 ) )
       ->capture_default_str();
-   addBoardCommand( app, options, Check, "check", "Check the files of a board" );
+   CLI::App *check = addBoardCommand( app, options, Check, "check",
+                                      "Check all files of a board, simulation.json too" );
+   check->add_flag( "--json", options.json, "Print what is found as a JSON list" );
+   check->add_flag( "--strict", options.strict, "End with an error after a warning, too" );
    addBoardCommand( app, options, Show, "show", "Show every object once" )
       ->add_flag( "--json", options.json, "Print JSON; its schema is boards/state.schema.json" );
    CLI::App *watch = addBoardCommand( app, options, Watch, "watch",

@@ -34,6 +34,31 @@ TEST_F( ProgramTest, CheckEndsWith0ForAGoodBoardAnd3ForABadOne ) {
    EXPECT_THAT( err, HasSubstr( "topology.json:1:1: an object is not a list" ) );
 }
 
+TEST_F( ProgramTest, CheckPrintsItsFindingsAsJsonToo ) {
+   folder.write( "topology.json", "[]" );
+   folder.write( "objects.json", "[\n 5 ]" );
+   EXPECT_EQ( run( { "check", "--json", folder.path() } ), 3 );
+   EXPECT_THAT( out, HasSubstr( R"({"severity":"error","file":")" ) );
+   EXPECT_THAT(
+      out,
+      HasSubstr(
+         R"(objects.json","line":2,"column":2,"pointer":"/0","reason":"5 is not an object"})" ) );
+   EXPECT_EQ( run( { "check", "--json", SCRIPTED_BOARD } ), 0 );
+   EXPECT_EQ( out, "[]\n" );
+}
+
+TEST_F( ProgramTest, CheckRefusesWarningsWhenItIsStrict ) {
+   std::filesystem::copy( SCRIPTED_BOARD, folder.path(), std::filesystem::copy_options::recursive );
+   std::string topology = folder.read( "topology.json" );
+   const std::string label = R"("label": "Raw")";
+   topology.insert( topology.find( label ), R"("lable": "x", )" );
+   folder.write( "topology.json", topology );
+   const std::string drivers = folder.path() / "libScriptedPlugin.drivers.json";
+   EXPECT_EQ( run( { "--drivers", drivers, "check", folder.path() } ), 0 );
+   EXPECT_THAT( err, HasSubstr( "warning: Raw: unknown key \"lable\" (did you mean \"label\"?)" ) );
+   EXPECT_EQ( run( { "--drivers", drivers, "check", "--strict", folder.path() } ), 3 );
+}
+
 TEST_F( ProgramTest, NoCommandLetsABadBoardReachThePlugin ) {
    folder.write( "objects.json", "[ { \"type\": \"system\" } ]" );
    folder.write( "topology.json", "[]" );
