@@ -74,7 +74,7 @@ class Json {
    double number_ = 0;
    std::string text_{};
    std::vector<Json> elements_{};
-   std::vector<Member> members_{};
+   std::vector<Member> members_;
    std::string pointer_{};
    std::shared_ptr<const Source> source_{};
    size_t begin_ = 0; // in the source

@@ -5,13 +5,13 @@
 namespace BoardFiles {
 namespace {
 
-constexpr EnumNames<Kind, 9> names{ { "slot", "led", "temp_sensor", "fan", "xcvr", "psu", "gpio",
-                                      "smbus", "system" } };
+constexpr EnumNames<Kind, 9> kindNames{ { "slot", "led", "temp_sensor", "fan", "xcvr", "psu",
+                                          "gpio", "smbus", "system" } };
 
 } // namespace
 
-std::string_view nameOf( Kind kind ) { return names[kind]; }
+std::string_view nameOf( Kind kind ) { return kindNames[kind]; }
 
-std::optional<Kind> kindOf( std::string_view name ) { return names.find( name ); }
+std::optional<Kind> kindOf( std::string_view name ) { return kindNames.find( name ); }
 
 } // namespace BoardFiles

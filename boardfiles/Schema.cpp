@@ -1,9 +1,10 @@
 #include "boardfiles/Schema.h"
 
+#include "boardfiles/Pattern.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <regex>
 #include <stdexcept>
 
 namespace BoardFiles {
@@ -111,7 +112,7 @@ class Checker {
          complain( fmt::format( "{} is above {}", shown( value ), maximum->source() ) );
       const auto text = value.toText();
       const auto pattern = rule.textOf( "pattern" );
-      if ( text && pattern && !std::regex_search( std::string( *text ), std::regex( *pattern ) ) )
+      if ( text && pattern && !matches( *text, *pattern ) )
          complain( fmt::format( "{} does not have the form {}", shown( value ), *pattern ) );
       if ( text && text->empty() && rule.unsignedOf( "minLength" ).value_or( 0 ) > 0 )
          complain( "an empty text" );

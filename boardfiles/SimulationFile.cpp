@@ -1,5 +1,6 @@
 #include "boardfiles/SimulationFile.h"
 
+#include "boardfiles/Pattern.h"
 #include "boardfiles/Schema.h"
 #include "boardfiles/TopologyFile.h"
 
@@ -7,7 +8,6 @@
 
 #include <algorithm>
 #include <map>
-#include <regex>
 
 namespace BoardFiles {
 
@@ -163,7 +163,7 @@ class SimulationCheck {
    static bool canSet( const std::string &kind, const std::string &quantity ) {
       const auto patterns = rulesOf( kind ).elementsOf( "settable" );
       return std::any_of( patterns.begin(), patterns.end(), [&]( const Json &pattern ) {
-         return std::regex_match( quantity, std::regex( std::string( *pattern.toText() ) ) );
+         return matchesWhole( quantity, std::string( *pattern.toText() ) );
       } );
    }
 

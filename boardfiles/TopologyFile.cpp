@@ -10,12 +10,10 @@
 
 namespace BoardFiles {
 
-namespace {
-
 // Where each number of a kind was first.
-class Ids {
+class TopologyIds {
  public:
-   explicit Ids( std::string what ) : what_( std::move( what ) ) {}
+   explicit TopologyIds( std::string what ) : what_( std::move( what ) ) {}
 
    // False, with a finding, when the number is there already.
    bool add( uint32_t id, const Place &place, Findings &findings ) {
@@ -31,8 +29,6 @@ class Ids {
    const std::string what_;
    std::map<uint32_t, Place> places_;
 };
-
-} // namespace
 
 class TopologyReader {
  public:
@@ -68,7 +64,7 @@ class TopologyReader {
    }
 
    void readAccelerators( const Json &medium, Bus::Master master, uint32_t pci ) {
-      Ids ids( "accelerator id" );
+      TopologyIds ids( "accelerator id" );
       for ( const Json &accelerator : medium.elementsOf( "accelerators" ) ) {
          const Json *id = accelerator.find( "id" );
          const auto number = id ? id->toUnsigned() : std::nullopt;
@@ -76,7 +72,7 @@ class TopologyReader {
             continue;
          ids.add( *number, id->place(), findings_ );
          checkRootNumber( *number, id->place() );
-         Ids busIds( "bus id" );
+         TopologyIds busIds( "bus id" );
          for ( const Json &bus : accelerator.elementsOf( "busses" ) ) {
             readRoot( bus, master, pci, *number );
             addBusId( busIds, bus );
@@ -84,7 +80,7 @@ class TopologyReader {
       }
    }
 
-   void addBusId( Ids &ids, const Json &bus ) {
+   void addBusId( TopologyIds &ids, const Json &bus ) {
       if ( const auto number = bus.unsignedOf( "id" ) )
          ids.add( *number, bus.find( "id" )->place(), findings_ );
    }
@@ -107,9 +103,10 @@ class TopologyReader {
 
    TopologyBus readBus( const Json &json, const std::vector<uint32_t> &muxes ) {
       const Json *id = json.find( "id" );
-      TopologyBus bus{ .id = json.unsignedOf( "id" ).value_or( 0 ),
-                       .place = json.place(),
-                       .idPlace = id ? id->place() : json.place() };
+      TopologyBus bus;
+      bus.id = json.unsignedOf( "id" ).value_or( 0 );
+      bus.place = json.place();
+      bus.idPlace = id ? id->place() : json.place();
       for ( const Json &device : json.elementsOf( "devices" ) )
          readDevice( device, muxes, bus );
       for ( const Json &mux : json.elementsOf( "muxes" ) )
@@ -149,7 +146,7 @@ class TopologyReader {
       TopologyMux mux{ .did = *did->toUnsigned(), .place = json.place(), .didPlace = did->place() };
       std::vector<uint32_t> path = muxes;
       path.push_back( mux.did );
-      Ids ids( "bus id" );
+      TopologyIds ids( "bus id" );
       for ( const Json &behind : json.elementsOf( "busses" ) ) {
          if ( behind.type() == Json::Type::Object )
             mux.busses.push_back( readBus( behind, path ) );
@@ -223,8 +220,8 @@ class TopologyReader {
 
    TopologyFile &topology_;
    Findings &findings_;
-   Ids dids_{ "did" };
-   Ids uids_{ "uid" };
+   TopologyIds dids_{ "did" };
+   TopologyIds uids_{ "uid" };
 };
 
 const TopologyDevice *TopologyFile::byDid( uint32_t did ) const {

@@ -25,7 +25,7 @@ struct TopologyMux;
 struct TopologyBus {
    uint32_t id = 0;
    std::vector<TopologyDevice> devices{};
-   std::vector<TopologyMux> muxes{};
+   std::vector<TopologyMux> muxes;
    Place place{};
    Place idPlace{};
 };

@@ -19,6 +19,8 @@ set( CMAKE_CXX_FLAGS_MINSIZEREL "-Os" )
 add_compile_options( -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= )
 if( ORBIS_SANITIZE )
    add_compile_options( -fsanitize=${ORBIS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer )
+   add_compile_options(
+      $<$<CXX_COMPILER_ID:Clang>:-fsanitize-ignorelist=${CMAKE_CURRENT_LIST_DIR}/sanitizers.ignore> )
    add_link_options( -fsanitize=${ORBIS_SANITIZE} )
 endif()
 

@@ -1,3 +1,7 @@
+# Tests run in the project's root and know every file by its path from there, so that the same test
+# compiles to the same program in every clone.
+file( RELATIVE_PATH ORBIS_BUILD ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR} )
+
 # A program of tests as all are compiled: without optimising, since they are compiled once for each run
 # of them, and with the first one's precompiled header.
 function( orbis_add_test_program name )
@@ -29,6 +33,7 @@ function( orbis_add_test name )
    if( arg_DEPENDS )
       add_dependencies( ${name} ${arg_DEPENDS} )
    endif()
-   gtest_discover_tests( ${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES PROPERTIES TIMEOUT ${arg_TIMEOUT} )
+   gtest_discover_tests( ${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES
+      WORKING_DIRECTORY ${CMAKE_SOURCE_DIR} PROPERTIES TIMEOUT ${arg_TIMEOUT} )
 endfunction()
 include( GoogleTest )

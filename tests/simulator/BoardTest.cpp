@@ -1,6 +1,7 @@
 #include "ManualClock.h"
 #include "PrivateFolder.h"
 #include "boardfiles/Finding.h"
+#include "boardfiles/Pattern.h"
 #include "simulator/board/ChipKinds.h"
 #include "simulator/board/SimulatedBoard.h"
 
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <regex>
 
 namespace SimulatorTest {
 
@@ -182,7 +182,7 @@ TEST_F( BoardTest, KnowsWhatCanBeSetOnEveryChip ) {
       for ( const Quantity &quantity : seated.chip->quantities() ) {
          const bool listed =
             std::any_of( kind->settable.begin(), kind->settable.end(), [&]( const auto &pattern ) {
-               return std::regex_match( quantity.name, std::regex( pattern ) );
+               return BoardFiles::matchesWhole( quantity.name, pattern );
             } );
          EXPECT_EQ( listed, bool( quantity.set ) )
             << seated.chip->name() << ' ' << quantity.name

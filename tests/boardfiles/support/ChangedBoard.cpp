@@ -34,7 +34,7 @@ void ChangedBoard::change( const std::string &file, const std::string &pointer,
 std::vector<std::string> ChangedBoard::check() const {
    Findings findings;
    const auto board = loadBoard(
-      folder_.path(), drivers_.is_absolute() ? drivers_ : folder_.path() / drivers_, findings );
+      folder_.path(), drivers_.has_parent_path() ? drivers_ : folder_.path() / drivers_, findings );
    EXPECT_EQ( board.has_value(), !hasErrors( findings ) );
    return textsWithPointers( findings );
 }
