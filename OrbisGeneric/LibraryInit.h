@@ -1,7 +1,7 @@
 // Bringing the plug-in into working order: one socket to the SMBus server, one topology.
 #pragma once
 
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 
 namespace PlatformLibrary {
 class PLSocket;

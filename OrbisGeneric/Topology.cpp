@@ -2,7 +2,7 @@
 #include "OrbisGeneric/Topology.h"
 
 #include "OrbisGeneric/Drivers/Drivers.h"
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 
 #include <cassert>
 #include <cstring>

@@ -1,5 +1,5 @@
 // The walk over the tree, and the searches built on it.
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 #include "OrbisGeneric/TopologyVisitor.h"
 
 namespace Topology {

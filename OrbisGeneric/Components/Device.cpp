@@ -4,7 +4,7 @@
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Ham/Ham.h"
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 
 namespace Component {
 

@@ -26,7 +26,7 @@ void Led::createBlinkTimer() {
    if ( blinkTimer_ )
       return;
    PL_TRACE( 0, "creating unique led blink timer" );
-   blinkTimer_ = Host::timerAdd( handleBlinkTimerCallback, nullptr );
+   blinkTimer_ = HostServices::timerAdd( handleBlinkTimerCallback, nullptr );
    if ( !blinkTimer_ )
       PL_TRACE( 0, "failed to create blink timer" );
    assert( blinkTimer_ );
@@ -37,7 +37,7 @@ void Led::notifyOnBlink( Led *led ) {
    assert( blinkTimer_ );
    notifyList_.push_back( led );
    if ( notifyList_.size() == 1 )
-      Host::timerSet( blinkTimer_, blinkPeriod_ );
+      HostServices::timerSet( blinkTimer_, blinkPeriod_ );
 }
 
 void Led::handleBlinkTimerCallback( void * ) {
@@ -53,7 +53,7 @@ void Led::handleBlinkTimerCallback( void * ) {
       led = led == notifyList_.end() ? notifyList_.begin() : std::next( led );
    }
    if ( !notifyList_.empty() )
-      Host::timerSet( blinkTimer_, blinkPeriod_ );
+      HostServices::timerSet( blinkTimer_, blinkPeriod_ );
    blinkStatus_ = !blinkStatus_;
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "OrbisGeneric/AhamAddress.h"
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 
 #include <functional>
 #include <map>

@@ -3,7 +3,7 @@
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Ham/SearchVisitor.h"
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 
 #include <cassert>
 

@@ -1,7 +1,7 @@
 #include "OrbisGeneric/Ham/SearchVisitor.h"
 
 #include "OrbisGeneric/Drivers/Drivers.h"
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 
 namespace Ham {
 

@@ -1,6 +1,6 @@
 #include "OrbisGeneric/Drivers/Kelt/CelesticaXcvr.h"
 
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 
 namespace Drivers {
 

@@ -1,7 +1,7 @@
 // The switch as a whole: power cycle and power off. Why it last restarted is not provided.
 #pragma once
 
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 
 // Reached by hosts through the table, and exported under their C++ names.
 ORBIS_EXPORT pl_status pl_system_poweroff( pl_system *system );

@@ -17,7 +17,7 @@
 // Visible to the host; everything else of the plug-in is hidden.
 #define ORBIS_EXPORT __attribute__( ( visibility( "default" ) ) )
 
-namespace Host {
+namespace HostServices {
 
 // A host without timer functions is one that could make no timer: null here, failure below.
 inline pl_timer_handle timerAdd( void ( *callback )( void * ), void *context ) {
@@ -37,4 +37,4 @@ inline void timerDelete( pl_timer_handle timer ) {
       pl_timer_delete( timer );
 }
 
-} // namespace Host
+} // namespace HostServices
