@@ -1,7 +1,7 @@
 // Loading the topology. Every assertion here is about the text that the platform was built with.
 #include "OrbisGeneric/Topology.h"
 
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/HostServices.h"
 
 #include <cassert>

@@ -3,7 +3,7 @@
 // plug-in, messages and server.
 #include "ChildProcess.h"
 
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "OrbisGeneric/LibraryInit.h"
 

@@ -2,6 +2,7 @@
 
 #include "OrbisGeneric/Components/Add.h"
 #include "OrbisGeneric/Components/NotImplementedException.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/Ham.h"
 #include "OrbisGeneric/LibraryInit.h"
 

@@ -1,6 +1,7 @@
 #include "OrbisGeneric/Components/TempSensor.h"
 
-#include "OrbisGeneric/Components/Add.h"
+#include "OrbisGeneric/Components/Device.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/LibraryInit.h"
 
 namespace Component::LogicalDevice {

@@ -1,4 +1,4 @@
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 
 #include "OrbisGeneric/Topology.h"
 

@@ -1,7 +1,7 @@
 #include "OrbisGeneric/Drivers/DualFan.h"
 
 #include "OrbisGeneric/Components/Record.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 
 #include <cassert>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 // what is missing there stops the process.
 #pragma once
 
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "OrbisGeneric/Drivers/PsuSlot.h"
 
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/PmbusMap.h"
 #include "OrbisGeneric/Ham/Ham.h"
 

@@ -1,7 +1,7 @@
 #include "OrbisGeneric/Ham/Ham.h"
 
 #include "OrbisGeneric/Components/NotImplementedException.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/SearchVisitor.h"
 #include "OrbisGeneric/HostServices.h"
 

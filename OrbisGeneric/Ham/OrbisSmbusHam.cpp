@@ -2,7 +2,7 @@
 
 #include "OrbisGeneric/Components/Device.h"
 #include "OrbisGeneric/Components/Mux.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/HostServices.h"
 #include "OrbisGeneric/LibraryInit.h"
 #include "PlatformLibrary/PLSocket.h"

@@ -1,6 +1,6 @@
 #include "OrbisGeneric/Ham/SearchVisitor.h"
 
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/HostServices.h"
 
 namespace Ham {

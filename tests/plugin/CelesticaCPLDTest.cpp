@@ -1,5 +1,5 @@
 // Transceiver ports of both CPLDs, from the board's own tables.
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/Kelt/CelesticaXcvr.h"
 #include "support/PluginTest.h"
 #include "support/ScriptedHam.h"

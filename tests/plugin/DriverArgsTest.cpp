@@ -1,4 +1,4 @@
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "support/PluginTest.h"
 
 #include <rapidjson/document.h>

@@ -1,5 +1,5 @@
 #include "OrbisGeneric/Drivers/DualFan.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "support/PluginTest.h"
 
 #include <fmt/format.h>

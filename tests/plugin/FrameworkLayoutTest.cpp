@@ -2,7 +2,7 @@
 #include "OrbisGeneric/AhamAddress.h"
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Components/PollDevice.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/Helpers.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "OrbisGeneric/Ham/SearchVisitor.h"

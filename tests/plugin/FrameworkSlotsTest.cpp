@@ -2,7 +2,7 @@
 // operation's slot.
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Components/PollDevice.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "OrbisGeneric/TopologyVisitor.h"
 #include "support/NotedObjects.h"

@@ -1,5 +1,5 @@
 #include "OrbisGeneric/Drivers/GenericSmbusMux.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "support/ScriptedHam.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "OrbisGeneric/Drivers/LM75.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "support/PluginTest.h"
 #include "support/ScriptedHam.h"
 

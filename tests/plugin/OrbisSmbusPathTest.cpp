@@ -1,7 +1,7 @@
 // The way from the server to a device: address fields, and the muxes that a batch opens and closes.
 #include "OrbisGeneric/Components/Device.h"
 #include "OrbisGeneric/Components/Mux.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "OrbisGeneric/Topology.h"
 #include "support/PluginTest.h"

@@ -1,5 +1,5 @@
 #include "OrbisGeneric/Drivers/PsuSlot.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "support/Layout.h"
 #include "support/PluginTest.h"
 #include "support/ScriptedHam.h"

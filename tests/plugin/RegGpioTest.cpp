@@ -1,5 +1,5 @@
 #include "OrbisGeneric/Components/Gpio.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/Dummy.h"
 #include "support/PluginTest.h"
 #include "support/ScriptedHam.h"

@@ -1,6 +1,6 @@
 // Finding the access method for a component or device.
 #include "OrbisGeneric/Ham/SearchVisitor.h"
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/Ham.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "support/PluginTest.h"

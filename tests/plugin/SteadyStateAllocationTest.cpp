@@ -1,6 +1,6 @@
 // In a steady state a batch costs the plug-in no allocation: requests, mux selections and answers
 // live in elements that the first batches made.
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "support/PluginTest.h"
 

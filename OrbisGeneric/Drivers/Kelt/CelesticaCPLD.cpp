@@ -1,6 +1,6 @@
 #include "OrbisGeneric/Drivers/Kelt/CelesticaCPLD.h"
 
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/Kelt/CelesticaXcvr.h"
 #include "OrbisGeneric/Ham/Ham.h"
 

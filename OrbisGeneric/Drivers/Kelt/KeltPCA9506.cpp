@@ -1,6 +1,6 @@
 #include "OrbisGeneric/Drivers/Kelt/KeltPCA9506.h"
 
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 
 #include <cassert>
 #include <cstdlib>
