@@ -1,7 +1,7 @@
 // Transceiver ports of both CPLDs, from the board's own tables.
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/Kelt/CelesticaXcvr.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 #include "support/ScriptedHam.h"
 
 namespace {
@@ -32,7 +32,7 @@ const std::vector<unsigned> qcpldLeds = { 0x203, 0x204, 0x283, 0x284, 0x285, 0x2
 const std::vector<unsigned> scpldLeds = { 0x383, 0x384, 0x385 };
 
 template <typename Cpld>
-class CpldTest : public PluginTest {
+class CpldTest : public PluginFixture {
  protected:
    // As the CPLD is polled: all registers read this, but for the ones told.
    std::vector<Transfer> poll( std::map<unsigned, uint8_t> values, uint8_t others ) {
@@ -367,7 +367,7 @@ TEST_F( KeltQCPLDTest, ABitCanBeReadAfreshAndWrittenOnTopOfWhatTheBusSays ) {
    EXPECT_EQ( cpld.setRegisterBit( 0x112, 1, 1, true ), 4 );
 }
 
-class CpldFactoryTest : public PluginTest {};
+class CpldFactoryTest : public PluginFixture {};
 
 TEST_F( CpldFactoryTest, WithoutThePollFlagNeitherCacheNorTimerIsUsed ) {
    CelXcvrCPLD plain( false );

@@ -1,13 +1,13 @@
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/Kelt/CelesticaCPLD.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 #include "support/ScriptedHam.h"
 
 namespace {
 
 using Drivers::KeltSCPLD;
 
-class CelesticaLedTest : public PluginTest {
+class CelesticaLedTest : public PluginFixture {
  protected:
    using Led = Component::LogicalDevice::Led;
 

@@ -4,7 +4,7 @@
 #include "OrbisGeneric/Drivers/Dummy.h"
 #include "OrbisGeneric/Ham/Ham.h"
 #include "support/MessageOf.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 namespace {
 
@@ -12,7 +12,7 @@ using Component::DeviceBase;
 using Component::HardwareDevice;
 using Component::MultiDevice;
 
-class DeviceTest : public PluginTest {
+class DeviceTest : public PluginFixture {
  protected:
    DeviceTest() { connect( i2cTopology( "{'did':1},{'did':2}" ) ); }
 

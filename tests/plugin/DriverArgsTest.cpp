@@ -1,11 +1,11 @@
 #include "OrbisGeneric/Drivers/DriverArgs.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 #include <rapidjson/document.h>
 
 namespace {
 
-class DriverArgsTest : public PluginTest {
+class DriverArgsTest : public PluginFixture {
  protected:
    // A document with these further members.
    static const char *document( const std::string &members ) {
@@ -138,7 +138,7 @@ TEST_F( DriverArgsTest, ARecordThatIsFilledAgainIsNoLongerAMultiDevice ) {
    EXPECT_FALSE( args.isMultiDevice );
 }
 
-class InsertDriverArgTest : public PluginTest {
+class InsertDriverArgTest : public PluginFixture {
  protected:
    static std::string inserted( const std::string &text, const char *key, const char *value ) {
       char *out = nullptr;

@@ -1,6 +1,6 @@
 #include "OrbisGeneric/Drivers/DualFan.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 #include <fmt/format.h>
 
@@ -23,7 +23,7 @@ struct Rotor : Component::LogicalDevice::Fan {
    std::vector<int> set;
 };
 
-class DualFanTest : public PluginTest {
+class DualFanTest : public PluginFixture {
  protected:
    pl_status reading( int inletRpm, int outletRpm ) {
       inlet.speed = inletRpm;
@@ -106,7 +106,7 @@ TEST_F( DualFanTest, LeavesTheOutletAloneWhenTheInletFails ) {
    EXPECT_TRUE( TestHost::traced( 0, "Error status 4 setting outlet fan 2 RPM" ) );
 }
 
-class DualFanDocumentTest : public PluginTest {
+class DualFanDocumentTest : public PluginFixture {
  protected:
    DualFanDocumentTest() {
       connect( i2cTopology( "{'did':1}" ) );

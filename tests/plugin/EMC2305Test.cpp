@@ -1,13 +1,13 @@
 #include "OrbisGeneric/Drivers/EMC2305.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 #include "support/ScriptedHam.h"
 
 namespace {
 
 using Drivers::EMC2305;
 
-class EMC2305Test : public PluginTest {
+class EMC2305Test : public PluginFixture {
  protected:
    EMC2305Test() { driver.ham_ = &ham; }
 

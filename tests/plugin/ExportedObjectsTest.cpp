@@ -2,7 +2,7 @@
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Topology.h"
 #include "support/NotedObjects.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ struct TestDriver : Component::HardwareDevice {
    Noted::Qsfp qsfp;
 };
 
-class ExportedObjectsTest : public PluginTest {
+class ExportedObjectsTest : public PluginFixture {
  protected:
    ExportedObjectsTest() {
       connect( i2cTopology( "{'did':1},{'did':2,'label':'Bare'},"

@@ -1,11 +1,11 @@
 #include "OrbisGeneric/Drivers/Helpers.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 namespace {
 
 using Drivers::FormatFdl;
 
-class FormatFdlTest : public PluginTest {};
+class FormatFdlTest : public PluginFixture {};
 
 TEST_F( FormatFdlTest, FillsItsKeysAndStartsAgainFromTheTemplate ) {
    FormatFdl fdl( "PSU {model} rev {rev}" );

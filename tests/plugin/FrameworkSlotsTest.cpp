@@ -6,7 +6,7 @@
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "OrbisGeneric/TopologyVisitor.h"
 #include "support/NotedObjects.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 #include "support/VirtualSlot.h"
 
 namespace {
@@ -41,7 +41,7 @@ struct NotedPollDevice : NotedDevice<Component::PollHardwareDevice> {
    void pollCallback() override { note( "pollCallback" ); }
 };
 
-class FrameworkSlotsTest : public PluginTest {
+class FrameworkSlotsTest : public PluginFixture {
  protected:
    static void expectDeviceBase( void *device ) {
       const Args args;

@@ -1,10 +1,10 @@
 #include "OrbisGeneric/Drivers/GPIOExpander.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 #include "support/ScriptedHam.h"
 
 namespace {
 
-class GPIOExpanderTest : public PluginTest {
+class GPIOExpanderTest : public PluginFixture {
  protected:
    GPIOExpanderTest() {
       expander.ham_ = &ham;

@@ -3,7 +3,7 @@
 #include "OrbisGeneric/Drivers/Dummy.h"
 #include "OrbisGeneric/Drivers/LM75.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 namespace {
 
@@ -17,7 +17,7 @@ TEST( TrimTest, TakesSpacesAndTabsFromBothEnds ) {
    EXPECT_EQ( trim( "\ra " ), "\ra" );
 }
 
-class HelpersTest : public PluginTest {
+class HelpersTest : public PluginFixture {
  protected:
    HelpersTest() {
       connect(

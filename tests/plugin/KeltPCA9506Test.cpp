@@ -1,7 +1,7 @@
 #include "OrbisGeneric/Drivers/Kelt/KeltPCA9506.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "support/Layout.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 #include "support/ScriptedHam.h"
 
 REVEAL( IndexOfFansBay, Component::LogicalDevice::Slot::index_ );
@@ -10,7 +10,7 @@ namespace {
 
 using Drivers::KeltPCA9506;
 
-class KeltPCA9506Test : public PluginTest {
+class KeltPCA9506Test : public PluginFixture {
  protected:
    using Led = Component::LogicalDevice::Led;
    using Slot = Component::LogicalDevice::Slot;

@@ -2,11 +2,11 @@
 #include "OrbisGeneric/Components/Gpio.h"
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Topology.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 namespace {
 
-class KeltSystemTest : public PluginTest {
+class KeltSystemTest : public PluginFixture {
  protected:
    KeltSystemTest() {
       connect( i2cTopology( "{'did':1,'label':'Cpld','driver':'Dummy','address':{'address':98}},"

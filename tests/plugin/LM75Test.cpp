@@ -1,13 +1,13 @@
 #include "OrbisGeneric/Drivers/LM75.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 #include "support/ScriptedHam.h"
 
 namespace {
 
 using Drivers::LM75;
 
-class LM75Test : public PluginTest {
+class LM75Test : public PluginFixture {
  protected:
    LM75Test() { lm75.ham_ = &ham; }
 

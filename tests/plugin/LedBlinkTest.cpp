@@ -1,6 +1,6 @@
 #include "OrbisGeneric/Components/Led.h"
 #include "OrbisGeneric/Drivers/Drivers.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ struct BlinkingLed : Led {
 
 const bool phaseOfAFreshProcess = Led::blinkStatus_;
 
-class LedBlinkTest : public PluginTest {
+class LedBlinkTest : public PluginFixture {
  protected:
    LedBlinkTest() {
       Led::createBlinkTimer();
@@ -118,7 +118,7 @@ TEST_F( LedBlinkTest, EverySettingHasAName ) {
                            "`( unsigned )status < sizeof ( strs ) / sizeof ( *strs )' failed" ) ) );
 }
 
-class LedTimerTest : public PluginTest {};
+class LedTimerTest : public PluginFixture {};
 
 TEST_F( LedTimerTest, AHostThatMakesNoTimerStopsTheProcess ) {
    TestHost::makesTimers = false;

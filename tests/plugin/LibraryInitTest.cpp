@@ -1,13 +1,13 @@
 #include "OrbisGeneric/LibraryInit.h"
 #include "OrbisGeneric/Topology.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace {
 
-class LibraryInitTest : public PluginTest {};
+class LibraryInitTest : public PluginFixture {};
 
 TEST_F( LibraryInitTest, MakesNoAttemptWithoutRetriesAndFails ) {
    for ( int retries : { 0, -1 } ) {
@@ -87,7 +87,7 @@ struct EntryPoint {
    pl_status ( *init )( const char * );
 };
 
-class EntryPointTest : public PluginTest, public ::testing::WithParamInterface<EntryPoint> {};
+class EntryPointTest : public PluginFixture, public ::testing::WithParamInterface<EntryPoint> {};
 
 TEST_P( EntryPointTest, NamesItselfAndTriesThirtyTimes ) {
    FakeServer::failingSetups = 1000;

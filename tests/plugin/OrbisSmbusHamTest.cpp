@@ -1,7 +1,7 @@
 // Batches as they reach the server, against whole messages.
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "OrbisGeneric/Components/NotImplementedException.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 #include <cerrno>
 
@@ -10,7 +10,7 @@ namespace {
 using Words = std::vector<std::string>;
 
 // A device at 0x48 without muxes, on a simulated bus 0.
-class OrbisSmbusHamTest : public PluginTest {
+class OrbisSmbusHamTest : public PluginFixture {
  protected:
    OrbisSmbusHamTest() {
       connect( "[]" );

@@ -4,7 +4,7 @@
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "OrbisGeneric/Topology.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ const char *const board =
    "{'type':'Celestica','ham':'OrbisSmbus','accelerators':[{'id':9,'busses':[{'id':8,'devices':["
    "{'did':27}]}]}]}]";
 
-class OrbisSmbusPathTest : public PluginTest {
+class OrbisSmbusPathTest : public PluginFixture {
  protected:
    OrbisSmbusPathTest() { connect( board ); }
 

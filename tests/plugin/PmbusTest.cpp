@@ -1,13 +1,13 @@
 #include "OrbisGeneric/Drivers/Pmbus.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 #include "support/ScriptedHam.h"
 
 namespace {
 
 using Drivers::Pmbus;
 
-class PmbusTest : public PluginTest {
+class PmbusTest : public PluginFixture {
  protected:
    PmbusTest() { pmbus.ham_ = &ham; }
 

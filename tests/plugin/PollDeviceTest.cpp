@@ -1,5 +1,5 @@
 #include "OrbisGeneric/Components/PollDevice.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 namespace {
 
@@ -12,7 +12,7 @@ struct Polled : Component::PollHardwareDevice {
    bool armedInCallback = true;
 };
 
-class PollDeviceTest : public PluginTest {
+class PollDeviceTest : public PluginFixture {
  protected:
    pl_timer &timer() { return *TestHost::timers.at( 0 ); }
    Polled device;

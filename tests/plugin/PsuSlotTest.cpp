@@ -1,7 +1,7 @@
 #include "OrbisGeneric/Drivers/PsuSlot.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "support/Layout.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 #include "support/ScriptedHam.h"
 
 REVEAL( IndexOfSupplysBay, Component::LogicalDevice::Slot::index_ );
@@ -10,7 +10,7 @@ namespace {
 
 using Drivers::PsuSlot;
 
-class PsuSlotTest : public PluginTest {
+class PsuSlotTest : public PluginFixture {
  protected:
    PsuSlotTest() { driver.ham_ = &ham; }
    ~PsuSlotTest() override { free( fdl ); }

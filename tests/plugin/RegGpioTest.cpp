@@ -1,7 +1,7 @@
 #include "OrbisGeneric/Components/Gpio.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/Dummy.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 #include "support/ScriptedHam.h"
 
 namespace {
@@ -14,7 +14,7 @@ Drivers::DriverArgs bitOf( const char *reg, const char *bitpos ) {
    return args;
 }
 
-class RegGpioTest : public PluginTest {
+class RegGpioTest : public PluginFixture {
  protected:
    RegGpioTest() { device.ham_ = &ham; }
 

@@ -3,11 +3,11 @@
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/Ham.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 namespace {
 
-class SearchVisitorTest : public PluginTest {
+class SearchVisitorTest : public PluginFixture {
  protected:
    SearchVisitorTest() {
       load( "[{'type':'SCD','ham':'first','pci':43981,'accelerators':[{'id':1,'busses':[{'id':2,"

@@ -1,12 +1,12 @@
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Drivers/SmbusProxyDriver.h"
 #include "support/MessageOf.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 #include "support/ScriptedHam.h"
 
 namespace {
 
-class SmbusProxyTest : public PluginTest {
+class SmbusProxyTest : public PluginFixture {
  protected:
    SmbusProxyTest() { driver.ham_ = &ham; }
 

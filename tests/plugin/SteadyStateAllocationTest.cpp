@@ -2,7 +2,7 @@
 // live in elements that the first batches made.
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 #include <cstdlib>
 #include <new>
@@ -31,7 +31,7 @@ void operator delete[]( void *memory, size_t ) noexcept { std::free( memory ); }
 
 namespace {
 
-class SteadyStateAllocationTest : public PluginTest {
+class SteadyStateAllocationTest : public PluginFixture {
  protected:
    SteadyStateAllocationTest() {
       connect( "[{'type':'I2C','ham':'OrbisSmbus','bus':{'id':0,'devices':["

@@ -1,6 +1,6 @@
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Topology.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 #include <rapidjson/document.h>
 
@@ -9,7 +9,7 @@ namespace {
 using namespace std::string_literals;
 using Topology::_topology;
 
-class TopologyLoadTest : public PluginTest {};
+class TopologyLoadTest : public PluginFixture {};
 
 // The only bus of the first medium.
 const Topology::Bus &firstBus() {
@@ -134,7 +134,7 @@ struct BadTopology {
 
 std::ostream &operator<<( std::ostream &out, const BadTopology &bad ) { return out << bad.text; }
 
-class BadTopologyTest : public PluginTest, public ::testing::WithParamInterface<BadTopology> {};
+class BadTopologyTest : public PluginFixture, public ::testing::WithParamInterface<BadTopology> {};
 
 TEST_P( BadTopologyTest, StopsTheProcessNamingTheCondition ) {
    EXPECT_DEATH(
@@ -197,7 +197,7 @@ TEST_F( TopologyLoadTest, AWrongTypeIsTheJsonLibrarysOwnAssertion ) {
       "rapidjson.*GetBool.*Assertion" );
 }
 
-class AddressTest : public PluginTest {
+class AddressTest : public PluginFixture {
  protected:
    static AhamAddress fill( const std::string &object ) {
       rapidjson::Document document;

@@ -1,5 +1,5 @@
 #include "OrbisGeneric/TopologyVisitor.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ class Recorder : public Topology::TopologyVisitor {
    std::string stopAt_;
 };
 
-class TopologyWalkTest : public PluginTest {
+class TopologyWalkTest : public PluginFixture {
  protected:
    TopologyWalkTest() {
       load( "[{'type':'SCD','ham':'A','pci':9,'accelerators':["

@@ -7,10 +7,10 @@
 
 #include <gtest/gtest.h>
 
-class PluginTest : public ::testing::Test {
+class PluginFixture : public ::testing::Test {
  protected:
-   PluginTest();
-   ~PluginTest() override;
+   PluginFixture();
+   ~PluginFixture() override;
 
    // Loads a topology whose text is given with ' for ".
    static void load( std::string topology );
