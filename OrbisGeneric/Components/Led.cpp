@@ -26,7 +26,7 @@ void Led::createBlinkTimer() {
    if ( blinkTimer_ )
       return;
    PL_TRACE( 0, "creating unique led blink timer" );
-   blinkTimer_ = Host::timerAdd( handleBlinkTimerCallback, nullptr );
+   blinkTimer_ = HostServices::timerAdd( handleBlinkTimerCallback, nullptr );
    if ( !blinkTimer_ )
       PL_TRACE( 0, "failed to create blink timer" );
    assert( blinkTimer_ );
@@ -37,7 +37,7 @@ void Led::notifyOnBlink( Led *led ) {
    assert( blinkTimer_ );
    notifyList_.push_back( led );
    if ( notifyList_.size() == 1 )
-      Host::timerSet( blinkTimer_, blinkPeriod_ );
+      HostServices::timerSet( blinkTimer_, blinkPeriod_ );
 }
 
 void Led::handleBlinkTimerCallback( void * ) {
@@ -47,13 +47,13 @@ void Led::handleBlinkTimerCallback( void * ) {
          ++led;
          continue;
       }
-      // The LED behind a removed one is passed over on this tick; behind the last of the list the
-      // walk starts over at the head, with the same phase.
+      // This tick skips the LED after a removed one. When the last LED of the list was removed, the
+      // loop starts again at the first LED, with the same phase.
       led = notifyList_.erase( led );
       led = led == notifyList_.end() ? notifyList_.begin() : std::next( led );
    }
    if ( !notifyList_.empty() )
-      Host::timerSet( blinkTimer_, blinkPeriod_ );
+      HostServices::timerSet( blinkTimer_, blinkPeriod_ );
    blinkStatus_ = !blinkStatus_;
 }
 

@@ -1,17 +1,17 @@
 #include "OrbisGeneric/Components/PollDevice.h"
 
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 
 namespace Component {
 
 PollHardwareDevice::PollHardwareDevice() : running( false ) {
    PL_TRACE( 0, "creating timer" );
-   timer = Host::timerAdd( handlePollTimerCallback, this );
+   timer = HostServices::timerAdd( handlePollTimerCallback, this );
 }
 
 PollHardwareDevice::~PollHardwareDevice() {
    PL_TRACE( 0, "destroying timer" );
-   Host::timerDelete( timer );
+   HostServices::timerDelete( timer );
 }
 
 bool PollHardwareDevice::pollStart() {
@@ -26,7 +26,7 @@ bool PollHardwareDevice::pollStart() {
 }
 
 bool PollHardwareDevice::pollReset() {
-   if ( Host::timerSet( timer, pollInterval ) != 0 ) {
+   if ( HostServices::timerSet( timer, pollInterval ) != 0 ) {
       PL_TRACE( 0, "failed to set timer interval" );
       return false;
    }
@@ -37,7 +37,7 @@ bool PollHardwareDevice::pollReset() {
 bool PollHardwareDevice::pollStop() {
    if ( !running )
       return true;
-   if ( Host::timerCancel( timer ) != 0 ) {
+   if ( HostServices::timerCancel( timer ) != 0 ) {
       PL_TRACE( 0, "failed to cancel timer" );
       return false;
    }

@@ -2,6 +2,7 @@
 
 #include "OrbisGeneric/Components/Add.h"
 #include "OrbisGeneric/Components/NotImplementedException.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/Helpers.h"
 #include "OrbisGeneric/LibraryInit.h"
 #include "OrbisGeneric/Topology.h"

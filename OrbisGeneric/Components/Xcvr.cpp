@@ -1,6 +1,7 @@
 #include "OrbisGeneric/Components/Xcvr.h"
 
 #include "OrbisGeneric/Components/Add.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/LibraryInit.h"
 
 #include <cassert>

@@ -1,6 +1,6 @@
 #include "OrbisGeneric/Drivers/EMC2305.h"
 
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/EMC2305Map.h"
 #include "OrbisGeneric/Ham/Ham.h"
 

@@ -1,7 +1,7 @@
 #include "OrbisGeneric/Drivers/GPIOExpander.h"
 
 #include "OrbisGeneric/Ham/Ham.h"
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 
 #include <cassert>
 

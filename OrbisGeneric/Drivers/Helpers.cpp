@@ -1,7 +1,7 @@
 #include "OrbisGeneric/Drivers/Helpers.h"
 
 #include "OrbisGeneric/Components/Device.h"
-#include "OrbisGeneric/Host.h"
+#include "OrbisGeneric/HostServices.h"
 #include "OrbisGeneric/Topology.h"
 
 #include <cassert>

@@ -1,6 +1,6 @@
 #include "OrbisGeneric/Drivers/SmbusProxyDriver.h"
 
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/Ham.h"
 
 #include <algorithm>

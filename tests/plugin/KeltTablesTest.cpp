@@ -1,10 +1,12 @@
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Ham/Ham.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 namespace {
 
-TEST( KeltTablesTest, HoldTheBoardsDrivers ) {
+class KeltTablesTest : public PluginFixture {};
+
+TEST_F( KeltTablesTest, HoldTheBoardsDrivers ) {
    std::vector<std::string> names;
    for ( const auto &[name, factory] : Drivers::drivers )
       names.push_back( name );
@@ -13,12 +15,12 @@ TEST( KeltTablesTest, HoldTheBoardsDrivers ) {
                                                  "Pmbus", "PsuSlot", "SmbusProxyDriver" } ) );
 }
 
-TEST( KeltTablesTest, HoldOneAccessMethod ) {
+TEST_F( KeltTablesTest, HoldOneAccessMethod ) {
    EXPECT_EQ( Ham::hams.size(), 1u );
    EXPECT_EQ( Ham::hams.count( "OrbisSmbus" ), 1u );
 }
 
-TEST_F( PluginTest, EveryDriverButDualFanIsASingleDevice ) {
+TEST_F( KeltTablesTest, EveryDriverButDualFanIsASingleDevice ) {
    Drivers::DriverArgs args;
    for ( const auto &[name, factory] : Drivers::drivers ) {
       auto *device = factory( args, nullptr );
@@ -31,7 +33,7 @@ TEST_F( PluginTest, EveryDriverButDualFanIsASingleDevice ) {
    }
 }
 
-TEST_F( PluginTest, ADriverNameOfAnotherCaseIsNotFound ) {
+TEST_F( KeltTablesTest, ADriverNameOfAnotherCaseIsNotFound ) {
    connect( i2cTopology( "{'did':1}" ) );
    const char *text = json( "{'did':1,'driver':'pca9548','address':{'address':112}}" );
    EXPECT_EQ( pl_gpio_add( text ), nullptr );

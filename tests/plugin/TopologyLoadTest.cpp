@@ -1,6 +1,6 @@
-#include "OrbisGeneric/Drivers/Drivers.h"
+#include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Topology.h"
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 #include <rapidjson/document.h>
 
@@ -9,7 +9,7 @@ namespace {
 using namespace std::string_literals;
 using Topology::_topology;
 
-class TopologyLoadTest : public PluginTest {};
+class TopologyLoadTest : public PluginFixture {};
 
 // The only bus of the first medium.
 const Topology::Bus &firstBus() {
@@ -22,13 +22,13 @@ TEST_F( TopologyLoadTest, AnEmptyArrayHasNoMedia ) {
    EXPECT_TRUE( _topology->media.empty() );
 }
 
-TEST_F( TopologyLoadTest, NoTextIsNotWhatWasLoadedBeforeAnythingWas ) {
+TEST_F( TopologyLoadTest, AnEmptyTextIsASyntaxErrorEvenAtTheFirstLoad ) {
    EXPECT_EQ( Topology::loadTopology( "" ), 3 );
    EXPECT_TRUE(
       TestHost::traced( 2, "failed to load topology from json: The document is empty. offset 0" ) );
 }
 
-TEST_F( TopologyLoadTest, ABussIdIsReadSignedAndKeptUnsigned ) {
+TEST_F( TopologyLoadTest, ABusIdIsReadSignedAndStoredUnsigned ) {
    load( "[{'type':'I2C','ham':'C','bus':{'id':-1}}]" );
    EXPECT_EQ( firstBus().id, 0xFFFFFFFFu );
    EXPECT_DEATH( load( "[{'type':'I2C','ham':'C','bus':{'id':3000000000}}]" ), "Assertion" );
@@ -91,7 +91,7 @@ TEST_F( TopologyLoadTest, AnotherTextReplacesTreeAndLabels ) {
    EXPECT_TRUE( TestHost::traced( 2, "loading topology json" ) );
 }
 
-TEST_F( TopologyLoadTest, ASyntaxErrorReturns3AndLeavesTreeAndTextInPlace ) {
+TEST_F( TopologyLoadTest, ASyntaxErrorReturns3AndKeepsTreeAndText ) {
    load( "[]" );
    const auto *tree = _topology.get();
    EXPECT_EQ( Topology::loadTopology( "[ 1, " ), 3 );
@@ -101,7 +101,7 @@ TEST_F( TopologyLoadTest, ASyntaxErrorReturns3AndLeavesTreeAndTextInPlace ) {
    EXPECT_EQ( Topology::_topology_json, "[]" );
 }
 
-TEST_F( TopologyLoadTest, OfTwoDevicesLabelledAlikeTheLabelNamesTheLater ) {
+TEST_F( TopologyLoadTest, TheLaterOfTwoDevicesWithOneLabelWins ) {
    load( i2cTopology( "{'did':1,'label':'Same'},{'did':2,'label':'Same'}" ) );
    EXPECT_EQ( Topology::getDeviceByLabel( "Same" )->did, 2u );
 }
@@ -114,7 +114,7 @@ TEST_F( TopologyLoadTest, AMuxKeepsTheLaterOfTwoBussesWithOneId ) {
    EXPECT_EQ( mux.busses.at( 4 )->devices.at( 0 )->did, 11u );
 }
 
-TEST_F( TopologyLoadTest, ADeviceThatNamesADriverCarriesItsArguments ) {
+TEST_F( TopologyLoadTest, ADeviceWithADriverHasItsArguments ) {
    load( i2cTopology( "{'did':1,'driver':'LM75','address':{'address':72}}" ) );
    ASSERT_NE( firstBus().devices[0]->args, nullptr );
    EXPECT_EQ( firstBus().devices[0]->args->driver, "LM75" );
@@ -129,12 +129,12 @@ TEST_F( TopologyLoadTest, UnknownKeysAreIgnored ) {
 
 struct BadTopology {
    std::string text;
-   std::string assertion; // what the failed condition says; special characters stand for themselves
+   std::string assertion; // text of the failed condition, not a regular expression
 };
 
 std::ostream &operator<<( std::ostream &out, const BadTopology &bad ) { return out << bad.text; }
 
-class BadTopologyTest : public PluginTest, public ::testing::WithParamInterface<BadTopology> {};
+class BadTopologyTest : public PluginFixture, public ::testing::WithParamInterface<BadTopology> {};
 
 TEST_P( BadTopologyTest, StopsTheProcessNamingTheCondition ) {
    EXPECT_DEATH(
@@ -195,63 +195,6 @@ TEST_F( TopologyLoadTest, AWrongTypeIsTheJsonLibrarysOwnAssertion ) {
    EXPECT_DEATH(
       Topology::loadTopology( json( "[{'type':'I2C','ham':'A','bus':{'id':0},'simulated':1}]" ) ),
       "rapidjson.*GetBool.*Assertion" );
-}
-
-class AddressTest : public PluginTest {
- protected:
-   static AhamAddress fill( const std::string &object ) {
-      rapidjson::Document document;
-      document.Parse( json( object ) );
-      AhamAddress address;
-      memset( &address, 0xFF, sizeof( address ) );
-      Topology::fillAddressFromJSON( document, address );
-      return address;
-   }
-};
-
-TEST_F( AddressTest, DefaultsToAnAddressSizeOfOneAndNothingElse ) {
-   const AhamAddress address = fill( "{'address':72}" );
-   EXPECT_EQ( address.offset, 0u );
-   EXPECT_EQ( address.address, 72u );
-   EXPECT_EQ( address.addrSize, 1u );
-   EXPECT_EQ( address.bus + address.accel + address.spare + address.busTimeout +
-                 address.extraDelay + address.writeDelay + address.readDelay,
-              0u );
-}
-
-TEST_F( AddressTest, CutsEachValueToTheWidthOfItsField ) {
-   EXPECT_EQ( fill( "{'address':427}" ).address, 0x2Bu ); // 0x1AB
-   EXPECT_EQ( fill( "{'address':1,'busTimeout':9}" ).busTimeout, 1u );
-   EXPECT_EQ( fill( "{'address':1,'writeDelay':6}" ).writeDelay, 2u );
-   EXPECT_EQ( fill( "{'address':1,'readDelay':7}" ).readDelay, 3u );
-   EXPECT_EQ( fill( "{'address':1,'extraDelay':3}" ).extraDelay, 1u );
-   EXPECT_EQ( fill( "{'address':1,'extraDelay':6}" ).extraDelay, 0u );
-   EXPECT_EQ( fill( "{'address':1,'accel':130}" ).accel, 2u );
-}
-
-TEST_F( AddressTest, PacksItsFieldsFromTheLowestBitUpward ) {
-   const AhamAddress address = fill( "{'address':1,'accel':1,'busTimeout':1,'addrSize':2,"
-                                     "'extraDelay':1,'writeDelay':1,'readDelay':1}" );
-   uint32_t words[2];
-   memcpy( words, &address, sizeof( words ) );
-   EXPECT_EQ( words[0], 0u );
-   EXPECT_EQ( words[1], 1u | 1u << 14 | 1u << 22 | 2u << 25 | 1u << 27 | 1u << 28 | 1u << 30 );
-}
-
-TEST_F( AddressTest, AnAddressSizeIsOneOrTwo ) {
-   EXPECT_EQ( fill( "{'address':1,'addrSize':2}" ).addrSize, 2u );
-   EXPECT_EQ( fill( "{'address':1,'addrSize':5}" ).addrSize, 1u );
-   const auto complaint = ::testing::HasSubstr(
-      "Assertion `addr.addrSize == 1 || addr.addrSize == 2 || addr.addrSize == 4' failed" );
-   EXPECT_DEATH( fill( "{'address':1,'addrSize':4}" ), complaint );
-   EXPECT_DEATH( fill( "{'address':1,'addrSize':0}" ), complaint );
-   EXPECT_DEATH( fill( "{'address':1,'addrSize':3}" ), complaint );
-}
-
-TEST_F( AddressTest, IsAnObjectWithAnAddress ) {
-   EXPECT_DEATH( fill( "1" ), ::testing::HasSubstr( "Assertion `value.IsObject()'" ) );
-   EXPECT_DEATH( fill( "{}" ),
-                 ::testing::HasSubstr( R"(Assertion `value.HasMember( "address" )')" ) );
 }
 
 } // namespace

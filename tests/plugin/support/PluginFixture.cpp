@@ -1,4 +1,4 @@
-#include "support/PluginTest.h"
+#include "support/PluginFixture.h"
 
 #include "OrbisGeneric/Components/Led.h"
 #include "OrbisGeneric/LibraryInit.h"
@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <list>
 
-// What lives to the end of a process by design, and is out of reach in a test that starts afresh.
+// Objects that are never deleted by design. A test that starts again loses the pointers to them.
 extern "C" const char *__lsan_default_suppressions() {
    return "leak:Component::HardwareDevice::create\n"
           "leak:Component::MultiDevice::create\n"
@@ -21,7 +21,7 @@ extern "C" const char *__lsan_default_suppressions() {
           "leak:Drivers::insertDriverArg\n";
 }
 
-PluginTest::PluginTest() {
+PluginFixture::PluginFixture() {
    TestHost::reset();
    delete _plSock;
    FakeServer::reset();
@@ -36,19 +36,19 @@ PluginTest::PluginTest() {
    Led::notifyList_.clear();
 }
 
-PluginTest::~PluginTest() = default;
+PluginFixture::~PluginFixture() = default;
 
-const char *PluginTest::json( std::string text ) {
+const char *PluginFixture::json( std::string text ) {
    static std::list<std::string> kept;
    std::replace( text.begin(), text.end(), '\'', '"' );
    return kept.emplace_back( std::move( text ) ).c_str();
 }
 
-void PluginTest::load( std::string topology ) {
+void PluginFixture::load( std::string topology ) {
    ASSERT_EQ( Topology::loadTopology( json( std::move( topology ) ) ), 0 );
 }
 
-void PluginTest::connect( std::string topology ) {
+void PluginFixture::connect( std::string topology ) {
    ASSERT_EQ( orbisLibraryInit( "test", json( std::move( topology ) ), 1 ), 0 );
    TestHost::traces.clear();
 }
