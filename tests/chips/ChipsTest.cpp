@@ -24,6 +24,7 @@ const char *const driversJson = "boards/libOrbisDriversKelt.drivers.json";
 const char *const boardFilesDocument = "docs/board-files.md";
 const char *const argumentsTitle = "### What Kelt's drivers take";
 const char *const chipKinds = "simulator/board/ChipKinds.cpp";
+const char *const includes = R"re(#include "([^"]+)")re";
 const char *const newChipDocument = "docs/new-chip.md";
 
 // Paths are below the project's root.
@@ -101,8 +102,25 @@ HeaderOf kindFunctions() {
 Names headersIncludedIn( const char *folder ) {
    Names headers;
    for ( const std::string &file : filesBelow( folder, "Test.cpp" ) )
-      headers.merge( allMatches( textOf( file ), R"re(#include "([^"]+)")re" ) );
+      headers.merge( allMatches( textOf( file ), includes ) );
    return headers;
+}
+
+TEST( ChipsTest, EveryDriverHasAFactory ) {
+   HeaderOf derived;
+   Names bases;
+   for ( const std::string &header : filesBelow( "OrbisGeneric/Drivers", ".h" ) ) {
+      const std::string text = textOf( header );
+      for ( const std::string &name : allMatches( text, R"(\nclass (\w+)(?: final)? : public )" ) )
+         derived[name] = header;
+      bases.merge( allMatches( text, R"(: public (?:\w+::)*(\w+))" ) );
+   }
+   const HeaderOf drivers = driverClasses();
+   for ( const auto &[name, header] : derived ) {
+      EXPECT_TRUE( drivers.contains( name ) || bases.contains( name ) )
+         << "Drivers::" << name << " (" << header
+         << ") has no static create( const DriverArgs &, Ham::Ham * )";
+   }
 }
 
 TEST( ChipsTest, EveryDriverHasItsRowInTheTable ) {
@@ -146,6 +164,19 @@ TEST( ChipsTest, EveryDriverHasATest ) {
    for ( const auto &[name, header] : driverClasses() )
       EXPECT_TRUE( included.contains( header ) )
          << "Drivers::" << name << " has no test: no *Test.cpp in tests/plugin includes " << header;
+}
+
+TEST( ChipsTest, EverySimulatedChipHasAKind ) {
+   Names described; // headers with a kind, and what they include
+   for ( const auto &[name, header] : kindFunctions() ) {
+      described.insert( header );
+      described.merge( allMatches( textOf( header ), includes ) );
+   }
+   for ( const std::string &header : filesBelow( "simulator/chips", ".h" ) ) {
+      const bool isChip = textOf( header ).find( " : public Chip {" ) != std::string::npos;
+      EXPECT_TRUE( !isChip || described.contains( header ) )
+         << "the simulated chip of " << header << " has no ChipKind xKind();";
+   }
 }
 
 TEST( ChipsTest, EverySimulatedChipIsInTheList ) {

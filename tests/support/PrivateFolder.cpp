@@ -11,13 +11,6 @@
 
 namespace TestSupport {
 
-namespace {
-
-constexpr auto patience = std::chrono::seconds( 20 );
-constexpr auto glance = std::chrono::milliseconds( 5 );
-
-} // namespace
-
 PrivateFolder::PrivateFolder() {
    std::string name = ( std::filesystem::temp_directory_path() / "orbis-test-XXXXXX" ).string();
    if ( !mkdtemp( name.data() ) )
@@ -45,12 +38,12 @@ std::string PrivateFolder::read( const std::string &name ) const {
 
 size_t PrivateFolder::waitFor( const std::string &name, const std::string &text,
                                size_t start ) const {
-   const auto end = std::chrono::steady_clock::now() + patience;
+   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 20 );
    do {
       const size_t found = read( name ).find( text, start );
       if ( found != std::string::npos )
          return found + text.size();
-      std::this_thread::sleep_for( glance );
+      std::this_thread::sleep_for( std::chrono::milliseconds( 5 ) );
    } while ( std::chrono::steady_clock::now() < end );
    ADD_FAILURE() << "no \"" << text << "\" in " << name << ":\n" << read( name );
    return start;

@@ -16,8 +16,6 @@ namespace TestSupport {
 
 namespace {
 
-constexpr auto patience = std::chrono::seconds( 20 );
-
 // False at the end.
 bool readSome( int fd, std::string &text ) {
    char chunk[4096];
@@ -138,7 +136,7 @@ void StartedProgram::type( const std::string &keys ) const {
 }
 
 std::string StartedProgram::waitForScreen( const std::string &text ) {
-   const auto end = std::chrono::steady_clock::now() + patience;
+   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 20 );
    std::string seen;
    while ( seen.find( text ) == seen.npos && std::chrono::steady_clock::now() < end ) {
       pollfd screen{ terminal_, POLLIN, 0 };
