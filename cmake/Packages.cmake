@@ -3,9 +3,11 @@ find_package( Protobuf REQUIRED )
 find_package( Threads REQUIRED )
 find_package( RapidJSON REQUIRED )
 find_package( Boost 1.74 REQUIRED )
-# Asio and Beast, whose own code is compiled once, in Asio.cpp. Coroutines are not used, and what comes
-# with them lacks an include in Boost 1.74.
-add_library( asio STATIC ${CMAKE_CURRENT_LIST_DIR}/Asio.cpp )
+# Asio and Beast, whose own code is compiled once. Coroutines are not used, and what comes with them
+# lacks an include in Boost 1.74.
+file( GENERATE OUTPUT ${CMAKE_BINARY_DIR}/Asio.cpp
+   CONTENT "#include <boost/asio/impl/src.hpp>\n#include <boost/beast/src.hpp>\n" )
+add_library( asio STATIC ${CMAKE_BINARY_DIR}/Asio.cpp )
 target_compile_definitions( asio PUBLIC
    BOOST_ASIO_DISABLE_CO_AWAIT BOOST_ASIO_SEPARATE_COMPILATION BOOST_BEAST_SEPARATE_COMPILATION )
 target_link_libraries( asio PUBLIC Boost::headers Threads::Threads )

@@ -25,7 +25,7 @@ class BoardCheckTest : public ::testing::Test {
    std::string at( const std::string &rest ) const { return ( folder_.path() / rest ).string(); }
 
    const ChangedBoard board_{ scripted, "libScriptedPlugin.drivers.json" };
-   const TempFolder &folder_ = board_.folder();
+   const TestSupport::PrivateFolder &folder_ = board_.folder();
 };
 
 TEST_F( BoardCheckTest, FindsNothingWrongWithAGoodBoard ) {

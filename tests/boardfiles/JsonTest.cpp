@@ -1,6 +1,6 @@
 #include "boardfiles/Json.h"
 
-#include "support/TempFolder.h"
+#include "PrivateFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -119,7 +119,7 @@ TEST( JsonTest, TellsWholeNumbersFromOthers ) {
 }
 
 TEST( JsonTest, SaysWhyAFileCanNotBeRead ) {
-   const TempFolder folder;
+   const TestSupport::PrivateFolder folder;
    Findings findings;
    EXPECT_FALSE( readJson( folder.path() / "missing.json", findings ) );
    EXPECT_FALSE( readJson( folder.path(), findings ) );

@@ -10,7 +10,7 @@ using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-// A small board with every driver of the Kelt plug-in.
+// A small board with drivers of the Kelt plug-in.
 class KeltCheckTest : public ::testing::Test {
  protected:
    const ChangedBoard board_{ KELT_BOARD, BOARDS "/libOrbisDriversKelt.drivers.json" };

@@ -1,4 +1,4 @@
-#include "support/Program.h"
+#include "support/ScriptedHost.h"
 
 #include <csignal>
 #include <gmock/gmock.h>
@@ -14,15 +14,15 @@ class ActTest : public ::testing::Test {
    int run( std::vector<std::string> arguments ) {
       arguments.insert( arguments.end(), { "--board", SCRIPTED_BOARD } );
       folder.remove( "calls" );
-      Program program( folder, arguments );
-      const int code = program.exitCode();
-      out = program.out();
-      err = program.err();
+      ScriptedHost program( folder, arguments );
+      const int code = program.wait();
+      out = folder.read( "out.txt" );
+      err = folder.read( "err.txt" );
       return code;
    }
    std::string calls() const { return folder.read( "calls" ); }
 
-   const TempFolder folder;
+   const TestSupport::PrivateFolder folder;
    std::string out, err;
 };
 
@@ -79,26 +79,26 @@ TEST_F( ActTest, RefusesInvalidWordsAndNames ) {
 TEST_F( ActTest, CutsPowerOnlyAfterAQuestion ) {
    EXPECT_EQ( run( { "system", "poweroff" } ), 2 );
    EXPECT_EQ( calls(), "" );
-   Program refused( folder, { "system", "--board", SCRIPTED_BOARD, "poweroff" },
-                    Program::Output::Terminal );
+   ScriptedHost refused( folder, { "system", "--board", SCRIPTED_BOARD, "poweroff" },
+                         ScriptedHost::Output::Terminal );
    refused.waitForScreen( "[y/N]" );
    refused.type( "n\n" );
-   EXPECT_EQ( refused.exitCode(), 2 );
+   EXPECT_EQ( refused.wait(), 2 );
    EXPECT_EQ( calls(), "" );
-   Program agreed( folder, { "system", "--board", SCRIPTED_BOARD, "poweroff" },
-                   Program::Output::Terminal );
+   ScriptedHost agreed( folder, { "system", "--board", SCRIPTED_BOARD, "poweroff" },
+                        ScriptedHost::Output::Terminal );
    agreed.waitForScreen( "[y/N]" );
    agreed.type( "y\n" );
-   EXPECT_EQ( agreed.exitCode(), 0 );
+   EXPECT_EQ( agreed.wait(), 0 );
    EXPECT_THAT( calls(), HasSubstr( "poweroff\n" ) );
 }
 
 TEST_F( ActTest, RunsUntilASignalWhileAnLedBlinks ) {
-   Program program( folder, { "led", "led", "beacon", "--board", SCRIPTED_BOARD } );
-   program.waitFor( "err.txt", "led blinks until Ctrl-C" );
+   ScriptedHost program( folder, { "led", "led", "beacon", "--board", SCRIPTED_BOARD } );
+   folder.waitFor( "err.txt", "led blinks until Ctrl-C" );
    EXPECT_THAT( calls(), HasSubstr( "led.set_light_setting 6\n" ) );
    program.signal( SIGINT );
-   EXPECT_EQ( program.exitCode(), 0 );
+   EXPECT_EQ( program.wait(), 0 );
 }
 
 } // namespace

@@ -1,7 +1,7 @@
+#include "PrivateFolder.h"
+#include "StartedProgram.h"
 #include "host/plugin/Action.h"
-#include "support/TempFolder.h"
 
-#include <cstdlib>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <gmock/gmock.h>
@@ -20,19 +20,17 @@ class CompletionTest : public ::testing::Test {
       folder_.write( "ask.sh", fmt::format( ". {}\nCOMP_WORDS=( orbis-host {} )\nCOMP_CWORD={}\n"
                                             "_orbis_host\nprintf '%s\\n' \"${{COMPREPLY[@]}}\"\n",
                                             COMPLETION, fmt::join( words, " " ), words.size() ) );
-      const std::string out = ( folder_.path() / "out" ).string();
-      EXPECT_EQ(
-         std::system(
-            fmt::format( "bash {}/ask.sh > {} 2>&1", folder_.path().string(), out ).c_str() ),
-         0 );
-      std::istringstream lines( folder_.read( "out" ) );
+      TestSupport::StartedProgram bash( { "/bin/bash", folder_.file( "ask.sh" ) } );
+      EXPECT_EQ( bash.wait(), 0 );
+      EXPECT_EQ( bash.errors(), "" );
+      std::istringstream lines( bash.output() );
       std::vector<std::string> offered;
       for ( std::string line; std::getline( lines, line ); )
          offered.push_back( line );
       return offered;
    }
 
-   const TempFolder folder_;
+   const TestSupport::PrivateFolder folder_;
 };
 
 TEST_F( CompletionTest, OffersCommandsAndOptions ) {

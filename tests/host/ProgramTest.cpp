@@ -1,4 +1,4 @@
-#include "support/Program.h"
+#include "support/ScriptedHost.h"
 #include "support/StateSchema.h"
 
 #include <csignal>
@@ -13,14 +13,14 @@ class ProgramTest : public ::testing::Test {
  protected:
    // Runs to the end.
    int run( const std::vector<std::string> &arguments ) {
-      Program program( folder, arguments );
-      const int code = program.exitCode();
-      out = program.out();
-      err = program.err();
+      ScriptedHost program( folder, arguments );
+      const int code = program.wait();
+      out = folder.read( "out.txt" );
+      err = folder.read( "err.txt" );
       return code;
    }
 
-   const TempFolder folder;
+   const TestSupport::PrivateFolder folder;
    std::string out, err;
 };
 
@@ -113,11 +113,11 @@ TEST_F( ProgramTest, ShowReportsAMissingServerAndEnds ) {
 }
 
 TEST_F( ProgramTest, ShowDrawsABarOnATerminalAndClearsItBeforeTheTable ) {
-   Program program( folder, { "show", SCRIPTED_BOARD }, Program::Output::Terminal );
+   ScriptedHost program( folder, { "show", SCRIPTED_BOARD }, ScriptedHost::Output::Terminal );
    const std::string screen = program.waitForScreen( "reload_cause" );
    EXPECT_THAT( screen, HasSubstr( "[##############################] 12/12" ) );
    EXPECT_THAT( screen, HasSubstr( "\r\x1b[KNAME" ) );
-   EXPECT_EQ( program.exitCode(), 0 );
+   EXPECT_EQ( program.wait(), 0 );
 }
 
 TEST_F( ProgramTest, PrintsTracesUpToTheGivenLevel ) {
@@ -153,27 +153,27 @@ TEST_F( ProgramTest, EndsWith2ForWrongUsageAndPrintsHelpAndVersion ) {
 
 TEST_F( ProgramTest, ServeRunsUntilASignalEndsIt ) {
    for ( const int number : { SIGTERM, SIGINT } ) {
-      Program program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
-      program.waitFor( "err.txt", "temp temperature: ok" );
+      ScriptedHost program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
+      folder.waitFor( "err.txt", "temp temperature: ok" );
       program.signal( number );
-      EXPECT_EQ( program.exitCode(), 0 );
-      EXPECT_THAT( program.err(), HasSubstr( "ending on signal" ) );
+      EXPECT_EQ( program.wait(), 0 );
+      EXPECT_THAT( folder.read( "err.txt" ), HasSubstr( "ending on signal" ) );
    }
 }
 
 TEST_F( ProgramTest, ServeReportsAMissingServerWhileItRetries ) {
    folder.write( "init", "hang" );
-   Program program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
-   program.waitFor( "err.txt", "temp: unreadable: can't reach the SMBus server yet" );
+   ScriptedHost program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
+   folder.waitFor( "err.txt", "temp: unreadable: can't reach the SMBus server yet" );
 }
 
 TEST_F( ProgramTest, ServeLogsWhatFailsAndThatItIsBack ) {
-   Program program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
-   size_t at = program.waitFor( "err.txt", "temp temperature: ok" );
+   ScriptedHost program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
+   size_t at = folder.waitFor( "err.txt", "temp temperature: ok" );
    folder.write( "temp.temperature", "status 6 execute: failure in response nack" );
-   at = program.waitFor( "err.txt", "temp temperature: unreadable: status 6: nack", at );
+   at = folder.waitFor( "err.txt", "temp temperature: unreadable: status 6: nack", at );
    folder.remove( "temp.temperature" );
-   program.waitFor( "err.txt", "temp temperature: ok", at );
+   folder.waitFor( "err.txt", "temp temperature: ok", at );
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "host/serve/Client.h"
 #include "host/serve/HttpServer.h"
-#include "support/Program.h"
+#include "support/ScriptedHost.h"
 
 #include <boost/asio.hpp>
 #include <csignal>
@@ -47,7 +47,7 @@ class HttpServerTest : public ::testing::Test {
       return say( "GET " + path + " HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n" );
    }
 
-   const TempFolder folder_;
+   const TestSupport::PrivateFolder folder_;
    const std::filesystem::path path_ = folder_.path() / "host.sock";
    boost::asio::io_context loop_{ 1 };
    const BoardFiles::Board board_{
@@ -160,25 +160,26 @@ TEST_F( HttpServerTest, IsNotFoundByAClientWithoutASocket ) {
 // The other commands while serve runs for the same board.
 class ServeTest : public ::testing::Test {
  protected:
-   ServeTest() { serve_.waitFor( "err.txt", "led: ok" ); }
+   ServeTest() { folder_.waitFor( "err.txt", "led: ok" ); }
 
    int run( const std::vector<std::string> &arguments ) {
-      Program program( client_, arguments, serve_ );
-      const int code = program.exitCode();
-      out = program.out();
-      err = program.err();
+      ScriptedHost program( client_, arguments, folder_ );
+      const int code = program.wait();
+      out = client_.read( "out.txt" );
+      err = client_.read( "err.txt" );
       return code;
    }
    std::string calls() const { return folder_.read( "calls" ); }
 
-   const TempFolder folder_, client_; // scripts and calls of serve, and of the other command
-   Program serve_{ folder_, { "serve", SCRIPTED_BOARD, "--period", "0.1" } };
+   const TestSupport::PrivateFolder folder_,
+      client_; // scripts and calls of serve, and of the other command
+   ScriptedHost serve_{ folder_, { "serve", SCRIPTED_BOARD, "--period", "0.1" } };
    std::string out, err;
 };
 
 TEST_F( ServeTest, IsAskedByShow ) {
    folder_.write( "temp.temperature", "-7.5" );
-   serve_.waitFor( "err.txt", "gpio bit: ok" );
+   folder_.waitFor( "err.txt", "gpio bit: ok" );
    EXPECT_THAT( run( { "show", "-v", SCRIPTED_BOARD } ), ::testing::AnyOf( 0, 1 ) );
    EXPECT_THAT( out, HasSubstr( "temp    temp_sensor" ) );
    EXPECT_THAT( err, HasSubstr( "asks the serve at " ) );
@@ -199,15 +200,15 @@ TEST_F( ServeTest, CarriesActionsOutAndKeepsTheLastSetting ) {
 }
 
 TEST_F( ServeTest, IsWatchedAndReplacedOnceItHasGone ) {
-   Program watch( client_, { "watch", "-v", SCRIPTED_BOARD, "--period", "0.1" }, serve_ );
-   watch.waitFor( "out.txt", "temp    temp_sensor" );
+   ScriptedHost watch( client_, { "watch", "-v", SCRIPTED_BOARD, "--period", "0.1" }, folder_ );
+   client_.waitFor( "out.txt", "temp    temp_sensor" );
    EXPECT_EQ( client_.read( "calls" ), "" );
    serve_.signal( SIGTERM );
-   EXPECT_EQ( serve_.exitCode(), 0 );
-   watch.waitFor( "err.txt", "has ended" );
-   watch.waitFor( "err.txt", "this command brings the board up" );
+   EXPECT_EQ( serve_.wait(), 0 );
+   client_.waitFor( "err.txt", "has ended" );
+   client_.waitFor( "err.txt", "this command brings the board up" );
    watch.signal( SIGINT );
-   EXPECT_EQ( watch.exitCode(), 0 );
+   EXPECT_EQ( watch.wait(), 0 );
    EXPECT_FALSE( std::filesystem::exists( folder_.path() / "host.sock" ) );
 }
 

@@ -1,6 +1,6 @@
 #include "host/session/Session.h"
 
-#include "support/TempFolder.h"
+#include "PrivateFolder.h"
 
 #include <cstdlib>
 #include <gmock/gmock.h>
@@ -51,7 +51,7 @@ class SessionTest : public ::testing::Test {
    BoardReport report() const { return session->supervisor().report( Clock::now() ); }
    std::string calls() const { return folder.read( "calls" ); }
 
-   const TempFolder folder;
+   const TestSupport::PrivateFolder folder;
    BoardFiles::Board board{ .topology = "[]",
                             .objects = {},
                             .traces = { .faults = { "execute: failure in response " } } };

@@ -1,4 +1,4 @@
-#include "support/Program.h"
+#include "support/ScriptedHost.h"
 
 #include <chrono>
 #include <csignal>
@@ -13,7 +13,7 @@ using ::testing::Not;
 
 class WatchTest : public ::testing::Test {
  protected:
-   const TempFolder folder;
+   const TestSupport::PrivateFolder folder;
    const std::vector<std::string> command{ "watch", SCRIPTED_BOARD, "--period", "0.1" };
 };
 
@@ -28,20 +28,20 @@ bool endsSoon( pid_t process ) {
 }
 
 TEST_F( WatchTest, AppendsTablesWhereThereIsNoTerminal ) {
-   Program program( folder, command );
-   const size_t at = program.waitFor( "out.txt", "temp    temp_sensor  temperature     1.0 °C" );
+   ScriptedHost program( folder, command );
+   const size_t at = folder.waitFor( "out.txt", "temp    temp_sensor  temperature     1.0 °C" );
    folder.write( "temp.temperature", "-3.5" );
-   program.waitFor( "out.txt", "temp    temp_sensor  temperature     -3.5 °C", at );
+   folder.waitFor( "out.txt", "temp    temp_sensor  temperature     -3.5 °C", at );
    program.signal( SIGINT );
-   EXPECT_EQ( program.exitCode(), 0 );
-   EXPECT_THAT( program.out(), Not( HasSubstr( "\x1b" ) ) );
+   EXPECT_EQ( program.wait(), 0 );
+   EXPECT_THAT( folder.read( "out.txt" ), Not( HasSubstr( "\x1b" ) ) );
 }
 
 TEST_F( WatchTest, ShowsOneTableForEveryRoundOfReadings ) {
-   Program program( folder, command );
+   ScriptedHost program( folder, command );
    size_t at = 0;
    for ( int i = 0; i < 5; ++i )
-      at = program.waitFor( "out.txt", "NAME", at );
+      at = folder.waitFor( "out.txt", "NAME", at );
    const std::string calls = folder.read( "calls" );
    size_t rounds = 0;
    for ( size_t i = 0; ( i = calls.find( "temp.temperature", i ) ) != std::string::npos; ++i )
@@ -50,22 +50,22 @@ TEST_F( WatchTest, ShowsOneTableForEveryRoundOfReadings ) {
 }
 
 TEST_F( WatchTest, ShowsAFaultAndThenTheReadingAgain ) {
-   Program program( folder, command );
-   size_t at = program.waitFor( "out.txt", "1.0 °C" );
+   ScriptedHost program( folder, command );
+   size_t at = folder.waitFor( "out.txt", "1.0 °C" );
    folder.write( "temp.temperature", "status 4 execute: error. 111, Connection refused" );
-   at = program.waitFor( "out.txt", "status 4: 111, Connection refused", at );
+   at = folder.waitFor( "out.txt", "status 4: 111, Connection refused", at );
    folder.remove( "temp.temperature" );
-   program.waitFor( "out.txt", "1.0 °C", at );
+   folder.waitFor( "out.txt", "1.0 °C", at );
 }
 
 TEST_F( WatchTest, ShowsThatTheServerIsMissingWhileItRetries ) {
    folder.write( "init", "hang" );
-   Program program( folder, command );
-   program.waitFor( "out.txt", "can't reach the SMBus server yet: pl_temp_sensor_init is trying" );
+   ScriptedHost program( folder, command );
+   folder.waitFor( "out.txt", "can't reach the SMBus server yet: pl_temp_sensor_init is trying" );
 }
 
 TEST_F( WatchTest, RedrawsInPlaceAndLeavesTheTerminalAsItWas ) {
-   Program program( folder, command, Program::Output::Terminal );
+   ScriptedHost program( folder, command, ScriptedHost::Output::Terminal );
    const std::string screen = program.waitForScreen( "1.0 °C" );
    EXPECT_THAT( screen, HasSubstr( "\x1b[?1049h" ) );
    termios during{}, after{};
@@ -76,36 +76,36 @@ TEST_F( WatchTest, RedrawsInPlaceAndLeavesTheTerminalAsItWas ) {
    program.type( "xq" );
    program.waitForScreen( "\x1b[?25h\x1b[?1049l" );
    ::tcgetattr( program.terminal(), &after );
-   EXPECT_EQ( program.exitCode(), 0 );
+   EXPECT_EQ( program.wait(), 0 );
    EXPECT_EQ( after.c_lflag & ( ICANON | ECHO ), unsigned( ICANON | ECHO ) );
 }
 
 TEST_F( WatchTest, EndsAtCtrlCOnATerminal ) {
-   Program program( folder, command, Program::Output::Terminal );
+   ScriptedHost program( folder, command, ScriptedHost::Output::Terminal );
    program.waitForScreen( "1.0 °C" );
    program.type( "\x03" );
    program.waitForScreen( "\x1b[?1049l" );
-   EXPECT_EQ( program.exitCode(), 0 );
+   EXPECT_EQ( program.wait(), 0 );
 }
 
 TEST_F( WatchTest, TheChildEndsWithAParentThatIsKilledEvenFromInsideACall ) {
    folder.write( "fan.speed", "hang" );
-   Program program( folder, command );
-   program.waitFor( "calls", "fan.speed\n" );
+   ScriptedHost program( folder, command );
+   folder.waitFor( "calls", "fan.speed\n" );
    const pid_t child = program.child();
    ASSERT_GT( child, 0 );
    program.signal( SIGKILL );
-   program.exitCode();
+   program.wait();
    EXPECT_TRUE( endsSoon( child ) );
 }
 
 TEST_F( WatchTest, LeavesNoChildBehindWhenItEndsWhileACallHangs ) {
    folder.write( "fan.speed", "hang" );
-   Program program( folder, command );
-   program.waitFor( "calls", "fan.speed\n" );
+   ScriptedHost program( folder, command );
+   folder.waitFor( "calls", "fan.speed\n" );
    const pid_t child = program.child();
    program.signal( SIGTERM );
-   EXPECT_EQ( program.exitCode(), 0 );
+   EXPECT_EQ( program.wait(), 0 );
    EXPECT_TRUE( endsSoon( child ) );
 }
 

@@ -68,7 +68,7 @@ TEST_F( BenchTest, HasDifferentValuesForAllReadings ) {
                                each.name != "load" && !each.name.starts_with( "tOs" ) &&
                                !each.name.starts_with( "tHyst" );
          EXPECT_TRUE( !compared || seen.insert( each.get() ).second )
-            << chip->name() << " " << each.name;
+            << chip->name() << " " << each.name << " is " << each.get() << ", as another reading";
       }
    }
    EXPECT_GE( seen.size(), 30u );

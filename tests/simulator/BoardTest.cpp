@@ -7,7 +7,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -169,26 +168,6 @@ TEST_F( BoardTest, NamesTextsThatAChipHasNoRoomFor ) {
          { "manufacturer", "product", "partNumber", "version", "serial", "assetTag" } )
       chip += std::string( ", \"" ) + key + "\": \"" + std::string( 60, 'x' ) + "\"";
    EXPECT_THAT( complaintOnChips( chip + " }" ), HasSubstr( "simulation.json:1:14: " ) );
-}
-
-TEST_F( BoardTest, KnowsWhatCanBeSetOnEveryChip ) {
-   SimulatedBoard board( KELT_BOARD "/topology.json", KELT_BOARD "/simulation.json", clock );
-   for ( const Bench::Seated &seated : board.bench().chips() ) {
-      const auto &kinds = chipKinds();
-      const auto kind = std::find_if( kinds.begin(), kinds.end(), [&]( const ChipKind &each ) {
-         return each.name == seated.kind;
-      } );
-      ASSERT_NE( kind, kinds.end() );
-      for ( const Quantity &quantity : seated.chip->quantities() ) {
-         const bool listed =
-            std::any_of( kind->settable.begin(), kind->settable.end(), [&]( const auto &pattern ) {
-               return BoardFiles::matchesWhole( quantity.name, pattern );
-            } );
-         EXPECT_EQ( listed, bool( quantity.set ) )
-            << seated.chip->name() << ' ' << quantity.name
-            << ": its kind's \"settable\" has to list what can be set, and nothing else";
-      }
-   }
 }
 
 TEST_F( BoardTest, HasTheSchemaThatTheChipsDescribe ) {

@@ -1,10 +1,6 @@
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
 #include <string>
 
 namespace TestSupport {
@@ -12,28 +8,24 @@ namespace TestSupport {
 // A temporary folder for one test. The destructor removes it.
 class PrivateFolder {
  public:
-   PrivateFolder() {
-      if ( !mkdtemp( path_.data() ) )
-         throw std::runtime_error( "mkdtemp" );
-   }
-   ~PrivateFolder() { std::filesystem::remove_all( path_ ); }
+   PrivateFolder();
+   ~PrivateFolder();
    PrivateFolder( const PrivateFolder & ) = delete;
    PrivateFolder &operator=( const PrivateFolder & ) = delete;
 
-   std::string file( const std::string &name ) const { return path_ + "/" + name; }
-   // Writes a file and returns its path.
-   std::string write( const std::string &name, const std::string &text ) const {
-      std::ofstream( file( name ) ) << text;
-      return file( name );
-   }
+   const std::filesystem::path &path() const { return path_; }
+   std::string file( const std::string &name ) const { return path_.string() + "/" + name; }
+   // Writes a file and returns its path. The file appears with its whole text.
+   std::string write( const std::string &name, const std::string &text ) const;
+   void remove( const std::string &name ) const;
    // The content of a file; empty if it does not exist.
-   std::string read( const std::string &name ) const {
-      std::ifstream stream( file( name ) );
-      return { std::istreambuf_iterator<char>( stream ), {} };
-   }
+   std::string read( const std::string &name ) const;
+   // Waits until a file has `text` at or after `start`. Returns the position behind it; or
+   // `start`, and the test fails, when it does not come.
+   size_t waitFor( const std::string &name, const std::string &text, size_t start = 0 ) const;
 
  private:
-   std::string path_ = "/tmp/orbis-test-XXXXXX";
+   std::filesystem::path path_;
 };
 
 } // namespace TestSupport

@@ -35,7 +35,7 @@ void RunningBoard::startServer() {
                                         "--simulation", board_ + "/simulation.json" };
    command.insert( command.end(), serverWords_.begin(), serverWords_.end() );
    server_ = start( command, "server" );
-   ASSERT_TRUE( says( "server", "serving" ) );
+   folder_.waitFor( "server", "serving" );
 }
 
 void RunningBoard::killServer() {
@@ -63,30 +63,16 @@ Ran RunningBoard::host( const std::vector<std::string> &words ) {
 
 std::unique_ptr<StartedProgram> RunningBoard::start( const std::vector<std::string> &command,
                                                      const std::string &file ) {
-   std::string words = "exec";
-   for ( const std::string &word : command )
-      words += fmt::format( " '{}'", word );
-   return std::make_unique<StartedProgram>( std::vector<std::string>{
-      "/bin/sh", "-c", fmt::format( "{} >'{}' 2>&1", words, folder_.file( file ) ) } );
-}
-
-bool RunningBoard::says( const std::string &file, const std::string &words ) const {
-   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 20 );
-   while ( folder_.read( file ).find( words ) == std::string::npos ) {
-      if ( std::chrono::steady_clock::now() > end ) {
-         ADD_FAILURE() << "no \"" << words << "\" but: " << folder_.read( file );
-         return false;
-      }
-      std::this_thread::sleep_for( std::chrono::milliseconds( 5 ) );
-   }
-   return true;
+   return std::make_unique<StartedProgram>(
+      command, TestSupport::ProgramSettings{ .outputFile = folder_.file( file ),
+                                             .errorFile = folder_.file( file ) } );
 }
 
 std::unique_ptr<StartedProgram> RunningBoard::serve( const std::vector<std::string> &words ) {
    std::vector<std::string> command = { ORBIS_HOST, "serve", board_ };
    command.insert( command.end(), words.begin(), words.end() );
    auto serve = start( command, "served" );
-   EXPECT_TRUE( says( "served", "serving " ) );
+   folder_.waitFor( "served", "serving " );
    return serve;
 }
 

@@ -62,8 +62,6 @@ class RunningBoard {
    // Starts a program; its output goes to a file, so that it never waits for a reader.
    std::unique_ptr<TestSupport::StartedProgram> start( const std::vector<std::string> &command,
                                                        const std::string &file );
-   // Waits for these words in a file. Returns false after twenty seconds without them.
-   bool says( const std::string &file, const std::string &words ) const;
 
    TestSupport::PrivateFolder folder_;
    std::string board_;

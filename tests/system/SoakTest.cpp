@@ -11,6 +11,7 @@
 #include <csignal>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <fstream>
 #include <random>
 #include <thread>
 

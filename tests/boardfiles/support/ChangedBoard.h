@@ -1,7 +1,7 @@
 #pragma once
 
+#include "PrivateFolder.h"
 #include "boardfiles/Finding.h"
-#include "support/TempFolder.h"
 
 #include <filesystem>
 #include <string>
@@ -19,10 +19,10 @@ class ChangedBoard {
    // What a check of the copy finds, each as textWithPointer() has it.
    std::vector<std::string> check() const;
 
-   const TempFolder &folder() const { return folder_; }
+   const TestSupport::PrivateFolder &folder() const { return folder_; }
 
  private:
-   const TempFolder folder_;
+   const TestSupport::PrivateFolder folder_;
    const std::filesystem::path drivers_;
 };
 
