@@ -1,0 +1,82 @@
+// The shape of this source tree.
+#include "Rules.h"
+
+namespace House {
+
+namespace {
+
+const std::vector<Allowance> rooms{
+   { "platform", {} },
+   { "smbus", { "platform/" } },
+   { "boardfiles", { "smbus/" } },
+   { "simulator", { "boardfiles/", "smbus/" } },
+   { "smbusd", { "simulator/", "boardfiles/", "smbus/", "platform/" } },
+   { "orbis-smbus", { "smbus/", "boardfiles/", "platform/" } },
+   // A program that loads the plug-in must not link the SMBus messages a second time.
+   { "host", { "boardfiles/", "platform/pl.h", "platform/sockets/", "smbus/Control.proto" } },
+   { "OrbisGeneric", { "platform/pl.h", "platform/OrbisUtil/", "platform/PlatformLibrary/" } },
+};
+
+const std::vector<Order> orders{
+   { "platform", { "OrbisUtil", ".", "PlatformLibrary", "sockets" } },
+   { "smbus", { "." } },
+   { "boardfiles", { "." } },
+   { "simulator", { "chips", "bus", "board" } },
+   { "smbusd",
+     { ".", "server", "busses/linux", "busses", "record", "routes", "export", "control" } },
+   { "orbis-smbus", { "." } },
+   { "host", { ".", "plugin", "session", "serve", "terminal", "commands" } },
+   { "OrbisGeneric", { ".", "Ham", "Components", "Drivers", "Drivers/Kelt" } },
+};
+
+// Ham, Components and Drivers call each other: a driver uses its access method, an access method
+// the drivers of the muxes on its path, and an exported object creates its driver by name.
+const std::vector<Allowance> crossings{
+   { "OrbisGeneric", { "OrbisGeneric/Drivers/DriverArgs.h" } },
+   { "OrbisGeneric/Ham",
+     { "OrbisGeneric/Components/Device.h", "OrbisGeneric/Components/Mux.h",
+       "OrbisGeneric/Components/NotImplementedException.h", "OrbisGeneric/Drivers/DriverArgs.h" } },
+   { "OrbisGeneric/Components",
+     { "OrbisGeneric/Ham/Ham.h", "OrbisGeneric/Drivers/DriverArgs.h",
+       "OrbisGeneric/Drivers/Drivers.h", "OrbisGeneric/Drivers/Helpers.h" } },
+   { "OrbisGeneric/Drivers", { "OrbisGeneric/Components/", "OrbisGeneric/Ham/Ham.h" } },
+   { "OrbisGeneric/Drivers/Kelt",
+     { "OrbisGeneric/Components/", "OrbisGeneric/Drivers/", "OrbisGeneric/Ham/Ham.h",
+       "OrbisGeneric/Ham/OrbisSmbusHam.h" } },
+};
+
+const SourceTree &tree() {
+   static const SourceTree read = SourceTree::read( SOURCE_ROOT );
+   return read;
+}
+
+void expectNone( const Findings &findings ) {
+   for ( const std::string &finding : findings )
+      ADD_FAILURE() << finding;
+}
+
+} // namespace
+
+TEST( HouseTest, RoomsIncludeOnlyWhatTheyMay ) { expectNone( forbiddenIncludes( tree(), rooms ) ); }
+
+TEST( HouseTest, EveryFolderWithSourcesIsAKnownRoom ) {
+   expectNone( unknownRooms( tree(), rooms, { "tests", "bench" } ) );
+}
+
+TEST( HouseTest, HeadersOfARoomIncludeOnlyLowerFolders ) {
+   expectNone( upwardIncludes( tree(), orders ) );
+}
+
+TEST( HouseTest, NoHeaderIncludesItself ) { expectNone( includeCircles( tree() ) ); }
+
+TEST( HouseTest, ThePlugInsSourcesCrossFoldersOnlyWhereListed ) {
+   expectNone( forbiddenCrossings( tree(), crossings ) );
+}
+
+TEST( HouseTest, NoRoomHasMoreThan30PercentOfTheLines ) {
+   expectNone( largeRooms( tree(), rooms, 30 ) );
+}
+
+TEST( HouseTest, EveryTestIsBuilt ) { expectNone( forgottenTests( tree() ) ); }
+
+} // namespace House
