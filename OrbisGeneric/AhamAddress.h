@@ -1,12 +1,12 @@
-// The bus address of one device, as it travels to the SMBus server.
+// The bus address of one device, as it is sent to the SMBus server.
 #pragma once
 
 #include <cstdint>
 
 struct AhamAddress {
-   uint32_t offset;      // register offset (command code) of the request being queued
-   uint32_t address : 7; // of the device
-   uint32_t bus : 7;     // the root bus, the one that the accelerator drives
+   uint32_t offset;      // register offset (command code) of the request
+   uint32_t address : 7; // 7-bit device address
+   uint32_t bus : 7;     // root bus: the bus that the accelerator drives
    uint32_t accel : 7;   // accelerator
    uint32_t spare : 1;
    uint32_t busTimeout : 3;

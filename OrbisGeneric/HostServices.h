@@ -1,5 +1,5 @@
-// The host daemon's services, bound weakly: the plug-in loads and initialises in a host that lacks
-// any of them.
+// The services of the host daemon. They are weak symbols: the plug-in also loads and initialises in
+// a host without them.
 #pragma once
 
 #include "pl.h"
@@ -14,12 +14,13 @@
 // A macro, so that the compiler checks the format against the arguments.
 #define PL_TRACE( level, ... ) ( pl_trace ? pl_trace( level, __VA_ARGS__ ) : ( void )0 )
 
-// Visible to the host; everything else of the plug-in is hidden.
+// Makes a function visible to the host. All other symbols of the plug-in are hidden.
 #define ORBIS_EXPORT __attribute__( ( visibility( "default" ) ) )
 
 namespace HostServices {
 
-// A host without timer functions is one that could make no timer: null here, failure below.
+// A host without timer functions looks like a host that can't make timers: timerAdd returns null,
+// timerSet and timerCancel return a failure.
 inline pl_timer_handle timerAdd( void ( *callback )( void * ), void *context ) {
    return pl_timer_add ? pl_timer_add( callback, context ) : nullptr;
 }

@@ -1,4 +1,4 @@
-// Loading the topology. Every assertion here is about the text that the platform was built with.
+// Loads the topology. Every assertion here checks the text that the platform was built with.
 #include "OrbisGeneric/Topology.h"
 
 #include "OrbisGeneric/Drivers/DriverArgs.h"
@@ -28,7 +28,7 @@ std::shared_ptr<Device> Device::fromJSON( Value const &json ) {
    assert( json.HasMember( "did" ) );
    auto device = std::make_shared<Device>();
    device->did = json["did"].GetUint();
-   if ( json.HasMember( "driver" ) ) // the device object is itself a device-argument document
+   if ( json.HasMember( "driver" ) ) // the device object is also a device-argument document
       device->args = Drivers::DriverArgs::fromJSON( json );
    if ( json.HasMember( "components" ) ) {
       const Value &components = json["components"];
@@ -52,7 +52,7 @@ std::shared_ptr<Mux> Mux::fromJSON( Value const &json ) {
       for ( auto it = busses.Begin(); it != busses.End(); ++it ) {
          assert( it->IsObject() );
          auto bus = Bus::fromJSON( *it );
-         mux->busses[bus->id] = bus; // a later bus of the same id replaces the earlier one
+         mux->busses[bus->id] = bus; // a later bus with the same id replaces the earlier one
       }
    }
    return mux;
@@ -212,7 +212,7 @@ void fillAddressFromJSON( Value const &value, AhamAddress &addr ) {
       addr.extraDelay = value["extraDelay"].GetUint() & 1;
    if ( value.HasMember( "addrSize" ) ) {
       addr.addrSize = value["addrSize"].GetUint() & 3;
-      // Two bits hold no 4: a "addrSize" of 4 is stored as 0 and stops here, as 0 and 3 do.
+      // The field has two bits: an "addrSize" of 4 is stored as 0. Like 0 and 3, it fails here.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wtype-limits"
 #ifdef __clang__

@@ -1,4 +1,4 @@
-// The hardware topology: how every addressable chip of the switch is reached. A tree of access
+// The hardware topology: the path to every chip of the switch that has an address. It is a tree of
 // media, accelerators, busses, muxes, devices and components, loaded once from JSON text.
 #pragma once
 
@@ -23,10 +23,9 @@ using rapidjson::Value;
 
 struct Node {
    virtual ~Node() = default;
-   // Walks the children in their order, then calls the visitor's visit with this node. When a child
-   // answers false the walk stops: this node is still visited, its result ignored, and false
-   // returned, so that every ancestor of the node that stopped the walk is visited, innermost
-   // first.
+   // Visits the children in their order, then this node. When a child returns false, the walk
+   // stops: accept still visits this node, ignores the result and returns false. So a stopped walk
+   // visits every ancestor of the node that stopped it, innermost first.
    virtual bool accept( TopologyVisitor *v ) const = 0;
 };
 
@@ -41,21 +40,22 @@ struct Device : Node {
    std::shared_ptr<Drivers::DriverArgs> args; // empty unless the JSON object names a "driver"
    std::vector<std::shared_ptr<Component>> components;
    bool accept( TopologyVisitor *v ) const override;
-   // Enters a device with a "label" in _topology_index; a later one of the same label replaces it.
+   // Adds a device with a "label" to _topology_index. A later device with the same label replaces
+   // it.
    static std::shared_ptr<Device> fromJSON( Value const &json );
 };
 
 struct Bus;
 
 struct Mux : Node {
-   uint32_t did = 0; // of the multiplexer chip itself
+   uint32_t did = 0; // of the mux chip
    std::map<uint32_t, std::shared_ptr<Bus>> busses;
    bool accept( TopologyVisitor *v ) const override;
    static std::shared_ptr<Mux> fromJSON( Value const &json );
 };
 
 struct Bus : Node {
-   uint32_t id = 0; // below a mux: the value that the mux is set to
+   uint32_t id = 0; // below a mux: the value that is written to the mux
    std::vector<std::shared_ptr<Device>> devices;
    std::vector<std::shared_ptr<Mux>> muxes;
    bool accept( TopologyVisitor *v ) const override;
@@ -70,11 +70,11 @@ struct Accelerator : Node {
 };
 
 struct MediumNode : Node {
-   std::string ham; // type of the hardware access method for everything below
+   std::string ham; // type of the access method for all devices below
 };
 
 struct SCD : MediumNode {
-   uint32_t unused = 0; // no key of the JSON sets it
+   uint32_t unused = 0; // no JSON key sets it
    uint32_t pci = 0;
    std::map<uint32_t, std::shared_ptr<Accelerator>> accelerators;
    bool accept( TopologyVisitor *v ) const override;
@@ -103,31 +103,32 @@ struct IOPort : MediumNode {
 struct Topology : Node {
    std::vector<std::shared_ptr<MediumNode>> media;
    bool accept( TopologyVisitor *v ) const override;
-   // A new tree, the caller's. The text is a build-time artefact and trusted: what is structurally
-   // wrong in it is an assertion failure.
+   // A new tree, owned by the caller. The text is made at build time and trusted: an assertion
+   // fails when its structure is wrong.
    static Topology *fromJSON( Document const &json );
 };
 
-// The current tree, its devices by label, and the exact text it was loaded from.
+// The current tree, its devices by label, and the exact text that it was loaded from.
 extern std::unique_ptr<Topology> _topology;
 extern std::map<std::string, std::shared_ptr<Device>> _topology_index;
 extern std::string _topology_json;
 
-// Loads the JSON text, unless it is the one loaded already. Returns 0; 3 when it is not JSON (the
-// old tree stays); 6 when no tree could be built. A new text invalidates every node of the old one.
+// Loads the JSON text, unless the same text is already loaded. Returns 0; 3 when it is not JSON
+// (the old tree stays); 6 when the tree can't be built. A new text deletes all nodes of the old
+// tree.
 int loadTopology( char const *json );
 
-// Fills addr from the "address" object of a device-argument document; each value is cut to the
+// Fills addr from the "address" object of a device-argument document. Each value is cut to the
 // width of its field.
 void fillAddressFromJSON( Value const &value, AhamAddress &addr );
 
-// The first device with this id in walk order, or null. Needs a loaded topology.
+// The first device with this id in the order of the walk, or null. Needs a loaded topology.
 Device *findDevice( unsigned did );
 
-// The device that carries this label, or null.
+// The device with this label, or null.
 Device *getDeviceByLabel( char const *label );
 
-// Whether a device reference is written as a JSON object rather than as a label.
+// True: the text is a JSON object that describes a device. False: it is a label.
 bool isDeviceObject( char const *text );
 
 } // namespace Topology

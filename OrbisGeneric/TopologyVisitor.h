@@ -1,11 +1,12 @@
-// What can be done at the nodes of a topology walk.
+// Visitors of the topology.
 #pragma once
 
 #include "OrbisGeneric/Topology.h"
 
 namespace Topology {
 
-// True: go on walking. False: stop, this is what was looked for. Not destroyed through this type.
+// visit returns true to continue the walk, false to stop it: the node was found. Visitors are not
+// deleted through this class.
 class TopologyVisitor {
  public:
    virtual bool visit( Component const * ) { return true; }

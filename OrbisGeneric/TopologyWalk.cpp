@@ -1,4 +1,4 @@
-// The walk over the tree, and the searches built on it.
+// The walk over the topology, and the searches that use it.
 #include "OrbisGeneric/HostServices.h"
 #include "OrbisGeneric/TopologyVisitor.h"
 
@@ -24,7 +24,7 @@ bool acceptAll( const Children &children, TopologyVisitor *v ) {
    return true;
 }
 
-// Post-order; on the way out of a stopped walk the node is visited too, whatever it answers.
+// Children first. A stopped walk still visits this node, and ignores its result.
 template <typename NodeType>
 bool visitAfter( bool childrenPassed, const NodeType *node, TopologyVisitor *v ) {
    return v->visit( node ) && childrenPassed;
@@ -69,7 +69,7 @@ bool SearchDeviceVisitor::visit( Device const *d ) {
 Device *findDevice( unsigned did ) {
    SearchDeviceVisitor search( did );
    _topology->accept( &search );
-   return const_cast<Device *>( search.device ); // the tree's own node: its arguments may be set
+   return const_cast<Device *>( search.device ); // the caller may change the node's arguments
 }
 
 Device *getDeviceByLabel( char const *label ) {

@@ -1,6 +1,6 @@
-// The time of one register read, from the driver's call to its answer. For comparison, a bare
-// ping-pong of the same number of bytes over the same kind of socket: the difference is the cost of
-// plug-in, messages and server.
+// The time of one register read, from the call of the driver to its answer. For comparison: the
+// same number of bytes sent and returned over the same kind of socket. The difference is the cost
+// of plug-in, messages and server.
 #include "ChildProcess.h"
 
 #include "OrbisGeneric/Drivers/DriverArgs.h"
@@ -19,7 +19,7 @@ extern long allocations; // of this process so far, in CountingAllocator.cpp
 
 namespace {
 
-// A thermometer on the root bus, and one behind a mux.
+// One thermometer on the root bus, and one below a mux.
 const char *const topology = R"([ { "type": "I2C", "ham": "OrbisSmbus", "bus": { "id": 0,
    "devices": [ { "did": 1, "address": { "address": 72 } },
                 { "did": 100, "driver": "PCA9548", "address": { "address": 112 } } ],
@@ -125,7 +125,7 @@ void BarePingPong( benchmark::State &state ) {
    close( ends[1] );
 }
 
-// Only preparing and queuing: the cost of a batch without the socket.
+// Only prepares and queues: the cost of a batch without the socket.
 void PrepareAndQueue( benchmark::State &state ) {
    Ham::OrbisSmbusHam &ham = server().ham( 2, 73 );
    ham.prepare();

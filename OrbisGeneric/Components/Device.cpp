@@ -87,7 +87,7 @@ HardwareDevice *HardwareDevice::create( Drivers::DriverArgs &args, Ham::Ham *ham
    auto *device = static_cast<HardwareDevice *>( callDriverFactoryFunc( args, ham ) );
    if ( !device ) {
       PL_TRACE( 0, "factory function returned a null object" );
-      return nullptr; // the ham stays: whoever made it may still hold it
+      return nullptr; // the Ham is not deleted: its maker may still use it
    }
    device->ham_ = ham;
    device->init();
@@ -126,7 +126,7 @@ const char *MultiDevice::getDeviceDriverArg( std::string key ) {
 
 namespace {
 
-// The record is listed even when it is null.
+// Adds the record to the list even when it is null.
 template <typename Record>
 Record *addSubDevice( const char *json, Record *( *add )( const char * ),
                       std::vector<Record *> &records ) {

@@ -1,5 +1,5 @@
-// Driver objects: one for each topology device, made from device-argument documents and shared by
-// all objects that the host adds on it.
+// Driver objects. Each topology device has one. It is made from a device-argument document, and all
+// objects that the host adds for the device share it.
 #pragma once
 
 #include "pl.h"
@@ -31,14 +31,14 @@ class SmbusProxy;
 class TempSensor;
 } // namespace LogicalDevice
 
-// What every driver can be asked to make. A driver object lives as long as the process.
+// The objects that a driver can make. A driver object is never deleted.
 class DeviceBase {
  public:
-   // Runs once, after the factory and before the object is registered.
+   // Runs once, after the factory and before the object is added to `devices`.
    virtual void init() {}
 
-   // Each makes a new object; null when the arguments lack something. What a driver does not
-   // provide throws NotImplementedException.
+   // Each makes a new object. Null when an argument is missing. An object that the driver does not
+   // support throws NotImplementedException.
    virtual LogicalDevice::TempSensor *newTempSensor( const Drivers::DriverArgs &args );
    virtual LogicalDevice::Slot *newSlot( const Drivers::DriverArgs &args );
    virtual LogicalDevice::SfpXcvr *newSfpXcvr( unsigned int id, const Drivers::DriverArgs &args );
@@ -52,30 +52,30 @@ class DeviceBase {
    // Driver objects by device id. Entries are never removed.
    static std::map<uint32_t, DeviceBase *> devices;
 
-   // Fills args from the document and finds or makes its driver object; null, with a trace, when
-   // that fails. json must outlive args.
+   // Fills args from the document, then finds or makes the driver object. Null, with a trace, on a
+   // failure. json must outlive args.
    static DeviceBase *create( const char *json, Drivers::DriverArgs &args );
-   // The device id alone decides: the driver that made the object isn't compared.
+   // Compares only the device id, not the driver name.
    static DeviceBase *findDevice( Drivers::DriverArgs &args );
    static DeviceBase *callDriverFactoryFunc( Drivers::DriverArgs &args, Ham::Ham *ham );
 
-   void *driverData_ = nullptr; // a driver's own; null unless it says otherwise
+   void *driverData_ = nullptr; // for the driver to use; null by default
 };
 
 // A driver of one chip.
 class HardwareDevice : public DeviceBase {
  public:
    virtual ~HardwareDevice() = default;
-   // One bit of one register of this device; every hardware device makes these.
+   // One bit of one register of this device. Every hardware device supports it.
    virtual LogicalDevice::Gpio *newGpio( const Drivers::DriverArgs &args );
 
-   // Finds or makes the driver object; without a ham one is made from the topology.
+   // Finds or makes the driver object. When ham is null, a Ham is made from the topology.
    static HardwareDevice *create( Drivers::DriverArgs &args, Ham::Ham *ham );
 
-   Ham::Ham *ham_ = nullptr; // bound by create
+   Ham::Ham *ham_ = nullptr; // set by create
 };
 
-// A composite of sub-devices, each added through the exported entry point of its kind.
+// A device that consists of sub-devices. Each is added by the pl_<type>_add of its kind.
 class MultiDevice : public DeviceBase {
  public:
    virtual ~MultiDevice() = default;
@@ -83,10 +83,10 @@ class MultiDevice : public DeviceBase {
    static MultiDevice *create( Drivers::DriverArgs &args );
 
    void deviceDriverArgsIs( std::map<std::string, std::string> args );
-   // The document stored under key, valid while the map is unchanged; null, with a trace, if none.
+   // The document stored under key, or null with a trace. Valid while the map is unchanged.
    const char *getDeviceDriverArg( std::string key );
 
-   // Each adds the sub-device that key describes; null when there is no such key.
+   // Each adds the sub-device that key describes. Null when there is no such key.
    pl_slot *addSlot( std::string key );
    pl_led *addLed( std::string key );
    pl_psu *addPsu( std::string key );

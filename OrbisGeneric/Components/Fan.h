@@ -1,4 +1,4 @@
-// A fan: its speed in turns a minute, read and commanded.
+// A fan: reads and sets its speed in rpm.
 #pragma once
 
 #include "OrbisGeneric/Components/Record.h"

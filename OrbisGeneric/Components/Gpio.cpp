@@ -33,7 +33,7 @@ pl_status RegGpio::bitRead( unsigned int *value ) {
    return PL_STATUS_OK;
 }
 
-// Bit positions count modulo 32; of the masks only the register's eight bits matter.
+// Bit positions are modulo 32. Only the low eight bits of a mask are used.
 pl_status RegGpio::bitSet() {
    return readModifyWrite( 0x00, 0xFF, static_cast<uint8_t>( std::rotl( 1u, bitpos ) ) );
 }
@@ -81,7 +81,7 @@ pl_gpio *pl_gpio_add( const char *json ) {
    if ( !device )
       return nullptr;
    auto *hardware = dynamic_cast<Component::HardwareDevice *>( device );
-   if ( !hardware ) // a composite has no registers of its own
+   if ( !hardware ) // a MultiDevice has no registers
       throw NotImplementedException( "newGpio" );
    auto *gpio = hardware->newGpio( args );
    return gpio ? &gpio->record_ : nullptr;

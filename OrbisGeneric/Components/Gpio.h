@@ -1,4 +1,4 @@
-// GPIO lines, and the one that needs no driver of its own: a bit of a chip's register.
+// GPIO lines. RegGpio is a line that needs no driver: one bit of a register of a chip.
 #pragma once
 
 #include "OrbisGeneric/Components/Device.h"
@@ -9,7 +9,7 @@ namespace Component::LogicalDevice {
 class Gpio {
  public:
    pl_gpio record_{ nullptr, &ops_, this };
-   bool hostFlag_ = false; // the host's: found by its place right behind the record, not read here
+   bool hostFlag_ = false; // for the host, which finds it right after the record; not used here
 
    virtual ~Gpio() = default;
    virtual pl_status bitClear() = 0;
@@ -25,7 +25,7 @@ class Gpio {
 static_assert( isTableSize<pl_gpio_ops>( 16 ) );
 
 // Bit "bitpos" of the 8-bit register "register" of a device. Setting and clearing read the register
-// and write it back in two batches: not atomic against other users of the register.
+// and write it back in two batches, so another user of the register can change it in between.
 class RegGpio : public Gpio {
  public:
    RegGpio( HardwareDevice *owner, const Drivers::DriverArgs &args );
@@ -35,7 +35,7 @@ class RegGpio : public Gpio {
    pl_status bitRead( unsigned int *value ) override;
 
    HardwareDevice *device;
-   bool writeOnly = false; // true: the register isn't read before it is written
+   bool writeOnly = false; // true: writes without reading the register first
    int reg;
    int bitpos;
 

@@ -47,8 +47,8 @@ void Led::handleBlinkTimerCallback( void * ) {
          ++led;
          continue;
       }
-      // The LED behind a removed one is passed over on this tick; behind the last of the list the
-      // walk starts over at the head, with the same phase.
+      // This tick skips the LED after a removed one. When the last LED of the list was removed, the
+      // loop starts again at the first LED, with the same phase.
       led = notifyList_.erase( led );
       led = led == notifyList_.end() ? notifyList_.begin() : std::next( led );
    }

@@ -1,4 +1,4 @@
-// A status LED, and the one timer that blinks the LEDs which can't blink by themselves.
+// A status LED. LEDs that blink in software share one timer.
 #pragma once
 
 #include "OrbisGeneric/Components/Record.h"
@@ -10,19 +10,19 @@ namespace Component::LogicalDevice {
 class Led {
  public:
    pl_led record_{ nullptr, &ops_, this };
-   bool usesBlinkTimer = false; // set by a driver whose LED blinks in software
+   bool usesBlinkTimer = false; // set by a driver when its LED blinks in software
 
    virtual ~Led() = default;
-   // Shows the on or off phase. True: stay on the blink list; false: take this LED off it.
+   // Shows the on or the off phase. True: keep this LED on the blink list. False: remove it.
    virtual bool handleBlinkTimer( bool on ) = 0;
    virtual pl_status setLightSetting( pl_led_status status ) = 0;
 
    static const char *getLedStatusString( pl_led_status status );
 
-   // Makes the shared timer, unarmed, unless it exists.
+   // Makes the shared timer, unless it exists. The timer is not armed.
    static void createBlinkTimer();
-   // Puts an LED on the blink list, at the end and without looking for duplicates. The first one
-   // arms the timer; later ones join its phase.
+   // Adds an LED at the end of the blink list, without a check for duplicates. The first LED arms
+   // the timer; later LEDs join its phase.
    static void notifyOnBlink( Led *led );
    static void handleBlinkTimerCallback( void * );
 

@@ -1,4 +1,4 @@
-// A multiplexer on the way to a device, set to the channel that leads there.
+// A mux on the path to a device, and the channel that leads to the device.
 #pragma once
 
 #include "pl.h"
@@ -16,12 +16,12 @@ namespace LogicalDevice {
 class Mux {
  public:
    virtual ~Mux() = default;
-   // Queue, on this method, the request that connects the channel, or that disconnects all.
+   // Queue on ham the request that connects the channel, or that disconnects all channels.
    virtual bool selectRequest( Ham::Ham *ham ) = 0;
    virtual bool resetRequest( Ham::Ham *ham ) = 0;
-   // Connects the channel at once, through the mux chip's own access method.
+   // Connects the channel now, with the Ham of the mux chip.
    virtual pl_status executeMuxRequest() = 0;
-   // The mux chip's driver object.
+   // The driver object of the mux chip.
    virtual HardwareDevice *device() const = 0;
 };
 

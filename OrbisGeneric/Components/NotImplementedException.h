@@ -1,4 +1,4 @@
-// What an operation throws that its class does not provide.
+// Thrown by an operation that its class does not support.
 #pragma once
 
 #include <exception>

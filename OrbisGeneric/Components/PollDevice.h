@@ -1,12 +1,12 @@
-// A driver that refreshes its state from a host timer.
+// A driver that updates its state regularly, with a host timer.
 #pragma once
 
 #include "OrbisGeneric/Components/Device.h"
 
 namespace Component {
 
-// The period runs from the end of one callback to the next expiry: a slow callback stretches the
-// cycle instead of piling up expiries.
+// The interval starts when a callback ends, so a slow callback delays the next one and expiries do
+// not pile up.
 class PollHardwareDevice : public HardwareDevice {
  public:
    PollHardwareDevice();
@@ -14,14 +14,15 @@ class PollHardwareDevice : public HardwareDevice {
 
    virtual void pollCallback() = 0;
 
-   // Arms the timer unless it is armed. False, with a trace: no interval, or the host declined.
+   // Arms the timer, unless it is armed. False, with a trace, when there is no interval or the host
+   // refuses.
    bool pollStart();
-   // Disarms it. False, with a trace, when the host declined; it is armed then as before.
+   // Disarms the timer. False, with a trace, when the host refuses; the timer then stays armed.
    bool pollStop();
-   // Arms it for one more period. After a failure here polling has ended though `running` says
-   // otherwise: only pollReset, or pollStop and pollStart, take it up again.
+   // Arms the timer for one more interval. After a failure polling has ended, but `running` is
+   // still true: only pollReset, or pollStop and then pollStart, start it again.
    bool pollReset();
-   // What runs on each expiry.
+   // Runs on each expiry.
    void pollCallbackWrapper();
    static void handlePollTimerCallback( void *self );
 

@@ -1,4 +1,4 @@
-// A power supply: power-good, and volts, amperes and watts of input and output.
+// A power supply: power good, and voltage, current and power of input and output.
 #pragma once
 
 #include "OrbisGeneric/Components/Record.h"
@@ -9,7 +9,7 @@ class Psu {
  public:
    pl_psu record_{ nullptr, &ops_, this };
 
-   // Never destroyed through this class.
+   // Objects are never deleted through this class.
    virtual pl_status get_power_ok( int *ok ) = 0;
    virtual pl_status get_input_current( float *amperes ) = 0;
    virtual pl_status get_output_current( float *amperes ) = 0;

@@ -1,5 +1,5 @@
-// The records that the host holds: each is embedded in its object, right behind the object's
-// virtual-table pointer, and leads back to it through priv.
+// The records that the host gets. Each is part of its object, right after the virtual table
+// pointer, and its priv points to the object.
 #pragma once
 
 #include "pl.h"
@@ -13,7 +13,7 @@ Object *objectOf( Record *record ) {
    return static_cast<Object *>( record->priv );
 }
 
-// The tables are a contract with 32-bit hosts: their sizes are told for that ABI.
+// 32-bit hosts rely on the sizes of the tables. bytesIn32Bit is the size in that ABI.
 template <typename Table>
 constexpr bool isTableSize( size_t bytesIn32Bit ) {
    return sizeof( void * ) != 4 || sizeof( Table ) == bytesIn32Bit;

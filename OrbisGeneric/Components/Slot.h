@@ -15,11 +15,12 @@ class Slot {
    pl_slot record_{ nullptr, &ops_, this };
 
    Slot() = default;
-   // index from 0; the slot's driver arguments; its device-argument document, borrowed.
+   // index is from 0, slotArgs are the driver arguments, text is the device-argument document. The
+   // slot keeps the pointer to text.
    Slot( uint8_t index, DriverSpecificArgs slotArgs, const char *text )
       : index_( index ), slotArgs_( std::move( slotArgs ) ), jsonText_( text ) {}
    virtual ~Slot() = default;
-   // Hands out the module's description line, malloc'd, with PL_STATUS_OK.
+   // Returns PL_STATUS_OK and the module's description line; the caller frees it with free().
    virtual pl_status getPresence( char **fdl ) = 0;
 
    static pl_status getPresenceCallback( pl_slot *slot, char **fdl );

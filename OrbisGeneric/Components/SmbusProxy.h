@@ -1,12 +1,12 @@
-// Raw SMBus access to one device, for the host's own tools.
+// Raw SMBus access to one device, for the tools of the host.
 #pragma once
 
 #include "OrbisGeneric/Components/Record.h"
 
 namespace Component::LogicalDevice {
 
-// Every operation throws NotImplementedException unless a driver provides it. Never destroyed
-// through this class.
+// An operation that the driver does not support throws NotImplementedException. Objects are never
+// deleted through this class.
 class SmbusProxy {
  public:
    pl_smbus record_{ nullptr, &ops_, this };

@@ -20,7 +20,7 @@ pl_status pl_temp_sensor_init( const char *topology ) {
    return static_cast<pl_status>( orbisLibraryInit( __func__, topology, connectionAttempts ) );
 }
 
-// Unlike its neighbours this one says nothing when there is no driver object or no sensor.
+// Unlike the other pl_<type>_add functions, this one does not trace a missing driver or sensor.
 pl_temp_sensor *pl_temp_sensor_add( const char *json, float alert, float critical ) {
    Drivers::DriverArgs args;
    auto *device = Component::DeviceBase::create( json, args );

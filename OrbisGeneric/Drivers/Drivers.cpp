@@ -13,7 +13,8 @@ namespace Drivers {
 
 namespace {
 
-// Drivers take text. An integer beyond 32 bits, null, an array or an object has none.
+// Drivers get every argument as text. The text of null, an array, an object or an integer of more
+// than 32 bits is empty.
 std::string argumentText( const Value &value ) {
    if ( value.IsInt() )
       return std::to_string( value.GetInt() );
@@ -86,7 +87,7 @@ bool insertDriverArg( const char *json, char **out, const char *key, const char 
    rapidjson::Document document;
    document.Parse( json );
    if ( document.HasParseError() ) {
-      // The wording names a power supply whatever the document is.
+      // The text says "psu" for every kind of document.
       PL_TRACE( 0, "failed to parse psu devArgs: %s offset %d",
                 rapidjson::GetParseError_En( document.GetParseError() ),
                 static_cast<int>( document.GetErrorOffset() ) );
@@ -97,7 +98,7 @@ bool insertDriverArg( const char *json, char **out, const char *key, const char 
    auto &allocator = document.GetAllocator();
    document["driverArgs"].AddMember( Value( key, allocator ), Value( value, allocator ),
                                      allocator );
-   // Never released: the text is the host's as long as the process lives.
+   // Never freed: the host may use the text until the process ends.
    auto *buffer = new rapidjson::StringBuffer( nullptr, 256 );
    rapidjson::Writer<rapidjson::StringBuffer> writer( *buffer );
    document.Accept( writer );

@@ -55,7 +55,7 @@ pl_status DualFan::getFanRpm( Fan *fan, int *rpm ) {
    if ( !good && fan->faults_ >= forgivenFaults ) {
       if ( inlet < outlet )
          PL_TRACE( 0, "Fan %d failure: inlet speed < outlet speed %d %d", fan->id_, inlet, outlet );
-      else // the fraction that is allowed, not the one that was measured
+      else // traces the allowed fraction, not the measured one
          PL_TRACE( 0, "Fan %d failure: excessive speed difference %f %d %d", fan->id_,
                    static_cast<double>( fan->maxDiff ), inlet, outlet );
       return PL_STATUS_DEVICE_FAULT;

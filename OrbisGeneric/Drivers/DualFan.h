@@ -1,5 +1,5 @@
-// A fan module of two rotors in series, each an ordinary fan of another driver: both are commanded
-// alike, their mean is reported, and the module has failed when they disagree for too long.
+// A fan module with two rotors in series. Each rotor is a fan of another driver. Both get the same
+// speed, the module reports their mean, and it is faulty when they differ for too long.
 #pragma once
 
 #include "OrbisGeneric/Components/Device.h"
@@ -7,18 +7,18 @@
 
 namespace Drivers {
 
-// Its sub-devices are described under "inlet" and "outlet".
+// Its sub-devices are "inlet" and "outlet".
 class DualFan : public Component::MultiDevice {
  public:
    class Fan;
 
    static Component::MultiDevice *create( const DriverArgs &args, Ham::Ham *ham );
-   // "fanId" (1 to 5), "maxRpm", "maxDiff" (how far a rotor may be off the mean, as a fraction).
+   // "fanId" (1 to 5), "maxRpm", "maxDiff" (allowed difference from the mean, as a fraction).
    Component::LogicalDevice::Fan *newFan( const DriverArgs &args ) override;
 
-   // Nine faulty readings in a row are forgiven; from the tenth on 2, and nothing is stored.
+   // Ignores nine faulty readings in a row. From the tenth on it returns 2 and *rpm is unchanged.
    pl_status getFanRpm( Fan *fan, int *rpm );
-   // The inlet first; when that fails the outlet is left alone.
+   // Sets the inlet first. When that fails, the outlet is not set.
    pl_status setFanRpm( Fan *fan, int rpm );
 };
 

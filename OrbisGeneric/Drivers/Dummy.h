@@ -1,4 +1,4 @@
-// A device that makes nothing but register GPIOs.
+// A device that makes only register GPIOs.
 #pragma once
 
 #include "OrbisGeneric/Components/Device.h"

@@ -1,4 +1,4 @@
-// EMC2305 fan controller: five channels, each with a drive and a tachometer.
+// EMC2305 fan controller: five channels, each with a fan drive and a tachometer.
 #pragma once
 
 #include "OrbisGeneric/Components/Device.h"
@@ -14,15 +14,15 @@ class EMC2305 : public Component::HardwareDevice {
    // "fanId" (1 to 5), "maxRpm" (the speed at full drive), "registerOffset" (channel, 0 to 4).
    Component::LogicalDevice::Fan *newFan( const DriverArgs &args ) override;
 
-   // A count of 0, from a fan that stands or is missing, is 2 with an rpm of 0.
+   // A count of 0 means that the fan does not turn or is missing: returns 2 and an rpm of 0.
    pl_status getFanRpm( Fan *fan, int *rpm );
-   // Not clamped: the drive of a speed above the maximum wraps modulo 256.
+   // No limit: for a speed above the maximum the drive value wraps modulo 256.
    pl_status setFanRpm( Fan *fan, int rpm );
 };
 
 class EMC2305::Fan : public Component::LogicalDevice::Fan {
  public:
-   // Reads the tach multiplier from the chip, once; 1 when that fails.
+   // Reads the tach multiplier from the chip, once. It is 1 when the read fails.
    Fan( EMC2305 *emc2305, uint8_t id, uint32_t maxRpm,
         std::map<std::string, std::string> driverArgs );
 

@@ -1,5 +1,5 @@
-// An SMBus multiplexer whose control register is written by a send byte, such as the PCA9548
-// (NXP PCA9548A data sheet, "Control register": bit n connects channel n).
+// An SMBus mux whose control register is set by a send byte, such as the PCA9548 (NXP PCA9548A data
+// sheet, "Control register": bit n connects channel n).
 #pragma once
 
 #include "OrbisGeneric/Components/Device.h"
@@ -12,8 +12,8 @@ class GenericSmbusMux : public Component::HardwareDevice {
    static Component::HardwareDevice *create( const DriverArgs &args, Ham::Ham *ham );
    Component::LogicalDevice::Mux *newMux( const DriverArgs &args, unsigned int value ) override;
 
-   // The value goes out as the control byte as it is: a bus below the mux has the control byte that
-   // connects it for its id (1, 2, 4, ... 128).
+   // The value is the control byte. So the id of a bus below the mux is the control byte that
+   // connects it (1, 2, 4, ... 128).
    class Mux : public Component::LogicalDevice::Mux {
     public:
       Mux( GenericSmbusMux *device, uint32_t value ) : device_( device ), value_( value ) {}
@@ -24,7 +24,7 @@ class GenericSmbusMux : public Component::HardwareDevice {
       GenericSmbusMux *device() const override { return device_; }
 
       GenericSmbusMux *device_;
-      uint32_t value_; // of which the low byte is used
+      uint32_t value_; // only the low byte is used
    };
 };
 

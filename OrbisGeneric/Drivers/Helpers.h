@@ -1,5 +1,5 @@
-// Small helpers that drivers and the system object share. They serve fixed, known configurations:
-// what is missing there stops the process.
+// Small helpers for the drivers and the system object. They work on fixed configurations: an
+// assertion fails when something is missing there.
 #pragma once
 
 #include "OrbisGeneric/Drivers/DriverArgs.h"
@@ -18,18 +18,18 @@ struct Device;
 
 namespace Drivers {
 
-// A text with {keys} to fill in: the description line of a module (FDL) from its template.
-// No escape for a brace, no default for a key. A pass runs from start() to charPtr(); setting or
-// reading outside one, or setting a key that is not there, is an assertion failure.
+// Makes the description line of a module (FDL) from a template with {keys}. Braces can't be escaped
+// and keys have no default. The order is start(), set() for each key, charPtr(). An assertion fails
+// on another order, and when the text has no such key.
 class FormatFdl {
  public:
    explicit FormatFdl( std::string format ) : template_( std::move( format ) ) {}
 
    void start();
-   // Replaces the first {key} in the text, and only that: a key that stands twice wants two calls,
-   // and a value that holds a braced key can be filled by a later call. Returns true.
+   // Replaces only the first {key} in the text. A key that is there twice needs two calls. A value
+   // may contain a {key}; a later call replaces it. Returns true.
    bool set( std::string key, std::string value );
-   // The filled text, valid until the next start(); keys that were never set stand in it.
+   // The filled text, valid until the next start(). It still contains the keys that were not set.
    const char *charPtr();
 
  private:
@@ -38,19 +38,19 @@ class FormatFdl {
    std::string template_;
 };
 
-// s without leading and trailing spaces and tabs; other white space stays.
+// Removes leading and trailing spaces and tabs, but no other white space.
 std::string trim( std::string s );
 
-// The argument record of a topology device. One that the topology names no driver for gets a record
-// of its own: its device id, no component, address 0, no driver.
+// The argument record of a topology device. A device without a driver in the topology gets a new
+// record: its device id, no component, address 0, no driver.
 DriverArgs &argumentsOf( Topology::Device &device );
 
-// The driver object of the topology device that carries label, made with `driver` unless the
-// topology names one.
+// The driver object of the topology device with this label. `driver` is used when the topology
+// names no driver for the device.
 Component::HardwareDevice *getHardwareDeviceByLabel( const char *label, std::string driver );
 
-// A new one-bit GPIO on bit bitpos of register reg. On a device by label, which gets the "Dummy"
-// driver unless the topology names one.
+// A new GPIO for bit bitpos of register reg. A device given by its label gets the "Dummy" driver
+// when the topology names no driver for it.
 Component::LogicalDevice::Gpio *getRegGpioForDevice( Component::HardwareDevice *device,
                                                      unsigned int reg, unsigned int bitpos );
 Component::LogicalDevice::Gpio *getRegGpioForDevice( const char *label, unsigned int reg,

@@ -117,7 +117,7 @@ pl_status Pmbus::getFanRpm( Fan *fan, int *rpm ) {
 }
 
 pl_status Pmbus::setFanRpm( Fan *fan, int rpm ) {
-   // The low 16 bits, unsigned: a negative duty is a large one, and becomes 100 %.
+   // Only the low 16 bits, as an unsigned number: a negative duty becomes large, then 100 %.
    const auto hundredfold = static_cast<int32_t>( static_cast<uint32_t>( rpm ) * 100 );
    auto duty = static_cast<uint16_t>( hundredfold / fan->maxFanRpm );
    PL_TRACE( 6, "Setting fan %d duty cycle to %d", fan->index_, duty );

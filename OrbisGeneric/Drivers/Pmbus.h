@@ -1,4 +1,4 @@
-// A power supply that speaks PMBus: its readings, its fans and its temperature sensors.
+// A PMBus power supply: its readings, its fans and its temperature sensors.
 #pragma once
 
 #include "OrbisGeneric/Components/Device.h"
@@ -16,30 +16,30 @@ class Pmbus : public Component::HardwareDevice {
 
    static Component::HardwareDevice *create( const DriverArgs &args, Ham::Ham *ham );
    Component::LogicalDevice::Psu *newPsu( const DriverArgs &args ) override;
-   // "fanId" (1 or 2), "maxFanRpm" (the rpm of 100 % duty), "pec" ("true": on the fan command).
+   // "fanId" (1 or 2), "maxFanRpm" (the rpm of 100 % duty), "pec" ("true": for the fan command).
    Component::LogicalDevice::Fan *newFan( const DriverArgs &args ) override;
    // "sensorId" (1 or 2).
    Component::LogicalDevice::TempSensor *newTempSensor( const DriverArgs &args ) override;
 
-   // Amperes, volts, watts. A bus failure's status goes up, and the output keeps its value.
-   // Power-good: a supply that runs and says that its power is not good is a fault (2), not a 0.
+   // Amperes, volts, watts. On a bus failure they return its status and the output is unchanged.
+   // Power good: returns 2, not a value of 0, when the supply is on and its power is not good.
    pl_status get_power_ok( int *ok );
    pl_status get_input_current( float *amperes );
    pl_status get_output_current( float *amperes );
    pl_status get_input_voltage( float *volts );
-   // Only the linear mode of VOUT_MODE; any other is an assertion failure. The mantissa is taken as
-   // signed, although the standard has it unsigned: a word from 0x8000 up is negative.
+   // An assertion fails when VOUT_MODE is not the linear mode. The mantissa is read as a signed
+   // number, although it is unsigned in the standard: a word of 0x8000 or more is negative.
    pl_status get_output_voltage( float *volts );
    pl_status get_input_power( float *watts );
    pl_status get_output_power( float *watts );
    pl_status getFanRpm( Fan *fan, int *rpm );
    pl_status setFanRpm( Fan *fan, int rpm );
-   // Degrees Celsius, never below 0: what lies in the output after a failed read is raised too.
+   // Degrees Celsius, at least 0. Also after a failed read, a negative *celsius becomes 0.
    pl_status getTemperature( uint8_t reg, float *celsius );
 
-   // Reads a command whose word is LINEAR11.
+   // Reads a LINEAR11 word.
    pl_status pmbus_read_linear( uint8_t command, float *value );
-   // Mantissa times two to the exponent, both two's complement numbers of so many bits.
+   // mantissa * 2^exponent. Both are two's complement numbers with the given numbers of bits.
    static float linearToReal( uint16_t mantissa, uint8_t exponent, uint8_t mantissaBits,
                               uint8_t exponentBits );
 };
@@ -84,7 +84,7 @@ class Pmbus::TempSensor : public Component::LogicalDevice::TempSensor {
       return pmbus_->getTemperature( reg(), celsius );
    }
    virtual uint8_t id() const { return id_; }
-   virtual uint8_t reg() const { return reg_; } // the command that reads it
+   virtual uint8_t reg() const { return reg_; } // the command that reads the sensor
 
    Pmbus *pmbus_;
    uint8_t id_;

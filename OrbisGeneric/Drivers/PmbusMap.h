@@ -1,4 +1,4 @@
-// PMBus commands that this driver uses, and the linear data formats. Source: PMBus Power System
+// The PMBus commands that the drivers use, and the linear data formats. Source: PMBus Power System
 // Management Protocol, Part II - Command Language, Revision 1.2: command summary (appendix I),
 // STATUS_WORD (17.2), "Linear Data Format" (7.1), VOUT_MODE (8.3).
 #pragma once
@@ -24,11 +24,11 @@ constexpr uint8_t READ_PIN = 0x97;
 constexpr uint8_t MFR_MODEL = 0x9A;
 constexpr uint8_t MFR_SERIAL = 0x9E;
 
-// Of STATUS_WORD.
+// Bits of STATUS_WORD.
 constexpr uint16_t OFF = 1 << 6;
 constexpr uint16_t POWER_GOOD_N = 1 << 11; // set: power is not good
 
-// LINEAR11: an exponent of five bits above a mantissa of eleven, both two's complement.
+// LINEAR11: the exponent is bits 15-11, the mantissa bits 10-0. Both are two's complement.
 constexpr unsigned linear11MantissaBits = 11;
 constexpr unsigned linear11ExponentBits = 5;
 constexpr uint16_t linear11Mantissa( uint16_t word ) { return word & 0x7FF; }

@@ -11,7 +11,7 @@
 namespace Drivers {
 
 Component::HardwareDevice *PsuSlot::create( const DriverArgs &, Ham::Ham * ) {
-   PL_TRACE( 0, "Creating Pmbus Device" ); // the supply driver's own words
+   PL_TRACE( 0, "Creating Pmbus Device" ); // the same text as the Pmbus driver
    return new PsuSlot;
 }
 
@@ -50,7 +50,8 @@ PsuSlot::Slot::~Slot() { free( cachedFdl_ ); }
 pl_status PsuSlot::Slot::readSerialAndModelPmbus( std::string &serial, std::string &model ) {
    PL_TRACE( 7, "%s", __func__ );
    Ham::Ham *ham = parent_->ham_;
-   // The first byte of a block is its length; read again, with the length known, count byte first.
+   // The first byte of a block is its length. The second read has this length and starts with the
+   // length byte again.
    ham->prepare();
    auto modelId = ham->addRead8( PmbusMap::MFR_MODEL );
    auto serialId = ham->addRead8( PmbusMap::MFR_SERIAL );
@@ -77,7 +78,7 @@ pl_status PsuSlot::Slot::readSerialAndModelPmbus( std::string &serial, std::stri
 // "TYPE/LENGTH BYTE FORMAT" (bits 7-6: 3 is 8-bit ASCII; 5-0: length).
 pl_status PsuSlot::Slot::readSerialAndModelIpmi( std::string &serial, std::string &model ) {
    constexpr uint8_t productInfoOffset = 4;
-   constexpr unsigned firstField = 3; // behind version, length and language code
+   constexpr unsigned firstField = 3; // after version, length and language code
    std::string *const fields[] = {
       nullptr, // manufacturer name
       &model,  // product name

@@ -1,4 +1,4 @@
-// A power-supply bay: what supply sits there, and its description line.
+// A power supply slot: identifies the supply and makes its description line.
 #pragma once
 
 #include "OrbisGeneric/Components/Device.h"
@@ -12,25 +12,25 @@ class PsuSlot : public Component::HardwareDevice {
    class Slot;
 
    static Component::HardwareDevice *create( const DriverArgs &args, Ham::Ham *ham );
-   // "psuId" (1 or 2; null without), "identificationType" ("pmbus" or "ipmi"), and for n = 1, 2,
-   // ... without a gap "model_n" with its template "psuFdl_n".
+   // "psuId" (1 or 2; returns null without it), "identificationType" ("pmbus" or "ipmi"), and for
+   // n = 1, 2, ... without a gap: "model_n" with its template "psuFdl_n".
    Component::LogicalDevice::Slot *newSlot( const DriverArgs &args ) override;
 };
 
 class PsuSlot::Slot : public Component::LogicalDevice::Slot {
  public:
-   // index from 0; text is the device-argument document, borrowed.
+   // index is from 0, text is the device-argument document. The slot keeps the pointer to text.
    Slot( PsuSlot *parent, uint8_t index, DriverSpecificArgs slotArgs, const char *text );
    ~Slot() override;
 
-   // PL_STATUS_OK with the description line of a known supply, 1 otherwise. A line is kept as long
-   // as the same supply stays; any failure forgets it.
+   // PL_STATUS_OK and the description line of a known supply, otherwise 1. The line is cached as
+   // long as the supply is the same. A failure clears the cache.
    pl_status getPresence( char **fdl ) override;
 
-   // From the manufacturer's commands of PMBus. The serial keeps its blanks.
+   // Reads the PMBus commands MFR_SERIAL and MFR_MODEL. The serial keeps its spaces.
    pl_status readSerialAndModelPmbus( std::string &serial, std::string &model );
-   // From the product info area of an IPMI FRU EEPROM. Positions are modulo 256: an area behind the
-   // first 256 bytes wraps.
+   // Reads the product info area of an IPMI FRU EEPROM. Positions are modulo 256: an area after the
+   // first 256 bytes wraps to the start.
    pl_status readSerialAndModelIpmi( std::string &serial, std::string &model );
 
  private:

@@ -1,4 +1,4 @@
-// Hands the host's raw SMBus operations to a device's access method. No packet error checking.
+// Passes the raw SMBus operations of the host to the Ham of a device. No packet error checking.
 #pragma once
 
 #include "OrbisGeneric/Components/Device.h"
@@ -21,10 +21,10 @@ class SmbusProxyDriver : public Component::HardwareDevice {
       pl_status writeByte( uint8_t command, uint8_t value ) override;
       pl_status readWord( uint8_t command, uint16_t *out ) override;
       pl_status writeWord( uint8_t command, uint16_t value ) override;
-      // Copies whatever the device sends: the buffer must hold the largest block it can send.
+      // Copies all bytes that the device sends: buf must have room for its largest block.
       pl_status blockRead( uint8_t command, uint8_t *buf, unsigned int *len ) override;
       pl_status blockWrite( uint8_t command, const uint8_t *buf, unsigned int n ) override;
-      // Anything but exactly n bytes is PL_STATUS_SOCKET, and nothing is copied.
+      // When the device does not send exactly n bytes: PL_STATUS_SOCKET, and buf is unchanged.
       pl_status i2cBlockRead( uint8_t command, uint8_t *buf, unsigned int n ) override;
       pl_status i2cBlockWrite( uint8_t command, const uint8_t *buf, unsigned int n ) override;
       pl_status processCall( uint8_t command, uint16_t value, uint16_t *out ) override;

@@ -43,7 +43,7 @@ std::string Ham::getBlock( ResponseId, unsigned ) { throw NotImplementedExceptio
 
 namespace {
 
-// A batch of one: queue says what goes in, fetch what is done with its answer.
+// Runs a batch of one request: queue adds the request, fetch reads the answer.
 template <typename Queue, typename Fetch>
 pl_status single( Ham &ham, Queue queue, Fetch fetch ) {
    ham.prepare();

@@ -1,5 +1,5 @@
-// A hardware access method: how a driver talks to its chip. Requests are queued into a batch, the
-// batch is executed, and each result is fetched by the id that queuing returned.
+// A hardware access method (Ham): how a driver talks to its chip. The driver queues requests into a
+// batch, executes the batch, and gets each result by the id that the queue function returned.
 #pragma once
 
 #include "pl.h"
@@ -20,20 +20,20 @@ namespace Ham {
 
 class Ham {
  public:
-   // One queued request of the current batch.
+   // Identifies one request of the current batch.
    using ResponseId = uint32_t;
 
    uint32_t retryCount = 0;
    bool retryCountSet = false;
 
    virtual void init() {}
-   // Starts a new batch; ids of the last one are no longer valid.
+   // Starts a new batch. The ids of the last batch are no longer valid.
    virtual void prepare() = 0;
-   // Runs the batch. Anything but PL_STATUS_OK: no result may be fetched.
+   // Runs the batch. Results may be fetched only after PL_STATUS_OK.
    virtual pl_status execute() = 0;
 
-   // Each queues one request. What a concrete method does not provide throws
-   // NotImplementedException. The bool of a write asks for packet error checking.
+   // Each queues one request. An operation that a Ham does not support throws
+   // NotImplementedException. The flag of a write turns packet error checking on.
    virtual ResponseId addRecvByte();
    virtual ResponseId addRead8( unsigned reg );
    virtual ResponseId addRead16( unsigned reg );
@@ -48,13 +48,13 @@ class Ham {
    virtual ResponseId addWriteBlock( unsigned reg, void const *data, unsigned len, bool flag );
    virtual ResponseId addProcessCall( unsigned reg, uint16_t value );
 
-   // Words are low byte first. getBlock's length is 0 where the device gives the count.
+   // Words are low byte first. The len of getBlock is 0 when the device gives the count.
    virtual uint8_t get8( ResponseId id );
    virtual uint16_t get16( ResponseId id );
    virtual uint32_t get32( ResponseId id );
    virtual std::string getBlock( ResponseId id, unsigned len );
 
-   // Batches of one request. On a status other than PL_STATUS_OK the output is left alone.
+   // Each runs a batch of one request. On a failure the output is unchanged.
    pl_status recvByte( uint8_t *out );
    pl_status read8( unsigned reg, uint8_t *out );
    pl_status read16( unsigned reg, uint16_t *out );
@@ -69,22 +69,23 @@ class Ham {
    pl_status write( unsigned reg, void const *data, unsigned len, bool flag );
    pl_status writeBlock( unsigned reg, void const *data, unsigned len, bool flag );
 
-   // Further tries of a failed transfer, on the server's side; its own default unless set.
+   // How often the server repeats a failed transfer. When not set, the server uses its default.
    void retryCountIs( unsigned n );
 
-   // The named method for the device of args, initialised; null, with a trace, when there is none.
+   // Makes and initialises the Ham of this name for the device of args. Null, with a trace, when
+   // that fails.
    static Ham *create( std::string const &name, Topology::Topology const &topology,
                        Drivers::DriverArgs const &args );
 };
 
 using HamFactory = std::function<Ham *( Topology::Topology const &, Drivers::DriverArgs const & )>;
 
-// Factories by the "ham" of a topology medium; filled when the library is loaded and not
-// changed after.
+// Factories by the "ham" of a topology medium. The table is filled when the library is loaded and
+// does not change later.
 extern std::map<std::string, HamFactory> hams;
 
-// The access method for the component (or, without one, the device) of args, as its medium in the
-// loaded topology names it; null, with a trace, when that can't be made.
+// Makes the Ham for the component of args, or for the device when args name no component. The
+// medium in the loaded topology names its type. Null, with a trace, on a failure.
 Ham *createHam( Drivers::DriverArgs const &args );
 
 } // namespace Ham

@@ -16,7 +16,7 @@ namespace Ham {
 
 namespace {
 
-// The record as one little-endian number: offset in the low half, the path in the high one.
+// The address as one little-endian number: the offset in the low half, the path in the high half.
 uint64_t wireAddress( AhamAddress const &address ) {
    uint64_t word;
    static_assert( sizeof( word ) == sizeof( address ) );
@@ -38,7 +38,7 @@ Ham *OrbisSmbusHam::create( Topology::Topology const &topology, Drivers::DriverA
    return path.ham;
 }
 
-// Component ids are unique in the whole topology: the device is not compared.
+// A component id is unique in the whole topology, so the device id is not compared.
 bool OrbisSmbusVisitor::visit( Topology::Component const *c ) {
    if ( c->uid != args->uid )
       return true;
@@ -52,11 +52,11 @@ bool OrbisSmbusVisitor::visit( Topology::Device const *d ) {
    active = true;
    ham = new OrbisSmbusHam;
    ham->address = args->address;
-   ham->address.addrSize = 1; // requests always say 1, whatever the device's JSON says
+   ham->address.addrSize = 1; // always 1 in a request; the JSON value is ignored
    return false;
 }
 
-// The walk goes upward, so the bus nearest the root stays: the one the accelerator drives.
+// The walk goes up. Each bus replaces the one below it, so the root bus remains.
 bool OrbisSmbusVisitor::visit( Topology::Bus const *b ) {
    if ( active ) {
       ham->address.bus = b->id & 0x7F;
@@ -135,8 +135,7 @@ void OrbisSmbusHam::init() {
 }
 
 void OrbisSmbusHam::prepare() {
-   // A removed element is cleared and kept for the next batch, so that a steady state allocates
-   // nothing.
+   // protobuf clears a removed element and uses it again, so later batches allocate no memory.
    while ( static_cast<uint32_t>( request_.request_size() ) > prepareRequestCount_ )
       request_.mutable_request()->RemoveLast();
    response_.Clear();
@@ -197,7 +196,7 @@ Ham::ResponseId OrbisSmbusHam::queueRead( unsigned reg, Smbus::RequestType type,
 
 Ham::ResponseId OrbisSmbusHam::queueWrite( unsigned reg, Smbus::RequestType type, void const *data,
                                            unsigned length, bool pec ) {
-   // Into the element's own string: set_data would make another one on the way.
+   // Writes into the string of the element. set_data would make a temporary string.
    queue( reg, type, length, pec )
       ->mutable_data()
       ->assign( static_cast<char const *>( data ), length );
@@ -223,7 +222,7 @@ Ham::ResponseId OrbisSmbusHam::addReadBlock( unsigned reg ) {
 }
 
 Ham::ResponseId OrbisSmbusHam::addSendByte( uint8_t value, bool pec ) {
-   queue( value, Smbus::REQUEST_WRITE, 0, pec ); // the byte travels as the register offset
+   queue( value, Smbus::REQUEST_WRITE, 0, pec ); // the byte is sent as the register offset
    return INVALID_RESPONSE_ID;
 }
 

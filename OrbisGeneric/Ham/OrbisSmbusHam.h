@@ -1,5 +1,5 @@
-// The access method over the SMBus server: a batch is one transaction, with the mux selections that
-// the device's path needs at its head and their releases at its end.
+// The access method that uses the SMBus server. A batch is one transaction: first the selections of
+// the muxes on the path to the device, then the requests, then the releases of the muxes.
 #pragma once
 
 #include "OrbisGeneric/AhamAddress.h"
@@ -19,14 +19,14 @@ constexpr Ham::ResponseId INVALID_RESPONSE_ID = 0xFFFFFFFF;
 
 class OrbisSmbusHam : public Ham {
  public:
-   // The factory of "OrbisSmbus": the path of the component or device of args; null when it is not
-   // in the topology.
+   // The factory of "OrbisSmbus". Null when the component or device of args is not in the topology.
    static Ham *create( Topology::Topology const &topology, Drivers::DriverArgs const &args );
 
    void init() override;
    void prepare() override;
-   // 4: the server can't be reached or was too late. 6: its answer is a failure or incomplete.
-   // Always prepare() first: a second run of one batch would carry its mux releases twice.
+   // 4: the server can't be reached or is too slow. 6: the server answers with a failure, or its
+   // answer is incomplete. Always call prepare() first: a second run of the same batch would send
+   // the mux releases twice.
    pl_status execute() override;
 
    ResponseId addRecvByte() override;
@@ -34,7 +34,7 @@ class OrbisSmbusHam : public Ham {
    ResponseId addRead16( unsigned reg ) override;
    ResponseId addRead( unsigned reg, unsigned len ) override;
    ResponseId addReadBlock( unsigned reg ) override;
-   // Writes take an id but return INVALID_RESPONSE_ID: there is nothing to fetch.
+   // A write uses up an id but returns INVALID_RESPONSE_ID: it has no result.
    ResponseId addSendByte( uint8_t value, bool pec ) override;
    ResponseId addWrite8( unsigned reg, uint8_t value, bool pec ) override;
    ResponseId addWrite16( unsigned reg, uint16_t value, bool pec ) override;
@@ -46,12 +46,12 @@ class OrbisSmbusHam : public Ham {
    uint16_t get16( ResponseId idx ) override;
    std::string getBlock( ResponseId idx, unsigned len ) override;
 
-   // The 7-bit device address alone; aims requests at the mux chips of the path.
+   // Changes only the 7-bit device address, to send requests to the mux chips of the path.
    virtual void setAddress( uint8_t deviceAddress );
    virtual uint8_t getAddress() const;
 
-   uint32_t prepareRequestCount_ =
-      0; // mux selections at the head of request_, kept between batches
+   // Mux selections at the start of request_. They are kept from batch to batch.
+   uint32_t prepareRequestCount_ = 0;
    uint32_t lastResponseId = 0;
    AhamAddress address{};
    uint32_t pci = 0;
@@ -69,7 +69,7 @@ class OrbisSmbusHam : public Ham {
    const std::string &dataOf( ResponseId idx ) const;
 };
 
-// Walks from a device up to the root of the topology, gathering its SMBus address and muxes.
+// Walks from a device up to the root of the topology and collects its SMBus address and its muxes.
 class OrbisSmbusVisitor : public Topology::TopologyVisitor {
  public:
    explicit OrbisSmbusVisitor( Drivers::DriverArgs const *wanted ) : args( wanted ) {}
@@ -86,9 +86,9 @@ class OrbisSmbusVisitor : public Topology::TopologyVisitor {
    bool visit( Topology::Topology const * ) override { return true; }
 
    Drivers::DriverArgs const *args;
-   bool active = false; // the device or component is found; until then nothing else counts
+   bool active = false; // the device or component was found; until then all other nodes are ignored
    OrbisSmbusHam *ham = nullptr;
-   uint32_t lastBusId = 0; // the channel below the next mux up
+   uint32_t lastBusId = 0; // the channel of the next mux on the way up
 };
 
 } // namespace Ham

@@ -22,7 +22,7 @@ bool SearchVisitor::visit( Topology::Device const *d ) {
    return false;
 }
 
-// From here on only the ancestors of what was found count; the walk ignores their results.
+// These act only on the ancestors of the node that was found. The walk ignores their results.
 
 bool SearchVisitor::visit( Topology::Mux const *m ) {
    if ( found )

@@ -1,13 +1,12 @@
-// Finds the component, or without one the device, that a driver sits on, and the type of access
-// method that its medium names.
+// Finds a component or a device in the topology, and the type of access method of its medium.
 #pragma once
 
 #include "OrbisGeneric/TopologyVisitor.h"
 
 namespace Ham {
 
-// A component id is matched anywhere in the tree, whatever device is asked for; the device id
-// counts only when the component id is Drivers::noComponent.
+// A component is found in any device. The device id is compared only when the component id is
+// Drivers::noComponent.
 class SearchVisitor : public Topology::TopologyVisitor {
  public:
    SearchVisitor( uint32_t wantedUid, uint32_t wantedDid ) : uid( wantedUid ), did( wantedDid ) {}

@@ -14,7 +14,7 @@ namespace {
 
 constexpr uint32_t pollMilliseconds = 1000;
 
-// A plain device or a CPLD, as the arguments say.
+// Makes a plain device or a CPLD, depending on the "type" argument.
 template <typename Cpld>
 Component::HardwareDevice *createCpld( const DriverArgs &args ) {
    auto type = args.driverArgs.find( "type" );
@@ -130,7 +130,7 @@ void CelXcvrCPLD::computeOffsetAndBitpos( const Limits &limits, uint32_t port,
                                           uint8_t &registerIndex, uint8_t &bitpos ) {
    if ( limits.empty() )
       return;
-   uint32_t first = 0; // port of the group that was reached
+   uint32_t first = 0; // first port of the group
    size_t index = 0;
    while ( index < limits.size() && limits[index] <= port )
       first = limits[index++];

@@ -1,5 +1,5 @@
-// The board's transceiver cages and front LEDs, wired to two CPLDs: 32 QSFP ports on one, 48 SFP
-// and 6 QSFP ports on the other. Port registers are cached and polled once a second.
+// The board's transceiver cages and front LEDs. They are connected to two CPLDs: one has 32 QSFP
+// ports, the other 48 SFP and 6 QSFP ports. The port registers are cached and polled once a second.
 #pragma once
 
 #include "OrbisGeneric/Components/Led.h"
@@ -23,15 +23,15 @@ class CelXcvrCPLD : public Component::PollHardwareDevice {
 
    explicit CelXcvrCPLD( bool poll ) : poll_( poll ) {}
 
-   // Fills the cache and starts polling, when this CPLD is polled.
+   // When poll is set: fills the cache and starts polling.
    void init() override;
    void pollCallback() override;
-   // "id" (1 or 2), "type" ("status": the system LED, "psu": a PSU LED; null for any other).
+   // "id" (1 or 2), "type" ("status": the system LED, "psu": a PSU LED; any other: null).
    Component::LogicalDevice::Led *newLed( const DriverArgs &args ) override;
 
    int getQsfpPresence( QsfpXcvr *xcvr );
-   pl_status getQsfpModSel( QsfpXcvr *xcvr, int *value ); // no such line: traces only
-   pl_status setQsfpModSel( QsfpXcvr *xcvr, int value );  // no such line: traces only
+   pl_status getQsfpModSel( QsfpXcvr *xcvr, int *value ); // only traces: there is no such line
+   pl_status setQsfpModSel( QsfpXcvr *xcvr, int value );  // only traces: there is no such line
    pl_status getQsfpLpMode( QsfpXcvr *xcvr, int *value );
    pl_status setQsfpLpMode( QsfpXcvr *xcvr, int value );
    pl_status getQsfpReset( QsfpXcvr *xcvr, int *value );
@@ -43,19 +43,19 @@ class CelXcvrCPLD : public Component::PollHardwareDevice {
    pl_status setSfpTxDisable( SfpXcvr *xcvr, int value );
    pl_status getSfpTxFault( SfpXcvr *xcvr, int *value );
 
-   // Register index and bit of a port, from 0. Leaves them alone without limits, and the bit for a
-   // port behind the last limit.
+   // Adds the register group of a port (from 0) to registerIndex and sets bitpos. Without limits
+   // both are unchanged. For a port after the last limit bitpos is unchanged.
    static void computeOffsetAndBitpos( const Limits &limits, uint32_t port, uint8_t &registerIndex,
                                        uint8_t &bitpos );
-   // A bit from the cache, read from the bus before when refresh is set. A register that was never
-   // read is 0.
+   // Returns a bit of the cache. When refresh is set, the register is read from the bus first. A
+   // register that was never read is 0.
    pl_status getRegisterBit( uint16_t reg, uint8_t bit, int *value, bool refresh );
-   // Writes the register with one bit changed, from the bus or the cache; a failed write leaves the
-   // cache as it was.
+   // Changes one bit and writes the register. readFirst: takes the other bits from the bus,
+   // otherwise from the cache. After a failed write the cache is unchanged.
    pl_status setRegisterBit( uint16_t reg, uint8_t bit, int value, bool readFirst );
-   // Turns the value of a line that is active low.
+   // Inverts the value of an active-low line.
    static pl_status activeLow( pl_status status, int *value );
-   // Reads every register of the maps in one batch; false, and the cache as it was, on a failure.
+   // Reads all registers of the maps in one batch. On a failure: false, and the cache is unchanged.
    bool updateRegisterCache();
    // Switches every port error LED off.
    void setQsfpLedsRegister();
@@ -73,7 +73,7 @@ class CelXcvrCPLD : public Component::PollHardwareDevice {
    pl_status setSignal( MapIndex map, unsigned signal, const CelXcvr &xcvr, int value );
 };
 
-// An LED of the CPLD's LED register; on the blink list while it blinks in software.
+// An LED of the CPLD's LED register. It is on the blink list while it blinks in software.
 class CelXcvrCPLD::Led : public Component::LogicalDevice::Led {
  public:
    Led( CelXcvrCPLD *cpld, uint8_t id ) : cpld_( cpld ), id_( id ) {}
@@ -87,15 +87,14 @@ class CelXcvrCPLD::Led : public Component::LogicalDevice::Led {
    bool blinking_ = false;
 };
 
-// Both ids drive the same two bits; the id tells them apart in messages only. The CPLD itself
-// blinks it.
+// Both ids write the same two bits; they differ only in the traces. The CPLD blinks this LED.
 class CelXcvrCPLD::SystemLed : public Led {
  public:
    using Led::Led;
    pl_status setLightSetting( pl_led_status status ) override;
 };
 
-// A supply's LED, lit by a 0; it blinks in software.
+// The LED of a power supply. A bit of 0 lights it. It blinks in software.
 class CelXcvrCPLD::PsuLed : public Led {
  public:
    PsuLed( CelXcvrCPLD *cpld, uint8_t id ) : Led( cpld, id ) { usesBlinkTimer = true; }
@@ -106,7 +105,7 @@ class CelXcvrCPLD::PsuLed : public Led {
 class KeltQCPLD : public CelXcvrCPLD {
  public:
    using CelXcvrCPLD::CelXcvrCPLD;
-   // "xcvrPoll" (present: polled), "type" ("gpio": a plain device for register GPIOs).
+   // "xcvrPoll" (with any value: polled), "type" ("gpio": a plain device for register GPIOs).
    static Component::HardwareDevice *create( const DriverArgs &args, Ham::Ham *ham );
    void init() override;
    Component::LogicalDevice::QsfpXcvr *newQsfpXcvr( XcvrId id, const DriverArgs &args ) override;
@@ -120,7 +119,7 @@ class KeltQCPLD : public CelXcvrCPLD {
 class KeltSCPLD : public CelXcvrCPLD {
  public:
    using CelXcvrCPLD::CelXcvrCPLD;
-   // As for KeltQCPLD.
+   // The same arguments as KeltQCPLD.
    static Component::HardwareDevice *create( const DriverArgs &args, Ham::Ham *ham );
    void init() override;
    Component::LogicalDevice::SfpXcvr *newSfpXcvr( XcvrId id, const DriverArgs &args ) override;

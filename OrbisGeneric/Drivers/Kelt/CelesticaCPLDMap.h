@@ -1,8 +1,8 @@
 // Registers of the board's two transceiver CPLDs. Source: the board's CPLD register map.
 //
-// A port's control and status lines are single bits. A register map lists registers in groups of
-// four, one for each signal; ports below the first limit are in group 0, bit = port; ports from one
-// limit up to the next are in the next group, bit = port minus that limit.
+// Each control or status line of a port is one bit. A register map has groups of four registers,
+// one register for each signal. Ports below the first limit are in group 0, and the bit is the
+// port. Each limit starts the next group; there the bit is the port minus the limit.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +22,7 @@ inline uint16_t registerOf( const Registers &map, unsigned signal, unsigned regi
    return map.at( signal + signalsPerGroup * registerIndex );
 }
 
-// LEDs: bits 1-0 system LED, bit 2 PSU LED 0, bit 3 PSU LED 1. A PSU LED's bit cleared: lit.
+// LEDs: bits 1-0 system LED, bit 2 PSU LED 0, bit 3 PSU LED 1. A bit of 0 lights a PSU LED.
 constexpr uint16_t ledRegister = 0x303;
 constexpr uint8_t systemLedMask = 0x03;
 constexpr uint8_t systemLedOff = 0x03;

@@ -6,7 +6,7 @@ namespace Drivers {
 
 using namespace CelesticaCPLDMap;
 
-// The host knows a port by its number from 1 on.
+// For the host the first port is 1.
 CelXcvrCPLD::SfpXcvr::SfpXcvr( const CelXcvr &port ) : CelXcvr( port ) { xcvrId_ = port_ + 1u; }
 CelXcvrCPLD::QsfpXcvr::QsfpXcvr( const CelXcvr &port ) : CelXcvr( port ) { xcvrId_ = port_ + 1u; }
 
@@ -20,7 +20,7 @@ uint16_t CelXcvrCPLD::registerOf( MapIndex map, unsigned signal, const CelXcvr &
    return CelesticaCPLDMap::registerOf( *registerMaps_.at( map ), signal, xcvr.registerIndex_ );
 }
 
-// Ports are read from the cache and written on top of it.
+// Reads come from the cache. A write takes the other bits of the register from the cache.
 pl_status CelXcvrCPLD::getSignal( MapIndex map, unsigned signal, const CelXcvr &xcvr, int *value ) {
    return getRegisterBit( registerOf( map, signal, xcvr ), xcvr.bitpos_, value, false );
 }

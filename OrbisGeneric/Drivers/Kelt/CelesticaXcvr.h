@@ -1,11 +1,11 @@
-// The transceiver ports of the CPLDs, as the host holds them.
+// The transceiver ports of the CPLDs, with the records for the host.
 #pragma once
 
 #include "OrbisGeneric/Drivers/Kelt/CelesticaCPLD.h"
 
 namespace Drivers {
 
-// Where a port's bits are.
+// A port and the place of its bits.
 class CelXcvrCPLD::CelXcvr {
  public:
    CelXcvr( uint8_t port, uint8_t registerIndex, uint8_t bitpos, CelXcvrCPLD *cpld )

@@ -16,7 +16,7 @@ constexpr int banks = 5;
 constexpr unsigned cacheSeconds = 2;
 constexpr uint8_t pinConfig[banks] = { 0xFF, 0xFF, 0x7F, 0x1B, 0x80 }; // 1: input
 
-// The first of each fan's two LED pins, in the order of the fans.
+// The first of the two LED pins of each fan.
 constexpr int ledPin[] = { 31, 29, 35, 37, 33 };
 
 constexpr int firstPresencePin = 10, firstAirflowPin = 15;
@@ -63,7 +63,7 @@ KeltPCA9506::FanLed::FanLed( KeltPCA9506 *expander, uint8_t fan )
    usesBlinkTimer = true;
 }
 
-// An output bank that can't be read is traced there and changes nothing here.
+// When an output bank can't be read, writeBit traces it and nothing else happens.
 void KeltPCA9506::FanLed::setPins( bool a, bool b ) {
    expander_->writeBit( pinA, a );
    expander_->writeBit( pinB, b );

@@ -1,5 +1,5 @@
-// The fan board's PCA9506: presence and airflow of five fan modules, a bi-colour LED for each, and
-// two power-control lines.
+// The PCA9506 of the fan board: presence and airflow of five fan modules, a two-colour LED for each
+// module, and two power control lines.
 #pragma once
 
 #include "OrbisGeneric/Components/Led.h"
@@ -22,18 +22,18 @@ class KeltPCA9506 : public GPIOExpander {
    // "fanId" (1 to 5), "presenceBitOffset", "fanFdl", "rpmF2B", "rpmB2F", "modelName".
    Component::LogicalDevice::Slot *newSlot( const DriverArgs &args ) override;
 
-   // Drives both power-control lines high in one transaction.
+   // Sets both power control lines high in one transaction.
    pl_status poweroff();
 };
 
-// Active low: a pin written 0 lights its colour. Blinks in software, red.
+// Active low: a pin of 0 lights its colour. Blinks red, in software.
 class KeltPCA9506::FanLed : public Component::LogicalDevice::Led {
  public:
    FanLed( KeltPCA9506 *expander, uint8_t fan );
 
    bool handleBlinkTimer( bool on ) override;
    pl_status setLightSetting( pl_led_status status ) override;
-   // Pending until the expander's save().
+   // These changes are pending until save() of the expander.
    void setLedOff() { setPins( true, true ); }
    void setLedGreen() { setPins( true, false ); }
    void setLedRed() { setPins( false, true ); }
@@ -54,8 +54,8 @@ class KeltPCA9506::FanSlot : public Component::LogicalDevice::Slot {
    FanSlot( KeltPCA9506 *expander, int fanId, DriverSpecificArgs slotArgs, const char *text );
    ~FanSlot() override;
 
-   // PL_STATUS_OK with the module's description line, made anew when a module of the other airflow
-   // sits there; 1 when none does.
+   // PL_STATUS_OK and the description line of the module. The line is made again when the airflow
+   // of the module changes. 1 when there is no module.
    pl_status getPresence( char **fdl ) override;
 
  private:

@@ -33,8 +33,7 @@ pl_status pl_system_get_reload_cause( pl_system *, char ( * )[100], long *, char
    return PL_STATUS_NOT_PROVIDED;
 }
 
-// The CPLD cuts and restores the power itself: after a success this does not return to a running
-// system.
+// The CPLD switches the power off and on again, so after a success the system does not continue.
 pl_status pl_system_powercycle( pl_system * ) {
    auto *gpio = Drivers::getRegGpioForDevice( "Cpld", powerCycleRegister, powerCycleBit );
    assert( gpio );
@@ -42,7 +41,8 @@ pl_status pl_system_powercycle( pl_system * ) {
    return gpio->bitSet();
 }
 
-// The driver's name lacks its 9 here: powering off works only when the topology names the driver.
+// This driver name lacks its 9, so no such driver exists. Power off works only when the topology
+// names the driver of the device.
 pl_status pl_system_poweroff( pl_system * ) {
    auto *device = Drivers::getHardwareDeviceByLabel( "Pca9506", "KeltPCA506" );
    return static_cast<Drivers::KeltPCA9506 *>( device )->poweroff();

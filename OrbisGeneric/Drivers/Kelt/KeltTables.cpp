@@ -1,5 +1,5 @@
-// The board's drivers and access methods by the names that topology and device documents use. The
-// only place where the set of them is fixed.
+// The drivers and access methods of the board, by the names in topology and device documents. This
+// is the only list of them.
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Drivers/DualFan.h"
 #include "OrbisGeneric/Drivers/Dummy.h"

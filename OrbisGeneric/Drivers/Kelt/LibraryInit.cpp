@@ -9,7 +9,7 @@ PlatformLibrary::PLSocket *_plSock = nullptr;
 
 namespace {
 
-// The socket's destructor leaves descriptor and watcher to us; close() is called even on -1.
+// The socket's destructor does not release descriptor and watcher. close() is also called with -1.
 void tearDownSocket() {
    if ( _plSock->watcher && pl_fd_watcher_delete )
       pl_fd_watcher_delete( _plSock->watcher );
