@@ -1,4 +1,4 @@
-// The shared library as a host sees it that provides no trace, no timers and no watchers.
+// The shared library in a host without trace, timers and watchers.
 #include "PlatformLibrary/PLSocket.h"
 #include "pl.h"
 
@@ -15,11 +15,11 @@
 namespace {
 
 void *plugin = nullptr;
-bool watches = false; // a socket has a watcher when it fails to be set up
+bool watches = false; // true: a socket has a watcher when its set-up fails
 
 } // namespace
 
-// Both stand in front of what the plug-in would find behind them.
+// Both replace the functions that the plug-in would call otherwise.
 int PlatformLibrary::PLSocket::setup() {
    if ( watches ) {
       watcher = reinterpret_cast<pl_fd_watcher_handle>( 0x40 );
@@ -31,7 +31,7 @@ int PlatformLibrary::PLSocket::setup() {
 }
 extern "C" unsigned sleep( unsigned ) { return 0; }
 
-// The plug-in's objects live to the end of the process.
+// The plug-in never deletes its objects.
 extern "C" const char *__lsan_default_suppressions() { return "leak:libOrbisDriversKelt"; }
 
 namespace {
@@ -66,7 +66,7 @@ class BareHostTest : public ::testing::Test {
    int listener = -1;
 };
 
-TEST_F( BareHostTest, ASocketThatFailsKeepsItsWatcherWithoutAServiceToDeleteIt ) {
+TEST_F( BareHostTest, AFailedSocketKeepsItsWatcherWhenTheHostCantDeleteIt ) {
    auto plSockInit = symbol<int ( * )( const char *, int )>( "_Z10plSockInitPKci" );
    ASSERT_NE( plSockInit, nullptr );
    watches = true;
@@ -83,13 +83,13 @@ TEST_F( BareHostTest, LoadsAndInitialises ) {
    EXPECT_EQ( init( "[]" ), 0 );
 }
 
-// A device that could poll is made all the same; what needs a timer stops the process.
-TEST_F( BareHostTest, WithoutTimersNothingPollsAndNothingBlinks ) {
+// A device that can poll is still made. The process stops when a timer is needed.
+TEST_F( BareHostTest, WithoutTimersNothingIsPolledAndNothingBlinks ) {
    ASSERT_EQ( symbol<decltype( &pl_led_init )>( "pl_led_init" )(
                  R"([{"type":"I2C",)"
                  R"("ham":"OrbisSmbus","bus":{"id":0,"devices":[{"did":1},{"did":2}]}}])" ),
               0 );
-   close( std::exchange( listener, -1 ) ); // whoever asks the server fails at once
+   close( std::exchange( listener, -1 ) ); // requests to the server fail at once
    auto addLed = symbol<decltype( &pl_led_add )>( "pl_led_add" );
    const std::string cpld =
       R"({"did":1,"driver":"KeltSCPLD","address":{"address":49},"driverArgs":{"id":"1",)";

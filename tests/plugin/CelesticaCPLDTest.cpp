@@ -1,4 +1,4 @@
-// Transceiver ports of both CPLDs, from the board's own tables.
+// Transceiver ports of both CPLDs, checked with the tables of the board.
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/Kelt/CelesticaXcvr.h"
 #include "support/PluginFixture.h"
@@ -10,7 +10,7 @@ using Drivers::CelXcvrCPLD;
 using Drivers::KeltQCPLD;
 using Drivers::KeltSCPLD;
 
-// The rows of the register tables, a group of ports each.
+// The rows of the register tables, one for each group of ports.
 struct Group {
    int firstPort, lastPort;
    unsigned registers[4];
@@ -34,7 +34,8 @@ const std::vector<unsigned> scpldLeds = { 0x383, 0x384, 0x385 };
 template <typename Cpld>
 class CpldTest : public PluginFixture {
  protected:
-   // As the CPLD is polled: all registers read this, but for the ones told.
+   // The batch of a poll. A register in `values` reads its value; all other registers read
+   // `others`.
    std::vector<Transfer> poll( std::map<unsigned, uint8_t> values, uint8_t others ) {
       std::vector<Transfer> batch;
       for ( const auto &table : tables )
@@ -100,7 +101,7 @@ TEST_F( KeltQCPLDTest, FillsItsCacheSwitchesTheErrorLedsOffAndPollsOnceASecond )
    EXPECT_TRUE( TestHost::traced( 6, "Register cache updated for CelXcvrCPLD" ) );
 }
 
-TEST_F( KeltQCPLDTest, AHostWhoseTimerCantBeArmedStopsTheProcess ) {
+TEST_F( KeltQCPLDTest, ATimerThatCantBeArmedStopsTheProcess ) {
    cpld.ham_ = &ham;
    ham.expectBatch( poll( {}, 0 ) );
    for ( unsigned reg : leds )
@@ -112,7 +113,7 @@ TEST_F( KeltQCPLDTest, AHostWhoseTimerCantBeArmedStopsTheProcess ) {
    cpld.init();
 }
 
-// Every signal of every port: its own bit alone is set, or alone is clear.
+// Every signal of every port: only its bit is set, then only its bit is clear.
 template <typename Read>
 void expectBitOf( const std::vector<Group> &table, unsigned signal, bool activeLow, Read read ) {
    for ( const auto &group : table )
@@ -126,7 +127,7 @@ void expectBitOf( const std::vector<Group> &table, unsigned signal, bool activeL
       }
 }
 
-TEST_F( KeltQCPLDTest, EverySignalOfEveryPortIsTheBitOfItsTable ) {
+TEST_F( KeltQCPLDTest, ReadsEverySignalOfEveryPortFromItsBit ) {
    bringUp();
    const auto reading = [&]( auto get ) {
       return [this, get]( int id, unsigned reg, uint8_t byte, uint8_t others ) {
@@ -148,7 +149,7 @@ TEST_F( KeltQCPLDTest, EverySignalOfEveryPortIsTheBitOfItsTable ) {
                 reading( []( Xcvr &x, int *v ) { return x.getInterrupt( v ); } ) );
 }
 
-TEST_F( KeltSCPLDTest, EverySignalOfEverySfpPortIsTheBitOfItsTable ) {
+TEST_F( KeltSCPLDTest, ReadsEverySignalOfEverySfpPortFromItsBit ) {
    bringUp();
    const auto reading = [&]( auto get ) {
       return [this, get]( int id, unsigned reg, uint8_t byte, uint8_t others ) {
@@ -169,7 +170,7 @@ TEST_F( KeltSCPLDTest, EverySignalOfEverySfpPortIsTheBitOfItsTable ) {
                 } ) );
 }
 
-TEST_F( KeltSCPLDTest, EverySignalOfEveryQsfpPortIsTheBitOfItsTable ) {
+TEST_F( KeltSCPLDTest, ReadsEverySignalOfEveryQsfpPortFromItsBit ) {
    bringUp();
    const auto reading = [&]( auto get ) {
       return [this, get]( int id, unsigned reg, uint8_t byte, uint8_t others ) {
@@ -190,7 +191,7 @@ TEST_F( KeltSCPLDTest, EverySignalOfEveryQsfpPortIsTheBitOfItsTable ) {
                 reading( []( Xcvr &x, int *v ) { return x.getInterrupt( v ); } ) );
 }
 
-TEST_F( KeltQCPLDTest, EveryPortIsDrivenByItsBitOnTopOfTheCache ) {
+TEST_F( KeltQCPLDTest, WritesTheBitOfEveryPortAndKeepsTheOtherCachedBits ) {
    bringUp( {}, 0xA5 );
    for ( const auto &group : qcpldQsfp )
       for ( int id = group.firstPort; id <= group.lastPort; ++id ) {
@@ -212,7 +213,7 @@ TEST_F( KeltQCPLDTest, EveryPortIsDrivenByItsBitOnTopOfTheCache ) {
       }
 }
 
-TEST_F( KeltSCPLDTest, EveryPortIsDrivenByItsBitOnTopOfTheCache ) {
+TEST_F( KeltSCPLDTest, WritesTheBitOfEveryPortAndKeepsTheOtherCachedBits ) {
    bringUp( {}, 0xA5 );
    for ( const auto &group : scpldSfp )
       for ( int id = group.firstPort; id <= group.lastPort; ++id ) {
@@ -220,13 +221,13 @@ TEST_F( KeltSCPLDTest, EveryPortIsDrivenByItsBitOnTopOfTheCache ) {
          tick( poll( {}, 0xA5 ) );
          auto xcvr = sfp( static_cast<unsigned>( id ) );
          ham.expectBatch( { write8( group.registers[1], static_cast<uint8_t>( 0xA5 | bit ) ) } );
-         EXPECT_EQ( xcvr->setTxDisable( 5 ), PL_STATUS_OK ); // anything but 0 is a 1
+         EXPECT_EQ( xcvr->setTxDisable( 5 ), PL_STATUS_OK ); // any value except 0 means 1
          ham.expectBatch( { write8( group.registers[1], static_cast<uint8_t>( 0xA5 & ~bit ) ) } );
          EXPECT_EQ( xcvr->setTxDisable( 0 ), PL_STATUS_OK );
       }
 }
 
-TEST_F( KeltQCPLDTest, AFailedWriteLeavesTheCache ) {
+TEST_F( KeltQCPLDTest, AFailedWriteKeepsTheCache ) {
    bringUp();
    auto xcvr = port( 9 );
    ham.expectBatch( { write8( 0x253, 0x01 ).fails( 6 ) } );
@@ -235,7 +236,7 @@ TEST_F( KeltQCPLDTest, AFailedWriteLeavesTheCache ) {
    EXPECT_EQ( value, 0 );
 }
 
-TEST_F( KeltQCPLDTest, AFailedPollLeavesTheCacheAndIsTriedAtTheNextTick ) {
+TEST_F( KeltQCPLDTest, AFailedPollKeepsTheCacheAndIsRepeatedAtTheNextTick ) {
    bringUp( { { 0x255, 0x01 } } );
    auto xcvr = port( 9 );
    auto failing = poll( {}, 0 );
@@ -269,7 +270,7 @@ TEST_F( KeltQCPLDTest, ARegisterThatWasNeverPolledReadsZero ) {
    EXPECT_EQ( value, 0 );
 }
 
-TEST_F( KeltQCPLDTest, ModuleSelectHasNoLine ) {
+TEST_F( KeltQCPLDTest, ModuleSelectOnlyTraces ) {
    bringUp();
    auto xcvr = port( 2 );
    EXPECT_EQ( xcvr->getModSel( &value ), PL_STATUS_OK );
@@ -306,7 +307,7 @@ TEST_F( KeltQCPLDTest, WithoutThePollFlagOnlyTheErrorLedsAreWritten ) {
    quiet.pollCallback(); // sends nothing
 }
 
-TEST_F( KeltSCPLDTest, AnErrorLedThatCantBeWrittenIsNamedAndTheOthersFollow ) {
+TEST_F( KeltSCPLDTest, AFailedErrorLedWriteIsTracedAndTheOtherLedsAreWritten ) {
    cpld.ham_ = &ham;
    ham.expectBatch( poll( {}, 0 ) );
    ham.expectBatch( { write8( 0x383, 0xFF ) } );
@@ -350,10 +351,10 @@ TEST( ComputeOffsetTest, FindsTheGroupAndTheBitOfAPort ) {
    EXPECT_EQ( place( KeltSCPLD::sfpRegisterLimits, 18 ), Place( 3, 0 ) );
    EXPECT_EQ( place( KeltSCPLD::sfpRegisterLimits, 48 ), Place( 8, 0 ) );
    EXPECT_EQ( place( {}, 5 ), Place( 0, 0 ) );
-   EXPECT_EQ( place( { 8, 16 }, 20 ), Place( 2, 0 ) ); // behind the last limit: no bit
+   EXPECT_EQ( place( { 8, 16 }, 20 ), Place( 2, 0 ) ); // after the last limit: no bit
 }
 
-TEST_F( KeltQCPLDTest, ABitCanBeReadAfreshAndWrittenOnTopOfWhatTheBusSays ) {
+TEST_F( KeltQCPLDTest, ARegisterCanBeReadFromTheBusBeforeItsBitIsUsed ) {
    cpld.ham_ = &ham;
    ham.expectBatch( { read8( 0x111 ).answers( { 0x80 } ) } );
    EXPECT_EQ( cpld.getRegisterBit( 0x111, 7, &value, true ), PL_STATUS_OK );
@@ -388,7 +389,7 @@ TEST_F( CpldFactoryTest, TheTypeGpioMakesAPlainDevice ) {
    EXPECT_TRUE( TestHost::traced( 5, "Creating KeltSCPLD device" ) );
 }
 
-TEST_F( CpldFactoryTest, AnotherTypeIsAnObjectsAndTheDeviceIsACpld ) {
+TEST_F( CpldFactoryTest, AnyOtherTypeMakesACpld ) {
    Drivers::DriverArgs args;
    args.driverArgs = { { "type", "psu" } };
    for ( auto create : { KeltQCPLD::create, KeltSCPLD::create } ) {
@@ -397,7 +398,7 @@ TEST_F( CpldFactoryTest, AnotherTypeIsAnObjectsAndTheDeviceIsACpld ) {
    }
 }
 
-TEST_F( CpldFactoryTest, ThePollFlagIsThereWhateverItsValue ) {
+TEST_F( CpldFactoryTest, ThePollFlagCountsWithAnyValue ) {
    ScriptedHam ham;
    Drivers::DriverArgs args;
    args.driverArgs = { { "xcvrPoll", "false" } };

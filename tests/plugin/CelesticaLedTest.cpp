@@ -28,7 +28,7 @@ class CelesticaLedTest : public PluginFixture {
    KeltSCPLD cpld{ false };
 };
 
-TEST_F( CelesticaLedTest, TheSystemLedHasTwoBitsWhicheverItsId ) {
+TEST_F( CelesticaLedTest, BothSystemLedIdsUseTheSameTwoBits ) {
    for ( const char *id : { "1", "2" } ) {
       auto system = led( "status", id );
       EXPECT_FALSE( system->usesBlinkTimer ); // the CPLD blinks it
@@ -57,7 +57,7 @@ TEST_F( CelesticaLedTest, TheSystemLedCantShowWarningOrInactive ) {
    EXPECT_TRUE( TestHost::traced( 0, "led 0 was given an unexpected setting 2" ) );
 }
 
-TEST_F( CelesticaLedTest, ASupplysLedIsLitByAZeroInItsOwnBit ) {
+TEST_F( CelesticaLedTest, AZeroInItsBitLightsAPsuLed ) {
    auto second = led( "psu", "2" );
    EXPECT_TRUE( second->usesBlinkTimer );
    expectChange( 0xFF, 0xF7 );
@@ -76,7 +76,7 @@ TEST_F( CelesticaLedTest, ASupplysLedIsLitByAZeroInItsOwnBit ) {
    EXPECT_TRUE( Led::notifyList_.empty() );
 }
 
-TEST_F( CelesticaLedTest, ASupplysLedCantShowTheOthers ) {
+TEST_F( CelesticaLedTest, APsuLedCantShowTheOtherSettings ) {
    auto psu = led( "psu", "1" );
    for ( auto status : { PL_LED_WARNING, PL_LED_INACTIVE, PL_LED_UNKNOWN } ) {
       ham.expectBatch( { read8( 0x303 ).answers( { 0 } ) } );
@@ -85,7 +85,7 @@ TEST_F( CelesticaLedTest, ASupplysLedCantShowTheOthers ) {
    EXPECT_TRUE( TestHost::traced( 0, "led 0 was given an unexpected setting 5" ) );
 }
 
-TEST_F( CelesticaLedTest, BeaconJoinsTheBlinkListOnceAndStartsDark ) {
+TEST_F( CelesticaLedTest, ABeaconIsOnTheBlinkListOnceAndStartsDark ) {
    auto psu = led( "psu", "2" );
    expectChange( 0x00, 0x08 );
    EXPECT_EQ( psu->setLightSetting( PL_LED_BEACON ), PL_STATUS_OK );
@@ -94,7 +94,7 @@ TEST_F( CelesticaLedTest, BeaconJoinsTheBlinkListOnceAndStartsDark ) {
    EXPECT_EQ( Led::notifyList_.size(), 1u );
 }
 
-TEST_F( CelesticaLedTest, ABeaconThatCantBeWrittenBlinksAllTheSame ) {
+TEST_F( CelesticaLedTest, ABeaconBlinksEvenAfterAFailedWrite ) {
    auto psu = led( "psu", "2" );
    TestHost::traces.clear();
    ham.expectBatch( { read8( 0x303 ).answers( { 0x00 } ) } );
@@ -105,7 +105,7 @@ TEST_F( CelesticaLedTest, ABeaconThatCantBeWrittenBlinksAllTheSame ) {
               ( std::vector<std::string>{ "setting CPLD PSU Led 1 to Beacon" } ) );
 }
 
-TEST_F( CelesticaLedTest, ABlinkingLedLeavesTheListBeforeTheBusIsAsked ) {
+TEST_F( CelesticaLedTest, ABlinkingLedLeavesTheListEvenWhenTheBusFails ) {
    for ( auto setting : { PL_LED_GOOD, PL_LED_WARNING } ) {
       auto psu = led( "psu", "2" );
       expectChange( 0x00, 0x08 );
@@ -116,7 +116,7 @@ TEST_F( CelesticaLedTest, ABlinkingLedLeavesTheListBeforeTheBusIsAsked ) {
    }
 }
 
-TEST_F( CelesticaLedTest, AThirdSupplysLedStopsTheProcess ) {
+TEST_F( CelesticaLedTest, AThirdPsuLedStopsTheProcess ) {
    Drivers::CelXcvrCPLD::PsuLed third( &cpld, 2 );
    EXPECT_DEATH( third.setLightSetting( PL_LED_GOOD ),
                  "OrbisGeneric/Drivers/Kelt/CelesticaCPLD\\.cpp.*"
@@ -135,11 +135,11 @@ TEST_F( CelesticaLedTest, ABlinkingLedShowsBothPhasesUntilAnotherSetting ) {
    EXPECT_EQ( psu->setLightSetting( PL_LED_GOOD ), PL_STATUS_OK );
    EXPECT_TRUE( Led::notifyList_.empty() );
    expectChange( 0x00, 0x08 );
-   psu->setLightSetting( PL_LED_BEACON ); // and joins again
+   psu->setLightSetting( PL_LED_BEACON ); // is added to the blink list again
    EXPECT_EQ( Led::notifyList_.size(), 1u );
 }
 
-TEST_F( CelesticaLedTest, ABlinkThatFailsLeavesTheList ) {
+TEST_F( CelesticaLedTest, AFailedBlinkRemovesTheLedFromTheList ) {
    auto psu = led( "psu", "1" );
    expectChange( 0x00, 0x04 );
    psu->setLightSetting( PL_LED_BEACON );
@@ -154,7 +154,7 @@ TEST_F( CelesticaLedTest, ABlinkThatFailsLeavesTheList ) {
    EXPECT_TRUE( TestHost::traced( 0, "Error reading CPLD led register" ) );
 }
 
-TEST_F( CelesticaLedTest, BusFailuresAreTracedAndHandedUp ) {
+TEST_F( CelesticaLedTest, BusFailuresAreTracedAndReturned ) {
    auto system = led( "status", "1" ), psu = led( "psu", "2" );
    for ( auto *each : { system.get(), psu.get() } ) {
       TestHost::traces.clear();

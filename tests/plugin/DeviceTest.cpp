@@ -1,4 +1,4 @@
-// Driver objects: made once a device id, shared, and what they decline to make.
+// Driver objects: one for each device id, shared, and the objects that a driver does not make.
 #include "OrbisGeneric/Components/Fan.h"
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Drivers/Dummy.h"
@@ -23,7 +23,7 @@ class DeviceTest : public PluginFixture {
    Drivers::DriverArgs args;
 };
 
-TEST_F( DeviceTest, ADriverObjectIsMadeBoundAndRegistered ) {
+TEST_F( DeviceTest, MakesADriverObjectWithItsHamAndRegistersIt ) {
    auto *device =
       static_cast<HardwareDevice *>( DeviceBase::create( document( 1, "Dummy" ), args ) );
    ASSERT_NE( device, nullptr );
@@ -41,7 +41,7 @@ TEST_F( DeviceTest, ADriverObjectIsMadeBoundAndRegistered ) {
          "calling factory function for Dummy", "Dummy device created" } ) );
 }
 
-TEST_F( DeviceTest, TheDeviceIdAloneDecidesWhoServesASecondRequest ) {
+TEST_F( DeviceTest, AnotherDriverForTheSameDeviceIdGetsTheFirstObject ) {
    auto *first = DeviceBase::create( document( 1, "Dummy" ), args );
    TestHost::traces.clear();
    Drivers::DriverArgs second;
@@ -49,7 +49,7 @@ TEST_F( DeviceTest, TheDeviceIdAloneDecidesWhoServesASecondRequest ) {
    EXPECT_TRUE( TestHost::traced( 0, "using previously instanciated HardwareDevice LM75" ) );
 }
 
-TEST_F( DeviceTest, AnUnknownDriverRegistersNothingSoThatALaterAddTriesAgain ) {
+TEST_F( DeviceTest, AnUnknownDriverRegistersNothingSoALaterAddCanSucceed ) {
    EXPECT_EQ( DeviceBase::create( document( 1, "Nobody" ), args ), nullptr );
    EXPECT_TRUE( TestHost::traced( 0, "driver Nobody not found" ) );
    EXPECT_TRUE( TestHost::traced( 0, "factory function returned a null object" ) );
@@ -67,9 +67,9 @@ TEST_F( DeviceTest, TextThatIsNotJsonMakesNothing ) {
    EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "failed to parse json object as a device" );
 }
 
-TEST_F( DeviceTest, AHamThatIsHandedInIsUsed ) {
+TEST_F( DeviceTest, UsesTheHamOfTheCaller ) {
    args.driver = "Dummy";
-   args.did = 77; // not in the topology: none could be made
+   args.did = 77; // not in the topology, so no Ham could be made
    auto *ham = reinterpret_cast<Ham::Ham *>( 0x40 );
    EXPECT_EQ( HardwareDevice::create( args, ham )->ham_, ham );
 }
@@ -96,7 +96,7 @@ TEST_F( DeviceTest, InitRunsOnceAfterTheFactoryAndBeforeTheRegistry ) {
    Drivers::drivers.erase( "test" );
 }
 
-TEST_F( DeviceTest, TheHamIsBoundWhateverTheFactoryDidWithIt ) {
+TEST_F( DeviceTest, TheHamReplacesOneThatTheFactorySet ) {
    InitCounter device;
    device.ham_ = reinterpret_cast<Ham::Ham *>( 0x80 );
    Drivers::drivers["test"] = [&]( auto &, auto * ) { return &device; };
@@ -106,7 +106,7 @@ TEST_F( DeviceTest, TheHamIsBoundWhateverTheFactoryDidWithIt ) {
    Drivers::drivers.erase( "test" );
 }
 
-TEST_F( DeviceTest, WhatADriverDoesNotMakeThrowsAndNamesItself ) {
+TEST_F( DeviceTest, AnUnsupportedObjectThrowsItsName ) {
    Drivers::Dummy dummy;
    EXPECT_EQ( messageOf( [&] { dummy.newTempSensor( args ); } ), "Not implemented newTempSensor" );
    EXPECT_EQ( messageOf( [&] { dummy.newSlot( args ); } ), "Not implemented newSlot" );
@@ -119,12 +119,12 @@ TEST_F( DeviceTest, WhatADriverDoesNotMakeThrowsAndNamesItself ) {
    EXPECT_EQ( messageOf( [&] { dummy.newSmbusProxy( args ); } ), "Not implemented newSmbusProxy" );
 }
 
-TEST_F( DeviceTest, AHostThatAsksADummyForAFanGetsTheException ) {
+TEST_F( DeviceTest, TheHostGetsTheExceptionOfAnUnsupportedObject ) {
    EXPECT_EQ( messageOf( [] { pl_fan_add( document( 1, "Dummy" ) ); } ), "Not implemented newFan" );
    EXPECT_EQ( DeviceBase::devices.count( 1 ), 1u );
 }
 
-// A composite that adds its sub-devices when it is initialised, and makes none itself.
+// A composite that adds its sub-devices in init() and makes no objects.
 struct Composite : MultiDevice {
    void init() override {
       ++inits;
@@ -208,13 +208,13 @@ TEST_F( CompositeTest, ListsASubDeviceThatCouldNotBeMade ) {
    EXPECT_EQ( composite.psus_, std::vector<pl_psu *>{ nullptr } );
 }
 
-TEST_F( CompositeTest, HandsOutTheStoredTextUnchanged ) {
+TEST_F( CompositeTest, ReturnsTheStoredTextUnchanged ) {
    composite.deviceDriverArgsIs( { { "a", " {text} " } } );
    EXPECT_STREQ( composite.getDeviceDriverArg( "a" ), " {text} " );
    EXPECT_EQ( composite.getDeviceDriverArg( "b" ), nullptr );
 }
 
-TEST_F( CompositeTest, HasNoRegistersToMakeAGpioOf ) {
+TEST_F( CompositeTest, MakesNoGpio ) {
    add();
    EXPECT_EQ( messageOf( [] {
                  pl_gpio_add( json( "{'did':500,'driver':'composite','address':{'address':0},"
@@ -223,7 +223,7 @@ TEST_F( CompositeTest, HasNoRegistersToMakeAGpioOf ) {
               "Not implemented newGpio" );
 }
 
-TEST_F( CompositeTest, AFactoryThatMakesNothingGivesNull ) {
+TEST_F( CompositeTest, AFactoryWithoutAResultGivesNull ) {
    Drivers::drivers["composite"] = []( auto &, auto * ) { return nullptr; };
    EXPECT_EQ( add(), nullptr );
    EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "factory function returned a null object" );

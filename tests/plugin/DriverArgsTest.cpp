@@ -7,7 +7,7 @@ namespace {
 
 class DriverArgsTest : public PluginFixture {
  protected:
-   // A document with these further members.
+   // A document with these additional members.
    static const char *document( const std::string &members ) {
       return json( "{'did':7,'driver':'D','address':{'address':72}" + members + "}" );
    }
@@ -28,7 +28,7 @@ TEST_F( DriverArgsTest, AFreshRecordIsEmpty ) {
    EXPECT_FALSE( args.isMultiDevice );
 }
 
-TEST_F( DriverArgsTest, TakesWhatTheDocumentSays ) {
+TEST_F( DriverArgsTest, TakesTheValuesOfTheDocument ) {
    const char *text = document( ",'uid':3,'driverArgs':{'a':1}" );
    ASSERT_TRUE( args.parseJSON( text ) );
    EXPECT_EQ( args.did, 7u );
@@ -61,17 +61,17 @@ TEST_F( DriverArgsTest, AFractionHasSixSignificantDigits ) {
    EXPECT_EQ( textOf( "1234567.0" ), "1.23457e+06" );
 }
 
-TEST_F( DriverArgsTest, WhatHasNoTextIsEmpty ) {
+TEST_F( DriverArgsTest, AValueWithoutATextIsEmpty ) {
    for ( const char *value : { "5000000000", "-5000000000", "null", "[1]", "{}" } )
       EXPECT_EQ( textOf( value ), "" ) << value;
 }
 
-TEST_F( DriverArgsTest, OfTwoArgumentsWithOneNameTheLaterWins ) {
+TEST_F( DriverArgsTest, TheLaterOfTwoEqualArgumentNamesWins ) {
    ASSERT_TRUE( args.parseJSON( document( ",'driverArgs':{'a':1,'a':2}" ) ) );
    EXPECT_EQ( args.driverArgs.at( "a" ), "2" );
 }
 
-TEST_F( DriverArgsTest, SubDevicesBelongToAMultiDevice ) {
+TEST_F( DriverArgsTest, AMultiDeviceHasSubDevices ) {
    ASSERT_TRUE( args.parseJSON(
       document( ",'isMultiDevice':true,'multiDeviceArgs':{'in':'{}','out':'x'}" ) ) );
    EXPECT_TRUE( args.isMultiDevice );
@@ -96,7 +96,7 @@ TEST_F( DriverArgsTest, ASyntaxErrorIsTracedAndFillsNothing ) {
       TestHost::traced( 0, "failed to load device from json: The document is empty. offset 0" ) );
 }
 
-TEST_F( DriverArgsTest, FromAnObjectThereIsNoText ) {
+TEST_F( DriverArgsTest, ARecordFromAnObjectHasNoText ) {
    rapidjson::Document parsed;
    parsed.Parse( document( "" ) );
    const auto record = Drivers::DriverArgs::fromJSON( parsed );
@@ -119,7 +119,7 @@ TEST_F( DriverArgsTest, ADocumentThatBreaksTheRulesStopsTheProcess ) {
             { "{'did':1,'driver':'D','address':{'address':1},'isMultiDevice':true,"
               "'multiDeviceArgs':[]}",
               "json[\"multiDeviceArgs\"].IsObject()" },
-            // The JSON library's own.
+            // Assertions of the JSON library.
             { "{'did':'1','driver':'D','address':{'address':1}}", "kUintFlag" },
             { "{'did':1,'uid':'1','driver':'D','address':{'address':1}}", "kUintFlag" },
             { "{'did':1,'driver':'D','address':{'address':1},'isMultiDevice':true,"
@@ -147,12 +147,12 @@ class InsertDriverArgTest : public PluginFixture {
    }
 };
 
-TEST_F( InsertDriverArgTest, WritesTheSameDocumentCompactWithTheArgumentAdded ) {
+TEST_F( InsertDriverArgTest, WritesTheDocumentCompactlyWithTheNewArgument ) {
    EXPECT_EQ( inserted( "{ 'did' : 1, 'driverArgs' : {}, 'x' : 1.5 }", "a", "b" ),
               json( "{'did':1,'driverArgs':{'a':'b'},'x':1.5}" ) );
 }
 
-TEST_F( InsertDriverArgTest, AddsToAnArgumentOfTheSameNameAndWins ) {
+TEST_F( InsertDriverArgTest, ANewArgumentWinsOverOneWithTheSameName ) {
    const std::string text =
       inserted( "{'did':1,'driver':'D','address':{'address':1},'driverArgs':{'a':'1'}}", "a", "2" );
    EXPECT_NE( text.find( json( "{'a':'1','a':'2'}" ) ), std::string::npos );
@@ -161,7 +161,7 @@ TEST_F( InsertDriverArgTest, AddsToAnArgumentOfTheSameNameAndWins ) {
    EXPECT_EQ( args.driverArgs.at( "a" ), "2" );
 }
 
-TEST_F( InsertDriverArgTest, ASyntaxErrorLeavesTheOutputAlone ) {
+TEST_F( InsertDriverArgTest, ASyntaxErrorKeepsTheOutput ) {
    char word[] = "untouched";
    char *out = word;
    EXPECT_FALSE( Drivers::insertDriverArg( "{", &out, "a", "b" ) );

@@ -43,13 +43,13 @@ TEST_F( DualFanTest, ReportsTheMeanOfTwoRotorsThatAgree ) {
    EXPECT_TRUE(
       TestHost::traced( 5, "DualFan::getRpm id=2 inputRpm=10000, outputRpm=9000, rpm=9500" ) );
    EXPECT_EQ( fan.faults_, 0 );
-   EXPECT_EQ( reading( 10450, 8550 ), PL_STATUS_OK ); // just within
+   EXPECT_EQ( reading( 10450, 8550 ), PL_STATUS_OK ); // just inside
    EXPECT_EQ( fan.faults_, 0 );
-   EXPECT_EQ( reading( 10452, 8548 ), PL_STATUS_OK ); // just outside, and forgiven
+   EXPECT_EQ( reading( 10452, 8548 ), PL_STATUS_OK ); // just outside, and ignored
    EXPECT_EQ( fan.faults_, 1 );
 }
 
-TEST_F( DualFanTest, ForgivesNineFaultyReadingsAndReportsTheTenth ) {
+TEST_F( DualFanTest, IgnoresNineFaultyReadingsAndReportsTheTenth ) {
    for ( int i = 0; i < 9; ++i ) {
       EXPECT_EQ( reading( 12000, 8000 ), PL_STATUS_OK ) << i;
       EXPECT_EQ( rpm, 10000 );
@@ -63,14 +63,14 @@ TEST_F( DualFanTest, ForgivesNineFaultyReadingsAndReportsTheTenth ) {
       TestHost::traced( 0, "Fan 2 failure: excessive speed difference 0.100000 12000 8000" ) );
 }
 
-TEST_F( DualFanTest, AnInletThatIsSlowerIsAFaultHoweverSmallTheDifference ) {
+TEST_F( DualFanTest, ASlowerInletIsAFaultAtAnyDifference ) {
    for ( int i = 0; i < 9; ++i )
       EXPECT_EQ( reading( 9000, 9100 ), PL_STATUS_OK );
    EXPECT_EQ( reading( 9000, 9100 ), 2 );
    EXPECT_TRUE( TestHost::traced( 0, "Fan 2 failure: inlet speed < outlet speed 9000 9100" ) );
 }
 
-TEST_F( DualFanTest, OneGoodReadingStartsTheCountAnew ) {
+TEST_F( DualFanTest, OneGoodReadingRestartsTheCount ) {
    for ( int i = 0; i < 12; ++i )
       reading( 12000, 8000 );
    EXPECT_EQ( reading( 9000, 9000 ), PL_STATUS_OK );
@@ -79,7 +79,7 @@ TEST_F( DualFanTest, OneGoodReadingStartsTheCountAnew ) {
    EXPECT_EQ( reading( 12000, 8000 ), 2 );
 }
 
-TEST_F( DualFanTest, HandsTheStatusOfTheFirstRotorThatFailsUp ) {
+TEST_F( DualFanTest, ReturnsTheStatusOfTheFirstRotorThatFails ) {
    outlet.status = PL_STATUS_SOCKET;
    EXPECT_EQ( reading( 9000, 9000 ), 4 );
    inlet.status = PL_STATUS_TRANSACTION;
@@ -88,14 +88,14 @@ TEST_F( DualFanTest, HandsTheStatusOfTheFirstRotorThatFailsUp ) {
    EXPECT_EQ( fan.faults_, 0 );
 }
 
-TEST_F( DualFanTest, CommandsBothRotorsAlike ) {
+TEST_F( DualFanTest, SetsBothRotorsToTheSameSpeed ) {
    EXPECT_EQ( fan.setRpm( 12345 ), PL_STATUS_OK );
    EXPECT_EQ( inlet.set, std::vector<int>{ 12345 } );
    EXPECT_EQ( outlet.set, std::vector<int>{ 12345 } );
    EXPECT_TRUE( TestHost::traced( 5, "DualFan::setFanRpm id=2, rpm=12345" ) );
 }
 
-TEST_F( DualFanTest, LeavesTheOutletAloneWhenTheInletFails ) {
+TEST_F( DualFanTest, DoesNotSetTheOutletWhenTheInletFails ) {
    inlet.status = PL_STATUS_TRANSACTION;
    EXPECT_EQ( fan.setRpm( 1 ), 6 );
    EXPECT_TRUE( outlet.set.empty() );
@@ -112,7 +112,7 @@ class DualFanDocumentTest : public PluginFixture {
       connect( i2cTopology( "{'did':1}" ) );
       FakeServer::answersWith( { std::string( 1, '\x2B' ) } );
    }
-   // A rotor's document, as text inside the composite's text.
+   // The document of a rotor, as a string in the document of the module.
    static std::string rotor( int fanId, int channel ) {
       return fmt::format(
          R"({{\'did\':1,\'driver\':\'EMC2305\',\'address\':{{\'address\':77}},)"
@@ -149,7 +149,7 @@ TEST_F( DualFanDocumentTest, AMultiDeviceDocumentMakesACompositeOfItsTwoFans ) {
               std::string::npos );
 }
 
-TEST_F( DualFanDocumentTest, ItsIdCountsFromZeroOnceItIsMade ) {
+TEST_F( DualFanDocumentTest, ItsIdIsZeroBased ) {
    pl_fan *fan = pl_fan_add( document( "'fanId':3,'maxRpm':23000,'maxDiff':0.25" ) );
    ASSERT_NE( fan, nullptr );
    FakeServer::answer = []( auto *, auto ** ) { return -1; };

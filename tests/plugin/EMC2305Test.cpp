@@ -17,7 +17,7 @@ class EMC2305Test : public PluginFixture {
       args.driverArgs = { { "fanId", fanId }, { "maxRpm", maxRpm }, { "registerOffset", channel } };
       return args;
    }
-   // The fan of channel 2, its multiplier 2.
+   // The fan of channel 2, with a tach multiplier of 2.
    std::unique_ptr<Component::LogicalDevice::Fan> channel2( const char *maxRpm = "23000" ) {
       ham.expectBatch( { read8( 0x52 ).answers( { 0x2B } ) } );
       return std::unique_ptr<Component::LogicalDevice::Fan>(
@@ -48,7 +48,7 @@ TEST_F( EMC2305Test, EveryRangeHasItsMultiplierAndEveryChannelItsRegisters ) {
    struct {
       unsigned channel;
       uint8_t config1;
-      int rpm; // of a count of 3932160 / 1024 = 3840: 0x78 high, 0 low
+      int rpm; // for a count of 3932160 / 1024 = 3840: 0x78 high, 0 low
    } const rows[] = { { 0, 0x0B, 1024 }, { 1, 0x2B, 2048 }, { 2, 0x4B, 4096 }, { 4, 0x6B, 8192 } };
    for ( const auto &row : rows ) {
       const unsigned base = 0x10 * row.channel;
@@ -82,7 +82,7 @@ TEST_F( EMC2305Test, ACountOfZeroIsAFaultWithASpeedOfZero ) {
    EXPECT_TRUE( TestHost::traced( 0, "Error: invalid fan count" ) );
 }
 
-TEST_F( EMC2305Test, ABusFailureOfEitherTachByteLeavesTheReadingAlone ) {
+TEST_F( EMC2305Test, ABusFailureOfEitherTachByteKeepsTheReading ) {
    auto fan = channel2();
    for ( int failing : { 0, 1 } ) {
       std::vector<Transfer> batch = { read8( 0x5F ), read8( 0x5E ) };
@@ -93,7 +93,7 @@ TEST_F( EMC2305Test, ABusFailureOfEitherTachByteLeavesTheReadingAlone ) {
    }
 }
 
-TEST_F( EMC2305Test, WritesItsShareOfFullDriveAndWrapsAboveIt ) {
+TEST_F( EMC2305Test, WritesAShareOfFullDriveAndWrapsAboveIt ) {
    auto fan = channel2();
    ham.expectBatch( { write8( 0x50, 255 ) } );
    EXPECT_EQ( fan->setRpm( 23000 ), PL_STATUS_OK );

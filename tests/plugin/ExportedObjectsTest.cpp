@@ -1,4 +1,4 @@
-// The records that a host holds: each operation through the table lands in the right place.
+// The records for the host: each operation of a table calls the right function of its object.
 #include "OrbisGeneric/Drivers/Drivers.h"
 #include "OrbisGeneric/Topology.h"
 #include "support/NotedObjects.h"
@@ -10,7 +10,7 @@ namespace Logical = Component::LogicalDevice;
 
 using Noted::called;
 
-// A driver that makes one of everything, or nothing.
+// A driver that makes one object of each kind, or nothing.
 struct TestDriver : Component::HardwareDevice {
    using Args = Drivers::DriverArgs;
    Logical::Slot *newSlot( const Args & ) override { return give( slot ); }
@@ -57,7 +57,7 @@ class ExportedObjectsTest : public PluginFixture {
       return json( "{'did':1,'driver':'test','address':{'address':72},'driverArgs':{" + driverArgs +
                    "}}" );
    }
-   // The call wrote this down, handed its status up, and was traced like this.
+   // The call reached the object as `what`, returned its status, and was traced as `trace`.
    static void expectCall( pl_status status, const std::string &what, const std::string &trace ) {
       EXPECT_EQ( status, PL_STATUS_DEVICE_FAULT ) << what;
       EXPECT_EQ( called, what );
@@ -69,15 +69,15 @@ class ExportedObjectsTest : public PluginFixture {
       EXPECT_EQ( record->reserved, nullptr );
       EXPECT_EQ( record->priv, object );
       EXPECT_EQ( record->ops->size, sizeof( *record->ops ) );
-      // Right behind the object's virtual-table pointer.
+      // The record is right after the object's virtual table pointer.
       EXPECT_EQ( reinterpret_cast<const char *>( record ) - static_cast<const char *>( object ),
                  static_cast<ptrdiff_t>( sizeof( void * ) ) );
-      // As a host that goes by offsets finds them: the table, its size first, and the object.
+      // A host may use offsets: first the table, which starts with its size, then the object.
       const auto *words = reinterpret_cast<const void *const *>( record );
       EXPECT_EQ( *static_cast<const uint32_t *>( words[1] ), sizeof( *record->ops ) );
       EXPECT_EQ( words[2], object );
    }
-   // An object whose record is right behind its virtual-table pointer.
+   // The object of a record that is right after the virtual table pointer.
    static const void *objectBefore( const void *record ) {
       return static_cast<const std::byte *>( record ) - sizeof( void * );
    }
@@ -96,7 +96,7 @@ TEST_F( ExportedObjectsTest, Slot ) {
                "getPresenceCallback" + pointer( slot ) );
 }
 
-TEST_F( ExportedObjectsTest, LedsOfOneDriverShareATableAndNothingElse ) {
+TEST_F( ExportedObjectsTest, LedsOfOneDriverShareOnlyTheirTable ) {
    pl_led *first = pl_led_add( document() ), *second = pl_led_add( document() );
    expectRecord( first, &driver.leds[0] );
    expectRecord( second, &driver.leds[1] );
@@ -159,7 +159,7 @@ TEST_F( ExportedObjectsTest, SfpTransceiver ) {
       expectCall( ops.get_rx_los( xcvr, &integer ), "getRxLos", "getRxLosCallback(3)" );
       expectCall( ops.get_tx_disable( xcvr, &integer ), "getTxDisable", "getTxDisableCallback(3)" );
       expectCall( ops.set_tx_disable( xcvr, 1 ), "setTxDisable 1", "setTxDisableCallback(3, 1)" );
-      EXPECT_EQ( xcvr->ops->qsfp.get_reset, nullptr ); // what SFP lacks is left null
+      EXPECT_EQ( xcvr->ops->qsfp.get_reset, nullptr ); // null: an SFP has no such line
       EXPECT_EQ( xcvr->ops->qsfp.set_reset, nullptr );
       EXPECT_EQ( xcvr->ops->qsfp.get_interrupt, nullptr );
    }
@@ -196,7 +196,7 @@ TEST_F( ExportedObjectsTest, SmbusProxy ) {
    expectRecord( proxy, objectBefore( proxy ) );
 }
 
-TEST_F( ExportedObjectsTest, ATransceiverIdMayStandInQuotes ) {
+TEST_F( ExportedObjectsTest, ATransceiverIdMayBeInQuotes ) {
    ASSERT_NE( pl_xcvr_add( document( R"('id':'\"12\"','type':'sfp')" ) ), nullptr );
    EXPECT_EQ( driver.sfp.xcvrId_, 12u );
 }
@@ -210,7 +210,7 @@ TEST_F( ExportedObjectsTest, ATransceiverWithoutIdOrTypeOrOfAnotherTypeStopsTheP
                  "0 Xcvr type cfp not supported(.|\n)*OrbisGeneric/Components/Xcvr.*Assertion" );
 }
 
-TEST_F( ExportedObjectsTest, AnObjectThatIsNotMadeIsNullWithItsTrace ) {
+TEST_F( ExportedObjectsTest, AFailedObjectIsNullAndTraced ) {
    driver.makes = false;
    EXPECT_EQ( pl_slot_add( document() ), nullptr );
    EXPECT_TRUE( TestHost::traced( 0, "newSlot() failed" ) );
@@ -231,7 +231,7 @@ TEST_F( ExportedObjectsTest, AnObjectThatIsNotMadeIsNullWithItsTrace ) {
    EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "using previously instanciated HardwareDevice test" );
 }
 
-TEST_F( ExportedObjectsTest, ADeviceThatIsNotMadeIsNullWithItsTraceButForTempSensors ) {
+TEST_F( ExportedObjectsTest, AFailedDeviceIsNullAndTracedExceptForTempSensors ) {
    for ( auto add :
          { +[] { return ( void * )pl_slot_add( "" ); }, +[] { return ( void * )pl_led_add( "" ); },
            +[] { return ( void * )pl_fan_add( "" ); }, +[] { return ( void * )pl_psu_add( "" ); },
@@ -246,7 +246,7 @@ TEST_F( ExportedObjectsTest, ADeviceThatIsNotMadeIsNullWithItsTraceButForTempSen
    EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "failed to parse json object as a device" );
 }
 
-TEST_F( ExportedObjectsTest, ALabelRetargetsItsTopologyDeviceToTheProxyDriver ) {
+TEST_F( ExportedObjectsTest, ALabelGivesItsDeviceTheProxyDriver ) {
    pl_smbus *proxy = pl_smbus_add( "Named", 17 );
    ASSERT_NE( proxy, nullptr );
    EXPECT_EQ( Topology::getDeviceByLabel( "Named" )->args->driver, "SmbusProxyDriver" );
@@ -257,7 +257,7 @@ TEST_F( ExportedObjectsTest, ALabelRetargetsItsTopologyDeviceToTheProxyDriver ) 
    EXPECT_TRUE( FakeServer::lastInWords()[0].starts_with( "read 0x09 reg 0x2 " ) );
 }
 
-TEST_F( ExportedObjectsTest, TheProxysSecondArgumentChangesNothingButTheTrace ) {
+TEST_F( ExportedObjectsTest, TheProxysSecondArgumentIsOnlyTraced ) {
    pl_smbus *first = pl_smbus_add( "Named", 1 ), *second = pl_smbus_add( "Named", 2 );
    ASSERT_NE( first, nullptr );
    ASSERT_NE( second, nullptr );
@@ -265,7 +265,7 @@ TEST_F( ExportedObjectsTest, TheProxysSecondArgumentChangesNothingButTheTrace ) 
    EXPECT_EQ( Component::DeviceBase::devices.size(), 1u );
 }
 
-TEST_F( ExportedObjectsTest, ALabelOfADeviceWithoutDriverGetsARecordOfItsOwn ) {
+TEST_F( ExportedObjectsTest, ADeviceWithoutDriverGetsANewRecord ) {
    pl_smbus *proxy = pl_smbus_add( "Bare", 0 );
    ASSERT_NE( proxy, nullptr );
    const auto &record = *Topology::getDeviceByLabel( "Bare" )->args;
@@ -275,7 +275,7 @@ TEST_F( ExportedObjectsTest, ALabelOfADeviceWithoutDriverGetsARecordOfItsOwn ) {
    EXPECT_EQ( Component::DeviceBase::devices.count( 2 ), 1u );
 }
 
-TEST_F( ExportedObjectsTest, ALabelWhoseDeviceCantBeReachedIsNullWithItsTrace ) {
+TEST_F( ExportedObjectsTest, AnUnreachableDeviceIsNullAndTraced ) {
    load( "[{'type':'I2C','ham':'Nobody','bus':{'id':0,'devices':[{'did':4,'label':'Far'}]}}]" );
    EXPECT_EQ( pl_smbus_add( "Far", 0 ), nullptr );
    EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "DeviceBase::create() failed" );

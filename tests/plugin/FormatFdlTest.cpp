@@ -16,17 +16,17 @@ TEST_F( FormatFdlTest, FillsItsKeysAndStartsAgainFromTheTemplate ) {
    EXPECT_TRUE( TestHost::traced( 5, "FormatFdl::set( 'model', 'A1' )" ) );
    fdl.start();
    fdl.set( "rev", "4" );
-   EXPECT_STREQ( fdl.charPtr(), "PSU {model} rev 4" ); // a key that was not set stays
+   EXPECT_STREQ( fdl.charPtr(), "PSU {model} rev 4" ); // a key that was not set remains
 }
 
-TEST_F( FormatFdlTest, ReplacesTheFirstOfTwoEqualKeysAlone ) {
+TEST_F( FormatFdlTest, ReplacesOnlyTheFirstOfTwoEqualKeys ) {
    FormatFdl fdl( "{x}-{x}" );
    fdl.start();
    fdl.set( "x", "1" );
    EXPECT_STREQ( fdl.charPtr(), "1-{x}" );
 }
 
-TEST_F( FormatFdlTest, AValueThatHoldsAKeyIsFilledByALaterCall ) {
+TEST_F( FormatFdlTest, ALaterCallReplacesAKeyInsideAValue ) {
    FormatFdl fdl( "{a}" );
    fdl.start();
    fdl.set( "a", "<{b}>" );
@@ -41,7 +41,7 @@ TEST_F( FormatFdlTest, AKeyThatTheTemplateLacksStopsTheProcess ) {
                                      "OrbisGeneric/Drivers/Helpers\\.cpp.*Assertion" );
 }
 
-TEST_F( FormatFdlTest, UseOutsideAPassStopsTheProcess ) {
+TEST_F( FormatFdlTest, AWrongOrderOfCallsStopsTheProcess ) {
    FormatFdl fdl( "{a}" );
    EXPECT_DEATH( fdl.set( "a", "" ),
                  ::testing::HasSubstr( "\"FormatFdl: Must call start() before set(...)\"" ) );

@@ -1,4 +1,4 @@
-// Fields of the topology, the argument records, the access methods and the device framework.
+// The fields of the topology, the argument records, the access methods and the device framework.
 #include "OrbisGeneric/AhamAddress.h"
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Components/PollDevice.h"
@@ -19,7 +19,7 @@ REVEAL( ExceptionMessage, NotImplementedException::message_ );
 
 namespace {
 
-// Both words of an address that is empty but for this, the second above the first.
+// The two words of an empty address after this change. The second word is the high half.
 template <class Change>
 uint64_t wordsWith( Change change ) {
    AhamAddress address{};
@@ -27,7 +27,7 @@ uint64_t wordsWith( Change change ) {
    return std::bit_cast<uint64_t>( address );
 }
 
-TEST( FrameworkLayoutTest, OfABusAddressTheBitFieldsFillTheSecondWordFromBitZeroUp ) {
+TEST( FrameworkLayoutTest, BusAddressBitFieldsStartAtBitZeroOfTheSecondWord ) {
    EXPECT_EQ( wordsWith( []( auto &a ) { a.offset = 0xFFFFFFFF; } ), 0x00000000'FFFFFFFFu );
    EXPECT_EQ( wordsWith( []( auto &a ) { a.address = 0x7F; } ), 0x0000007F'00000000u );
    EXPECT_EQ( wordsWith( []( auto &a ) { a.bus = 0x7F; } ), 0x00003F80'00000000u );
@@ -40,7 +40,7 @@ TEST( FrameworkLayoutTest, OfABusAddressTheBitFieldsFillTheSecondWordFromBitZero
    EXPECT_EQ( wordsWith( []( auto &a ) { a.readDelay = 3; } ), 0xC0000000'00000000u );
 }
 
-TEST( FrameworkLayoutTest, OfTheTopologysNodes ) {
+TEST( FrameworkLayoutTest, TopologyNodes ) {
    using namespace Topology;
    expectLayout( { FIELD( MediumNode, ham, 4 ) } );
    expectLayout( { FIELD( ::Topology::Topology, media, 4 ) } );
@@ -57,7 +57,7 @@ TEST( FrameworkLayoutTest, OfTheTopologysNodes ) {
    expectLayout( { FIELD( ::Topology::Component, uid, 4 ) } );
 }
 
-TEST( FrameworkLayoutTest, OfTheVisitors ) {
+TEST( FrameworkLayoutTest, Visitors ) {
    using Topology::SearchDeviceVisitor;
    expectLayout( { FIELD( SearchDeviceVisitor, did, 4 ), FIELD( SearchDeviceVisitor, found, 8 ),
                    FIELD( SearchDeviceVisitor, device, 12 ) } );
@@ -71,7 +71,7 @@ TEST( FrameworkLayoutTest, OfTheVisitors ) {
                    FIELD( OrbisSmbusVisitor, lastBusId, 16 ) } );
 }
 
-TEST( FrameworkLayoutTest, OfAnArgumentRecord ) {
+TEST( FrameworkLayoutTest, ArgumentRecord ) {
    using Drivers::DriverArgs;
    expectLayout( { FIELD( DriverArgs, driver, 0 ), FIELD( DriverArgs, uid, 24 ),
                    FIELD( DriverArgs, did, 28 ), FIELD( DriverArgs, address, 32 ),
@@ -80,18 +80,18 @@ TEST( FrameworkLayoutTest, OfAnArgumentRecord ) {
                    FIELD( DriverArgs, multiDeviceArgs, 72 ) } );
 }
 
-TEST( FrameworkLayoutTest, OfADescriptionLine ) {
+TEST( FrameworkLayoutTest, DescriptionLine ) {
    using Drivers::FormatFdl;
    expectLayout( { REVEALED( FormatFdl, FormatFdlActive, 0 ),
                    REVEALED( FormatFdl, FormatFdlText, 4 ),
                    REVEALED( FormatFdl, FormatFdlTemplate, 28 ) } );
 }
 
-TEST( FrameworkLayoutTest, OfTheAccessMethods ) {
+TEST( FrameworkLayoutTest, AccessMethods ) {
    using BaseHam = Ham::Ham;
    using Ham::OrbisSmbusHam;
    expectLayout( { FIELD( BaseHam, retryCount, 4 ), FIELD( BaseHam, retryCountSet, 8 ) } );
-   // The sizes of the messages are protobuf's.
+   // protobuf decides the sizes of the messages.
    constexpr size_t request = 32, response = request + sizeof( Smbus::TransactionRequest ),
                     master = response + sizeof( Smbus::TransactionResponse );
    expectLayout(
@@ -102,7 +102,7 @@ TEST( FrameworkLayoutTest, OfTheAccessMethods ) {
         FIELD( OrbisSmbusHam, muxes_, master + 4 ) } );
 }
 
-TEST( FrameworkLayoutTest, OfTheDrivers ) {
+TEST( FrameworkLayoutTest, DeviceFramework ) {
    using namespace Component;
    expectLayout( { FIELD( HardwareDevice, driverData_, 4 ), FIELD( HardwareDevice, ham_, 8 ) } );
    expectLayout( { FIELD( PollHardwareDevice, ham_, 8 ), FIELD( PollHardwareDevice, running, 12 ),
@@ -114,7 +114,7 @@ TEST( FrameworkLayoutTest, OfTheDrivers ) {
    expectLayout( { REVEALED( NotImplementedException, ExceptionMessage, 4 ) } );
 }
 
-TEST( FrameworkLayoutTest, OfTheSocketWhichThePlugInClosesAfterAFailedSetUp ) {
+TEST( FrameworkLayoutTest, SocketMembersThatAFailedSetUpUses ) {
    using PlatformLibrary::PLSocket;
    expectLayout( { FIELD( PLSocket, fd, 0 ), FIELD( PLSocket, watcher, 4 ) } );
 }

@@ -1,5 +1,5 @@
-// The virtual tables of the framework's classes: what is compiled apart from them relies on each
-// operation's slot.
+// The virtual tables of the framework's classes. Code that is compiled separately relies on the
+// slot of each operation.
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Components/PollDevice.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
@@ -55,7 +55,7 @@ class FrameworkSlotsTest : public PluginFixture {
    }
 };
 
-TEST_F( FrameworkSlotsTest, OfAPolledDevice ) {
+TEST_F( FrameworkSlotsTest, PolledDevice ) {
    NotedPollDevice device;
    expectDeviceBase( &device );
    EXPECT_TRUE( areDestructors<NotedPollDevice>( 10, 11 ) );
@@ -65,13 +65,13 @@ TEST_F( FrameworkSlotsTest, OfAPolledDevice ) {
    EXPECT_EQ( called, "pollCallback" );
 }
 
-TEST_F( FrameworkSlotsTest, OfAMultiDevice ) {
+TEST_F( FrameworkSlotsTest, MultiDevice ) {
    NotedDevice<Component::MultiDevice> device;
    expectDeviceBase( &device );
    EXPECT_TRUE( areDestructors<NotedDevice<Component::MultiDevice>>( 10, 11 ) );
 }
 
-TEST_F( FrameworkSlotsTest, OfTheExceptionTheTextIsWhereStdExceptionHasIt ) {
+TEST_F( FrameworkSlotsTest, ExceptionTextIsInTheSlotOfStdException ) {
    NotImplementedException exception( "newFan" );
    EXPECT_STREQ( callSlot<const char *>( &exception, 2 ), "Not implemented newFan" );
 }
@@ -90,7 +90,7 @@ struct NotedVisitor : Topology::TopologyVisitor {
    static bool seen( const char *what ) { return note( what ) != PL_STATUS_OK; }
 };
 
-TEST_F( FrameworkSlotsTest, OfAVisitorWhichHasNoDestructor ) {
+TEST_F( FrameworkSlotsTest, VisitorWithoutDestructor ) {
    NotedVisitor visitor;
    const char *const names[] = { "Component", "Device", "Mux",    "Bus",       "Accelerator",
                                  "SCD",       "I2C",    "IOPort", "Celestica", "Topology" };
@@ -109,7 +109,7 @@ void expectNode( const char *name ) {
    EXPECT_EQ( called, name );
 }
 
-TEST_F( FrameworkSlotsTest, OfEveryNodeOfTheTopology ) {
+TEST_F( FrameworkSlotsTest, EveryTopologyNode ) {
    expectNode<Topology::Component>( "Component" );
    expectNode<Topology::Device>( "Device" );
    expectNode<Topology::Mux>( "Mux" );
@@ -161,7 +161,7 @@ struct NotedHam : Ham::OrbisSmbusHam {
    uint8_t getAddress() const override { return note( "getAddress" ), 7; }
 };
 
-TEST_F( FrameworkSlotsTest, OfAnAccessMethodWhichHasNoDestructor ) {
+TEST_F( FrameworkSlotsTest, AccessMethodWithoutDestructor ) {
    NotedHam ham;
    const char *const names[] = { "init",         "prepare",     "execute",       "addRecvByte",
                                  "addRead8",     "addRead16",   "addRead32",     "addRead",

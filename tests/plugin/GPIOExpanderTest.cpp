@@ -21,7 +21,7 @@ TEST_F( GPIOExpanderTest, ReadsAnInputBankOnceInTwoSeconds ) {
    EXPECT_EQ( expander.readBit( 10, &bit ), PL_STATUS_OK );
    EXPECT_TRUE( bit );
    TestHost::now += 2;
-   EXPECT_EQ( expander.readBit( 1, 1, &bit ), PL_STATUS_OK ); // not yet more than two
+   EXPECT_EQ( expander.readBit( 1, 1, &bit ), PL_STATUS_OK ); // not more than two seconds yet
    EXPECT_FALSE( bit );
    TestHost::now += 1;
    ham.expectBatch( { read8( 0x01 ).answers( { 0x02 } ) } );
@@ -31,7 +31,7 @@ TEST_F( GPIOExpanderTest, ReadsAnInputBankOnceInTwoSeconds ) {
    EXPECT_TRUE( TestHost::traced( 5, "GPIOExpander::readBit( 1, 2 ) = 1" ) );
 }
 
-TEST_F( GPIOExpanderTest, EveryBankCountsAsReadAsZeroWhenTimeBegan ) {
+TEST_F( GPIOExpanderTest, BeforeItsFirstReadABankIsZeroWithAnAgeFromTimeZero ) {
    TestHost::now = 2;
    EXPECT_EQ( expander.getInBank( 1, &byte ), PL_STATUS_OK ); // nothing on the bus
    EXPECT_EQ( byte, 0 );
@@ -41,7 +41,7 @@ TEST_F( GPIOExpanderTest, EveryBankCountsAsReadAsZeroWhenTimeBegan ) {
    EXPECT_EQ( byte, 0x24 );
 }
 
-TEST_F( GPIOExpanderTest, EveryKindOfRegisterHasItsBase ) {
+TEST_F( GPIOExpanderTest, EachKindOfRegisterHasItsOwnBase ) {
    expander.init( 2, 2, 0x10, 0x20, 0x30 );
    ham.expectBatch( { read8( 0x11 ).answers( { 0x01 } ) } );
    EXPECT_EQ( expander.getInBank( 1, &byte ), PL_STATUS_OK );
@@ -62,7 +62,7 @@ TEST_F( GPIOExpanderTest, EveryBankHasItsOwnCache ) {
    EXPECT_EQ( byte, 0x11 );
 }
 
-TEST_F( GPIOExpanderTest, AFailedInputReadIsTracedAndTriedAgain ) {
+TEST_F( GPIOExpanderTest, AFailedInputReadIsTracedAndRepeated ) {
    ham.expectBatch( { read8( 0x01 ).fails( 6 ) } );
    EXPECT_EQ( expander.readBit( 10, &bit ), 6 );
    EXPECT_TRUE( TestHost::traced( 0, "Error: status 6 while reading input bank 1" ) );
@@ -72,7 +72,7 @@ TEST_F( GPIOExpanderTest, AFailedInputReadIsTracedAndTriedAgain ) {
    EXPECT_TRUE( bit );
 }
 
-TEST_F( GPIOExpanderTest, OutputChangesGatherUntilTheyAreSaved ) {
+TEST_F( GPIOExpanderTest, OutputChangesAreCollectedUntilTheyAreSaved ) {
    ham.expectBatch( { read8( 0x08 ).answers( { 0x81 } ) } );
    EXPECT_EQ( expander.writeBit( 3, true ), PL_STATUS_OK );
    EXPECT_EQ( expander.writeBit( 0, 0, false ), PL_STATUS_OK ); // read once
@@ -81,7 +81,7 @@ TEST_F( GPIOExpanderTest, OutputChangesGatherUntilTheyAreSaved ) {
    ham.expectBatch( { write8( 0x08, 0x88 ), write8( 0x0A, 0x80 ) } );
    EXPECT_EQ( expander.save(), PL_STATUS_OK );
    EXPECT_TRUE( TestHost::traced( 5, " GPIOExpander::save -- writing output bank 2 = 128" ) );
-   EXPECT_EQ( expander.save(), PL_STATUS_OK ); // nothing is pending: nothing is sent
+   EXPECT_EQ( expander.save(), PL_STATUS_OK ); // nothing is pending, so nothing is sent
    EXPECT_EQ( TestHost::tracedAt( 0 ), std::vector<std::string>{} );
 }
 
@@ -89,7 +89,7 @@ TEST_F( GPIOExpanderTest, ABankWhoseNewValueIsZeroIsNotWrittenAndStaysPending ) 
    ham.expectBatch( { read8( 0x08 ).answers( { 0x01 } ) } );
    EXPECT_EQ( expander.writeBit( 0, false ), PL_STATUS_OK );
    EXPECT_EQ( expander.save(), PL_STATUS_OK );
-   EXPECT_EQ( expander.getOutBank( 0, &byte ), PL_STATUS_OK ); // still pending: no bus read
+   EXPECT_EQ( expander.getOutBank( 0, &byte ), PL_STATUS_OK ); // still pending, so no bus read
    EXPECT_EQ( byte, 0x00 );
    EXPECT_EQ( expander.writeBit( 1, true ), PL_STATUS_OK );
    ham.expectBatch( { write8( 0x08, 0x02 ) } );
@@ -139,12 +139,12 @@ TEST_F( GPIOExpanderTest, ConfiguresEveryBankInOneBatch ) {
    EXPECT_EQ( expander.writeConfig( cfg ), PL_STATUS_OK );
 }
 
-TEST_F( GPIOExpanderTest, ABankEqualToTheirNumberPassesAndOneAboveStopsTheProcess ) {
+TEST_F( GPIOExpanderTest, ABankNumberAboveTheNumberOfBanksStopsTheProcess ) {
    ham.expectBatch( { read8( 0x03 ).answers( { 1 } ) } );
    EXPECT_EQ( expander.getInBank( 3, &byte ), PL_STATUS_OK );
    ham.expectBatch( { read8( 0x0B ).answers( { 1 } ) } );
    EXPECT_EQ( expander.getOutBank( 3, &byte ), PL_STATUS_OK );
-   EXPECT_EQ( expander.save(), PL_STATUS_OK ); // it is no bank that could be written
+   EXPECT_EQ( expander.save(), PL_STATUS_OK ); // this bank number is not a bank that save() writes
    EXPECT_DEATH( expander.getInBank( 4, &byte ), "Assertion `n <= numBanks' failed" );
    EXPECT_DEATH( expander.getOutBank( 4, &byte ), "Assertion `n <= numBanks' failed" );
    EXPECT_DEATH( expander.readBit( 0, 8, &bit ), "Assertion `bit <= 7' failed" );

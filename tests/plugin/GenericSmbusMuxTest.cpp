@@ -17,7 +17,7 @@ class GenericSmbusMuxTest : public ::testing::Test {
    Drivers::DriverArgs args;
 };
 
-TEST_F( GenericSmbusMuxTest, SendsTheLowByteOfItsValueAsItIs ) {
+TEST_F( GenericSmbusMuxTest, SendsTheLowByteOfItsValueUnchanged ) {
    std::unique_ptr<Component::LogicalDevice::Mux> mux( driver.newMux( args, 0x104 ) );
    EXPECT_EQ( mux->device(), &driver );
    other.expectBatch( { sendByte( 0x04 ), sendByte( 0x00 ) } );
@@ -35,7 +35,7 @@ TEST_F( GenericSmbusMuxTest, SelectsAtOnceThroughItsOwnAccessMethod ) {
    }
 }
 
-TEST_F( GenericSmbusMuxTest, HandsUpThatTheSelectByteWasNotAcknowledged ) {
+TEST_F( GenericSmbusMuxTest, ReturnsTheStatusOfAnUnacknowledgedSelectByte ) {
    Drivers::GenericSmbusMux::Mux mux( &driver, 1 );
    own.expectBatch( { sendByte( 1 ).fails( 6 ) } );
    EXPECT_EQ( mux.executeMuxRequest(), 6 );

@@ -1,4 +1,4 @@
-// The access method's base: single transfers as batches of one, and what it leaves to others.
+// The base class of access methods: batches of one transfer, and unsupported operations.
 #include "OrbisGeneric/Ham/Ham.h"
 #include "support/MessageOf.h"
 #include "support/ScriptedHam.h"
@@ -48,7 +48,7 @@ TEST_F( HamTest, EachCallIsABatchOfOne ) {
    EXPECT_EQ( ham.Ham::writeBlock( 0x29, data, 2, true ), PL_STATUS_OK );
 }
 
-TEST_F( HamTest, AFailedBatchLeavesTheOutputAloneAndHandsItsStatusUp ) {
+TEST_F( HamTest, AFailedBatchReturnsItsStatusAndKeepsTheOutput ) {
    ham.expectBatch( { recvByte().fails( 6 ) } );
    EXPECT_EQ( ham.Ham::recvByte( &byte ), 6 );
    ham.expectBatch( { read8( 1 ).fails( 6 ) } );
@@ -68,7 +68,7 @@ TEST_F( HamTest, AFailedBatchLeavesTheOutputAloneAndHandsItsStatusUp ) {
    EXPECT_EQ( block, "before" );
 }
 
-// Provides nothing; counts what it is asked for. get* of 32 bits and lengths are written down.
+// Supports no operation. Counts the calls of prepare and execute.
 class BareHam : public Ham::Ham {
  public:
    virtual ~BareHam() = default;
@@ -81,7 +81,7 @@ class BareHam : public Ham::Ham {
    pl_status status = PL_STATUS_OK;
 };
 
-TEST( BareHamTest, WhatAMethodDoesNotProvideThrowsAfterPrepareAndBeforeAnyTraffic ) {
+TEST( BareHamTest, AnUnsupportedOperationThrowsAfterPrepareAndBeforeAnyTransfer ) {
    BareHam ham;
    uint32_t value = 7;
    try {
@@ -95,7 +95,7 @@ TEST( BareHamTest, WhatAMethodDoesNotProvideThrowsAfterPrepareAndBeforeAnyTraffi
    EXPECT_EQ( value, 7u );
 }
 
-TEST( BareHamTest, EveryOperationNamesItself ) {
+TEST( BareHamTest, EveryUnsupportedOperationIsNamed ) {
    BareHam ham;
    const std::vector<std::pair<std::string, std::string>> said = {
       { "addRecvByte", messageOf( [&] { ham.addRecvByte(); } ) },
@@ -120,7 +120,7 @@ TEST( BareHamTest, EveryOperationNamesItself ) {
       EXPECT_EQ( message, "Not implemented " + name );
 }
 
-// Writes down the length that getBlock is asked for.
+// Records the length that getBlock gets.
 class LengthHam : public BareHam {
  public:
    ResponseId addRead( unsigned, unsigned ) override { return 0; }
@@ -139,7 +139,7 @@ class LengthHam : public BareHam {
    std::string written{};
 };
 
-TEST( LengthHamTest, ABlocksLengthComesFromTheAnswerAReadsFromTheCaller ) {
+TEST( LengthHamTest, TheDeviceGivesTheLengthOfABlockAndTheCallerThatOfARead ) {
    LengthHam ham;
    std::string out;
    ham.readBlock( 1, &out );
@@ -148,7 +148,7 @@ TEST( LengthHamTest, ABlocksLengthComesFromTheAnswerAReadsFromTheCaller ) {
    EXPECT_EQ( ham.asked, 5u );
 }
 
-TEST( LengthHamTest, AMethodThatProvides32BitsIsUsed ) {
+TEST( LengthHamTest, AMethodThatSupports32BitsIsUsed ) {
    LengthHam ham;
    uint32_t value = 0;
    EXPECT_EQ( ham.read32( 1, &value ), PL_STATUS_OK );
@@ -163,7 +163,7 @@ TEST( LengthHamTest, AMethodThatProvides32BitsIsUsed ) {
    EXPECT_EQ( ham.written, "0x11 0x1 false" );
 }
 
-TEST( BareHamTest, TheRetryCountIsKnownOnceItIsSet ) {
+TEST( BareHamTest, ASetRetryCountIsMarkedAsSet ) {
    BareHam ham;
    EXPECT_FALSE( ham.retryCountSet );
    ham.retryCountIs( 3 );

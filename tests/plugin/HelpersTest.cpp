@@ -9,7 +9,7 @@ namespace {
 
 using namespace Drivers;
 
-TEST( TrimTest, TakesSpacesAndTabsFromBothEnds ) {
+TEST( TrimTest, RemovesSpacesAndTabsAtBothEnds ) {
    EXPECT_EQ( trim( "\t a b \t" ), "a b" );
    EXPECT_EQ( trim( " \t " ), "" );
    EXPECT_EQ( trim( "" ), "" );
@@ -26,14 +26,14 @@ class HelpersTest : public PluginFixture {
    }
 };
 
-TEST_F( HelpersTest, ADeviceWithoutDriverGetsTheOneAskedForAndARecordOfItsOwn ) {
+TEST_F( HelpersTest, ADeviceWithoutDriverGetsTheRequestedDriverAndANewRecord ) {
    auto *device = getHardwareDeviceByLabel( "Cpld", "Dummy" );
    EXPECT_NE( dynamic_cast<Dummy *>( device ), nullptr );
    EXPECT_NE( device->ham_, nullptr );
    EXPECT_EQ( getHardwareDeviceByLabel( "Cpld", "LM75" ), device ); // made once
 }
 
-TEST_F( HelpersTest, ADriverThatIsNamedEmptyIsTheOneAskedForAndTheRestStands ) {
+TEST_F( HelpersTest, AnEmptyDriverNameIsReplacedAndTheOtherArgumentsAreUsed ) {
    load( i2cTopology( "{'did':3,'label':'Mixed','driver':'','address':{'address':80}}" ) );
    auto *device = getHardwareDeviceByLabel( "Mixed", "Dummy" );
    ASSERT_NE( dynamic_cast<Dummy *>( device ), nullptr );
@@ -51,7 +51,7 @@ TEST_F( HelpersTest, AnUnknownLabelOrDriverStopsTheProcess ) {
                  "driver Nobody not found(.|\n)*Assertion `device' failed" );
 }
 
-// Keeps what it is asked to make a GPIO of.
+// Keeps the arguments of newGpio.
 struct GpioRecorder : Dummy {
    Component::LogicalDevice::Gpio *newGpio( const DriverArgs &args ) override {
       asked = args.driverArgs;
@@ -60,7 +60,7 @@ struct GpioRecorder : Dummy {
    std::map<std::string, std::string> asked;
 };
 
-TEST_F( HelpersTest, ARegisterGpioIsAskedForInDecimalText ) {
+TEST_F( HelpersTest, ARegisterGpioGetsItsNumbersAsDecimalText ) {
    GpioRecorder device;
    std::unique_ptr<Component::LogicalDevice::Gpio> gpio( getRegGpioForDevice( &device, 258, 0 ) );
    EXPECT_EQ( device.asked,
@@ -74,7 +74,7 @@ TEST_F( HelpersTest, EveryCallMakesANewGpio ) {
    EXPECT_EQ( dynamic_cast<Component::LogicalDevice::RegGpio *>( first )->reg, 258 );
 }
 
-TEST_F( HelpersTest, AGpioByLabelIsOfTheBitAskedFor ) {
+TEST_F( HelpersTest, AGpioByLabelUsesTheRequestedBit ) {
    FakeServer::answersWith( { std::string( 1, '\0' ) } );
    EXPECT_EQ( getRegGpioForDevice( "Cpld", 258, 5 )->bitSet(), PL_STATUS_OK );
    EXPECT_TRUE( FakeServer::lastInWords().at( 0 ).ends_with( "data 20" ) );
@@ -84,7 +84,7 @@ struct NoGpios : Dummy {
    Component::LogicalDevice::Gpio *newGpio( const DriverArgs & ) override { return nullptr; }
 };
 
-TEST_F( HelpersTest, AGpioThatIsNotMadeStopsTheProcess ) {
+TEST_F( HelpersTest, AFailedGpioStopsTheProcess ) {
    NoGpios device;
    EXPECT_DEATH( getRegGpioForDevice( &device, 1, 1 ), "Assertion `gpio' failed" );
 }

@@ -42,7 +42,7 @@ class KeltPCA9506Test : public PluginFixture {
       return std::unique_ptr<Slot>( expander.newSlot( args ) );
    }
    std::string present( Slot &s ) {
-      TestHost::now += 3; // past the input cache
+      TestHost::now += 3; // longer than the input cache is valid
       free( fdl );
       fdl = nullptr;
       status = s.getPresence( &fdl );
@@ -83,7 +83,7 @@ TEST_F( KeltPCA9506Test, PowersOffByTwoPinsInOneTransaction ) {
    EXPECT_EQ( expander.poweroff(), PL_STATUS_OK );
 }
 
-TEST_F( KeltPCA9506Test, APowerOffThatFailsHandsTheStatusUp ) {
+TEST_F( KeltPCA9506Test, AFailedPowerOffReturnsItsStatus ) {
    ham.expectBatch( { read8( 0x0A ).fails( 6 ) } );
    EXPECT_EQ( expander.poweroff(), 6 );
    ham.expectBatch( { read8( 0x0A ).answers( { 0 } ) } );
@@ -94,8 +94,9 @@ TEST_F( KeltPCA9506Test, APowerOffThatFailsHandsTheStatusUp ) {
    EXPECT_EQ( expander.poweroff(), 6 );
 }
 
-TEST_F( KeltPCA9506Test, EachFansLedHasItsTwoPinsActiveLow ) {
-   // Pins 31 and 32 are in two banks, the others in one: bank, and the byte with the LED's pins 0.
+TEST_F( KeltPCA9506Test, EachFanLedHasTwoActiveLowPins ) {
+   // The register of the bank and the bits of the two pins. The pins of fan 1 are in two banks: see
+   // the next test.
    struct {
       const char *id;
       unsigned reg;
@@ -121,7 +122,7 @@ TEST_F( KeltPCA9506Test, EachFansLedHasItsTwoPinsActiveLow ) {
    EXPECT_TRUE( TestHost::traced( 5, "creating new PCA9506 LED for fan id 5" ) );
 }
 
-TEST_F( KeltPCA9506Test, TheFirstFansLedLiesInTwoBanks ) {
+TEST_F( KeltPCA9506Test, TheFirstFanLedUsesTwoBanks ) {
    auto fan = led( "1" );
    ham.expectBatch( { read8( 0x0B ).answers( { 0x00 } ) } );
    ham.expectBatch( { read8( 0x0C ).answers( { 0x03 } ) } );
@@ -136,14 +137,14 @@ TEST_F( KeltPCA9506Test, AnLedCantShowInactiveOrUnknown ) {
    EXPECT_TRUE( TestHost::traced( 6, "led 1 was given an unexpected setting 5" ) );
 }
 
-TEST_F( KeltPCA9506Test, AFailedSaveIsHandedUp ) {
+TEST_F( KeltPCA9506Test, ReturnsTheStatusOfAFailedSave ) {
    auto fan = led( "2" );
    ham.expectBatch( { read8( 0x0B ).answers( { 0 } ) } );
    ham.expectBatch( { write8( 0x0B, 0x60 ).fails( 6 ) } );
    EXPECT_EQ( fan->setLightSetting( PL_LED_OFF ), 6 );
 }
 
-TEST_F( KeltPCA9506Test, ABeaconBlinksRedOnceHoweverOftenItIsSet ) {
+TEST_F( KeltPCA9506Test, ABeaconThatIsSetTwiceBlinksRedOnce ) {
    auto fan = led( "2" );
    EXPECT_TRUE( fan->usesBlinkTimer );
    ham.expectBatch( { read8( 0x0B ).answers( { 0x00 } ) } );
@@ -163,7 +164,7 @@ TEST_F( KeltPCA9506Test, ABeaconBlinksRedOnceHoweverOftenItIsSet ) {
    EXPECT_TRUE( Led::notifyList_.empty() );
    ham.expectBatch( { read8( 0x0B ).answers( { 0x20 } ) } );
    ham.expectBatch( { write8( 0x0B, 0x60 ) } );
-   EXPECT_EQ( fan->setLightSetting( PL_LED_BEACON ), PL_STATUS_OK ); // blinks anew
+   EXPECT_EQ( fan->setLightSetting( PL_LED_BEACON ), PL_STATUS_OK ); // blinks again
    EXPECT_EQ( Led::notifyList_.size(), 1u );
 }
 
@@ -187,19 +188,19 @@ TEST_F( KeltPCA9506Test, ABlinkThatCantBeSavedStopsTheProcess ) {
       ::testing::HasSubstr( "Assertion `status == PL_STATUS_OK' failed" ) );
 }
 
-TEST_F( KeltPCA9506Test, AModuleIsDescribedByItsAirflow ) {
+TEST_F( KeltPCA9506Test, TheDescriptionDependsOnTheAirflow ) {
    auto bay = slot();
    expectModule( true );
    EXPECT_EQ( present( *bay ), "FAN-7 frontToBackAirflow 23000" );
    EXPECT_EQ( status, PL_STATUS_OK );
    EXPECT_TRUE( TestHost::traced( 5, "fan 2 fdl: FAN-7 frontToBackAirflow 23000" ) );
    EXPECT_TRUE( TestHost::traced( 5, "Creating new KeltPCA9506 Slot for Fan id 2" ) );
-   EXPECT_EQ( ( *bay ).*revealed( IndexOfFansBay() ), 1 ); // from zero
+   EXPECT_EQ( ( *bay ).*revealed( IndexOfFansBay() ), 1 ); // zero-based
    expectModule( false );
    EXPECT_EQ( present( *bay ), "FAN-7 backToFrontAirflow 21000" );
 }
 
-TEST_F( KeltPCA9506Test, TheSameAirflowIsAnsweredFromTheCache ) {
+TEST_F( KeltPCA9506Test, TheSameAirflowUsesTheCachedLine ) {
    auto bay = slot();
    expectModule( true );
    present( *bay );
@@ -213,7 +214,7 @@ TEST_F( KeltPCA9506Test, TheSameAirflowIsAnsweredFromTheCache ) {
    free( first );
 }
 
-TEST_F( KeltPCA9506Test, ACachedTextThatCantBeCopiedIs6 ) {
+TEST_F( KeltPCA9506Test, ACachedTextThatCantBeCopiedReturns6 ) {
    auto bay = slot();
    expectModule( true );
    present( *bay );
@@ -227,7 +228,7 @@ TEST_F( KeltPCA9506Test, ACachedTextThatCantBeCopiedIs6 ) {
    EXPECT_EQ( present( *bay ), "FAN-7 frontToBackAirflow 23000" );
 }
 
-TEST_F( KeltPCA9506Test, AnEmptyBayIs1AndForgetsItsModule ) {
+TEST_F( KeltPCA9506Test, AnEmptyBayReturns1AndClearsTheCache ) {
    auto bay = slot();
    expectModule( true );
    present( *bay );

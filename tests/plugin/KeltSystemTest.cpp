@@ -17,13 +17,13 @@ class KeltSystemTest : public PluginFixture {
    pl_system *system = pl_system_add( "{}" );
 };
 
-TEST_F( KeltSystemTest, EveryAddMakesARecordOfItsOwnWithTheOneTable ) {
+TEST_F( KeltSystemTest, EveryAddMakesANewRecordWithTheSameTable ) {
    pl_system *other = pl_system_add( "not looked at" );
    EXPECT_NE( system, other );
    EXPECT_EQ( system->ops, other->ops );
    EXPECT_EQ( system->ops, &ops );
    EXPECT_EQ( system->priv, nullptr );
-   // As a host that goes by offsets finds them.
+   // A host may use offsets.
    const auto *words = reinterpret_cast<const void *const *>( system );
    EXPECT_EQ( words[0], nullptr );
    EXPECT_EQ( words[1], &ops );
@@ -32,7 +32,7 @@ TEST_F( KeltSystemTest, EveryAddMakesARecordOfItsOwnWithTheOneTable ) {
    delete other;
 }
 
-TEST_F( KeltSystemTest, TheReloadCauseIsNotProvided ) {
+TEST_F( KeltSystemTest, TheReloadCauseIsNotSupported ) {
    char cause[100] = "cause", description[500] = "description";
    long time = 77;
    EXPECT_EQ( system->ops->get_reload_cause( system, &cause, &time, &description ), 5 );
@@ -41,7 +41,7 @@ TEST_F( KeltSystemTest, TheReloadCauseIsNotProvided ) {
    EXPECT_EQ( time, 77 );
 }
 
-TEST_F( KeltSystemTest, APowerCycleSetsBit0OfRegister258AndLeavesTheOthersAsRead ) {
+TEST_F( KeltSystemTest, APowerCycleSetsBit0OfRegister258AndKeepsTheOtherBits ) {
    FakeServer::answersWith( { "\x42" } );
    EXPECT_EQ( system->ops->powercycle( system ), PL_STATUS_OK );
    ASSERT_EQ( FakeServer::received.size(), 2u );
@@ -52,12 +52,12 @@ TEST_F( KeltSystemTest, APowerCycleSetsBit0OfRegister258AndLeavesTheOthersAsRead
               "write 0x62 reg 0x102" + path + " data 43" );
 }
 
-TEST_F( KeltSystemTest, APowerCycleThatFailsHandsTheStatusUp ) {
+TEST_F( KeltSystemTest, AFailedPowerCycleReturnsItsStatus ) {
    FakeServer::answer = []( auto *, auto ** ) { return -1; };
    EXPECT_EQ( system->ops->powercycle( system ), 4 );
 }
 
-TEST_F( KeltSystemTest, APowerOffDrivesThePinsOfTheFanBoard ) {
+TEST_F( KeltSystemTest, APowerOffSetsThePinsOfTheFanBoard ) {
    FakeServer::answer = []( Smbus::TransactionRequest *request, auto **response ) {
       *response = new Smbus::TransactionResponse;
       for ( const auto &each : request->request() )
@@ -85,7 +85,7 @@ TEST_F( KeltSystemTest, WithoutTheDevicesBothStopTheProcess ) {
    EXPECT_DEATH( system->ops->poweroff( system ), "Assertion `topoDev' failed" );
 }
 
-// Hands out the GPIOs that it makes.
+// Keeps the GPIOs that it makes.
 struct GpioKeeper : Component::HardwareDevice {
    Component::LogicalDevice::Gpio *newGpio( const Drivers::DriverArgs &args ) override {
       made.push_back( HardwareDevice::newGpio( args ) );
@@ -104,7 +104,7 @@ TEST_F( KeltSystemTest, EveryPowerCycleMakesAGpioWhoseFlagIsSetForTheHost ) {
    ASSERT_EQ( keeper.made.size(), 2u );
    for ( auto *gpio : keeper.made ) {
       EXPECT_TRUE( gpio->hostFlag_ );
-      // As a host that goes by offsets finds it: the byte behind the record's three pointers.
+      // A host may use the offset: the byte after the three pointers of the record.
       const auto *record = reinterpret_cast<const uint8_t *>( &gpio->record_ );
       EXPECT_EQ( record[3 * sizeof( void * )], 1 );
       EXPECT_EQ( static_cast<void *>( gpio ), gpio->record_.priv );
@@ -113,7 +113,7 @@ TEST_F( KeltSystemTest, EveryPowerCycleMakesAGpioWhoseFlagIsSetForTheHost ) {
    Drivers::drivers.erase( "test" );
 }
 
-TEST_F( KeltSystemTest, TheFlagIsSetBeforeTheBusIsAskedAndStaysWhereThatFails ) {
+TEST_F( KeltSystemTest, TheFlagIsSetEvenWhenTheBusFails ) {
    GpioKeeper keeper;
    Drivers::drivers["test"] = [&]( auto &, auto * ) { return &keeper; };
    load( i2cTopology( "{'did':1,'label':'Cpld','driver':'test','address':{'address':98}}" ) );
@@ -128,7 +128,7 @@ TEST_F( KeltSystemTest, TheFlagIsSetBeforeTheBusIsAskedAndStaysWhereThatFails ) 
    Drivers::drivers.erase( "test" );
 }
 
-TEST_F( KeltSystemTest, TheEntryPointNamesItself ) {
+TEST_F( KeltSystemTest, TheEntryPointTracesItsName ) {
    EXPECT_EQ( pl_system_init( "[]" ), PL_STATUS_OK );
    EXPECT_EQ( TestHost::tracedAt( 0 ).at( 0 ), "pl_system_init" );
 }

@@ -20,7 +20,7 @@ TEST_F( LM75Test, ReadsTheTemperatureRegister ) {
    ham.expectBatch( { read16( 0x00 ).answers( { 0x19, 0x80 } ) } );
    ASSERT_EQ( lm75.getTemperature( &celsius ), PL_STATUS_OK );
    EXPECT_EQ( celsius, 25.5f );
-   EXPECT_TRUE( TestHost::tracedAt( 6 ).at( 0 ).starts_with( // the compiler's own words
+   EXPECT_TRUE( TestHost::tracedAt( 6 ).at( 0 ).starts_with( // the compiler makes this text
       "pl_status Drivers::LM75::getTemperature(float" ) );
 }
 
@@ -75,11 +75,11 @@ TEST( LM75RegisterTest, DegreesAreSignedAndTheHalfIsAddedToTheMagnitude ) {
                               { 0x007F, 127.0f },
                               { 0x807F, 127.5f },
                               { 0x0080, -128.0f },
-                              { 0x7F19, 25.0f } } ) // of the second byte only the top bit counts
+                              { 0x7F19, 25.0f } } ) // only the top bit of the second byte counts
       EXPECT_EQ( LM75::registerToTemperature( r.word ), r.celsius ) << std::hex << r.word;
 }
 
-TEST( LM75RegisterTest, AThresholdsFractionFromThreeQuartersUpIsDropped ) {
+TEST( LM75RegisterTest, AThresholdFractionOfThreeQuartersOrMoreIsDropped ) {
    for ( const Reading &r : { Reading{ 0x8019, 25.5f },
                               { 0x0019, 25.0f },
                               { 0x0019, 25.2f },
@@ -97,7 +97,8 @@ TEST( LM75RegisterTest, AThresholdsFractionFromThreeQuartersUpIsDropped ) {
 TEST( LM75RegisterTest, BelowZeroTheHalfDegreeBitIsAlwaysSet ) {
    EXPECT_EQ( LM75::temperatureToRegister( -25.5f ), 0xFFE7 );
    EXPECT_EQ( LM75::temperatureToRegister( -25.0f ), 0xFFE7 );
-   EXPECT_EQ( LM75::temperatureToRegister( -0.5f ), 0x8000 ); // no whole degree, no sign
+   EXPECT_EQ( LM75::temperatureToRegister( -0.5f ),
+              0x8000 ); // no whole degree, so the sign is lost
 }
 
 TEST( LM75RegisterTest, ADegreeAboveTheRangeBecomesOneBelowZero ) {

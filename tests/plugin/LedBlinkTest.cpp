@@ -44,14 +44,14 @@ TEST_F( LedBlinkTest, TheTimerIsMadeOnceAndNotArmed ) {
               std::vector<std::string>{ "creating unique led blink timer" } );
 }
 
-TEST_F( LedBlinkTest, BeginsDark ) { EXPECT_FALSE( phaseOfAFreshProcess ); }
+TEST_F( LedBlinkTest, TheFirstPhaseIsOff ) { EXPECT_FALSE( phaseOfAFreshProcess ); }
 
-TEST_F( LedBlinkTest, TheFirstLedArmsTheTimerALaterOneJoinsItsPhase ) {
+TEST_F( LedBlinkTest, TheFirstLedArmsTheTimerAndLaterLedsJoinItsPhase ) {
    Led::notifyOnBlink( &a );
    EXPECT_TRUE( timer().armed );
    EXPECT_EQ( timer().milliseconds, 1000u );
    EXPECT_EQ( timer().timesSet, 1 );
-   Led::notifyOnBlink( &b ); // 300 units later, say
+   Led::notifyOnBlink( &b ); // some time later
    EXPECT_EQ( timer().timesSet, 1 );
    EXPECT_EQ( tick(), "a0 b0" );
    EXPECT_EQ( tick(), "a1 b1" );
@@ -62,7 +62,7 @@ TEST_F( LedBlinkTest, TheFirstLedArmsTheTimerALaterOneJoinsItsPhase ) {
       TestHost::traced( 4, "handleBlinkTimerCallback() led blink timer hit notifying 2 leds" ) );
 }
 
-TEST_F( LedBlinkTest, TheLedBehindARemovedOneIsPassedOver ) {
+TEST_F( LedBlinkTest, TheLedAfterARemovedLedIsSkipped ) {
    Led::notifyOnBlink( &a );
    Led::notifyOnBlink( &b );
    Led::notifyOnBlink( &c );
@@ -71,7 +71,7 @@ TEST_F( LedBlinkTest, TheLedBehindARemovedOneIsPassedOver ) {
    EXPECT_EQ( tick(), "b1 c1" );
 }
 
-TEST_F( LedBlinkTest, BehindTheLastOfTheListTheWalkStartsOver ) {
+TEST_F( LedBlinkTest, RemovingTheLastLedRestartsTheLoop ) {
    Led::notifyOnBlink( &a );
    Led::notifyOnBlink( &b );
    Led::notifyOnBlink( &c );
@@ -80,7 +80,7 @@ TEST_F( LedBlinkTest, BehindTheLastOfTheListTheWalkStartsOver ) {
    EXPECT_EQ( tick(), "a1 b1" );
 }
 
-TEST_F( LedBlinkTest, ARemovalOfTheLastButOneEndsTheWalk ) {
+TEST_F( LedBlinkTest, RemovingTheLastLedButOneEndsTheLoop ) {
    Led::notifyOnBlink( &a );
    Led::notifyOnBlink( &b );
    a.stays = false;
@@ -88,19 +88,19 @@ TEST_F( LedBlinkTest, ARemovalOfTheLastButOneEndsTheWalk ) {
    EXPECT_EQ( Led::notifyList_, std::list<Led *>{ &b } );
 }
 
-TEST_F( LedBlinkTest, AnEmptiedListLeavesTheTimerIdleAndStillFlipsThePhase ) {
+TEST_F( LedBlinkTest, AnEmptyListStopsTheTimerAndStillChangesThePhase ) {
    Led::notifyOnBlink( &a );
    a.stays = false;
    EXPECT_EQ( tick(), "a0" );
    EXPECT_TRUE( Led::notifyList_.empty() );
    EXPECT_FALSE( timer().armed );
    EXPECT_TRUE( Led::blinkStatus_ );
-   Led::notifyOnBlink( &b ); // the timer wakes up again, with the next phase
+   Led::notifyOnBlink( &b ); // arms the timer again, with the next phase
    EXPECT_TRUE( timer().armed );
    EXPECT_EQ( tick(), "b1" );
 }
 
-TEST_F( LedBlinkTest, TheListTakesAnLedTwice ) {
+TEST_F( LedBlinkTest, AnLedCanBeOnTheListTwice ) {
    Led::notifyOnBlink( &a );
    Led::notifyOnBlink( &a );
    EXPECT_EQ( tick(), "a0 a0" );

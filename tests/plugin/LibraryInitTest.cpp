@@ -19,7 +19,7 @@ TEST_F( LibraryInitTest, MakesNoAttemptWithoutRetriesAndFails ) {
    }
 }
 
-TEST_F( LibraryInitTest, SleepsASecondAfterEachFailedAttemptTheLastIncluded ) {
+TEST_F( LibraryInitTest, SleepsASecondAfterEveryFailedAttempt ) {
    FakeServer::failingSetups = 3;
    EXPECT_EQ( plSockInit( "x", 3 ), 4 );
    EXPECT_EQ( FakeServer::setups, 3 );
@@ -47,7 +47,7 @@ TEST_F( LibraryInitTest, ReleasesDescriptorWatcherAndSocketOfAFailedSetUp ) {
    EXPECT_EQ( FakeServer::socketsReleased, 1 );
 }
 
-TEST_F( LibraryInitTest, LeavesAWatcherThatWasNeverSetAlone ) {
+TEST_F( LibraryInitTest, DoesNotDeleteAWatcherThatWasNeverSet ) {
    EXPECT_EQ( plSockInit( "x", 0 ), 4 );
    EXPECT_TRUE( TestHost::deletedWatchers.empty() );
 }
@@ -71,7 +71,7 @@ TEST_F( LibraryInitTest, DoesNotLookAtTheTopologyWithoutASocket ) {
    EXPECT_EQ( Topology::_topology, nullptr );
 }
 
-TEST_F( LibraryInitTest, HandsTheTopologysStatusUpAndStaysConnected ) {
+TEST_F( LibraryInitTest, ReturnsTheTopologysStatusAndStaysConnected ) {
    EXPECT_EQ( orbisLibraryInit( "x", "[", 1 ), 3 );
    EXPECT_NE( _plSock, nullptr );
 }
@@ -89,7 +89,7 @@ struct EntryPoint {
 
 class EntryPointTest : public PluginFixture, public ::testing::WithParamInterface<EntryPoint> {};
 
-TEST_P( EntryPointTest, NamesItselfAndTriesThirtyTimes ) {
+TEST_P( EntryPointTest, TracesItsNameAndTriesThirtyTimes ) {
    FakeServer::failingSetups = 1000;
    EXPECT_EQ( GetParam().init( "[]" ), 4 );
    EXPECT_EQ( FakeServer::setups, 30 );
@@ -114,7 +114,7 @@ INSTANTIATE_TEST_SUITE_P( All, EntryPointTest,
                                              EntryPoint{ "pl_system_init", pl_system_init } ),
                           []( const auto &entry ) { return entry.param.name; } );
 
-TEST_F( LibraryInitTest, TheProxysEntryPointSaysItsNameOnceMore ) {
+TEST_F( LibraryInitTest, TheProxysEntryPointTracesItsNameTwice ) {
    pl_smbus_init( "[]" );
    EXPECT_EQ( TestHost::traces[0], ( TestHost::Trace{ 7, "pl_smbus_init\n" } ) );
 }

@@ -1,4 +1,4 @@
-// Fields of the host's records and of the objects that they are embedded in.
+// The fields of the records for the host, and of the objects that contain them.
 #include "OrbisGeneric/Components/SmbusProxy.h"
 #include "OrbisGeneric/Drivers/DualFan.h"
 #include "OrbisGeneric/Drivers/EMC2305.h"
@@ -62,7 +62,7 @@ void expectRecord() {
    EXPECT_EQ( sizeof( Record ), 3 * sizeof( void * ) );
 }
 
-TEST( ObjectLayoutTest, OfTheHostsRecords ) {
+TEST( ObjectLayoutTest, HostRecords ) {
    expectRecord<pl_slot>();
    expectRecord<pl_led>();
    expectRecord<pl_temp_sensor>();
@@ -75,7 +75,7 @@ TEST( ObjectLayoutTest, OfTheHostsRecords ) {
    EXPECT_EQ( sizeof( pl_system ), 2 * sizeof( void * ) );
 }
 
-TEST( ObjectLayoutTest, OfTheHostsTables ) {
+TEST( ObjectLayoutTest, HostTables ) {
    expectLayout( { FIELD( pl_slot_ops, size, 0 ), FIELD( pl_slot_ops, get_presence, 4 ) } );
    expectLayout( { FIELD( pl_led_ops, size, 0 ), FIELD( pl_led_ops, set_light_setting, 4 ) } );
    expectLayout( { FIELD( pl_temp_sensor_ops, size, 0 ), FIELD( pl_temp_sensor_ops, unused, 4 ),
@@ -114,7 +114,7 @@ TEST( ObjectLayoutTest, OfTheHostsTables ) {
                    FIELD( pl_system_ops, get_reload_cause, 12 ) } );
 }
 
-TEST( ObjectLayoutTest, OfTheLogicalObjectsTheRecordIsRightBehindTheTablePointer ) {
+TEST( ObjectLayoutTest, TheRecordOfAnObjectFollowsTheTablePointer ) {
    using namespace Noted;
    expectLayout( { FIELD( Slot, record_, 4 ) } );
    expectLayout( { FIELD( Led, record_, 4 ), FIELD( Led, usesBlinkTimer, 16 ) } );
@@ -134,7 +134,7 @@ TEST( ObjectLayoutTest, OfTheLogicalObjectsTheRecordIsRightBehindTheTablePointer
                    FIELD( SmbusProxyDriver::SmbusProxy, device_, 16 ) } );
 }
 
-TEST( ObjectLayoutTest, OfTheGenericDriversObjects ) {
+TEST( ObjectLayoutTest, GenericDriverObjects ) {
    using Drivers::GenericSmbusMux, Drivers::LM75, Drivers::Pmbus;
    expectLayout(
       { FIELD( GenericSmbusMux::Mux, device_, 4 ), FIELD( GenericSmbusMux::Mux, value_, 8 ) } );
@@ -154,7 +154,7 @@ TEST( ObjectLayoutTest, OfTheGenericDriversObjects ) {
                    REVEALED( PsuBay, BayTemplates, 160 ) } );
 }
 
-TEST( ObjectLayoutTest, OfTheFans ) {
+TEST( ObjectLayoutTest, Fans ) {
    using Drivers::DualFan, Drivers::EMC2305;
    expectLayout( { FIELD( EMC2305::Fan, emc2305_, 16 ), FIELD( EMC2305::Fan, id_, 20 ),
                    FIELD( EMC2305::Fan, maxRpm_, 24 ), FIELD( EMC2305::Fan, fanSetting_, 28 ),
@@ -167,14 +167,15 @@ TEST( ObjectLayoutTest, OfTheFans ) {
                    FIELD( DualFan::Fan, faults_, 40 ) } );
 }
 
-TEST( ObjectLayoutTest, OfTheTransceiverCpld ) {
+TEST( ObjectLayoutTest, TransceiverCpld ) {
    expectLayout( { FIELD( CelXcvrCPLD, pollInterval, 20 ), REVEALED( CelXcvrCPLD, CpldCache, 24 ),
                    REVEALED( CelXcvrCPLD, CpldMaps, 48 ), REVEALED( CelXcvrCPLD, CpldPoll, 60 ),
                    REVEALED( CelXcvrCPLD, CpldPortLeds, 64 ) } );
    expectLayout(
       { FIELD( CelXcvrCPLD::CelXcvr, port_, 0 ), FIELD( CelXcvrCPLD::CelXcvr, registerIndex_, 1 ),
         FIELD( CelXcvrCPLD::CelXcvr, bitpos_, 2 ), FIELD( CelXcvrCPLD::CelXcvr, cpld_, 4 ) } );
-   // The record comes first, behind the table pointer: what both kinds share has no table.
+   // The record is first, after the table pointer: the common base of both kinds has no virtual
+   // table.
    expectLayout( { FIELD( CelXcvrCPLD::SfpXcvr, record_, 4 ),
                    FIELD( CelXcvrCPLD::SfpXcvr, xcvrId_, 16 ),
                    FIELD( CelXcvrCPLD::SfpXcvr, port_, 20 ) } );
@@ -186,7 +187,7 @@ TEST( ObjectLayoutTest, OfTheTransceiverCpld ) {
                    REVEALED( CpldLed, CpldLedId, 24 ), REVEALED( CpldLed, CpldLedBlinking, 25 ) } );
 }
 
-TEST( ObjectLayoutTest, OfTheFanBoard ) {
+TEST( ObjectLayoutTest, FanBoard ) {
    expectLayout( { REVEALED( KeltPCA9506, ExpanderInputTime, 12 ),
                    REVEALED( KeltPCA9506, ExpanderInputValue, 24 ),
                    REVEALED( KeltPCA9506, ExpanderPendingOut, 36 ),

@@ -1,5 +1,5 @@
-// The virtual tables of the logical objects: drivers compiled apart from them rely on each
-// operation's slot.
+// The virtual tables of the logical objects. Drivers that are compiled separately rely on the slot
+// of each operation.
 #include "OrbisGeneric/Components/Mux.h"
 #include "OrbisGeneric/Components/SmbusProxy.h"
 #include "OrbisGeneric/Drivers/GenericSmbusMux.h"
@@ -17,7 +17,7 @@ using Noted::note;
 
 class ObjectSlotsTest : public ::testing::Test {
  protected:
-   // The operation without argument, or with a pointer that isn't looked at.
+   // Calls an operation without arguments, or with a pointer that it does not use.
    static void expectGetter( void *object, size_t slot, const char *name ) {
       callSlot<pl_status, void *>( object, slot, nullptr );
       EXPECT_EQ( called, name ) << "slot " << slot;
@@ -28,13 +28,13 @@ class ObjectSlotsTest : public ::testing::Test {
    }
 };
 
-TEST_F( ObjectSlotsTest, OfASlot ) {
+TEST_F( ObjectSlotsTest, Slot ) {
    Noted::Slot slot;
    EXPECT_TRUE( areDestructors<Noted::Slot>( 0, 1 ) );
    expectGetter( &slot, 2, "getPresence" );
 }
 
-TEST_F( ObjectSlotsTest, OfAnLed ) {
+TEST_F( ObjectSlotsTest, Led ) {
    Noted::Led led;
    EXPECT_TRUE( areDestructors<Noted::Led>( 0, 1 ) );
    EXPECT_TRUE( ( callSlot<bool, bool>( &led, 2, true ) ) );
@@ -43,7 +43,7 @@ TEST_F( ObjectSlotsTest, OfAnLed ) {
    EXPECT_EQ( called, "led 3" );
 }
 
-TEST_F( ObjectSlotsTest, OfATempSensor ) {
+TEST_F( ObjectSlotsTest, TempSensor ) {
    Noted::TempSensor sensor;
    EXPECT_TRUE( areDestructors<Noted::TempSensor>( 0, 1 ) );
    callSlot<void, float>( &sensor, 2, 70 );
@@ -57,20 +57,20 @@ TEST_F( ObjectSlotsTest, OfATempSensor ) {
    EXPECT_EQ( celsius, 1.5f );
 }
 
-TEST_F( ObjectSlotsTest, OfAPowerSuppliesTempSensor ) {
+TEST_F( ObjectSlotsTest, PowerSupplyTempSensor ) {
    Drivers::Pmbus::TempSensor sensor( nullptr, 2 );
    EXPECT_EQ( callSlot<uint8_t>( &sensor, 5 ), 2 );    // id
    EXPECT_EQ( callSlot<uint8_t>( &sensor, 6 ), 0x8E ); // reg
 }
 
-TEST_F( ObjectSlotsTest, OfAFan ) {
+TEST_F( ObjectSlotsTest, Fan ) {
    Noted::Fan fan;
    EXPECT_TRUE( areDestructors<Noted::Fan>( 0, 1 ) );
    expectGetter( &fan, 2, "getRpm" );
    expectSetter( &fan, 3, "setRpm 5" );
 }
 
-TEST_F( ObjectSlotsTest, OfAPowerSupplyWhichHasNoDestructor ) {
+TEST_F( ObjectSlotsTest, PowerSupplyWithoutDestructor ) {
    Noted::Psu psu;
    expectGetter( &psu, 0, "power_ok" );
    expectGetter( &psu, 1, "input_current" );
@@ -81,7 +81,7 @@ TEST_F( ObjectSlotsTest, OfAPowerSupplyWhichHasNoDestructor ) {
    expectGetter( &psu, 6, "output_power" );
 }
 
-TEST_F( ObjectSlotsTest, OfAnSfpTransceiver ) {
+TEST_F( ObjectSlotsTest, SfpTransceiver ) {
    Noted::Sfp sfp;
    EXPECT_TRUE( areDestructors<Noted::Sfp>( 0, 1 ) );
    EXPECT_EQ( callSlot<int>( &sfp, 2 ), 1 );
@@ -92,7 +92,7 @@ TEST_F( ObjectSlotsTest, OfAnSfpTransceiver ) {
    expectSetter( &sfp, 6, "setTxDisable 5" );
 }
 
-TEST_F( ObjectSlotsTest, OfAQsfpTransceiver ) {
+TEST_F( ObjectSlotsTest, QsfpTransceiver ) {
    Noted::Qsfp qsfp;
    EXPECT_TRUE( areDestructors<Noted::Qsfp>( 0, 1 ) );
    EXPECT_EQ( callSlot<int>( &qsfp, 2 ), 1 );
@@ -106,10 +106,10 @@ TEST_F( ObjectSlotsTest, OfAQsfpTransceiver ) {
    expectGetter( &qsfp, 9, "getInterrupt" );
 }
 
-TEST_F( ObjectSlotsTest, OfAGpio ) {
+TEST_F( ObjectSlotsTest, Gpio ) {
    Noted::Gpio gpio;
    EXPECT_TRUE( areDestructors<Noted::Gpio>( 0, 1 ) );
-   expectGetter( &gpio, 2, "bitClear" ); // before bitSet, unlike in the host's table
+   expectGetter( &gpio, 2, "bitClear" ); // before bitSet; the host's table has the other order
    expectGetter( &gpio, 3, "bitSet" );
    expectGetter( &gpio, 4, "bitRead" );
 }
@@ -138,7 +138,7 @@ struct NotedProxy : Logical::SmbusProxy {
    }
 };
 
-TEST_F( ObjectSlotsTest, OfAnSmbusProxyWhichHasNoDestructor ) {
+TEST_F( ObjectSlotsTest, SmbusProxyWithoutDestructor ) {
    NotedProxy proxy;
    const char *const names[] = { "quickCommand", "receiveByte",  "sendByte",      "readByte",
                                  "writeByte",    "readWord",     "writeWord",     "blockRead",
@@ -159,7 +159,7 @@ struct NotedMux : Logical::Mux {
    Component::HardwareDevice *device() const override { return note( "device" ), nullptr; }
 };
 
-TEST_F( ObjectSlotsTest, OfAMux ) {
+TEST_F( ObjectSlotsTest, Mux ) {
    NotedMux mux;
    EXPECT_TRUE( areDestructors<NotedMux>( 0, 1 ) );
    expectGetter( &mux, 2, "selectRequest" );

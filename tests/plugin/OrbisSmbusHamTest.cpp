@@ -1,4 +1,4 @@
-// Batches as they reach the server, against whole messages.
+// Compares batches with the complete messages that reach the server.
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "support/PluginFixture.h"
@@ -9,7 +9,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// A device at 0x48 without muxes, on a simulated bus 0.
+// A device at 0x48 on a simulated bus 0, without muxes.
 class OrbisSmbusHamTest : public PluginFixture {
  protected:
    OrbisSmbusHamTest() {
@@ -19,7 +19,7 @@ class OrbisSmbusHamTest : public PluginFixture {
       ham.init();
       ham.prepare();
    }
-   // What one queued request looks like on the wire.
+   // The request that one queue function puts into the message.
    std::string sent() {
       EXPECT_EQ( ham.execute(), PL_STATUS_OK );
       EXPECT_EQ( FakeServer::received.back().request_size(), 1 );
@@ -59,7 +59,7 @@ TEST_F( OrbisSmbusHamTest, EveryOperationIsOneRequest ) {
    EXPECT_EQ( sent(), wire( "call", "0x17" + path + "len 2 data 34 12" ) );
 }
 
-TEST_F( OrbisSmbusHamTest, ARequestSaysEverythingWhateverItsValue ) {
+TEST_F( OrbisSmbusHamTest, EveryFieldOfARequestIsPresent ) {
    ham.addRead8( 0 );
    ham.execute();
    const auto &request = FakeServer::received.back().request( 0 );
@@ -72,7 +72,7 @@ TEST_F( OrbisSmbusHamTest, ARequestSaysEverythingWhateverItsValue ) {
                  FakeServer::received.back().has_retries() );
 }
 
-TEST_F( OrbisSmbusHamTest, TheAddressFieldsLieInTheUpperHalfOfTheAddressWord ) {
+TEST_F( OrbisSmbusHamTest, TheAddressFieldsAreInTheHighHalfOfTheAddressWord ) {
    ham.address = { .offset = 0,
                    .address = 0x55,
                    .bus = 0x2A,
@@ -96,7 +96,7 @@ TEST_F( OrbisSmbusHamTest, TheRecordKeepsTheLastOffset ) {
    EXPECT_EQ( ham.address.offset, 0x11u );
 }
 
-TEST_F( OrbisSmbusHamTest, WritesTakeAnIdToo ) {
+TEST_F( OrbisSmbusHamTest, WritesUseUpAnId ) {
    EXPECT_EQ( ham.lastResponseId, 0xFFFFFFFFu );
    EXPECT_EQ( ham.addRead8( 0x10 ), 0u );
    ham.addWrite8( 0x11, 5, false );
@@ -105,7 +105,7 @@ TEST_F( OrbisSmbusHamTest, WritesTakeAnIdToo ) {
    EXPECT_EQ( ham.addProcessCall( 0x13, 1 ), 3u );
 }
 
-TEST_F( OrbisSmbusHamTest, FetchesWhatTheServerAnsweredToEachId ) {
+TEST_F( OrbisSmbusHamTest, FetchesTheAnswerOfEachId ) {
    FakeServer::answersWith( { "\x7F", std::string( "\x34\x92", 2 ), "hello", "" } );
    const auto byte = ham.addRead8( 1 );
    const auto word = ham.addRead16( 2 );
@@ -114,7 +114,7 @@ TEST_F( OrbisSmbusHamTest, FetchesWhatTheServerAnsweredToEachId ) {
    ASSERT_EQ( ham.execute(), PL_STATUS_OK );
    EXPECT_EQ( ham.get8( byte ), 0x7F );
    EXPECT_EQ( ham.get16( word ), 0x9234 );
-   EXPECT_EQ( ham.getBlock( block, 0 ), "hello" ); // as long as the server sent, no byte cut
+   EXPECT_EQ( ham.getBlock( block, 0 ), "hello" ); // all bytes that the server sent
    EXPECT_EQ( ham.getBlock( block, 2 ), "hello" );
 }
 
@@ -139,9 +139,10 @@ TEST_F( OrbisSmbusHamTest, AnIdOutsideTheBatchStopsTheProcess ) {
    EXPECT_EQ( ham.addWrite8( 1, 1, false ), Ham::INVALID_RESPONSE_ID );
 }
 
-TEST_F( OrbisSmbusHamTest, ASocketFailureIsStatus4AndLeavesNothingToFetch ) {
+TEST_F( OrbisSmbusHamTest, ASocketFailureIsStatus4WithoutAnyResults ) {
    FakeServer::answer = []( auto *, auto **response ) {
-      *response = new Smbus::TransactionResponse; // the library may have set one: it is released
+      *response =
+         new Smbus::TransactionResponse; // the Ham must delete a response that PLSocket has set
       errno = ETIMEDOUT;
       return -1;
    };
@@ -152,7 +153,7 @@ TEST_F( OrbisSmbusHamTest, ASocketFailureIsStatus4AndLeavesNothingToFetch ) {
    EXPECT_DEATH( ham.get8( id ), "response_size" );
 }
 
-TEST_F( OrbisSmbusHamTest, AFailureThatTheServerReportsIsStatus6WithItsWords ) {
+TEST_F( OrbisSmbusHamTest, AFailureFromTheServerIsStatus6AndItsTextIsTraced ) {
    FakeServer::answer = []( auto *, auto **response ) {
       *response = new Smbus::TransactionResponse;
       ( *response )->set_failed( true );
@@ -164,7 +165,7 @@ TEST_F( OrbisSmbusHamTest, AFailureThatTheServerReportsIsStatus6WithItsWords ) {
    EXPECT_TRUE( TestHost::traced( 3, "execute: failure in response no acknowledge" ) );
 }
 
-TEST_F( OrbisSmbusHamTest, AFailureWithoutWordsHasAnUnknownReason ) {
+TEST_F( OrbisSmbusHamTest, AFailureWithoutATextHasAnUnknownReason ) {
    FakeServer::answer = []( auto *, auto **response ) {
       *response = new Smbus::TransactionResponse;
       ( *response )->set_failed( true );
@@ -175,7 +176,7 @@ TEST_F( OrbisSmbusHamTest, AFailureWithoutWordsHasAnUnknownReason ) {
    EXPECT_TRUE( TestHost::traced( 3, "execute: failure in response unknown reason" ) );
 }
 
-TEST_F( OrbisSmbusHamTest, TheRetryCountTravelsOnceItIsSet ) {
+TEST_F( OrbisSmbusHamTest, ASetRetryCountIsSent ) {
    ham.retryCountIs( 3 );
    ham.addRead8( 1 );
    EXPECT_EQ( ham.execute(), PL_STATUS_OK );
@@ -191,7 +192,7 @@ TEST_F( OrbisSmbusHamTest, OnlyTheDeviceAddressIsReplaced ) {
    EXPECT_EQ( ham.address.addrSize, 2u );
 }
 
-TEST_F( OrbisSmbusHamTest, ThirtyTwoBitsAreNotProvided ) {
+TEST_F( OrbisSmbusHamTest, ThirtyTwoBitOperationsAreNotSupported ) {
    uint32_t value;
    EXPECT_THROW( ham.read32( 0, &value ), NotImplementedException );
    EXPECT_THROW( ham.write32( 0, 1, false ), NotImplementedException );
@@ -214,7 +215,7 @@ TEST_F( OrbisSmbusHamTest, ANewBatchForgetsTheLast ) {
    EXPECT_EQ( ham.addRead8( 3 ), 0u );
 }
 
-TEST_F( OrbisSmbusHamTest, AReusedRequestElementCarriesNothingOver ) {
+TEST_F( OrbisSmbusHamTest, AReusedRequestElementHasNoOldValues ) {
    ham.addWrite8( 1, 0x55, true );
    sent();
    ham.addRead8( 2 );

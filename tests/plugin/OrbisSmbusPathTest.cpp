@@ -1,4 +1,5 @@
-// The way from the server to a device: address fields, and the muxes that a batch opens and closes.
+// The path from the server to a device: address fields, and the muxes that a batch sets and
+// releases.
 #include "OrbisGeneric/Components/Device.h"
 #include "OrbisGeneric/Components/Mux.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
@@ -36,7 +37,7 @@ class OrbisSmbusPathTest : public PluginFixture {
    Ham::OrbisSmbusHam *hamFor( unsigned did ) {
       return hamFor( "'did':" + std::to_string( did ) + ",'address':{'address':72}" );
    }
-   // The one read of a batch, as it is sent to a device whose path has no mux.
+   // The request of a batch of one read, for a device without muxes on its path.
    std::string readOf( unsigned did ) {
       uint8_t byte;
       FakeServer::answersWith( { "x" } );
@@ -63,13 +64,13 @@ TEST_F( OrbisSmbusPathTest, BusAndAcceleratorIdsAreCutToSevenBits ) {
    EXPECT_EQ( readOf( 23 ), "read 0x48 reg 0x10 bus 1 accel 2 size 1 master 2 pci 4 len 1" );
 }
 
-TEST_F( OrbisSmbusPathTest, TheAddressSizeIsOneWhateverTheDeviceSays ) {
+TEST_F( OrbisSmbusPathTest, TheAddressSizeIsAlwaysOne ) {
    const auto *ham = hamFor( "'did':20,'address':{'address':72,'addrSize':2,'readDelay':3}" );
    EXPECT_EQ( ham->address.addrSize, 1u );
    EXPECT_EQ( ham->address.readDelay, 3u );
 }
 
-TEST_F( OrbisSmbusPathTest, TheWalkOverridesAnAcceleratorOfTheDevice ) {
+TEST_F( OrbisSmbusPathTest, TheTopologysAcceleratorReplacesThatOfTheDevice ) {
    EXPECT_EQ( hamFor( "'did':20,'address':{'address':72,'accel':5}" )->address.accel, 1u );
    EXPECT_EQ( hamFor( "'did':24,'address':{'address':72,'accel':5}" )->address.accel, 5u );
 }
@@ -92,7 +93,7 @@ TEST_F( OrbisSmbusPathTest, ABatchBehindTwoMuxesOpensTheOuterFirstAndClosesTheIn
    EXPECT_EQ( ham->getAddress(), 72 );
 }
 
-TEST_F( OrbisSmbusPathTest, EveryBatchCarriesTheSelectionsOnce ) {
+TEST_F( OrbisSmbusPathTest, EveryBatchSendsTheSelectionsOnce ) {
    auto *ham = hamFor( 22 );
    FakeServer::answersWith( { "", "", "\x42", "", "" } );
    uint8_t byte;
@@ -102,7 +103,7 @@ TEST_F( OrbisSmbusPathTest, EveryBatchCarriesTheSelectionsOnce ) {
    }
 }
 
-TEST_F( OrbisSmbusPathTest, ASecondRunWithoutPrepareCarriesTheReleasesTwice ) {
+TEST_F( OrbisSmbusPathTest, ASecondRunWithoutPrepareSendsTheReleasesTwice ) {
    auto *ham = hamFor( 22 );
    ham->prepare();
    ham->addRead8( 0x10 );
@@ -111,17 +112,17 @@ TEST_F( OrbisSmbusPathTest, ASecondRunWithoutPrepareCarriesTheReleasesTwice ) {
    EXPECT_EQ( FakeServer::received.back().request_size(), 7 );
 }
 
-TEST_F( OrbisSmbusPathTest, AnAnswerOneShortIsStatus6 ) {
+TEST_F( OrbisSmbusPathTest, AnAnswerWithAResponseMissingIsStatus6 ) {
    auto *ham = hamFor( 22 );
    FakeServer::answersWith( { "", "", "\x42", "" } );
    uint8_t byte = 1;
    EXPECT_EQ( ham->read8( 0x10, &byte ), 6 );
    EXPECT_EQ( byte, 1 );
    EXPECT_TRUE( TestHost::traced( 3, "execute: invalid number of response, expecting 5 not 4" ) );
-   EXPECT_EQ( ham->response_.response_size(), 4 ); // what came is kept
+   EXPECT_EQ( ham->response_.response_size(), 4 ); // the answer is kept
 }
 
-TEST_F( OrbisSmbusPathTest, AnAnswerTooManyIsStatus6 ) {
+TEST_F( OrbisSmbusPathTest, AnAnswerWithAnExtraResponseIsStatus6 ) {
    auto *ham = hamFor( 20 );
    FakeServer::answersWith( { "\x42", "" } );
    uint8_t byte = 1;
@@ -130,13 +131,13 @@ TEST_F( OrbisSmbusPathTest, AnAnswerTooManyIsStatus6 ) {
    EXPECT_TRUE( TestHost::traced( 3, "execute: invalid number of response, expecting 1 not 2" ) );
 }
 
-TEST_F( OrbisSmbusPathTest, AComponentIsFoundInTheFirstDeviceThatHasItWhateverTheDeviceId ) {
+TEST_F( OrbisSmbusPathTest, AComponentIsFoundInTheFirstDeviceThatHasIt ) {
    const auto *ham = hamFor( "'did':24,'uid':7,'address':{'address':72}" );
    EXPECT_EQ( ham->masterType, Smbus::MASTER_SCD );
    EXPECT_EQ( ham->address.bus, 2u );
 }
 
-TEST_F( OrbisSmbusPathTest, AComponentBehindADeviceOfTheIdThatIsAskedForIsStillFound ) {
+TEST_F( OrbisSmbusPathTest, AComponentAfterTheDeviceOfTheRequestedIdIsFound ) {
    load( "[{'type':'IOPort','ham':'OrbisSmbus','bus':{'id':6,'devices':[{'did':26}]}},"
          "{'type':'Celestica','ham':'OrbisSmbus','accelerators':[{'id':9,'busses':[{'id':8,"
          "'devices':[{'did':27,'components':[{'uid':9}]}]}]}]}]" );
@@ -144,7 +145,7 @@ TEST_F( OrbisSmbusPathTest, AComponentBehindADeviceOfTheIdThatIsAskedForIsStillF
    EXPECT_EQ( ham->masterType, Smbus::MASTER_CELESTICA );
 }
 
-TEST_F( OrbisSmbusPathTest, TheSearchPassesByACelesticaMedium ) {
+TEST_F( OrbisSmbusPathTest, TheSearchContinuesAfterACelesticaMedium ) {
    load( "[{'type':'Celestica','ham':'OrbisSmbus'},"
          "{'type':'I2C','ham':'OrbisSmbus','bus':{'id':3,'devices':[{'did':28}]}}]" );
    const auto *ham = hamFor( 28 );
@@ -152,7 +153,7 @@ TEST_F( OrbisSmbusPathTest, TheSearchPassesByACelesticaMedium ) {
    EXPECT_EQ( ham->masterType, Smbus::MASTER_I2C );
 }
 
-TEST_F( OrbisSmbusPathTest, ASecondInitLeavesOneSelectionForEachMux ) {
+TEST_F( OrbisSmbusPathTest, AfterASecondInitThereIsOneSelectionForEachMux ) {
    auto *ham = hamFor( 22 );
    ham->response_.add_response();
    ham->init();
@@ -185,7 +186,7 @@ TEST_F( OrbisSmbusPathTest, AMuxChipMustBeDeclaredInline ) {
                                "`topoDev->args' failed" );
 }
 
-TEST_F( OrbisSmbusPathTest, AMuxChipThatIsNoDeviceStopsTheProcess ) {
+TEST_F( OrbisSmbusPathTest, AMuxChipThatIsNotADeviceStopsTheProcess ) {
    load( "[{'type':'I2C','ham':'OrbisSmbus','bus':{'id':0,"
          "'muxes':[{'did':100,'busses':[{'id':1,'devices':[{'did':20}]}]}]}}]" );
    EXPECT_DEATH( hamFor( 20 ), "Assertion `topoDev' failed" );

@@ -64,7 +64,7 @@ TEST_F( PmbusTest, ReadsModeAndOutputVoltageInOneBatch ) {
    EXPECT_EQ( value, 12.0f ); // 0x1800 / 512
 }
 
-TEST_F( PmbusTest, AnOutputVoltageWordFrom0x8000UpIsNegative ) {
+TEST_F( PmbusTest, AnOutputVoltageWordOf0x8000OrMoreIsNegative ) {
    ham.expectBatch(
       { read8( 0x20 ).answers( { 0x17 } ), read16( 0x8B ).answers( { 0x00, 0x80 } ) } );
    EXPECT_EQ( psu.get_output_voltage( &value ), PL_STATUS_OK );
@@ -152,21 +152,21 @@ TEST_F( PmbusTest, ADutyIsCutToSixteenBitsBeforeItIsLimited ) {
    EXPECT_TRUE( TestHost::traced( 6, "Setting fan 0 duty cycle to 1" ) );
 }
 
-TEST_F( PmbusTest, AFanWithoutAWordOnPacketErrorCheckingDoesWithout ) {
+TEST_F( PmbusTest, PacketErrorCheckingIsOffByDefault ) {
    std::unique_ptr<Component::LogicalDevice::Fan> plain(
       pmbus.newFan( withArgs( { { "fanId", "1" }, { "maxFanRpm", "100" } } ) ) );
    ham.expectBatch( { write16( 0x3B ).carries( { 50, 0 } ) } );
    EXPECT_EQ( plain->setRpm( 50 ), PL_STATUS_OK );
 }
 
-TEST_F( PmbusTest, OnlyThePlainWordTrueTurnsPacketErrorCheckingOn ) {
+TEST_F( PmbusTest, OnlyTheTextTrueTurnsPacketErrorCheckingOn ) {
    ham.expectBatch( { write16( 0x3B ).carries( { 50, 0 } ).withPec() } );
    EXPECT_EQ( fan( "1", "100", "true" )->setRpm( 50 ), PL_STATUS_OK );
    ham.expectBatch( { write16( 0x3B ).carries( { 50, 0 } ) } );
    EXPECT_EQ( fan( "1", "100", "True" )->setRpm( 50 ), PL_STATUS_OK );
 }
 
-TEST_F( PmbusTest, AFanCommandThatFailsIsTracedWithTheDutyThatWasSent ) {
+TEST_F( PmbusTest, AFailedFanCommandIsTracedWithItsDuty ) {
    ham.expectBatch( { write16( 0x3C ).carries( { 100, 0 } ).fails( 6 ) } );
    EXPECT_EQ( fan( "2", "100" )->setRpm( 250 ), 6 );
    EXPECT_TRUE( TestHost::traced( 0, "Failed to set fan1 duty cycle to 100" ) );
@@ -188,7 +188,7 @@ TEST_F( PmbusTest, EachSensorHasItsCommand ) {
    EXPECT_EQ( value, 33.0f );
 }
 
-TEST_F( PmbusTest, ATemperatureBelowZeroIsZeroAfterAFailedReadToo ) {
+TEST_F( PmbusTest, ATemperatureBelowZeroBecomesZeroEvenAfterAFailedRead ) {
    Pmbus::TempSensor sensor( &pmbus, 1 );
    ham.expectBatch( { read16( 0x8D ).answers( { 0xFB, 0x07 } ) } ); // -5
    EXPECT_EQ( sensor.getTemperature( &value ), PL_STATUS_OK );

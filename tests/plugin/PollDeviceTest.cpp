@@ -48,7 +48,7 @@ TEST_F( PollDeviceTest, StartsOnce ) {
    EXPECT_EQ( timer().timesSet, 1 );
 }
 
-TEST_F( PollDeviceTest, StopsOnlyWhatRuns ) {
+TEST_F( PollDeviceTest, StopsOnlyARunningTimer ) {
    EXPECT_TRUE( device.pollStop() );
    EXPECT_EQ( timer().timesCancelled, 0 );
    device.pollInterval = 250;
@@ -58,7 +58,7 @@ TEST_F( PollDeviceTest, StopsOnlyWhatRuns ) {
    EXPECT_FALSE( device.running );
 }
 
-TEST_F( PollDeviceTest, EachExpiryPollsOnceAndThenArmsTheSamePeriod ) {
+TEST_F( PollDeviceTest, EachExpiryPollsOnceAndArmsTheSameInterval ) {
    device.pollInterval = 250;
    device.pollStart();
    timer().expire();
@@ -70,7 +70,7 @@ TEST_F( PollDeviceTest, EachExpiryPollsOnceAndThenArmsTheSamePeriod ) {
    EXPECT_TRUE( TestHost::traced( 6, "pollCallbackWrapper" ) );
 }
 
-TEST_F( PollDeviceTest, AHostThatDoesNotArmIsTracedAndLeavesTheStateAlone ) {
+TEST_F( PollDeviceTest, AFailedArmIsTracedAndKeepsTheState ) {
    device.pollInterval = 250;
    TestHost::armsTimers = false;
    EXPECT_FALSE( device.pollStart() );
@@ -87,12 +87,12 @@ TEST_F( PollDeviceTest, AFailedRearmEndsThePollingUntilItIsReset ) {
    EXPECT_TRUE( device.running );
    TestHost::armsTimers = true;
    EXPECT_TRUE( device.pollStart() );
-   EXPECT_FALSE( timer().armed ); // it believes that it runs
+   EXPECT_FALSE( timer().armed ); // `running` is still true
    EXPECT_TRUE( device.pollReset() );
    EXPECT_TRUE( timer().armed );
 }
 
-TEST_F( PollDeviceTest, AHostThatDoesNotCancelIsTracedAndItRunsOn ) {
+TEST_F( PollDeviceTest, AFailedCancelIsTracedAndPollingContinues ) {
    device.pollInterval = 250;
    device.pollStart();
    TestHost::cancelsTimers = false;

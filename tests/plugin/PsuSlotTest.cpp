@@ -43,7 +43,7 @@ class PsuSlotTest : public PluginFixture {
            read( 0x9E, static_cast<unsigned>( serial.size() + 1 ) )
               .answers( counted( serial ) ) } );
    }
-   // An IPMI product info area at 8 bytes times offset.
+   // An IPMI product info area at byte 8 * offset.
    void expectIpmiSupply( uint8_t offset, const std::string &model, const std::string &serial ) {
       const std::string maker = "ACME", part = "P-1", version = "02";
       unsigned at = offset * 8u + 3;
@@ -61,7 +61,7 @@ class PsuSlotTest : public PluginFixture {
          at += 1 + static_cast<unsigned>( text.size() );
       }
    }
-   // The line that the slot hands out now; empty, with its status, when there is none.
+   // The description line that the slot returns now, or an empty text and its status.
    std::string present( Component::LogicalDevice::Slot &s ) {
       free( fdl );
       fdl = nullptr;
@@ -87,7 +87,7 @@ TEST_F( PsuSlotTest, IdentifiesAPmbusSupplyByLengthThenBlock ) {
    EXPECT_FALSE( TestHost::traced( 0, "Invalid identification type: 'pmbus'" ) );
 }
 
-TEST_F( PsuSlotTest, TheBaysCountFromZero ) {
+TEST_F( PsuSlotTest, BayIdsAreZeroBased ) {
    for ( const auto &[id, index] : { std::pair{ "1", 0 }, { "2", 1 } } ) {
       Drivers::DriverArgs args;
       args.driverArgs = { { "psuId", id } };
@@ -116,7 +116,7 @@ TEST_F( PsuSlotTest, ABlockLengthOf255IsReadWithALengthOfZero ) {
    EXPECT_EQ( status, 1 );
 }
 
-TEST_F( PsuSlotTest, AnEmptyModelOrSerialIsNoSupply ) {
+TEST_F( PsuSlotTest, AnEmptyModelOrSerialMeansNoSupply ) {
    auto bay = known( "pmbus" );
    expectPmbusSupply( "", "SN42" );
    EXPECT_EQ( present( *bay ), "" );
@@ -128,7 +128,7 @@ TEST_F( PsuSlotTest, AnEmptyModelOrSerialIsNoSupply ) {
    EXPECT_EQ( present( *bay ), "" );
 }
 
-TEST_F( PsuSlotTest, TheSameSupplyIsAnsweredFromTheCacheInANewAllocation ) {
+TEST_F( PsuSlotTest, TheSameSupplyGetsACopyOfTheCachedLine ) {
    auto bay = known( "pmbus" );
    expectPmbusSupply( "PWR-A", "SN42" );
    EXPECT_EQ( present( *bay ), "a SN42" );
@@ -151,7 +151,7 @@ TEST_F( PsuSlotTest, ASwapIsNoticedByItsSerial ) {
    EXPECT_EQ( present( *bay ), "a SN43" );
 }
 
-TEST_F( PsuSlotTest, EveryFailureEmptiesTheCache ) {
+TEST_F( PsuSlotTest, EveryFailureClearsTheCache ) {
    auto bay = known( "pmbus" );
    for ( int failing : { 0, 1, 2 } ) {
       expectPmbusSupply( "PWR-A", "SN42" );
@@ -202,7 +202,7 @@ TEST_F( PsuSlotTest, ModelsAreNumberedWithoutAGap ) {
    EXPECT_EQ( present( *bay ), "a SN42" );
 }
 
-TEST_F( PsuSlotTest, OfAModelThatIsListedTwiceTheLaterTemplateCounts ) {
+TEST_F( PsuSlotTest, TheLaterTemplateOfAModelWins ) {
    auto bay = slot( { { "identificationType", "pmbus" },
                       { "model_1", "M" },
                       { "psuFdl_1", "early {serialNum}" },
@@ -252,7 +252,7 @@ TEST_F( PsuSlotTest, AFieldThatIsNotAsciiStopsTheProcess ) {
                                               "(8-bit ASCII)\"' failed" ) ) );
 }
 
-TEST_F( PsuSlotTest, ASlotWantsABayNumberAndATemplateForEveryModel ) {
+TEST_F( PsuSlotTest, ASlotNeedsABayNumberAndATemplateForEveryModel ) {
    Drivers::DriverArgs args;
    EXPECT_EQ( driver.newSlot( args ), nullptr );
    EXPECT_TRUE( TestHost::traced( 0, "Error: expected 'psuId' in slot driverArgs" ) );
@@ -263,7 +263,7 @@ TEST_F( PsuSlotTest, ASlotWantsABayNumberAndATemplateForEveryModel ) {
       ::testing::HasSubstr( "Assertion `slotArgs_.find( psuFdlKey ) != slotArgs_.end()' failed" ) );
 }
 
-TEST_F( PsuSlotTest, TheDriverSpeaksTheSupplyDriversWords ) {
+TEST_F( PsuSlotTest, ItsCreationIsTracedWithTheTextOfThePmbusDriver ) {
    Drivers::DriverArgs args;
    std::unique_ptr<Component::HardwareDevice> device( PsuSlot::create( args, nullptr ) );
    EXPECT_TRUE( TestHost::traced( 0, "Creating Pmbus Device" ) );

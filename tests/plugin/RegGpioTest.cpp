@@ -33,19 +33,19 @@ TEST_F( RegGpioTest, ReadsItsBit ) {
    EXPECT_EQ( value, 0u );
 }
 
-TEST_F( RegGpioTest, AFailedReadLeavesTheOutputAlone ) {
+TEST_F( RegGpioTest, AFailedReadKeepsTheOutput ) {
    ham.expectBatch( { read8( 16 ).fails( 6 ) } );
    EXPECT_EQ( gpio.bitRead( &value ), 6 );
    EXPECT_EQ( value, 7u );
 }
 
-TEST_F( RegGpioTest, SetsItsBitInASecondBatchAndLeavesTheOthersAsRead ) {
+TEST_F( RegGpioTest, SetsItsBitInASecondBatchAndKeepsTheOtherBits ) {
    ham.expectBatch( { read8( 16 ).answers( { 0x81 } ) } );
    ham.expectBatch( { write8( 16, 0x89 ) } );
    EXPECT_EQ( gpio.bitSet(), PL_STATUS_OK );
 }
 
-TEST_F( RegGpioTest, ClearsItsBitInASecondBatchAndLeavesTheOthersAsRead ) {
+TEST_F( RegGpioTest, ClearsItsBitInASecondBatchAndKeepsTheOtherBits ) {
    ham.expectBatch( { read8( 16 ).answers( { 0x89 } ) } );
    ham.expectBatch( { write8( 16, 0x81 ) } );
    EXPECT_EQ( gpio.bitClear(), PL_STATUS_OK );
@@ -61,7 +61,7 @@ TEST_F( RegGpioTest, WritesNothingAfterAFailedRead ) {
    EXPECT_EQ( gpio.bitClear(), 6 );
 }
 
-TEST_F( RegGpioTest, HandsTheStatusOfAFailedWriteUp ) {
+TEST_F( RegGpioTest, ReturnsTheStatusOfAFailedWrite ) {
    ham.expectBatch( { read8( 16 ).answers( { 0 } ) } );
    ham.expectBatch( { write8( 16, 0x08 ).fails( 6 ) } );
    EXPECT_EQ( gpio.bitSet(), 6 );
@@ -76,7 +76,7 @@ TEST_F( RegGpioTest, AWriteOnlyRegisterIsNotRead ) {
    EXPECT_EQ( gpio.bitClear(), PL_STATUS_OK );
 }
 
-TEST_F( RegGpioTest, ClearsWithAMaskThatCountsBitsModulo32 ) {
+TEST_F( RegGpioTest, ClearsWithABitPositionModulo32 ) {
    RegGpio wrapped( &device, bitOf( "1", "35" ) );
    ham.expectBatch( { read8( 1 ).answers( { 0xFF } ) } );
    ham.expectBatch( { write8( 1, 0xF7 ) } );
@@ -89,7 +89,7 @@ TEST_F( RegGpioTest, ClearsWithAMaskThatCountsBitsModulo32 ) {
 
 TEST_F( RegGpioTest, RegisterAndBitAreDecimal ) {
    RegGpio hex( &device, bitOf( "0x10", "3" ) );
-   EXPECT_EQ( hex.reg, 0 ); // the number ends at the x
+   EXPECT_EQ( hex.reg, 0 ); // the number stops before the x
    EXPECT_EQ( gpio.reg, 16 );
    EXPECT_EQ( gpio.bitpos, 3 );
    EXPECT_THROW( RegGpio( &device, bitOf( "x", "3" ) ), std::invalid_argument );
@@ -107,7 +107,7 @@ TEST_F( RegGpioTest, AMissingArgumentStopsTheProcess ) {
    EXPECT_DEATH( RegGpio( &device, args ), complaint );
 }
 
-TEST_F( RegGpioTest, AHostReachesTheLineThroughItsRecord ) {
+TEST_F( RegGpioTest, AHostUsesTheLineThroughItsRecord ) {
    const pl_gpio_ops &ops = *gpio.record_.ops;
    EXPECT_EQ( ops.size, sizeof( pl_gpio_ops ) );
    ham.expectBatch( { read8( 16 ).answers( { 0 } ) } );
@@ -124,14 +124,14 @@ TEST_F( RegGpioTest, AHostReachesTheLineThroughItsRecord ) {
    EXPECT_EQ( value, 1u );
 }
 
-TEST_F( RegGpioTest, TheHostsFlagLiesRightBehindTheRecord ) {
+TEST_F( RegGpioTest, TheHostsFlagFollowsTheRecord ) {
    const auto *record = reinterpret_cast<const char *>( &gpio.record_ );
    EXPECT_EQ( reinterpret_cast<const char *>( &gpio.hostFlag_ ) - record,
               static_cast<ptrdiff_t>( sizeof( pl_gpio ) ) );
    EXPECT_FALSE( gpio.hostFlag_ );
 }
 
-TEST_F( RegGpioTest, AnyHardwareDeviceMakesThem ) {
+TEST_F( RegGpioTest, AnyHardwareDeviceMakesRegisterGpios ) {
    connect( i2cTopology( "{'did':1}" ) );
    const char *document = json( "{'did':1,'driver':'Dummy','address':{'address':72},"
                                 "'driverArgs':{'register':'16','bitpos':'3'}}" );

@@ -1,4 +1,4 @@
-// A host that has symbols of its own under the names that the plug-in has, in the program itself,
+// A host whose own symbols have the same names as symbols of the plug-in. They are in the program,
 // where the dynamic linker looks first.
 #include "pl.h"
 
@@ -13,7 +13,7 @@
 #include <cstdlib>
 #include <string>
 
-// What the plug-in exports, in C and in C++.
+// Symbols that the plug-in exports, C and C++.
 extern "C" {
 int ops[4] = { 1, 2, 3, 4 };
 pl_fan *pl_fan_add( const char * ) { return nullptr; }
@@ -29,10 +29,10 @@ int orbisLibraryInit( const char *, const char *, int ) { return ++initCalls, 77
 int plSockInit( const char *, int ) { return ++initCalls, 78; }
 pl_status pl_system_poweroff( pl_system * ) { return PL_STATUS_UNSUPPORTED; }
 
-// The plug-in's objects live to the end of the process.
+// The plug-in never deletes its objects.
 extern "C" const char *__lsan_default_suppressions() { return "leak:libOrbisDriversKelt"; }
 
-// What it keeps to itself, and names that libraries have in common.
+// Symbols that the plug-in hides, and names that many libraries use.
 void *_plSock = nullptr;
 namespace Topology {
 long _topology = 5;
@@ -72,9 +72,9 @@ class SameNamesHostTest : public ::testing::Test {
    void *plugin = nullptr;
 };
 
-TEST_F( SameNamesHostTest, NeitherDisturbsThePlugInNorIsDisturbed ) {
+TEST_F( SameNamesHostTest, HostAndPlugInUseTheirOwnSymbols ) {
    ASSERT_NE( plugin, nullptr ) << dlerror();
-   // The way from the entry point to the loaded topology stays in the plug-in.
+   // From the entry point to the loaded topology, only functions of the plug-in run.
    EXPECT_EQ( symbol<decltype( pl_system_init )>( "pl_system_init" )( "[]" ), PL_STATUS_OK );
    EXPECT_EQ( symbol<decltype( pl_system_init )>( "pl_system_init" )( "[" ), 3 );
    EXPECT_EQ( initCalls, 0 );
@@ -93,8 +93,8 @@ TEST_F( SameNamesHostTest, NeitherDisturbsThePlugInNorIsDisturbed ) {
    EXPECT_EQ( Drivers::drivers, 6 );
 }
 
-// A composite adds its parts through the plug-in's own entry point.
-TEST_F( SameNamesHostTest, APartOfACompositeIsAddedByThePlugInItself ) {
+// A composite adds its parts with the entry point of the plug-in.
+TEST_F( SameNamesHostTest, ThePlugInAddsAPartOfACompositeItself ) {
    ASSERT_NE( plugin, nullptr ) << dlerror();
    symbol<decltype( pl_fan_init )>( "pl_fan_init" )( "[]" );
    const char *const composite =

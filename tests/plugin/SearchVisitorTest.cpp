@@ -1,4 +1,4 @@
-// Finding the access method for a component or device.
+// Finds the access method for a component or a device.
 #include "OrbisGeneric/Ham/SearchVisitor.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/Ham.h"
@@ -27,7 +27,7 @@ class SearchVisitorTest : public PluginFixture {
    }
 };
 
-TEST_F( SearchVisitorTest, AComponentIsMatchedWhateverDeviceIsAskedForTheFirstInWalkOrder ) {
+TEST_F( SearchVisitorTest, TheFirstComponentOfTheWalkIsFoundInAnyDevice ) {
    const auto found = search( 500, 99 );
    ASSERT_TRUE( found.found );
    EXPECT_EQ( found.device->did, 50u );
@@ -45,7 +45,7 @@ TEST_F( SearchVisitorTest, WithoutAComponentTheDeviceIsMatched ) {
    EXPECT_FALSE( search( Drivers::noComponent, 99 ).found );
 }
 
-TEST_F( SearchVisitorTest, PassesByACelesticaMedium ) {
+TEST_F( SearchVisitorTest, ContinuesAfterACelesticaMedium ) {
    load( "[{'type':'Celestica','ham':'first'},"
          "{'type':'I2C','ham':'second','bus':{'id':7,'devices':[{'did':52}]}}]" );
    EXPECT_EQ( search( Drivers::noComponent, 52 ).ham, "second" );

@@ -21,7 +21,7 @@ class SmbusProxyTest : public PluginFixture {
    unsigned length = 77;
 };
 
-// Each is one batch of one transfer, without packet error checking.
+// Each is a batch of one transfer, without packet error checking.
 TEST_F( SmbusProxyTest, ReadsBytesAndWords ) {
    ham.expectBatch( { recvByte().answers( { 0x11 } ) } );
    EXPECT_EQ( ops.receive_byte( record, &byte ), PL_STATUS_OK );
@@ -51,7 +51,7 @@ TEST_F( SmbusProxyTest, Writes ) {
    EXPECT_EQ( ops.i2c_block_write( record, 0x37, data, 2 ), PL_STATUS_OK );
 }
 
-TEST_F( SmbusProxyTest, ABlockReadCopiesWhateverTheDeviceSends ) {
+TEST_F( SmbusProxyTest, ABlockReadCopiesAllBytesOfTheDevice ) {
    ham.expectBatch( { readBlock( 0x40 ).answers( { 1, 2, 3, 4, 5 } ) } );
    EXPECT_EQ( ops.block_read( record, 0x40, buffer, &length ), PL_STATUS_OK );
    EXPECT_EQ( length, 5u );
@@ -59,21 +59,21 @@ TEST_F( SmbusProxyTest, ABlockReadCopiesWhateverTheDeviceSends ) {
    EXPECT_EQ( buffer[5], 9 );
 }
 
-TEST_F( SmbusProxyTest, AFailedBlockReadHasNoBytes ) {
+TEST_F( SmbusProxyTest, AFailedBlockReadReturnsALengthOfZero ) {
    ham.expectBatch( { readBlock( 0x40 ).fails( 6 ) } );
    EXPECT_EQ( ops.block_read( record, 0x40, buffer, &length ), 6 );
    EXPECT_EQ( length, 0u );
    EXPECT_EQ( buffer[0], 9 );
 }
 
-TEST_F( SmbusProxyTest, AnI2CBlockReadOfExactlyTheBytesAskedForIsCopied ) {
+TEST_F( SmbusProxyTest, AnI2CBlockReadOfTheRequestedLengthIsCopied ) {
    ham.expectBatch( { read( 0x50, 4 ).answers( { 1, 2, 3, 4 } ) } );
    EXPECT_EQ( ops.i2c_block_read( record, 0x50, buffer, 4 ), PL_STATUS_OK );
    EXPECT_EQ( buffer[3], 4 );
    EXPECT_EQ( buffer[4], 9 );
 }
 
-TEST_F( SmbusProxyTest, AnI2CBlockReadOfAnotherLengthIs4AndCopiesNothing ) {
+TEST_F( SmbusProxyTest, AnI2CBlockReadOfAnotherLengthReturns4AndCopiesNothing ) {
    ham.expectBatch( { read( 0x50, 4 ).answers( { 1, 2, 3 } ) } );
    EXPECT_EQ( ops.i2c_block_read( record, 0x50, buffer, 4 ), 4 );
    EXPECT_EQ( buffer[0], 9 );
@@ -81,7 +81,7 @@ TEST_F( SmbusProxyTest, AnI2CBlockReadOfAnotherLengthIs4AndCopiesNothing ) {
    EXPECT_EQ( ops.i2c_block_read( record, 0x50, buffer, 4 ), 4 );
 }
 
-TEST_F( SmbusProxyTest, ABusFailureIsHandedUpAndLeavesTheOutputAlone ) {
+TEST_F( SmbusProxyTest, ABusFailureIsReturnedAndKeepsTheOutput ) {
    ham.expectBatch( { recvByte().fails( 6 ) } );
    EXPECT_EQ( ops.receive_byte( record, &byte ), 6 );
    ham.expectBatch( { read8( 1 ).fails( 4 ) } );
@@ -96,7 +96,7 @@ TEST_F( SmbusProxyTest, ABusFailureIsHandedUpAndLeavesTheOutputAlone ) {
    EXPECT_EQ( word, 0x5A5A );
 }
 
-TEST_F( SmbusProxyTest, QuickCommandAndBlockProcessCallAreNotProvided ) {
+TEST_F( SmbusProxyTest, QuickCommandAndBlockProcessCallAreNotSupported ) {
    EXPECT_THROW( ops.quick_command( record, 1 ), NotImplementedException );
    EXPECT_THROW( ops.block_process_call( record, 1, buffer, 1, buffer, &byte ),
                  NotImplementedException );
@@ -125,7 +125,7 @@ TEST_F( SmbusProxyTest, EveryCallbackTracesItsName ) {
                 [&] { ops.block_process_call( bareRecord, 1, buffer, 1, buffer, &byte ); } );
 }
 
-// A driver's own versions of what the proxy driver doesn't provide.
+// A driver with the operations that the proxy driver does not support.
 struct WholeProxy : Component::LogicalDevice::SmbusProxy {
    pl_status quickCommand( int bit ) override { return bit ? PL_STATUS_UNSUPPORTED : PL_STATUS_OK; }
    pl_status blockProcessCall( uint8_t command, const uint8_t *buf, uint8_t n, uint8_t *out,
@@ -137,7 +137,7 @@ struct WholeProxy : Component::LogicalDevice::SmbusProxy {
    }
 };
 
-TEST_F( SmbusProxyTest, QuickCommandAndBlockProcessCallAreHandedOnWhereADriverHasThem ) {
+TEST_F( SmbusProxyTest, ADriverCanSupportQuickCommandAndBlockProcessCall ) {
    WholeProxy whole;
    EXPECT_EQ( ops.quick_command( &whole.record_, 1 ), PL_STATUS_UNSUPPORTED );
    EXPECT_EQ( ops.quick_command( &whole.record_, 0 ), PL_STATUS_OK );
@@ -149,8 +149,8 @@ TEST_F( SmbusProxyTest, QuickCommandAndBlockProcessCallAreHandedOnWhereADriverHa
    EXPECT_EQ( buffer[2], 0x77 );
 }
 
-// Every operation that no driver provides names itself.
-TEST( BareProxyTest, ProvidesNothing ) {
+// The exception of an unsupported operation contains the name of the operation.
+TEST( BareProxyTest, SupportsNoOperation ) {
    Component::LogicalDevice::SmbusProxy proxy;
    uint8_t byte;
    uint16_t word;

@@ -1,5 +1,5 @@
-// In a steady state a batch costs the plug-in no allocation: requests, mux selections and answers
-// live in elements that the first batches made.
+// After the first batches, a batch allocates no memory in the plug-in: requests, mux selections and
+// answers use the elements of earlier batches again.
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 #include "support/PluginFixture.h"
@@ -41,7 +41,7 @@ class SteadyStateAllocationTest : public PluginFixture {
       EXPECT_TRUE(
          args.parseJSON( json( "{'did':20,'driver':'Dummy','address':{'address':72}}" ) ) );
       ham = static_cast<Ham::OrbisSmbusHam *>( Ham::createHam( args ) );
-      // The answer is the socket library's: its allocations don't count.
+      // The socket library allocates the answer, so it is not counted.
       FakeServer::answer = []( Smbus::TransactionRequest *request, auto **response ) {
          const bool was = counting;
          counting = false;
@@ -54,7 +54,7 @@ class SteadyStateAllocationTest : public PluginFixture {
    }
    long allocationsOf( int batches ) {
       allocations = 0;
-      TestHost::keepsTraces = false; // their texts are the host's
+      TestHost::keepsTraces = false; // the host allocates their texts
       FakeServer::keepsRequests = false;
       for ( int i = 0; i < batches; ++i ) {
          counting = true;
@@ -72,7 +72,7 @@ class SteadyStateAllocationTest : public PluginFixture {
 };
 
 TEST_F( SteadyStateAllocationTest, ABatchAllocatesNothing ) {
-   EXPECT_GT( allocationsOf( 2 ), 0 ); // the counter counts
+   EXPECT_GT( allocationsOf( 2 ), 0 ); // proves that the counter works
    EXPECT_EQ( allocationsOf( 1000 ), 0 );
 }
 

@@ -22,13 +22,13 @@ TEST_F( TopologyLoadTest, AnEmptyArrayHasNoMedia ) {
    EXPECT_TRUE( _topology->media.empty() );
 }
 
-TEST_F( TopologyLoadTest, NoTextIsNotWhatWasLoadedBeforeAnythingWas ) {
+TEST_F( TopologyLoadTest, AnEmptyTextIsASyntaxErrorEvenAtTheFirstLoad ) {
    EXPECT_EQ( Topology::loadTopology( "" ), 3 );
    EXPECT_TRUE(
       TestHost::traced( 2, "failed to load topology from json: The document is empty. offset 0" ) );
 }
 
-TEST_F( TopologyLoadTest, ABussIdIsReadSignedAndKeptUnsigned ) {
+TEST_F( TopologyLoadTest, ABusIdIsReadSignedAndStoredUnsigned ) {
    load( "[{'type':'I2C','ham':'C','bus':{'id':-1}}]" );
    EXPECT_EQ( firstBus().id, 0xFFFFFFFFu );
    EXPECT_DEATH( load( "[{'type':'I2C','ham':'C','bus':{'id':3000000000}}]" ), "Assertion" );
@@ -91,7 +91,7 @@ TEST_F( TopologyLoadTest, AnotherTextReplacesTreeAndLabels ) {
    EXPECT_TRUE( TestHost::traced( 2, "loading topology json" ) );
 }
 
-TEST_F( TopologyLoadTest, ASyntaxErrorReturns3AndLeavesTreeAndTextInPlace ) {
+TEST_F( TopologyLoadTest, ASyntaxErrorReturns3AndKeepsTreeAndText ) {
    load( "[]" );
    const auto *tree = _topology.get();
    EXPECT_EQ( Topology::loadTopology( "[ 1, " ), 3 );
@@ -101,7 +101,7 @@ TEST_F( TopologyLoadTest, ASyntaxErrorReturns3AndLeavesTreeAndTextInPlace ) {
    EXPECT_EQ( Topology::_topology_json, "[]" );
 }
 
-TEST_F( TopologyLoadTest, OfTwoDevicesLabelledAlikeTheLabelNamesTheLater ) {
+TEST_F( TopologyLoadTest, TheLaterOfTwoDevicesWithOneLabelWins ) {
    load( i2cTopology( "{'did':1,'label':'Same'},{'did':2,'label':'Same'}" ) );
    EXPECT_EQ( Topology::getDeviceByLabel( "Same" )->did, 2u );
 }
@@ -114,7 +114,7 @@ TEST_F( TopologyLoadTest, AMuxKeepsTheLaterOfTwoBussesWithOneId ) {
    EXPECT_EQ( mux.busses.at( 4 )->devices.at( 0 )->did, 11u );
 }
 
-TEST_F( TopologyLoadTest, ADeviceThatNamesADriverCarriesItsArguments ) {
+TEST_F( TopologyLoadTest, ADeviceWithADriverHasItsArguments ) {
    load( i2cTopology( "{'did':1,'driver':'LM75','address':{'address':72}}" ) );
    ASSERT_NE( firstBus().devices[0]->args, nullptr );
    EXPECT_EQ( firstBus().devices[0]->args->driver, "LM75" );
@@ -129,7 +129,7 @@ TEST_F( TopologyLoadTest, UnknownKeysAreIgnored ) {
 
 struct BadTopology {
    std::string text;
-   std::string assertion; // what the failed condition says; special characters stand for themselves
+   std::string assertion; // text of the failed condition, not a regular expression
 };
 
 std::ostream &operator<<( std::ostream &out, const BadTopology &bad ) { return out << bad.text; }
@@ -209,7 +209,7 @@ class AddressTest : public PluginFixture {
    }
 };
 
-TEST_F( AddressTest, DefaultsToAnAddressSizeOfOneAndNothingElse ) {
+TEST_F( AddressTest, OnlyTheAddressSizeHasADefaultOfOne ) {
    const AhamAddress address = fill( "{'address':72}" );
    EXPECT_EQ( address.offset, 0u );
    EXPECT_EQ( address.address, 72u );

@@ -3,7 +3,7 @@
 
 namespace {
 
-// Writes down every visit; answers false at the nodes it is told to stop at.
+// Records every visit. Returns false at the nodes where the walk is to stop.
 class Recorder : public Topology::TopologyVisitor {
  public:
    explicit Recorder( std::string stopAt = "" ) : stopAt_( std::move( stopAt ) ) {}
@@ -58,7 +58,7 @@ TEST_F( TopologyWalkTest, VisitsEveryNodeAfterItsDescendantsDevicesBeforeMuxesId
               "accel4 celestica0 topology0" );
 }
 
-TEST_F( TopologyWalkTest, AStopAtAComponentVisitsEveryAncestorOnceAndNoSibling ) {
+TEST_F( TopologyWalkTest, AStopAtAComponentVisitsOnlyItsAncestorsOnceEach ) {
    Recorder recorder( "component60" );
    EXPECT_FALSE( walk( recorder ) );
    EXPECT_EQ( recorder.path, "device3 component60 device6 bus2 mux3 bus10 accel1 scd9 topology0" );
@@ -82,17 +82,17 @@ TEST_F( TopologyWalkTest, AStopBelowACelesticaMediumEndsAtTheTopology ) {
    EXPECT_TRUE( recorder.path.ends_with( "device41 bus40 accel4 celestica0 topology0" ) );
 }
 
-TEST_F( TopologyWalkTest, AWalkThatFindsNothingReturnsTheTopologysOwnAnswer ) {
+TEST_F( TopologyWalkTest, AWalkWithoutAStopReturnsTheTopologysResult ) {
    Recorder recorder( "topology0" );
    EXPECT_FALSE( walk( recorder ) );
 }
 
-TEST_F( TopologyWalkTest, AVisitorThatOverridesNothingGoesOnEverywhere ) {
+TEST_F( TopologyWalkTest, AVisitorWithoutOverridesNeverStops ) {
    Topology::TopologyVisitor visitor;
    EXPECT_TRUE( Topology::_topology->accept( &visitor ) );
 }
 
-TEST_F( TopologyWalkTest, FindsTheDeviceThatItMeetsFirst ) {
+TEST_F( TopologyWalkTest, FindsTheFirstDeviceOfTheWalk ) {
    TestHost::traces.clear();
    const auto *device = Topology::findDevice( 7 );
    ASSERT_NE( device, nullptr );
@@ -108,7 +108,7 @@ TEST_F( TopologyWalkTest, FindsDevicesBeforeThoseBehindTheMuxesOfTheirBus ) {
    EXPECT_EQ( Topology::findDevice( 3 ), i2c.bus->devices[1].get() );
 }
 
-TEST_F( TopologyWalkTest, ASearchSaysWhetherAndWhatItFound ) {
+TEST_F( TopologyWalkTest, ASearchReportsItsResult ) {
    Topology::SearchDeviceVisitor search( 7 ), other( 99 );
    walk( search );
    EXPECT_TRUE( search.found );
@@ -122,7 +122,7 @@ TEST_F( TopologyWalkTest, FindsNothingForAnIdThatIsNotInTheTree ) {
    EXPECT_EQ( Topology::findDevice( 99 ), nullptr );
 }
 
-TEST_F( TopologyWalkTest, ALabelThatIsUnknownOrEmptyOrOfAnotherCaseNamesNothing ) {
+TEST_F( TopologyWalkTest, AnUnknownOrEmptyLabelOrOneOfAnotherCaseFindsNothing ) {
    load( i2cTopology( "{'did':1,'label':'Cpld'}" ) );
    EXPECT_EQ( Topology::getDeviceByLabel( "Cpld" )->did, 1u );
    EXPECT_EQ( Topology::getDeviceByLabel( "cpld" ), nullptr );
@@ -130,7 +130,7 @@ TEST_F( TopologyWalkTest, ALabelThatIsUnknownOrEmptyOrOfAnotherCaseNamesNothing 
    EXPECT_EQ( Topology::getDeviceByLabel( "" ), nullptr );
 }
 
-TEST_F( TopologyWalkTest, ADeviceObjectBeginsWithABraceAndNothingBeforeIt ) {
+TEST_F( TopologyWalkTest, ADeviceObjectStartsWithABrace ) {
    EXPECT_TRUE( Topology::isDeviceObject( "{" ) );
    EXPECT_FALSE( Topology::isDeviceObject( " {" ) );
    EXPECT_FALSE( Topology::isDeviceObject( "Cpld" ) );

@@ -90,7 +90,7 @@ int PLSocket::sendRequestWait( Smbus::TransactionRequest *request,
 
 } // namespace PlatformLibrary
 
-// The linker is told to send the plug-in's calls of sleep here.
+// --wrap of the linker sends the plug-in's calls of sleep here.
 extern "C" unsigned __wrap_sleep( unsigned seconds ) {
    FakeServer::secondsSlept += seconds;
    return 0;

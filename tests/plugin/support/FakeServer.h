@@ -1,4 +1,4 @@
-// Stands in PLSocket's place: what the plug-in sends is kept, what it gets back is the test's word.
+// Replaces PLSocket: keeps the requests of the plug-in and returns the answers that a test sets.
 #pragma once
 
 #include "OrbisUtil/Smbus.pb.h"
@@ -10,27 +10,27 @@
 
 namespace FakeServer {
 
-// Each set-up fails while this is above 0, and counts it down.
+// The number of set-ups that fail from now on.
 extern int failingSetups;
-// What a socket's members are after a failed set-up.
+// The members of a socket after a failed set-up.
 extern int failedDescriptor;
 extern pl_fd_watcher_handle failedWatcher;
 extern int setups, socketsMade, socketsReleased;
-extern unsigned secondsSlept; // in sleep(), which takes no time here
+extern unsigned secondsSlept; // in sleep(), which returns at once here
 
 extern std::vector<Smbus::TransactionRequest> received;
 extern bool keepsRequests;
-// The data of each answer's responses; one empty response a request when the test says nothing.
+// The data of the responses of each answer. By default: one empty response for each request.
 extern std::function<int( Smbus::TransactionRequest *, Smbus::TransactionResponse ** )> answer;
 
 void reset();
 
-// Answers with these data, one a response.
+// Answers with these data, one for each response.
 void answersWith( std::vector<std::string> data );
 
-// One request in words: "write 0x70 reg 0x1 bus 2 accel 1 scd pci 4 len 0" and so on.
+// One request as text: "write 0x70 reg 0x1 bus 2 accel 1 scd pci 4 len 0" and so on.
 std::string inWords( const Smbus::Request &request );
-// The last transaction, a request a line.
+// The last transaction, one request per line.
 std::vector<std::string> lastInWords();
 
 } // namespace FakeServer

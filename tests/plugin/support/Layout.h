@@ -1,5 +1,5 @@
-// Where a class has its fields: their order in every ABI, and in the 32-bit one their offsets, on
-// which hosts and drivers compiled apart from the plug-in rely.
+// Checks the fields of a class: their order in every ABI, and their offsets in the 32-bit ABI.
+// Hosts and drivers that are compiled separately rely on them.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@ struct Field {
    size_t in32Bit;
 };
 
-// Of a field that the class, or a base of it, has. The object needn't be made for that, so that the
-// class may be an abstract one.
+// The offset of a field of the class or of a base class. No object is made, so the class may be
+// abstract.
 template <class Class, class Base, class Type>
 size_t offsetOf( Type Base::*field ) {
    alignas( Class ) static std::byte storage[sizeof( Class )];
@@ -22,11 +22,11 @@ size_t offsetOf( Type Base::*field ) {
    return static_cast<size_t>( reinterpret_cast<std::byte *>( &( object->*field ) ) - storage );
 }
 
-// #field of Class, and its offset in the 32-bit ABI.
+// A field of Class and its offset in the 32-bit ABI.
 #define FIELD( Class, field, in32Bit )                                                             \
    Field { #Class "::" #field, offsetOf < Class>( &Class::field ), in32Bit }
 
-// The fields in their order.
+// Checks the fields, which are given in their order.
 inline void expectLayout( const std::vector<Field> &fields ) {
    const Field *before = nullptr;
    for ( const Field &field : fields ) {
@@ -40,8 +40,8 @@ inline void expectLayout( const std::vector<Field> &fields ) {
    }
 }
 
-// Lets a test see a field that is not public: REVEAL( Name, Class::field ) at namespace scope, then
-// REVEALED( Class, Name, in32Bit ) as one of the fields.
+// Gives a test access to a field that is not public: REVEAL( Name, Class::field ) at namespace
+// scope, then REVEALED( Class, Name, in32Bit ) in the list of fields.
 template <class Name, auto field>
 struct Reveal {
    friend constexpr auto revealed( Name ) { return field; }

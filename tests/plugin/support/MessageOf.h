@@ -1,4 +1,4 @@
-// What a call says that throws.
+// The message of the exception that a call throws.
 #pragma once
 
 #include <exception>

@@ -1,4 +1,4 @@
-// Logical objects that write down which of their operations was called, and with what.
+// Logical objects that record the last call and its arguments.
 #pragma once
 
 #include "OrbisGeneric/Components/Fan.h"
@@ -19,7 +19,7 @@ namespace Logical = Component::LogicalDevice;
 
 // The last call.
 inline std::string called;
-// The status is not PL_STATUS_OK, so that it is seen when the result is dropped on the way.
+// Not PL_STATUS_OK, so that a test notices when the status does not reach the caller.
 inline pl_status note( std::string call ) {
    called = std::move( call );
    return PL_STATUS_DEVICE_FAULT;

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <list>
 
-// What lives to the end of a process by design, and is out of reach in a test that starts afresh.
+// Objects that are never deleted by design. A test that starts again loses the pointers to them.
 extern "C" const char *__lsan_default_suppressions() {
    return "leak:Component::HardwareDevice::create\n"
           "leak:Component::MultiDevice::create\n"

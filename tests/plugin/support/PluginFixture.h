@@ -1,4 +1,4 @@
-// A fixture with the plug-in as it is when a host has just loaded it.
+// A fixture with the plug-in in the state right after a host has loaded it.
 #pragma once
 
 #include "OrbisGeneric/Components/Device.h"
@@ -12,13 +12,13 @@ class PluginFixture : public ::testing::Test {
    PluginFixture();
    ~PluginFixture() override;
 
-   // Loads a topology whose text is given with ' for ".
+   // Loads a topology. The text has ' in place of ".
    static void load( std::string topology );
-   // Text with ' for ", kept until the process ends as a host keeps it.
+   // Replaces ' by " and keeps the text until the process ends, as a host does.
    static const char *json( std::string text );
-   // Brings the plug-in into working order: connected, this topology loaded.
+   // Connects the plug-in and loads this topology.
    static void connect( std::string topology );
 };
 
-// An I2C bus 0 whose devices are these objects.
+// The topology of an I2C bus 0 with these devices.
 std::string i2cTopology( const std::string &devices );

@@ -156,7 +156,7 @@ uint16_t ScriptedHam::get16( ResponseId id ) {
    return static_cast<uint16_t>( bytes[0] | bytes[1] << 8 );
 }
 
-// As long as the device's answer, whatever was asked for.
+// Returns the whole answer of the device and ignores the length.
 std::string ScriptedHam::getBlock( ResponseId id, unsigned ) {
    const Bytes bytes = fetch( id, id < script_.size() ? script_[id].answer.size() : 1 );
    return std::string( bytes.begin(), bytes.end() );

@@ -1,5 +1,5 @@
-// An access method that a driver's test scripts: the batches it expects, transfer by transfer, with
-// the answers. Whatever comes otherwise fails the test, and so does a batch that never comes.
+// An access method for driver tests. The test gives the expected batches, their transfers and the
+// answers. A different, an unexpected or a missing batch fails the test.
 #pragma once
 
 #include "OrbisGeneric/Ham/Ham.h"
@@ -11,7 +11,7 @@
 
 using Bytes = std::vector<uint8_t>;
 
-// One transfer, wanted or seen.
+// One transfer, expected or seen.
 struct Transfer {
    std::string kind{}; // "read8", "write16", ...
    unsigned reg = 0;
@@ -24,7 +24,7 @@ struct Transfer {
    Transfer answers( Bytes bytes ) const;
    Transfer carries( Bytes bytes ) const;
    Transfer withPec() const;
-   Transfer fails( int failure ) const; // and so does its batch, with this status
+   Transfer fails( int failure ) const; // its batch returns this status
    std::string inWords() const;
 };
 
@@ -45,7 +45,7 @@ class ScriptedHam : public Ham::Ham {
    virtual ~ScriptedHam();
 
    void expectBatch( std::vector<Transfer> transfers );
-   // Fails the test for every batch that was expected and has not come; none is expected after.
+   // Fails the test for every expected batch that is missing, and clears the expected batches.
    void verify();
 
    void prepare() override;
@@ -71,6 +71,6 @@ class ScriptedHam : public Ham::Ham {
 
    std::deque<std::vector<Transfer>> expected_;
    std::vector<Transfer> batch_;  // queued since prepare
-   std::vector<Transfer> script_; // of the batch that was executed last
+   std::vector<Transfer> script_; // of the last executed batch
    int executed_ = 0;
 };

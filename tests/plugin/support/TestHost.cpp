@@ -54,7 +54,7 @@ void pl_trace( int level, const char *format, ... ) {
    vsnprintf( text, sizeof( text ), format, arguments );
    va_end( arguments );
    TestHost::traces.push_back( { level, text } );
-   fprintf( stderr, "%d %s\n", level, text ); // a death test looks for traces there
+   fprintf( stderr, "%d %s\n", level, text ); // death tests look for traces in stderr
 }
 
 pl_timer_handle pl_timer_add( void ( *callback )( void * ), void *context ) {
@@ -89,7 +89,7 @@ void pl_fd_watcher_delete( pl_fd_watcher_handle watcher ) {
    TestHost::deletedWatchers.push_back( watcher );
 }
 
-// The linker is told to send the plug-in's calls of these here.
+// --wrap of the linker sends the plug-in's calls of these functions here.
 extern "C" {
 time_t __wrap_time( time_t * ) { return TestHost::now; }
 char *__real_strdup( const char * );

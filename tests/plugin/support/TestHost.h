@@ -1,4 +1,4 @@
-// The host daemon as a test sees it: what the plug-in traced, and timers turned by hand.
+// A host daemon for tests: it keeps the traces of the plug-in, and a test makes its timers expire.
 #pragma once
 
 #include "pl.h"
@@ -16,7 +16,7 @@ struct pl_timer {
    int timesCancelled = 0;
    bool deleted = false;
 
-   // The time is up: disarms and calls back, as a host does.
+   // The time is over: disarms the timer and calls back, as a host does.
    void expire();
 };
 
@@ -33,13 +33,13 @@ extern bool keepsTraces;
 extern std::vector<std::unique_ptr<pl_timer>> timers;
 extern bool makesTimers;
 extern bool armsTimers, cancelsTimers;
-extern long now;         // what time() says, in seconds
-extern bool copiesTexts; // whether strdup() finds memory
+extern long now;         // the result of time(), in seconds
+extern bool copiesTexts; // false: strdup() fails
 extern std::vector<pl_fd_watcher_handle> deletedWatchers;
 
 void reset();
 
-// The texts traced at this level, in order.
+// The texts of this trace level, in order.
 std::vector<std::string> tracedAt( int level );
 bool traced( int level, const std::string &text );
 

@@ -1,11 +1,11 @@
-// Virtual operations called as code compiled elsewhere calls them: by their number in the table.
+// Calls virtual functions by their number in the table, as code that is compiled separately does.
 #pragma once
 
 #include <cstddef>
 #include <new>
 
-// Calls the operation in this slot of the object's virtual table. Each argument's type is the
-// declared parameter's.
+// Calls the operation in this slot of the object's virtual table. The types of the arguments must
+// be the declared types of the parameters.
 template <class Result, class... Arguments>
 Result callSlot( void *object, size_t slot, Arguments... arguments ) {
    using Operation = Result ( * )( void *, Arguments... );
@@ -13,8 +13,7 @@ Result callSlot( void *object, size_t slot, Arguments... arguments ) {
    return table[slot]( object, arguments... );
 }
 
-// Whether these two slots are a class's destructors: the first leaves the storage alone, the second
-// gives it back.
+// Checks that these two slots are the destructors of a class. The second one also frees the memory.
 template <class Base>
 bool areDestructors( size_t complete, size_t deleting ) {
    static int destroyed;
@@ -25,6 +24,6 @@ bool areDestructors( size_t complete, size_t deleting ) {
    alignas( Counted ) static std::byte storage[sizeof( Counted )];
    callSlot<void>( new ( storage ) Counted, complete );
    const bool first = destroyed == 1;
-   callSlot<void>( new Counted, deleting ); // what stays allocated is reported as a leak
+   callSlot<void>( new Counted, deleting ); // the leak checker reports it when it is not freed
    return first && destroyed == 2;
 }
