@@ -1,6 +1,5 @@
 // The records for the host: each operation of a table calls the right function of its object.
 #include "OrbisGeneric/Drivers/Drivers.h"
-#include "OrbisGeneric/Topology.h"
 #include "support/NotedObjects.h"
 #include "support/PluginFixture.h"
 
@@ -46,7 +45,7 @@ struct TestDriver : Component::HardwareDevice {
 class ExportedObjectsTest : public PluginFixture {
  protected:
    ExportedObjectsTest() {
-      connect( i2cTopology( "{'did':1},{'did':2,'label':'Bare'},"
+      connect( i2cTopology( "{'did':1},"
                             "{'did':3,'label':'Named','driver':'LM75','address':{'address':9}}" ) );
       Drivers::drivers["test"] = [this]( auto &, auto * ) { return &driver; };
       called.clear();
@@ -244,45 +243,6 @@ TEST_F( ExportedObjectsTest, AFailedDeviceIsNullAndTracedExceptForTempSensors ) 
    TestHost::traces.clear();
    EXPECT_EQ( pl_temp_sensor_add( "", 1, 2 ), nullptr );
    EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "failed to parse json object as a device" );
-}
-
-TEST_F( ExportedObjectsTest, ALabelGivesItsDeviceTheProxyDriver ) {
-   pl_smbus *proxy = pl_smbus_add( "Named", 17 );
-   ASSERT_NE( proxy, nullptr );
-   EXPECT_EQ( Topology::getDeviceByLabel( "Named" )->args->driver, "SmbusProxyDriver" );
-   EXPECT_TRUE( TestHost::traced( 7, "pl_smbus_add( 'Named', 17 )" ) );
-   uint8_t byte;
-   FakeServer::answersWith( { "x" } );
-   EXPECT_EQ( proxy->ops->read_byte( proxy, 2, &byte ), PL_STATUS_OK );
-   EXPECT_TRUE( FakeServer::lastInWords()[0].starts_with( "read 0x09 reg 0x2 " ) );
-}
-
-TEST_F( ExportedObjectsTest, TheProxysSecondArgumentIsOnlyTraced ) {
-   pl_smbus *first = pl_smbus_add( "Named", 1 ), *second = pl_smbus_add( "Named", 2 );
-   ASSERT_NE( first, nullptr );
-   ASSERT_NE( second, nullptr );
-   EXPECT_EQ( first->ops, second->ops );
-   EXPECT_EQ( Component::DeviceBase::devices.size(), 1u );
-}
-
-TEST_F( ExportedObjectsTest, ADeviceWithoutDriverGetsANewRecord ) {
-   pl_smbus *proxy = pl_smbus_add( "Bare", 0 );
-   ASSERT_NE( proxy, nullptr );
-   const auto &record = *Topology::getDeviceByLabel( "Bare" )->args;
-   EXPECT_EQ( record.did, 2u );
-   EXPECT_EQ( record.uid, Drivers::noComponent );
-   EXPECT_EQ( record.address.address, 0u );
-   EXPECT_EQ( Component::DeviceBase::devices.count( 2 ), 1u );
-}
-
-TEST_F( ExportedObjectsTest, AnUnreachableDeviceIsNullAndTraced ) {
-   load( "[{'type':'I2C','ham':'Nobody','bus':{'id':0,'devices':[{'did':4,'label':'Far'}]}}]" );
-   EXPECT_EQ( pl_smbus_add( "Far", 0 ), nullptr );
-   EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "DeviceBase::create() failed" );
-}
-
-TEST_F( ExportedObjectsTest, AnUnknownLabelStopsTheProcess ) {
-   EXPECT_DEATH( pl_smbus_add( "Nobody", 0 ), "Assertion `device' failed" );
 }
 
 } // namespace
