@@ -19,7 +19,7 @@ extern long allocations; // of this process so far, in CountingAllocator.cpp
 
 namespace {
 
-// One thermometer on the root bus, and one behind a mux.
+// One thermometer on the root bus, and one below a mux.
 const char *const topology = R"([ { "type": "I2C", "ham": "OrbisSmbus", "bus": { "id": 0,
    "devices": [ { "did": 1, "address": { "address": 72 } },
                 { "did": 100, "driver": "PCA9548", "address": { "address": 112 } } ],

@@ -1,4 +1,4 @@
-// A status LED, and the timer that all LEDs share that blink in software.
+// A status LED. LEDs that blink in software share one timer.
 #pragma once
 
 #include "OrbisGeneric/Components/Record.h"

@@ -29,7 +29,7 @@ struct Options {
    int traceLevel = -1;             // print the traces up to this level
    bool verbose = false;
    bool json = false;
-   bool strict = false; // a warning about a board is an error
+   bool strict = false;                          // a warning about a board is an error
    double period = 1;                            // seconds between two readings
    double limit = 12;                            // seconds for one operation of an object
    std::map<BoardFiles::Kind, double> periods{}; // of kinds with their own period

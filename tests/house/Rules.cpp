@@ -65,6 +65,23 @@ std::set<std::string> addedFolders( const std::string &cmake ) {
    return folders;
 }
 
+std::string cmakeOf( const SourceTree &tree, const std::string &folder ) {
+   const std::string path = folder + "/CMakeLists.txt";
+   return tree.has( path ) ? withoutComments( tree.files().at( path ).text ) : "";
+}
+
+// A chain of add_subdirectory leads from tests/ to the folder.
+bool isReached( const SourceTree &tree, const std::string &folder ) {
+   if ( folder == "tests" )
+      return true;
+   for ( std::string above = folderOf( folder ); !above.empty(); above = folderOf( above ) ) {
+      const std::string name = folder.substr( above.size() + 1 );
+      if ( addedFolders( cmakeOf( tree, above ) ).contains( name ) && isReached( tree, above ) )
+         return true;
+   }
+   return false;
+}
+
 // Names the test, or takes every *Test.cpp of the folder, as orbis_add_test does without TESTS.
 bool usesTest( const std::string &cmake, const std::string &file ) {
    static const std::regex every( R"(\*Test\.cpp|orbis_add_test\((?![^)]*\bTESTS\b)[^)]*\))" );
@@ -182,21 +199,15 @@ Findings largeRooms( const SourceTree &tree, const std::vector<Allowance> &rooms
 
 Findings forgottenTests( const SourceTree &tree ) {
    Findings findings;
-   const auto cmakeOf = [&]( const std::string &folder ) {
-      const std::string path = folder + "/CMakeLists.txt";
-      return tree.has( path ) ? withoutComments( tree.files().at( path ).text ) : "";
-   };
-   const std::set<std::string> added = addedFolders( cmakeOf( "tests" ) );
    for ( const auto &[path, file] : tree.files() ) {
       if ( roomOf( path ) != "tests" || !path.ends_with( "Test.cpp" ) )
          continue;
       const std::string folder = folderOf( path );
-      if ( !usesTest( cmakeOf( folder ), path.substr( folder.size() + 1 ) ) )
+      if ( !usesTest( cmakeOf( tree, folder ), path.substr( folder.size() + 1 ) ) )
          findings.push_back(
             fmt::format( "{}: {}/CMakeLists.txt does not build it", path, folder ) );
-      if ( folder != "tests" && !added.contains( folder.substr( sizeof( "tests" ) ) ) )
-         findings.push_back(
-            fmt::format( "{}: tests/CMakeLists.txt does not add {}", path, folder ) );
+      if ( !isReached( tree, folder ) )
+         findings.push_back( fmt::format( "{}: no CMakeLists.txt above adds {}", path, folder ) );
    }
    return findings;
 }

@@ -7,8 +7,8 @@ namespace House {
 
 using Findings = std::vector<std::string>;
 
-// What the files of a folder may include besides their own folder. A path that ends in / is a
-// folder with everything below it, any other path is one file.
+// What the files of a folder may include, in addition to their own folder. A path that ends in / is
+// a folder with everything below it, any other path is one file.
 struct Allowance {
    std::string folder;
    std::vector<std::string> mayInclude;
@@ -41,7 +41,7 @@ Findings forbiddenCrossings( const SourceTree &tree, const std::vector<Allowance
 Findings largeRooms( const SourceTree &tree, const std::vector<Allowance> &rooms, size_t percent );
 
 // Every *Test.cpp below tests/ is built: the CMakeLists.txt of its folder uses it, and
-// tests/CMakeLists.txt adds that folder.
+// add_subdirectory leads from tests/ to that folder.
 Findings forgottenTests( const SourceTree &tree );
 
 } // namespace House

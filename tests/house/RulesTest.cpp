@@ -1,4 +1,4 @@
-// Each rule on a few invented files: what it finds, and what it leaves alone.
+// Each rule on a few invented files: what it finds and what it accepts.
 #include "Rules.h"
 
 using testing::ElementsAre;
@@ -123,8 +123,11 @@ TEST( ForgottenTestsTest, TakesEveryWayToAddAFolderAndATest ) {
                             { "tests/a/ATest.cpp", "" },
                             { "tests/b/CMakeLists.txt", "orbis_add_test( x TESTS BTest.cpp )\n" },
                             { "tests/b/BTest.cpp", "" },
-                            { "tests/c/CMakeLists.txt", "file( GLOB tests *Test.cpp )\n" },
-                            { "tests/c/CTest.cpp", "" } } );
+                            { "tests/c/CMakeLists.txt", "file( GLOB tests *Test.cpp )\n"
+                                                        "add_subdirectory( d )\n" },
+                            { "tests/c/CTest.cpp", "" },
+                            { "tests/c/d/CMakeLists.txt", "orbis_add_test( y )\n" },
+                            { "tests/c/d/DTest.cpp", "" } } );
    EXPECT_THAT( forgottenTests( tree ), IsEmpty() );
 }
 
@@ -133,7 +136,7 @@ TEST( ForgottenTestsTest, FindsAFolderThatIsNotAdded ) {
                             { "tests/a/CMakeLists.txt", "orbis_add_test( x )\n" },
                             { "tests/a/ATest.cpp", "" } } );
    EXPECT_THAT( forgottenTests( tree ),
-                ElementsAre( "tests/a/ATest.cpp: tests/CMakeLists.txt does not add tests/a" ) );
+                ElementsAre( "tests/a/ATest.cpp: no CMakeLists.txt above adds tests/a" ) );
 }
 
 TEST( ForgottenTestsTest, FindsATestThatItsFolderDoesNotBuild ) {

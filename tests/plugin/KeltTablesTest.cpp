@@ -6,15 +6,6 @@ namespace {
 
 class KeltTablesTest : public PluginFixture {};
 
-TEST_F( KeltTablesTest, HoldTheBoardsDrivers ) {
-   std::vector<std::string> names;
-   for ( const auto &[name, factory] : Drivers::drivers )
-      names.push_back( name );
-   EXPECT_EQ( names, ( std::vector<std::string>{ "DualFan", "Dummy", "EMC2305", "KeltPCA9506",
-                                                 "KeltQCPLD", "KeltSCPLD", "LM75", "PCA9548",
-                                                 "Pmbus", "PsuSlot", "SmbusProxyDriver" } ) );
-}
-
 TEST_F( KeltTablesTest, HoldOneAccessMethod ) {
    EXPECT_EQ( Ham::hams.size(), 1u );
    EXPECT_EQ( Ham::hams.count( "OrbisSmbus" ), 1u );
