@@ -10,8 +10,8 @@
 
 namespace BoardFiles {
 
-// A device document: which driver drives which device of the topology, at which address, and what
-// the driver is told. In objects.json under "device", in the topology a device with a driver.
+// A device document: which driver drives which device of the topology, at which address, and the
+// driver's arguments. In objects.json under "device", in the topology a device with a driver.
 struct DeviceDocument {
    // A number of the file with its place.
    struct Id {

@@ -21,7 +21,7 @@ struct ArgumentRule {
 };
 using ArgumentRules = std::map<std::string, ArgumentRule, std::less<>>;
 
-// What a driver wants to be told to make one kind of object.
+// The arguments that a driver needs to make one kind of object.
 struct KindRule {
    ArgumentRules args{};
    std::vector<ArgumentRules> numbered{}; // each by the beginnings of names

@@ -5,7 +5,7 @@
 
 namespace BoardFiles {
 
-// A kind of object that a plug-in can bring up: what stands for <type> in pl_<type>_add.
+// A kind of object that a plug-in can bring up: the <type> in pl_<type>_add.
 enum class Kind { Slot, Led, TempSensor, Fan, Xcvr, Psu, Gpio, Smbus, System };
 
 // "temp_sensor" and so on.

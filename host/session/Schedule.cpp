@@ -49,24 +49,24 @@ void Schedule::kindFailed( BoardFiles::Kind kind, Time now ) {
    for ( size_t i = 0; i < objects_.size(); ++i )
       if ( board_.objects[i].kind == kind ) {
          objects_[i].tried = true;
-         objects_[i].due = false;
+         objects_[i].pending = false;
       }
 }
 
 void Schedule::objectUp( size_t object ) {
    objects_[object].up = objects_[object].tried = true;
-   objects_[object].due = !limits_.only;
+   objects_[object].pending = !limits_.only;
 }
 
 void Schedule::objectRead( size_t object ) {
-   objects_[object].due = false;
+   objects_[object].pending = false;
    objects_[object].backOff.succeeded();
 }
 
 void Schedule::objectFailed( size_t object, Time now ) {
    Object &failed = objects_[object];
    failed.tried = true;
-   failed.up = failed.due = false;
+   failed.up = failed.pending = false;
    backOff( failed.backOff, now );
 }
 
@@ -92,7 +92,7 @@ bool Schedule::wantsAdd( size_t object, Time now ) const {
    if ( wanted.up || !wanted.backOff.mayTry( now ) || !isReady( board_.objects[object].kind ) )
       return false;
    // Where one reading is enough, an object that was read isn't needed in the next child.
-   return !limits_.once || !wanted.tried || wanted.due;
+   return !limits_.once || !wanted.tried || wanted.pending;
 }
 
 void Schedule::startRounds( Time now ) {
@@ -104,7 +104,7 @@ void Schedule::startRounds( Time now ) {
       kind.nextRound = now + limits_.periodOf( name );
       for ( size_t i = 0; i < objects_.size(); ++i )
          if ( board_.objects[i].kind == name )
-            objects_[i].due = objects_[i].up;
+            objects_[i].pending = objects_[i].up;
    }
 }
 
@@ -113,7 +113,7 @@ void Schedule::startRounds( Time now ) {
 std::optional<Command> Schedule::nextRead() {
    for ( size_t k = 0; k < objects_.size(); ++k ) {
       const size_t i = ( nextRead_ + k ) % objects_.size();
-      if ( objects_[i].up && objects_[i].due ) {
+      if ( objects_[i].up && objects_[i].pending ) {
          nextRead_ = i + 1;
          return ReadCommand{ i };
       }
@@ -160,7 +160,7 @@ size_t Schedule::settled() const {
 bool Schedule::roundDone() const {
    return settled() == objects_.size() &&
           std::none_of( objects_.begin(), objects_.end(),
-                        []( const Object &object ) { return object.due; } );
+                        []( const Object &object ) { return object.pending; } );
 }
 
 } // namespace Host

@@ -49,9 +49,9 @@ class Schedule {
 
  private:
    struct Object {
-      bool up = false;    // in the child that runs now
-      bool tried = false; // at least once, or its kind was
-      bool due = false;   // to be read in this round
+      bool up = false;      // in the child that runs now
+      bool tried = false;   // at least once, or its kind was
+      bool pending = false; // to be read in this round
       BackOff backOff{};
    };
    struct Kind {

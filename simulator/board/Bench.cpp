@@ -19,9 +19,10 @@ void Bench::freeFor( const Chip &chip ) const {
       return seated.chip.get() == &chip;
    } );
    for ( const Seated &other : chips_ ) {
-      if ( other.wire == here->wire && other.address == here->address &&
+      if ( other.segment == here->segment && other.address == here->address &&
            other.chip.get() != &chip && other.chip->present() )
-         throw BenchError( fmt::format( "{} sits at this place already", other.chip->name() ) );
+         throw BenchError(
+            fmt::format( "{} is already at this address of this bus", other.chip->name() ) );
    }
 }
 

@@ -31,15 +31,15 @@ class Bench {
       std::vector<Set> sets;
       bool present = true;
    };
-   // A chip and where it sits. At one place only one chip can be present.
+   // A chip and its place. At one place only one chip can be present.
    struct Seated {
       std::unique_ptr<Chip> chip;
       std::string kind;
-      const void *wire;
+      const void *segment;
       uint8_t address;
    };
 
-   // What has passed on all wires since the board was made.
+   // What has passed on all segments since the board was made.
    struct Traffic {
       uint64_t transfers = 0;
       uint64_t bytes = 0;

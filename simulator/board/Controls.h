@@ -11,7 +11,7 @@ class Controls {
  public:
    Controls( Bench &bench, SimulationClock &clock ) : bench_( bench ), clock_( clock ) {}
 
-   // Everything but a trace, which is an empty response. What can't be done is told in the error.
+   // Everything but a trace, which is an empty response. If it fails, the error says why.
    SmbusControl::Response answer( const SmbusControl::Request & );
 
  private:

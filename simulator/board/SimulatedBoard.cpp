@@ -31,10 +31,10 @@ SimulatedBoard::SimulatedBoard( const std::string &topologyPath, const std::stri
    : clock_( clock ) {
    const auto [topology, simulation] = load( topologyPath, simulationPath );
    for ( const BoardFiles::TopologyRoot &root : topology->roots ) {
-      BusSegment *&wire = roots_[root.id];
-      if ( !wire ) // a file may describe a bus in pieces
-         wire = &newWire();
-      layBus( root.bus, *wire );
+      BusSegment *&segment = roots_[root.id];
+      if ( !segment ) // a file may describe a bus in pieces
+         segment = &newSegment();
+      layBus( root.bus, *segment );
    }
    seatChips( *simulation );
    joinChannels();
@@ -43,7 +43,7 @@ SimulatedBoard::SimulatedBoard( const std::string &topologyPath, const std::stri
 
 Bus::Busses SimulatedBoard::busses() {
    Bus::Busses busses;
-   for ( const auto &[id, wire] : roots_ )
+   for ( const auto &[id, segment] : roots_ )
       busses.emplace( id, bus( id ) );
    return busses;
 }
@@ -54,40 +54,40 @@ std::unique_ptr<SimulatedBus> SimulatedBoard::bus( const Bus::RootBusId &id ) {
 }
 
 void SimulatedBoard::report( const Bus::RootBusId &bus, const Bus::Transfer &transfer,
-                             const SimulatedBus::Result &carried ) {
-   bench_.count( carried.bytes );
+                             const SimulatedBus::Result &result ) {
+   bench_.count( result.bytes );
    if ( !tracer_ || !tracer_->hasListeners() )
       return;
-   SmbusControl::Transfer told;
-   told.set_seconds( std::chrono::duration<double>( clock_.now() ).count() );
-   told.set_bus( toString( bus ) );
-   told.set_chip( carried.answering ? carried.answering->name() : "" );
-   told.set_address( transfer.address );
-   told.set_operation( describe( transfer ) );
-   told.set_written( transfer.data );
-   told.set_read( carried.outcome.data );
-   told.set_error( carried.outcome.error );
-   tracer_->report( told );
+   SmbusControl::Transfer trace;
+   trace.set_seconds( std::chrono::duration<double>( clock_.now() ).count() );
+   trace.set_bus( toString( bus ) );
+   trace.set_chip( result.answering ? result.answering->name() : "" );
+   trace.set_address( transfer.address );
+   trace.set_operation( describe( transfer ) );
+   trace.set_written( transfer.data );
+   trace.set_read( result.outcome.data );
+   trace.set_error( result.outcome.error );
+   tracer_->report( trace );
 }
 
-BusSegment &SimulatedBoard::newWire() {
-   return *wires_.emplace_back( std::make_unique<BusSegment>() );
+BusSegment &SimulatedBoard::newSegment() {
+   return *segments_.emplace_back( std::make_unique<BusSegment>() );
 }
 
-void SimulatedBoard::layBus( const BoardFiles::TopologyBus &bus, BusSegment &wire ) {
+void SimulatedBoard::layBus( const BoardFiles::TopologyBus &bus, BusSegment &segment ) {
    for ( const BoardFiles::TopologyDevice &device : bus.devices )
-      layDevice( device, wire );
+      layDevice( device, segment );
    for ( const BoardFiles::TopologyMux &mux : bus.muxes )
-      layMux( mux, bus, wire );
+      layMux( mux, bus, segment );
 }
 
-void SimulatedBoard::layDevice( const BoardFiles::TopologyDevice &device, BusSegment &wire ) {
+void SimulatedBoard::layDevice( const BoardFiles::TopologyDevice &device, BusSegment &segment ) {
    if ( device.address )
-      seats_.try_emplace( device.did, Seat{ { &wire, *device.address }, device.place } );
+      seats_.try_emplace( device.did, Seat{ { &segment, *device.address }, device.place } );
 }
 
 void SimulatedBoard::layMux( const BoardFiles::TopologyMux &mux, const BoardFiles::TopologyBus &on,
-                             BusSegment &wire ) {
+                             BusSegment &segment ) {
    const auto device = std::find_if( on.devices.begin(), on.devices.end(), [&]( const auto &each ) {
       return each.did == mux.did && each.address;
    } );
@@ -95,10 +95,10 @@ void SimulatedBoard::layMux( const BoardFiles::TopologyMux &mux, const BoardFile
       throw BoardFiles::BoardError(
          mux.didPlace, fmt::format( "the mux's chip, device {}, has no address", mux.did ) );
    for ( const BoardFiles::TopologyBus &bus : mux.busses ) {
-      BusSegment &behind = newWire();
+      BusSegment &behind = newSegment();
       const auto number =
          static_cast<unsigned>( std::countr_zero( static_cast<uint8_t>( bus.id ) ) );
-      channels_.push_back( { { &wire, *device->address }, number, &behind } );
+      channels_.push_back( { { &segment, *device->address }, number, &behind } );
       layBus( bus, behind );
    }
 }
@@ -112,8 +112,8 @@ void SimulatedBoard::seatChips( const BoardFiles::SimulationFile &simulation ) {
                                  [this] { bench_.powerIs( false ); } };
       try {
          Chip &chip =
-            bench_.seat( { makeChip( entry, around ), entry.kind, place.wire, place.address } );
-         place.wire->attach( place.address, chip );
+            bench_.seat( { makeChip( entry, around ), entry.kind, place.segment, place.address } );
+         place.segment->attach( place.address, chip );
          if ( const auto *mux = dynamic_cast<const PCA9548 *>( &chip ) )
             muxes_.emplace( place, mux );
       } catch ( const BenchError &error ) {
@@ -125,7 +125,7 @@ void SimulatedBoard::seatChips( const BoardFiles::SimulationFile &simulation ) {
 
 void SimulatedBoard::joinChannels() {
    for ( const Channel &channel : channels_ )
-      channel.mux.wire->join( *muxes_.at( channel.mux ), channel.number, *channel.behind );
+      channel.mux.segment->join( *muxes_.at( channel.mux ), channel.number, *channel.behind );
 }
 
 void SimulatedBoard::addModules( const BoardFiles::SimulationFile &simulation ) {

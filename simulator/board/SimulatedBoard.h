@@ -16,8 +16,9 @@
 
 namespace Simulator {
 
-// Wires and chips of a whole board. Several topology devices on one wire with one address are views
-// of one chip. Names serve messages and the bench; transfers go by wires and addresses alone.
+// Wires and chips of a whole board. Several topology devices on one segment with one address are
+// views of one chip. Names serve messages and the bench; transfers go by segments and addresses
+// alone.
 class SimulatedBoard {
  public:
    // The clock outlives the board. Throws BoardError for files with errors.
@@ -26,7 +27,7 @@ class SimulatedBoard {
 
    // One for each root bus of the topology. The board outlives them.
    Bus::Busses busses();
-   // Another one on the same wires. Throws std::out_of_range when the topology has none such.
+   // Another one on the same segments. Throws std::out_of_range when the topology has none such.
    std::unique_ptr<SimulatedBus> bus( const Bus::RootBusId & );
 
    // Tells the tracer, which outlives the board's busses, of every transfer.
@@ -37,7 +38,7 @@ class SimulatedBoard {
  private:
    // Where a chip can sit.
    struct Place {
-      BusSegment *wire;
+      BusSegment *segment;
       uint8_t address;
       friend auto operator<=>( const Place &, const Place & ) = default;
    };
@@ -51,7 +52,7 @@ class SimulatedBoard {
       BusSegment *behind;
    };
 
-   BusSegment &newWire();
+   BusSegment &newSegment();
    void layBus( const BoardFiles::TopologyBus &, BusSegment & );
    void layDevice( const BoardFiles::TopologyDevice &, BusSegment & );
    void layMux( const BoardFiles::TopologyMux &, const BoardFiles::TopologyBus &on, BusSegment & );
@@ -60,7 +61,7 @@ class SimulatedBoard {
    void addModules( const BoardFiles::SimulationFile & );
    void report( const Bus::RootBusId &, const Bus::Transfer &, const SimulatedBus::Result & );
 
-   std::vector<std::unique_ptr<BusSegment>> wires_;
+   std::vector<std::unique_ptr<BusSegment>> segments_;
    std::map<Bus::RootBusId, BusSegment *> roots_;
    std::map<uint32_t, Seat> seats_; // by did
    std::vector<Channel> channels_;

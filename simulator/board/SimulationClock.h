@@ -10,7 +10,7 @@ namespace Simulator {
 // by hand. It never goes back. For all threads.
 class SimulationClock final : public Bus::Clock {
  public:
-   // Seconds of it in a real one; at 0 it stands still. The real clock outlives it.
+   // Simulated seconds in a real second; at 0 the clock stops. The real clock outlives it.
    SimulationClock( const Bus::Clock &real, double speed ) : real_( real ), speed_( speed ) {}
 
    Time now() const override {

@@ -86,12 +86,14 @@ TEST_F( BenchTest, PullsASupplyWithAllItsChips ) {
 }
 
 TEST_F( BenchTest, PutsASpareSupplyOnlyIntoAnEmptyBay ) {
-   EXPECT_EQ( complaint( [&] { bench.insert( "spare1" ); } ), "psu1 sits at this place already" );
+   EXPECT_EQ( complaint( [&] { bench.insert( "spare1" ); } ),
+              "psu1 is already at this address of this bus" );
    EXPECT_EQ( read( psus, 0x58, 0x9A, 11 ).data, "\nKP-850AC-F" );
    bench.pull( "psu1" );
    bench.insert( "spare1" );
    EXPECT_EQ( read( psus, 0x58, 0x9A, 9 ).data, "\x08KP-650AC" );
-   EXPECT_EQ( complaint( [&] { bench.insert( "psu1" ); } ), "spare1 sits at this place already" );
+   EXPECT_EQ( complaint( [&] { bench.insert( "psu1" ); } ),
+              "spare1 is already at this address of this bus" );
 }
 
 TEST_F( BenchTest, ShowsAFanModuleAtThePinsAndStopsItsRotorsWhenItIsPulled ) {
