@@ -1,4 +1,4 @@
-# What every target of the project is compiled with.
+# Compiler options of every target.
 option( ORBIS_BENCH "Build the benchmarks" ON )
 set( ORBIS_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=" )
 
@@ -25,7 +25,7 @@ if( ORBIS_SANITIZE )
 endif()
 
 # What Debian hardens its packages with (dpkg-buildflags, hardening=+all), for what is installed:
-# _FORTIFY_SOURCE wants an optimising build, and sanitizers have their own idea of it. Executables are
+# _FORTIFY_SOURCE wants an optimising build, and does not work with sanitizers. Executables are
 # position-independent; every reference is bound when a program or library is loaded and can't be
 # overwritten afterwards.
 include( CheckPIESupported )

@@ -26,8 +26,8 @@ CLI::App &addCommand( CLI::App &sim, const char *group, const std::string &name,
 }
 
 CLI::Option *addText( CLI::App &command, const char *name, const char *help,
-                      std::function<void( const std::string & )> set ) {
-   return command.add_option_function<std::string>( name, std::move( set ), help )->required();
+                      const std::function<void( const std::string & )> &set ) {
+   return command.add_option_function<std::string>( name, set, help )->required();
 }
 
 CLI::Validator number( double least, double most ) {

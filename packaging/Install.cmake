@@ -10,7 +10,7 @@ set( made ${CMAKE_BINARY_DIR}/packaging )
 install( TARGETS OrbisDriversKelt LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT plugin )
 install( DIRECTORY boards/ DESTINATION ${CMAKE_INSTALL_DATADIR}/orbis/boards COMPONENT plugin )
 
-# The client library, and what a host or another server is written against.
+# The client library, and what you need to write a host or another server.
 install( TARGETS PlatformLibrary platform_headers EXPORT OrbisPlatform
    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT platform NAMELINK_COMPONENT platform-dev
    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orbis )
