@@ -5,7 +5,7 @@ namespace House {
 
 namespace {
 
-const std::vector<Allowance> rooms{
+const std::vector<Allowance> houseRooms{
    { "platform", {} },
    { "smbus", { "platform/" } },
    { "boardfiles", { "smbus/" } },
@@ -17,7 +17,7 @@ const std::vector<Allowance> rooms{
    { "OrbisGeneric", { "platform/pl.h", "platform/OrbisUtil/", "platform/PlatformLibrary/" } },
 };
 
-const std::vector<Order> orders{
+const std::vector<Order> folderOrders{
    { "platform", { "OrbisUtil", ".", "PlatformLibrary", "sockets" } },
    { "smbus", { "." } },
    { "boardfiles", { "." } },
@@ -31,7 +31,7 @@ const std::vector<Order> orders{
 
 // Ham, Components and Drivers call each other: a driver uses its access method, an access method
 // the drivers of the muxes on its path, and an exported object creates its driver by name.
-const std::vector<Allowance> crossings{
+const std::vector<Allowance> allowedCrossings{
    { "OrbisGeneric", { "OrbisGeneric/Drivers/DriverArgs.h" } },
    { "OrbisGeneric/Ham",
      { "OrbisGeneric/Components/Device.h", "OrbisGeneric/Components/Mux.h",
@@ -45,7 +45,7 @@ const std::vector<Allowance> crossings{
        "OrbisGeneric/Ham/OrbisSmbusHam.h" } },
 };
 
-const SourceTree &tree() {
+const SourceTree &houseTree() {
    static const SourceTree read = SourceTree::read( SOURCE_ROOT );
    return read;
 }
@@ -57,26 +57,28 @@ void expectNone( const Findings &findings ) {
 
 } // namespace
 
-TEST( HouseTest, RoomsIncludeOnlyWhatTheyMay ) { expectNone( forbiddenIncludes( tree(), rooms ) ); }
+TEST( HouseTest, RoomsIncludeOnlyWhatTheyMay ) {
+   expectNone( forbiddenIncludes( houseTree(), houseRooms ) );
+}
 
 TEST( HouseTest, EveryFolderWithSourcesIsAKnownRoom ) {
-   expectNone( unknownRooms( tree(), rooms, { "tests", "bench" } ) );
+   expectNone( unknownRooms( houseTree(), houseRooms, { "tests", "bench" } ) );
 }
 
 TEST( HouseTest, HeadersOfARoomIncludeOnlyLowerFolders ) {
-   expectNone( upwardIncludes( tree(), orders ) );
+   expectNone( upwardIncludes( houseTree(), folderOrders ) );
 }
 
-TEST( HouseTest, NoHeaderIncludesItself ) { expectNone( includeCircles( tree() ) ); }
+TEST( HouseTest, NoHeaderIncludesItself ) { expectNone( includeCircles( houseTree() ) ); }
 
 TEST( HouseTest, ThePlugInsSourcesCrossFoldersOnlyWhereListed ) {
-   expectNone( forbiddenCrossings( tree(), crossings ) );
+   expectNone( forbiddenCrossings( houseTree(), allowedCrossings ) );
 }
 
 TEST( HouseTest, NoRoomHasMoreThan30PercentOfTheLines ) {
-   expectNone( largeRooms( tree(), rooms, 30 ) );
+   expectNone( largeRooms( houseTree(), houseRooms, 30 ) );
 }
 
-TEST( HouseTest, EveryTestIsBuilt ) { expectNone( forgottenTests( tree() ) ); }
+TEST( HouseTest, EveryTestIsBuilt ) { expectNone( forgottenTests( houseTree() ) ); }
 
 } // namespace House

@@ -119,7 +119,9 @@ Findings unknownRooms( const SourceTree &tree, const std::vector<Allowance> &roo
 
 Findings upwardIncludes( const SourceTree &tree, const std::vector<Order> &orders ) {
    Findings findings;
-   for ( const auto &[room, folders] : orders ) {
+   for ( const Order &order : orders ) {
+      const std::string &room = order.room;
+      const std::vector<std::string> &folders = order.folders;
       const auto levelOf = [&]( const std::string &path ) {
          const std::string folder = folderOf( path );
          const std::string inRoom = folder == room ? "." : folder.substr( room.size() + 1 );
