@@ -19,8 +19,9 @@ set( CMAKE_CXX_FLAGS_MINSIZEREL "-Os" )
 add_compile_options( -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= )
 if( ORBIS_SANITIZE )
    add_compile_options( -fsanitize=${ORBIS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer )
-   add_compile_options(
-      $<$<CXX_COMPILER_ID:Clang>:-fsanitize-ignorelist=${CMAKE_CURRENT_LIST_DIR}/sanitizers.ignore> )
+   # From the build folder, so that a compiler cache sees the same option in every clone.
+   file( RELATIVE_PATH ignore ${CMAKE_BINARY_DIR} ${CMAKE_CURRENT_LIST_DIR}/sanitizers.ignore )
+   add_compile_options( $<$<CXX_COMPILER_ID:Clang>:-fsanitize-ignorelist=${ignore}> )
    add_link_options( -fsanitize=${ORBIS_SANITIZE} )
 endif()
 
