@@ -57,8 +57,7 @@ void Controls::carryOut( const SmbusControl::Request &request, SmbusControl::Res
    case Request::kClearFaults:
       return bench_.chip( request.clear_faults() ).faultsAre( {} );
    case Request::kStep:
-      return clock_.step( std::chrono::duration_cast<Bus::Clock::Time>(
-         std::chrono::duration<double>( within( request.step(), 0, year, " s" ) ) ) );
+      return step( within( request.step(), 0, year, " s" ) );
    case Request::kSpeed:
       return clock_.speedIs( within( request.speed(), 0, 1e6, "" ) );
    case Request::kPower:
@@ -68,6 +67,16 @@ void Controls::carryOut( const SmbusControl::Request &request, SmbusControl::Res
    case Request::WHAT_NOT_SET:
       throw BenchError( "a request for nothing that is known" );
    }
+}
+
+void Controls::step( double seconds ) {
+   using namespace std::chrono;
+   if ( !clock_.step( duration_cast<Bus::Clock::Time>( duration<double>( seconds ) ) ) )
+      throw BenchError(
+         fmt::format( "{} s are too many: the simulation's clock is at {:.0f} s and "
+                      "ends at {} s. Start the server again",
+                      seconds, duration<double>( clock_.now() ).count(),
+                      duration_cast<std::chrono::seconds>( SimulationClock::end ).count() ) );
 }
 
 void Controls::describe( SmbusControl::State &state, bool whole ) const {

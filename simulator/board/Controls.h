@@ -16,6 +16,7 @@ class Controls {
 
  private:
    void carryOut( const SmbusControl::Request &, SmbusControl::Response & );
+   void step( double seconds );
    void describe( SmbusControl::State &, bool whole ) const;
    void addFault( const SmbusControl::Fault & );
    void power( SmbusControl::Power );

@@ -40,7 +40,8 @@ EepromImage sfpImage( const ModuleIdentity &identity ) {
    image[3] = 0x10;  // 10GBASE-SR
    image[11] = 0x06; // 64B/66B
    image[12] = bitRate;
-   image[18] = 8;  // 82 m of OM2 fibre, in 10 m
+   // SFF-8472, "Link length": byte 18 would be OM4 fibre, or copper for a module of copper.
+   image[16] = 8;  // 82 m of OM2 fibre, in 10 m
    image[19] = 30; // 300 m of OM3
    put( image, 20, 16, identity.vendor );
    put( image, 40, 16, identity.partNumber );

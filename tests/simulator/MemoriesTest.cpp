@@ -77,6 +77,9 @@ TEST( ModuleImageTest, HoldsAnSfpsSerialId ) {
    EXPECT_EQ( text( image, 68, 16 ), "S0001           " );
    EXPECT_EQ( text( image, 84, 8 ), "240229  " );
    EXPECT_EQ( image[60] << 8 | image[61], 850 );
+   EXPECT_EQ( image[16], 8 ); // 80 m of OM2 fibre
+   EXPECT_EQ( image[18], 0 ); // a length of copper, for most readers
+   EXPECT_EQ( image[19], 30 );
    EXPECT_EQ( image[63], sum( image, 0, 62 ) );
    EXPECT_EQ( image[95], sum( image, 64, 94 ) );
 }

@@ -45,6 +45,28 @@ TEST( SimulationClockTest, ContinuesWhenItsSpeedChanges ) {
    EXPECT_EQ( clock.now(), 3612s );
 }
 
+TEST( SimulationClockTest, EndsAfter250YearsWithoutGoingBack ) {
+   ManualClock real;
+   SimulationClock clock( real, 0 );
+   const Clock::Time year = 365 * 24h;
+   for ( int i = 0; i < 250; ++i )
+      EXPECT_TRUE( clock.step( year ) ) << i;
+   EXPECT_FALSE( clock.step( 1ns ) );
+   EXPECT_EQ( clock.now(), 250 * year );
+   clock.speedIs( 1e6 );
+   real.advance( 10 * year );
+   EXPECT_EQ( clock.now(), 250 * year );
+}
+
+TEST( SimulationClockTest, EndsAtAnySpeed ) {
+   ManualClock real;
+   SimulationClock clock( real, 1e6 );
+   real.advance( 24h );
+   EXPECT_EQ( clock.now(), SimulationClock::end );
+   clock.speedIs( 0 );
+   EXPECT_EQ( clock.now(), SimulationClock::end );
+}
+
 } // namespace
 
 } // namespace SimulatorTest
