@@ -8,6 +8,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
@@ -105,8 +106,9 @@ PLSocket::PLSocket() = default;
 PLSocket::~PLSocket() = default;
 
 int PLSocket::setup() {
+   constexpr milliseconds oneAttempt( 1'000 );
    drop( fd );
-   fd = connectToServer( Deadline( timeLimit() ) );
+   fd = connectToServer( Deadline( std::min( oneAttempt, timeLimit() ) ) );
    return fd < 0 ? -1 : 0;
 }
 

@@ -19,8 +19,8 @@ class PLSocket {
    PLSocket &operator=( const PLSocket & ) = delete;
 
    // Connects to the server at the Unix stream socket named by ORBIS_SMBUS_SOCKET, or
-   // /run/orbis/smbus.sock when that is unset or empty. Returns 0, or a negative value with errno
-   // set.
+   // /run/orbis/smbus.sock when that is unset or empty. One attempt takes at most a second, also at
+   // a server whose backlog is full. Returns 0, or a negative value with errno set.
    int setup();
 
    // Sends one transaction and waits for its answer. Both together take at most

@@ -17,6 +17,7 @@ namespace {
 
 using PLSocketFailureTest = PLSocketFixture;
 using std::chrono::milliseconds;
+using namespace std::chrono_literals;
 
 // Reads the request and sends these bytes in answer, then closes.
 ScriptedServer::Script answersWith( const std::string &bytes ) {
@@ -102,6 +103,21 @@ TEST_F( PLSocketFailureTest, TimesOutWhenTheServerDoesNotAccept ) {
    EXPECT_LT( client.setup(), 0 );
    EXPECT_EQ( errno, ETIMEDOUT );
    EXPECT_EQ( ask(), "ETIMEDOUT" );
+   close( first.fd );
+}
+
+// A host tries again every second. It must not wait longer for a server that does not accept.
+TEST_F( PLSocketFailureTest, TriesToConnectForASecondWhateverTheTimeLimit ) {
+   ScriptedServer server( path, nullptr, 0 );
+   PlatformLibrary::PLSocket first;
+   ASSERT_EQ( first.setup(), 0 );
+   setenv( "ORBIS_SMBUS_TIMEOUT_MS", "8000", 1 );
+   const auto start = std::chrono::steady_clock::now();
+   EXPECT_LT( client.setup(), 0 );
+   EXPECT_EQ( errno, ETIMEDOUT );
+   const auto took = std::chrono::steady_clock::now() - start;
+   EXPECT_GE( took, 900ms );
+   EXPECT_LT( took, 6s );
    close( first.fd );
 }
 
