@@ -99,18 +99,22 @@ void DeviceCheck::checkLabel( std::string_view label, std::string_view kind, con
       report( findings_, place, fmt::format( "the topology has no label \"{}\"", label ) );
       return;
    }
-   if ( !device->document ) {
-      report( findings_, place,
-              fmt::format( "the topology device \"{}\" has no driver, so its address would not be "
-                           "known",
-                           label ) );
+   checkLookUp( *device, place );
+   if ( !device->document )
       return;
-   }
    const auto driver = drivers_.drivers.find( device->document->driver );
    if ( driver != drivers_.drivers.end() && !driver->second.makes.contains( kind ) )
       report(
          findings_, place,
          fmt::format( "the driver of the topology device \"{}\" can't make a {}", label, kind ) );
+}
+
+// A look-up by label gives a device that names no driver one, but not an address.
+void DeviceCheck::checkLookUp( const TopologyDevice &device, const Place &place ) {
+   if ( !device.document && !device.address )
+      report( findings_, place,
+              fmt::format( "the topology device \"{}\" needs an \"address\" or a driver",
+                           device.label ) );
 }
 
 void DeviceCheck::checkSystem( const Place &place ) {
@@ -124,6 +128,8 @@ void DeviceCheck::checkSystem( const Place &place ) {
          report( findings_, device->place,
                  fmt::format( "{} must have the driver \"{}\" for the system object", needed.label,
                               needed.driver ) );
+      else
+         checkLookUp( *device, device->place );
    }
 }
 

@@ -42,6 +42,7 @@ class DeviceCheck {
    const DriverRule *checkDriver( const DeviceDocument &document );
    void checkAddress( const DeviceDocument &document, bool isComposite );
    void checkParts( const DeviceDocument &document, const KindRule &kind );
+   void checkLookUp( const TopologyDevice &device, const Place &place );
    void checkPart( const Json &text, const std::string &kind );
    void checkVariant( const DeviceDocument &document, const DriverRule &driver,
                       std::string_view kind );

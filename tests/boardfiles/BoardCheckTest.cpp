@@ -47,6 +47,17 @@ TEST_F( BoardCheckTest, FindsNothingWrongWithTheBoardThatIsShipped ) {
    EXPECT_THAT( textsWithPointers( findings ), IsEmpty() );
 }
 
+// A look-up by label gives it a driver.
+TEST_F( BoardCheckTest, ALabelledDeviceNeedsADriverOrAnAddress ) {
+   change( "objects.json", "/10/label", "\"Chip1\"" );
+   EXPECT_THAT( check(), IsEmpty() );
+   change( "topology.json", "/0/accelerators/0/busses/0/devices/1/address", "" );
+   EXPECT_THAT(
+      check(),
+      ElementsAre( HasSubstr(
+         "/10/label: raw: the topology device \"Chip1\" needs an \"address\" or a driver" ) ) );
+}
+
 TEST_F( BoardCheckTest, TellsAllFindingsOfBothFilesAtOnce ) {
    change( "topology.json", "/0/pci", "-1" );
    change( "topology.json", "/0/accelerators/0/busses/0/devices/1/did", "\"x\"" );
@@ -295,7 +306,6 @@ INSTANTIATE_TEST_SUITE_P(
       Mutation{ "ArgsNoObject", objects, "/1/device/driverArgs", "null",
                 "psu: null is not an object" },
       Mutation{ "LabelUnknown", objects, "/10/label", "\"Nobody\"", "no label \"Nobody\"" },
-      Mutation{ "LabelOfNoDriver", objects, "/10/label", "\"Chip1\"", "\"Chip1\" has no driver" },
       Mutation{ "LabelLikeADocument", objects, "/10/label", "\"{}\"",
                 "raw: \"{}\" does not have the form" },
       Mutation{ "LabelWithoutValue", objects, "/10/value", "", "\"value\" is missing beside" },
