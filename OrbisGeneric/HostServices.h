@@ -2,6 +2,7 @@
 // a host without them.
 #pragma once
 
+#include "OrbisGeneric/Assert.h"
 #include "pl.h"
 
 #pragma weak pl_trace
@@ -19,22 +20,22 @@
 
 namespace HostServices {
 
-// A host without timer functions looks like a host that can't make timers: timerAdd returns null,
-// timerSet and timerCancel return a failure.
+// A host without timer functions looks like a host that can't make timers: timerAdd returns null.
+// Without a timer, timerSet and timerCancel return a failure and timerDelete does nothing.
 inline pl_timer_handle timerAdd( void ( *callback )( void * ), void *context ) {
    return pl_timer_add ? pl_timer_add( callback, context ) : nullptr;
 }
 
 inline int timerSet( pl_timer_handle timer, unsigned milliseconds ) {
-   return pl_timer_set ? pl_timer_set( timer, milliseconds ) : -1;
+   return timer && pl_timer_set ? pl_timer_set( timer, milliseconds ) : -1;
 }
 
 inline int timerCancel( pl_timer_handle timer ) {
-   return pl_timer_cancel ? pl_timer_cancel( timer ) : -1;
+   return timer && pl_timer_cancel ? pl_timer_cancel( timer ) : -1;
 }
 
 inline void timerDelete( pl_timer_handle timer ) {
-   if ( pl_timer_delete )
+   if ( timer && pl_timer_delete )
       pl_timer_delete( timer );
 }
 

@@ -1,19 +1,35 @@
 // Loads the topology. Every assertion here checks the text that the platform was built with.
 #include "OrbisGeneric/Topology.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/HostServices.h"
 
-#include <cassert>
 #include <cstring>
 #include <rapidjson/document.h>
 #include <rapidjson/error/en.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
 namespace Topology {
 
 std::unique_ptr<Topology> _topology;
 std::map<std::string, std::shared_ptr<Device>> _topology_index;
+std::map<std::string, LabelRecord> _topology_label_records;
 std::string _topology_json;
+
+namespace {
+
+// The value of a key that the loader does not look into. Empty when there is no such key.
+std::string textOf( Value const &json, const char *key ) {
+   rapidjson::StringBuffer text;
+   rapidjson::Writer<rapidjson::StringBuffer> writer( text );
+   if ( json.HasMember( key ) )
+      json[key].Accept( writer );
+   return text.GetString();
+}
+
+} // namespace
 
 std::shared_ptr<Component> Component::fromJSON( Value const &json ) {
    assert( json.IsObject() );
@@ -37,8 +53,11 @@ std::shared_ptr<Device> Device::fromJSON( Value const &json ) {
          device->components.push_back( Component::fromJSON( *it ) );
       }
    }
-   if ( json.HasMember( "label" ) )
-      _topology_index[json["label"].GetString()] = device;
+   if ( json.HasMember( "label" ) ) {
+      const char *label = json["label"].GetString();
+      _topology_index[label] = device;
+      _topology_label_records[label] = { textOf( json, "address" ), nullptr };
+   }
    return device;
 }
 
@@ -186,6 +205,7 @@ int loadTopology( char const *json ) {
    if ( _topology ) {
       _topology.reset();
       _topology_index.clear();
+      _topology_label_records.clear();
    }
    _topology.reset( Topology::fromJSON( document ) );
    if ( !_topology ) {
@@ -223,6 +243,22 @@ void fillAddressFromJSON( Value const &value, AhamAddress &addr ) {
    }
    if ( value.HasMember( "accel" ) )
       addr.accel = value["accel"].GetUint() & 0x7F;
+}
+
+Drivers::DriverArgs &argumentsOf( char const *label ) {
+   const Device &device = *_topology_index.at( label );
+   if ( device.args )
+      return *device.args;
+   auto &[address, args] = _topology_label_records[label];
+   if ( !args ) {
+      assert( !address.empty() && "A device without driver needs an address" );
+      args = std::make_shared<Drivers::DriverArgs>();
+      args->did = device.did;
+      args->uid = Drivers::noComponent;
+      Document document;
+      fillAddressFromJSON( document.Parse( address.c_str() ), args->address );
+   }
+   return *args;
 }
 
 } // namespace Topology

@@ -108,9 +108,18 @@ struct Topology : Node {
    static Topology *fromJSON( Document const &json );
 };
 
+// What a look-up by label knows of its device beside the tree, where a device that names no driver
+// has no arguments.
+struct LabelRecord {
+   std::string address; // the device's "address" as JSON; empty without one
+   std::shared_ptr<Drivers::DriverArgs>
+      args; // of a device without driver, from the first look-up on
+};
+
 // The current tree, its devices by label, and the exact text that it was loaded from.
 extern std::unique_ptr<Topology> _topology;
 extern std::map<std::string, std::shared_ptr<Device>> _topology_index;
+extern std::map<std::string, LabelRecord> _topology_label_records;
 extern std::string _topology_json;
 
 // Loads the JSON text, unless the same text is already loaded. Returns 0; 3 when it is not JSON
@@ -127,6 +136,11 @@ Device *findDevice( unsigned did );
 
 // The device with this label, or null.
 Device *getDeviceByLabel( char const *label );
+
+// The argument record of the device with this label, which must exist. A device that names no
+// driver gets a record beside the tree: its device id, its "address", no component, no driver. An
+// assertion fails when it has no "address", since the bus would be driven at address 0 then.
+Drivers::DriverArgs &argumentsOf( char const *label );
 
 // True: the text is a JSON object that describes a device. False: it is a label.
 bool isDeviceObject( char const *text );

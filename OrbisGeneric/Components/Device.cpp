@@ -1,5 +1,6 @@
 #include "OrbisGeneric/Components/Device.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Components/Gpio.h"
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Drivers/Drivers.h"
@@ -44,9 +45,11 @@ DeviceBase *DeviceBase::create( const char *json, Drivers::DriverArgs &args ) {
       PL_TRACE( 0, "failed to parse json object as a device" );
       return nullptr;
    }
+   if ( auto *known = findDevice( args ) )
+      return known;
    if ( args.isMultiDevice )
-      return MultiDevice::create( args );
-   return HardwareDevice::create( args, nullptr );
+      return MultiDevice::make( args );
+   return HardwareDevice::make( args, nullptr );
 }
 
 DeviceBase *DeviceBase::findDevice( Drivers::DriverArgs &args ) {
@@ -69,13 +72,29 @@ DeviceBase *DeviceBase::callDriverFactoryFunc( Drivers::DriverArgs &args, Ham::H
    return entry->second( args, ham );
 }
 
+namespace {
+
+// Neither the registry nor a factory says of which kind an object is. The kind is checked only
+// where it is needed.
+template <typename Kind>
+Kind *as( DeviceBase *object ) {
+   auto *device = dynamic_cast<Kind *>( object );
+   assert( device && "The device is of the other kind: see isMultiDevice" );
+   return device;
+}
+
+} // namespace
+
 LogicalDevice::Gpio *HardwareDevice::newGpio( const Drivers::DriverArgs &args ) {
    return new LogicalDevice::RegGpio( this, args );
 }
 
 HardwareDevice *HardwareDevice::create( Drivers::DriverArgs &args, Ham::Ham *ham ) {
-   if ( auto *known = findDevice( args ) )
-      return static_cast<HardwareDevice *>( known );
+   DeviceBase *const known = findDevice( args );
+   return known ? as<HardwareDevice>( known ) : make( args, ham );
+}
+
+HardwareDevice *HardwareDevice::make( Drivers::DriverArgs &args, Ham::Ham *ham ) {
    if ( !ham ) {
       PL_TRACE( 0, "creating Ham" );
       ham = Ham::createHam( args );
@@ -84,11 +103,12 @@ HardwareDevice *HardwareDevice::create( Drivers::DriverArgs &args, Ham::Ham *ham
          return nullptr;
       }
    }
-   auto *device = static_cast<HardwareDevice *>( callDriverFactoryFunc( args, ham ) );
-   if ( !device ) {
+   DeviceBase *const made = callDriverFactoryFunc( args, ham );
+   if ( !made ) {
       PL_TRACE( 0, "factory function returned a null object" );
       return nullptr; // the Ham is not deleted: its maker may still use it
    }
+   auto *device = as<HardwareDevice>( made );
    device->ham_ = ham;
    device->init();
    PL_TRACE( 0, "%s device created", args.driver.c_str() );
@@ -97,13 +117,17 @@ HardwareDevice *HardwareDevice::create( Drivers::DriverArgs &args, Ham::Ham *ham
 }
 
 MultiDevice *MultiDevice::create( Drivers::DriverArgs &args ) {
-   if ( auto *known = findDevice( args ) )
-      return static_cast<MultiDevice *>( known );
-   auto *device = static_cast<MultiDevice *>( callDriverFactoryFunc( args, nullptr ) );
-   if ( !device ) {
+   DeviceBase *const known = findDevice( args );
+   return known ? as<MultiDevice>( known ) : make( args );
+}
+
+MultiDevice *MultiDevice::make( Drivers::DriverArgs &args ) {
+   DeviceBase *const made = callDriverFactoryFunc( args, nullptr );
+   if ( !made ) {
       PL_TRACE( 0, "factory function returned a null object" );
       return nullptr;
    }
+   auto *device = as<MultiDevice>( made );
    device->deviceDriverArgsIs( args.multiDeviceArgs );
    device->init();
    PL_TRACE( 0, "%s MultiDevice created", args.driver.c_str() );

@@ -52,8 +52,9 @@ class DeviceBase {
    // Driver objects by device id. Entries are never removed.
    static std::map<uint32_t, DeviceBase *> devices;
 
-   // Fills args from the document, then finds or makes the driver object. Null, with a trace, on a
-   // failure. json must outlive args.
+   // Fills args from the document, then finds or makes the driver object. An object that is there
+   // already may be of another driver or kind. Null, with a trace, on a failure. json must outlive
+   // args.
    static DeviceBase *create( const char *json, Drivers::DriverArgs &args );
    // Compares only the device id, not the driver name.
    static DeviceBase *findDevice( Drivers::DriverArgs &args );
@@ -69,8 +70,11 @@ class HardwareDevice : public DeviceBase {
    // One bit of one register of this device. Every hardware device supports it.
    virtual LogicalDevice::Gpio *newGpio( const Drivers::DriverArgs &args );
 
-   // Finds or makes the driver object. When ham is null, a Ham is made from the topology.
+   // Finds or makes the driver object. When ham is null, a Ham is made from the topology. An
+   // assertion fails when the object is a composite.
    static HardwareDevice *create( Drivers::DriverArgs &args, Ham::Ham *ham );
+   // Makes and registers it.
+   static HardwareDevice *make( Drivers::DriverArgs &args, Ham::Ham *ham );
 
    Ham::Ham *ham_ = nullptr; // set by create
 };
@@ -80,7 +84,9 @@ class MultiDevice : public DeviceBase {
  public:
    virtual ~MultiDevice() = default;
 
+   // As those of HardwareDevice. An assertion fails when the object is a single device.
    static MultiDevice *create( Drivers::DriverArgs &args );
+   static MultiDevice *make( Drivers::DriverArgs &args );
 
    void deviceDriverArgsIs( std::map<std::string, std::string> args );
    // The document stored under key, or null with a trace. Valid while the map is unchanged.

@@ -1,5 +1,6 @@
 #include "OrbisGeneric/Components/Gpio.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Components/Add.h"
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
@@ -7,7 +8,6 @@
 #include "OrbisGeneric/LibraryInit.h"
 
 #include <bit>
-#include <cassert>
 
 namespace Component::LogicalDevice {
 

@@ -1,9 +1,9 @@
 #include "OrbisGeneric/Components/Led.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Components/Add.h"
 #include "OrbisGeneric/LibraryInit.h"
 
-#include <cassert>
 #include <iterator>
 
 namespace Component::LogicalDevice {

@@ -1,13 +1,11 @@
 #include "OrbisGeneric/Components/SmbusProxy.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Components/Add.h"
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
-#include "OrbisGeneric/Drivers/Helpers.h"
 #include "OrbisGeneric/LibraryInit.h"
 #include "OrbisGeneric/Topology.h"
-
-#include <cassert>
 
 namespace Component::LogicalDevice {
 
@@ -140,7 +138,7 @@ pl_smbus *pl_smbus_add( const char *text, uint8_t address ) {
    } else {
       Topology::Device *device = Topology::getDeviceByLabel( text );
       assert( device );
-      Drivers::DriverArgs &record = Drivers::argumentsOf( *device );
+      Drivers::DriverArgs &record = Topology::argumentsOf( text );
       record.driver = "SmbusProxyDriver";
       driver = Component::HardwareDevice::create( record, nullptr );
       if ( !driver )

@@ -1,10 +1,9 @@
 #include "OrbisGeneric/Components/Xcvr.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Components/Add.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/LibraryInit.h"
-
-#include <cassert>
 
 namespace Component::LogicalDevice {
 

@@ -1,8 +1,9 @@
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Topology.h"
 
-#include <cassert>
+#include <locale>
 #include <rapidjson/document.h>
 #include <rapidjson/error/en.h>
 #include <rapidjson/stringbuffer.h>
@@ -23,7 +24,8 @@ std::string argumentText( const Value &value ) {
    if ( value.IsString() )
       return value.GetString();
    if ( value.IsDouble() ) {
-      std::ostringstream text; // six significant digits, no trailing zeros
+      std::ostringstream text;              // six significant digits, no trailing zeros
+      text.imbue( std::locale::classic() ); // a decimal point in every host
       text << value.GetDouble();
       return text.str();
    }

@@ -1,16 +1,24 @@
 #include "OrbisGeneric/Drivers/DualFan.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Components/Record.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 
-#include <cassert>
+#include <cmath>
 #include <cstdlib>
+#include <locale.h>
 
 namespace Drivers {
 
 namespace {
 
 constexpr uint8_t forgivenFaults = 9;
+
+// The text has a decimal point in every host, whatever its locale.
+float fractionOf( const std::string &text ) {
+   static const locale_t classic = newlocale( LC_ALL_MASK, "C", nullptr );
+   return static_cast<float>( strtod_l( text.c_str(), nullptr, classic ) );
+}
 
 } // namespace
 
@@ -29,7 +37,7 @@ Component::LogicalDevice::Fan *DualFan::newFan( const DriverArgs &args ) {
    assert( diffIt != args.driverArgs.end() );
    const int fanId = std::stoi( fanIt->second );
    const int maxRpm = std::stoi( rpmIt->second );
-   const auto maxDiff = static_cast<float>( strtod( diffIt->second.c_str(), nullptr ) );
+   const float maxDiff = fractionOf( diffIt->second );
    PL_TRACE( 5, "new DualFan id=%d, rpm=%d, maxDiff=%f", fanId, maxRpm,
              static_cast<double>( maxDiff ) );
    assert( fanId >= 1 && fanId <= 5 );
@@ -50,7 +58,9 @@ pl_status DualFan::getFanRpm( Fan *fan, int *rpm ) {
    if ( pl_status status = fan->getOutletRpm( &outlet ) )
       return status;
    const int mean = ( inlet + outlet ) / 2;
-   const auto tolerance = static_cast<int>( static_cast<float>( mean ) * fan->maxDiff );
+   // The product has single precision, the fraction's own: 9500 rpm and 0.1 are 950 rpm. It is cut
+   // to whole rpm without a cast, since a large fraction gives more than an int can hold.
+   const double tolerance = truncf( static_cast<float>( mean ) * fan->maxDiff );
    const bool good = inlet >= outlet && inlet <= mean + tolerance && outlet >= mean - tolerance;
    if ( !good && fan->faults_ >= forgivenFaults ) {
       if ( inlet < outlet )

@@ -1,10 +1,9 @@
 #include "OrbisGeneric/Drivers/EMC2305.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/EMC2305Map.h"
 #include "OrbisGeneric/Ham/Ham.h"
-
-#include <cassert>
 
 namespace Drivers {
 

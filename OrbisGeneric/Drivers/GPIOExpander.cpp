@@ -1,11 +1,13 @@
 #include "OrbisGeneric/Drivers/GPIOExpander.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Ham/Ham.h"
 #include "OrbisGeneric/HostServices.h"
 
-#include <cassert>
-
 namespace Drivers {
+
+// A negative bank, bit or pin becomes a large number in the variable that is asserted, so that no
+// assertion lets it pass.
 
 void GPIOExpander::init( int banks, unsigned cacheSeconds, uint8_t input, uint8_t output,
                          uint8_t config ) {
@@ -20,34 +22,36 @@ void GPIOExpander::init( int banks, unsigned cacheSeconds, uint8_t input, uint8_
    configBase = config;
 }
 
-pl_status GPIOExpander::getInBank( int n, uint8_t *value ) {
+pl_status GPIOExpander::getInBank( int bank, uint8_t *value ) {
+   const long long n = static_cast<unsigned>( bank );
    assert( n <= numBanks );
    time_t &readAt = inputTime[static_cast<size_t>( n )];
    uint8_t &cached = inputValue[static_cast<size_t>( n )];
    const time_t now = time( nullptr );
    if ( difftime( now, readAt ) > inputCacheSeconds ) {
       uint8_t read = 0;
-      if ( pl_status status = ham_->read8( inputBankAddr( n ), &read ) ) {
-         PL_TRACE( 0, "Error: status %d while reading input bank %d", status, n );
+      if ( pl_status status = ham_->read8( inputBankAddr( bank ), &read ) ) {
+         PL_TRACE( 0, "Error: status %d while reading input bank %d", status, bank );
          return status;
       }
       cached = read;
       readAt = now;
    }
    *value = cached;
-   PL_TRACE( 5, "GPIOExpander::getInBank( %d ) = %x", n, *value );
+   PL_TRACE( 5, "GPIOExpander::getInBank( %d ) = %x", bank, *value );
    return PL_STATUS_OK;
 }
 
-pl_status GPIOExpander::readBit( int bank, int bit, bool *value ) {
+pl_status GPIOExpander::readBit( int bank, int bitInBank, bool *value ) {
+   const auto bit = static_cast<unsigned>( bitInBank );
    assert( bit <= 7 );
    uint8_t byte = 0;
    if ( pl_status status = getInBank( bank, &byte ) ) {
-      PL_TRACE( 5, "Error %d: GPIOExpander::readBit( %d, %d )", status, bank, bit );
+      PL_TRACE( 5, "Error %d: GPIOExpander::readBit( %d, %d )", status, bank, bitInBank );
       return status;
    }
    *value = byte >> bit & 1;
-   PL_TRACE( 5, "GPIOExpander::readBit( %d, %d ) = %d", bank, bit, *value );
+   PL_TRACE( 5, "GPIOExpander::readBit( %d, %d ) = %d", bank, bitInBank, *value );
    return PL_STATUS_OK;
 }
 
@@ -55,23 +59,25 @@ pl_status GPIOExpander::readBit( int pin, bool *value ) {
    return readBit( pin / 8, pin % 8, value );
 }
 
-pl_status GPIOExpander::getOutBank( int n, uint8_t *value ) {
+pl_status GPIOExpander::getOutBank( int bank, uint8_t *value ) {
+   const long long n = static_cast<unsigned>( bank );
    assert( n <= numBanks );
    int16_t &pending = pendingOut[static_cast<size_t>( n )];
    if ( pending < 0 ) {
       uint8_t read = 0;
-      if ( pl_status status = ham_->read8( outputBankAddr( n ), &read ) ) {
-         PL_TRACE( 0, "Error: status %d while reading output bank %d", status, n );
+      if ( pl_status status = ham_->read8( outputBankAddr( bank ), &read ) ) {
+         PL_TRACE( 0, "Error: status %d while reading output bank %d", status, bank );
          return status;
       }
       pending = read;
    }
    *value = static_cast<uint8_t>( pending );
-   PL_TRACE( 5, "GPIOExpander::getoutBank( %d ) = %x", n, *value );
+   PL_TRACE( 5, "GPIOExpander::getoutBank( %d ) = %x", bank, *value );
    return PL_STATUS_OK;
 }
 
-pl_status GPIOExpander::writeBit( int bank, int bit, bool value ) {
+pl_status GPIOExpander::writeBit( int bank, int bitInBank, bool value ) {
+   const auto bit = static_cast<unsigned>( bitInBank );
    assert( bit <= 7 );
    uint8_t byte = 0;
    if ( pl_status status = getOutBank( bank, &byte ) )

@@ -1,5 +1,6 @@
 // A GPIO expander with banks of eight pins, such as the PCA9506. It has a cache of the input banks,
-// and it collects output changes until save(). Pin p is bit p % 8 of bank p / 8.
+// and it collects output changes until save(). Pin p is bit p % 8 of bank p / 8. An assertion fails
+// on a bank, bit or pin that is negative or too large.
 #pragma once
 
 #include "OrbisGeneric/Components/Device.h"
@@ -15,14 +16,14 @@ class GPIOExpander : public Component::HardwareDevice {
    // config: the registers of the first bank of each kind.
    void init( int banks, unsigned cacheSeconds, uint8_t input, uint8_t output, uint8_t config );
 
-   pl_status getInBank( int n, uint8_t *value );
-   pl_status readBit( int bank, int bit, bool *value );
+   pl_status getInBank( int bank, uint8_t *value );
+   pl_status readBit( int bank, int bitInBank, bool *value );
    pl_status readBit( int pin, bool *value );
    // The value that the next save() writes to the bank. When nothing is pending, the value is read
    // from the chip, and it is pending from then on.
-   pl_status getOutBank( int n, uint8_t *value );
+   pl_status getOutBank( int bank, uint8_t *value );
    // The change is pending: save() writes it to the chip.
-   pl_status writeBit( int bank, int bit, bool value );
+   pl_status writeBit( int bank, int bitInBank, bool value );
    pl_status writeBit( int pin, bool value );
    // Writes all pending banks in one batch. A bank whose new value is 0 is not written and stays
    // pending.

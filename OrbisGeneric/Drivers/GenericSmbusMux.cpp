@@ -1,5 +1,6 @@
 #include "OrbisGeneric/Drivers/GenericSmbusMux.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Ham/Ham.h"
 
 namespace Drivers {

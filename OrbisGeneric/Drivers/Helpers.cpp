@@ -1,10 +1,9 @@
 #include "OrbisGeneric/Drivers/Helpers.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Components/Device.h"
 #include "OrbisGeneric/HostServices.h"
 #include "OrbisGeneric/Topology.h"
-
-#include <cassert>
 
 namespace Drivers {
 
@@ -39,19 +38,10 @@ std::string trim( std::string s ) {
    return s.substr( first, s.find_last_not_of( blanks ) - first + 1 );
 }
 
-DriverArgs &argumentsOf( Topology::Device &device ) {
-   if ( !device.args ) {
-      device.args = std::make_shared<DriverArgs>();
-      device.args->did = device.did;
-      device.args->uid = noComponent;
-   }
-   return *device.args;
-}
-
 Component::HardwareDevice *getHardwareDeviceByLabel( const char *label, std::string driver ) {
    Topology::Device *topoDev = Topology::getDeviceByLabel( label );
    assert( topoDev );
-   DriverArgs &args = argumentsOf( *topoDev );
+   DriverArgs &args = Topology::argumentsOf( label );
    if ( args.driver.empty() )
       args.driver = std::move( driver );
    auto *device = Component::HardwareDevice::create( args, nullptr );

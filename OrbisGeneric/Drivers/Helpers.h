@@ -12,9 +12,6 @@ namespace LogicalDevice {
 class Gpio;
 }
 } // namespace Component
-namespace Topology {
-struct Device;
-}
 
 namespace Drivers {
 
@@ -40,10 +37,6 @@ class FormatFdl {
 
 // Removes leading and trailing spaces and tabs, but no other white space.
 std::string trim( std::string s );
-
-// The argument record of a topology device. A device without a driver in the topology gets a new
-// record: its device id, no component, address 0, no driver.
-DriverArgs &argumentsOf( Topology::Device &device );
 
 // The driver object of the topology device with this label. `driver` is used when the topology
 // names no driver for the device.

@@ -1,9 +1,9 @@
 #include "OrbisGeneric/Drivers/LM75.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Ham/Ham.h"
 #include "OrbisGeneric/HostServices.h"
 
-#include <cassert>
 #include <cmath>
 
 namespace Drivers {
@@ -12,6 +12,12 @@ namespace {
 
 constexpr uint8_t temperatureRegister = 0;
 constexpr uint16_t halfDegree = 0x8000;
+
+// The low byte of a whole number of any size, as of an integer; 0 for one that isn't finite.
+uint8_t lowByte( float whole ) {
+   return std::isfinite( whole ) ? static_cast<uint8_t>( static_cast<int>( fmodf( whole, 256 ) ) )
+                                 : 0;
+}
 
 } // namespace
 
@@ -30,10 +36,8 @@ float LM75::registerToTemperature( uint16_t word ) {
 }
 
 uint16_t LM75::temperatureToRegister( float celsius ) {
-   const auto degrees = static_cast<int8_t>( static_cast<int>( celsius ) );
-   const auto halves =
-      static_cast<unsigned>( static_cast<int>( roundf( 2 * ( celsius - degrees ) ) ) );
-   const unsigned secondByte = halves << 7 & 0xFF;
+   const auto degrees = static_cast<int8_t>( lowByte( truncf( celsius ) ) );
+   const unsigned secondByte = lowByte( roundf( 2 * ( celsius - degrees ) ) ) << 7 & 0xFF;
    return static_cast<uint16_t>( secondByte << 8 | static_cast<unsigned>( degrees ) );
 }
 

@@ -1,11 +1,11 @@
 #include "OrbisGeneric/Drivers/Pmbus.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/PmbusMap.h"
 #include "OrbisGeneric/Ham/Ham.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cmath>
 
 namespace Drivers {

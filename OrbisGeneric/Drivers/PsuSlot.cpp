@@ -1,10 +1,10 @@
 #include "OrbisGeneric/Drivers/PsuSlot.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/PmbusMap.h"
 #include "OrbisGeneric/Ham/Ham.h"
 
-#include <cassert>
 #include <cstdlib>
 #include <cstring>
 
@@ -127,8 +127,7 @@ pl_status PsuSlot::Slot::getPresence( char **fdl ) {
    }
    if ( cachedFdl_ && serial == cachedSerial_ && model == cachedModel_ ) {
       PL_TRACE( 7, "Using cached fdl" );
-      *fdl = strdup( cachedFdl_ );
-      return PL_STATUS_OK;
+      return copyForHost( cachedFdl_, fdl );
    }
    PL_TRACE( 0, "PSU serialNum = '%s'", serial.c_str() );
    PL_TRACE( 0, "PSU modelName = '%s'", model.c_str() );
@@ -143,10 +142,21 @@ pl_status PsuSlot::Slot::getPresence( char **fdl ) {
    fdl_.set( "serialNum", serial );
    const char *text = fdl_.charPtr();
    forget();
-   *fdl = strdup( text );
+   if ( pl_status failure = copyForHost( text, fdl ) )
+      return failure;
    cachedFdl_ = strdup( text );
    cachedSerial_ = serial;
    cachedModel_ = model;
+   return PL_STATUS_OK;
+}
+
+pl_status PsuSlot::Slot::copyForHost( const char *text, char **fdl ) {
+   char *copy = strdup( text );
+   if ( !copy ) {
+      PL_TRACE( 0, "Error: PsuSlot::Slot strdup failed" );
+      return PL_STATUS_TRANSACTION;
+   }
+   *fdl = copy;
    return PL_STATUS_OK;
 }
 

@@ -23,8 +23,9 @@ class PsuSlot::Slot : public Component::LogicalDevice::Slot {
    Slot( PsuSlot *parent, uint8_t index, DriverSpecificArgs slotArgs, const char *text );
    ~Slot() override;
 
-   // PL_STATUS_OK and the description line of a known supply, otherwise 1. The line is cached as
-   // long as the supply is the same. A failure clears the cache.
+   // PL_STATUS_OK and the description line of a known supply; 6 when there is no memory for the
+   // line; otherwise 1. The line is cached as long as the supply is the same. A failure to identify
+   // the supply clears the cache.
    pl_status getPresence( char **fdl ) override;
 
    // Reads the PMBus commands MFR_SERIAL and MFR_MODEL. The serial keeps its spaces.
@@ -34,6 +35,7 @@ class PsuSlot::Slot : public Component::LogicalDevice::Slot {
    pl_status readSerialAndModelIpmi( std::string &serial, std::string &model );
 
  private:
+   static pl_status copyForHost( const char *text, char **fdl );
    void forget();
 
    PsuSlot *parent_;

@@ -1,11 +1,10 @@
 #include "OrbisGeneric/Ham/Ham.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Components/NotImplementedException.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Ham/SearchVisitor.h"
 #include "OrbisGeneric/HostServices.h"
-
-#include <cassert>
 
 namespace Ham {
 

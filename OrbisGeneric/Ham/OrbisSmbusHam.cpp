@@ -1,5 +1,6 @@
 #include "OrbisGeneric/Ham/OrbisSmbusHam.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Components/Device.h"
 #include "OrbisGeneric/Components/Mux.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
@@ -7,7 +8,6 @@
 #include "OrbisGeneric/LibraryInit.h"
 #include "PlatformLibrary/PLSocket.h"
 
-#include <cassert>
 #include <cerrno>
 #include <cstring>
 #include <memory>

@@ -44,6 +44,13 @@ void followHeader( const SourceTree &tree, const std::string &header, std::set<s
    path.pop_back();
 }
 
+// The header is among the file's includes, or among theirs. Needs a tree without circles.
+bool reaches( const SourceTree &tree, const std::string &path, const std::string &header ) {
+   return std::ranges::any_of( tree.files().at( path ).includes, [&]( const std::string &name ) {
+      return name == header || reaches( tree, name, header );
+   } );
+}
+
 std::string withoutComments( const std::string &cmake ) {
    return std::regex_replace( cmake, std::regex( "#[^\n]*" ), "" );
 }
@@ -196,6 +203,15 @@ Findings largeRooms( const SourceTree &tree, const std::vector<Allowance> &rooms
          findings.push_back( fmt::format( "{} has {} of {} lines; a room may have {} %", room,
                                           count, all, percent ) );
    }
+   return findings;
+}
+
+Findings sourcesWithout( const SourceTree &tree, const std::string &room,
+                         const std::string &header ) {
+   Findings findings;
+   for ( const auto &[path, file] : tree.files() )
+      if ( roomOf( path ) == room && path.ends_with( ".cpp" ) && !reaches( tree, path, header ) )
+         findings.push_back( fmt::format( "{} does not include {}", path, header ) );
    return findings;
 }
 

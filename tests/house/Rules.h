@@ -40,6 +40,10 @@ Findings forbiddenCrossings( const SourceTree &tree, const std::vector<Allowance
 // No room has more than `percent` of the lines of all rooms.
 Findings largeRooms( const SourceTree &tree, const std::vector<Allowance> &rooms, size_t percent );
 
+// Every .cpp file of the room includes the header, or a header that does.
+Findings sourcesWithout( const SourceTree &tree, const std::string &room,
+                         const std::string &header );
+
 // Every *Test.cpp below tests/ is built: the CMakeLists.txt of its folder uses it, and
 // add_subdirectory leads from tests/ to that folder.
 Findings forgottenTests( const SourceTree &tree );

@@ -151,4 +151,15 @@ TEST( ForgottenTestsTest, FindsATestThatItsFolderDoesNotBuild ) {
                              "tests/b/CTest.cpp: tests/b/CMakeLists.txt does not build it" ) );
 }
 
+TEST( SourcesWithoutTest, FindsASourceThatReachesTheHeaderByNoPath ) {
+   const SourceTree tree( { { "host/A.cpp", "#include \"host/B.h\"\n" },
+                            { "host/B.h", "#include \"host/C.h\"\n" },
+                            { "host/C.h", "" },
+                            { "host/D.cpp", "#include \"host/C.h\"\n" },
+                            { "host/E.cpp", "" },
+                            { "smbus/F.cpp", "" } } );
+   EXPECT_THAT( sourcesWithout( tree, "host", "host/C.h" ),
+                ElementsAre( "host/E.cpp does not include host/C.h" ) );
+}
+
 } // namespace House

@@ -29,7 +29,7 @@ int PlatformLibrary::PLSocket::setup() {
    return reinterpret_cast<Setup *>( dlsym( plugin, "_ZN15PlatformLibrary8PLSocket5setupEv" ) )(
       this );
 }
-extern "C" unsigned sleep( unsigned ) { return 0; }
+extern "C" int clock_nanosleep( clockid_t, int, const timespec *, timespec * ) { return 0; }
 
 // The plug-in never deletes its objects.
 extern "C" const char *__lsan_default_suppressions() { return "leak:libOrbisDriversKelt"; }
@@ -81,6 +81,21 @@ TEST_F( BareHostTest, LoadsAndInitialises ) {
    ASSERT_NE( init, nullptr );
    EXPECT_EQ( init( "[" ), 3 );
    EXPECT_EQ( init( "[]" ), 0 );
+}
+
+TEST_F( BareHostTest, AnUnknownLedSettingStopsTheProcessWithoutTraces ) {
+   ASSERT_EQ( symbol<decltype( &pl_led_init )>( "pl_led_init" )(
+                 R"([{"type":"I2C",)"
+                 R"("ham":"OrbisSmbus","bus":{"id":0,"devices":[{"did":3},{"did":4}]}}])" ),
+              0 );
+   close( std::exchange( listener, -1 ) ); // requests to the server fail at once
+   auto addLed = symbol<decltype( &pl_led_add )>( "pl_led_add" );
+   pl_led *systemLed = addLed( R"({"did":3,"driver":"KeltSCPLD","address":{"address":49},)"
+                               R"("driverArgs":{"id":"1","type":"status"}})" );
+   ASSERT_NE( systemLed, nullptr );
+   const auto unknown = static_cast<pl_led_status>( 7 );
+   EXPECT_DEATH( systemLed->ops->set_light_setting( systemLed, unknown ),
+                 "Assertion `\\( unsigned \\)status < " );
 }
 
 // A device that can poll is still made. The process stops when a timer is needed.

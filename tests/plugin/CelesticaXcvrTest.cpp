@@ -188,4 +188,15 @@ TEST( ComputeOffsetTest, FindsTheGroupAndTheBitOfAPort ) {
    EXPECT_EQ( place( { 8, 16 }, 20 ), Place( 2, 0 ) ); // after the last limit: no bit
 }
 
+TEST_F( KeltSCPLDPortTest, APortOfACpldThatIsNotPolledStopsTheProcess ) {
+   Drivers::KeltSCPLD unpolled( false );
+   const std::unique_ptr<Component::LogicalDevice::SfpXcvr> sfp1( unpolled.newSfpXcvr( 1, args ) );
+   EXPECT_DEATH( sfp1->record_.ops->sfp.get_rx_los( &sfp1->record_, &value ),
+                 "Assertion `poll_ && \"A transceiver needs a CPLD with xcvrPoll\"' failed" );
+   EXPECT_DEATH( sfp1->getPresence(), "Assertion `poll_ && " );
+   const std::unique_ptr<Component::LogicalDevice::QsfpXcvr> qsfp1(
+      unpolled.newQsfpXcvr( 1, args ) );
+   EXPECT_DEATH( qsfp1->setReset( 1 ), "Assertion `poll_ && " );
+}
+
 } // namespace

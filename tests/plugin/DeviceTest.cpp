@@ -229,4 +229,36 @@ TEST_F( CompositeTest, AFactoryWithoutAResultGivesNull ) {
    EXPECT_EQ( TestHost::tracedAt( 0 ).back(), "factory function returned a null object" );
 }
 
+// Only the device id decides, so a document gets an object of the other kind. The object is used as
+// what both kinds are.
+TEST_F( CompositeTest, APlainDocumentOnTheIdOfACompositeGetsTheComposite ) {
+   add();
+   Drivers::DriverArgs plain;
+   EXPECT_EQ( DeviceBase::create( document( 500, "Dummy" ), plain ), &composite );
+   EXPECT_EQ( messageOf( [] { pl_fan_add( document( 500, "Dummy" ) ); } ),
+              "Not implemented newFan" );
+}
+
+TEST_F( CompositeTest, ACompositesDocumentOnTheIdOfASingleDeviceGetsTheDevice ) {
+   auto *single = DeviceBase::create( document( 1, "fan" ), args );
+   Drivers::DriverArgs other;
+   EXPECT_EQ( DeviceBase::create( json( "{'did':1,'driver':'composite','address':{'address':0},"
+                                        "'isMultiDevice':true,'multiDeviceArgs':{}}" ),
+                                  other ),
+              single );
+}
+
+TEST_F( CompositeTest, WhereASingleDeviceIsNeededACompositeStopsTheProcess ) {
+   add();
+   EXPECT_DEATH( HardwareDevice::create( args, nullptr ), "Assertion `device && " );
+}
+
+TEST_F( CompositeTest, AFlagThatDoesNotFitTheDriverStopsTheProcess ) {
+   EXPECT_DEATH( DeviceBase::create( document( 1, "composite" ), args ), "Assertion `device && " );
+   EXPECT_DEATH( DeviceBase::create( json( "{'did':1,'driver':'fan','address':{'address':0},"
+                                           "'isMultiDevice':true,'multiDeviceArgs':{}}" ),
+                                     args ),
+                 "Assertion `device && " );
+}
+
 } // namespace

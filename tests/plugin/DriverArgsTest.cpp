@@ -1,6 +1,7 @@
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "support/PluginFixture.h"
 
+#include <locale>
 #include <rapidjson/document.h>
 
 namespace {
@@ -59,6 +60,20 @@ TEST_F( DriverArgsTest, AFractionHasSixSignificantDigits ) {
    EXPECT_EQ( textOf( "0.25" ), "0.25" );
    EXPECT_EQ( textOf( "100.0" ), "100" );
    EXPECT_EQ( textOf( "1234567.0" ), "1.23457e+06" );
+}
+
+// The numbers of a locale that writes 1234,5.
+struct Commas : std::numpunct<char> {
+   char do_decimal_point() const override { return ','; }
+};
+
+TEST_F( DriverArgsTest, AFractionHasADecimalPointInEveryLocaleOfTheHost ) {
+   const std::locale before =
+      std::locale::global( std::locale( std::locale::classic(), new Commas ) );
+   const bool parsed = args.parseJSON( document( ",'driverArgs':{'a':0.25}" ) );
+   std::locale::global( before );
+   ASSERT_TRUE( parsed );
+   EXPECT_EQ( args.driverArgs["a"], "0.25" );
 }
 
 TEST_F( DriverArgsTest, AValueWithoutATextIsEmpty ) {

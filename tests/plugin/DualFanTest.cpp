@@ -4,6 +4,9 @@
 
 #include <fmt/format.h>
 
+#include <clocale>
+#include <limits>
+
 namespace {
 
 using Drivers::DualFan;
@@ -46,6 +49,17 @@ TEST_F( DualFanTest, ReportsTheMeanOfTwoRotorsThatAgree ) {
    EXPECT_EQ( reading( 10450, 8550 ), PL_STATUS_OK ); // just inside
    EXPECT_EQ( fan.faults_, 0 );
    EXPECT_EQ( reading( 10452, 8548 ), PL_STATUS_OK ); // just outside, and ignored
+   EXPECT_EQ( fan.faults_, 1 );
+}
+
+TEST_F( DualFanTest, AHugeAllowedDifferenceLetsEverySpeedPass ) {
+   for ( float huge : { 1e10f, std::numeric_limits<float>::infinity() } ) {
+      fan.maxDiff = huge;
+      EXPECT_EQ( reading( 20000, 100 ), PL_STATUS_OK );
+      EXPECT_EQ( fan.faults_, 0 );
+   }
+   fan.maxDiff = -1e10f;
+   reading( 10000, 10000 );
    EXPECT_EQ( fan.faults_, 1 );
 }
 
@@ -174,6 +188,19 @@ TEST_F( DualFanDocumentTest, MissingArgumentsAndIdsOutOfRangeStopTheProcess ) {
                  "Assertion `diffIt != args.driverArgs.end\\(\\)' failed" );
    EXPECT_DEATH( pl_fan_add( document( "'fanId':6,'maxRpm':1,'maxDiff':1" ) ),
                  "fanId >= 1 && fanId <= 5" );
+}
+
+// Some hosts run with the locale of their users.
+TEST_F( DualFanDocumentTest, TheAllowedDifferenceHasADecimalPointInEveryLocale ) {
+   const char *commas = nullptr;
+   for ( const char *locale : { "de_DE.UTF-8", "fr_FR.UTF-8", "de_DE", "fr_FR" } )
+      if ( !commas )
+         commas = setlocale( LC_NUMERIC, locale );
+   if ( !commas )
+      GTEST_SKIP() << "no locale with a decimal comma is installed";
+   pl_fan_add( document( "'fanId':1,'maxRpm':23000,'maxDiff':0.25" ) );
+   setlocale( LC_NUMERIC, "C" ); // the trace has the host's comma
+   EXPECT_TRUE( TestHost::traced( 5, "new DualFan id=1, rpm=23000, maxDiff=0,250000" ) );
 }
 
 } // namespace

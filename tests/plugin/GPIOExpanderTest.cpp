@@ -139,6 +139,15 @@ TEST_F( GPIOExpanderTest, ConfiguresEveryBankInOneBatch ) {
    EXPECT_EQ( expander.writeConfig( cfg ), PL_STATUS_OK );
 }
 
+TEST_F( GPIOExpanderTest, ANegativeBankBitOrPinStopsTheProcess ) {
+   EXPECT_DEATH( expander.getInBank( -1, &byte ), "Assertion `n <= numBanks' failed" );
+   EXPECT_DEATH( expander.getOutBank( -1, &byte ), "Assertion `n <= numBanks' failed" );
+   EXPECT_DEATH( expander.readBit( 0, -1, &bit ), "Assertion `bit <= 7' failed" );
+   EXPECT_DEATH( expander.writeBit( 0, -1, true ), "Assertion `bit <= 7' failed" );
+   EXPECT_DEATH( expander.readBit( -1, &bit ), "Assertion `bit <= 7' failed" );
+   EXPECT_DEATH( expander.writeBit( -8, true ), "Assertion `n <= numBanks' failed" );
+}
+
 TEST_F( GPIOExpanderTest, ABankNumberAboveTheNumberOfBanksStopsTheProcess ) {
    ham.expectBatch( { read8( 0x03 ).answers( { 1 } ) } );
    EXPECT_EQ( expander.getInBank( 3, &byte ), PL_STATUS_OK );

@@ -36,11 +36,17 @@ TEST_F( KeltPCA9506Test, AFailedPowerOffReturnsItsStatus ) {
    ham.expectBatch( { read8( 0x0A ).fails( 6 ) } );
    EXPECT_EQ( expander.poweroff(), 6 );
    ham.expectBatch( { read8( 0x0A ).answers( { 0 } ) } );
-   ham.expectBatch( { read8( 0x0B ).fails( 4 ) } );
-   EXPECT_EQ( expander.poweroff(), 4 );
    ham.expectBatch( { read8( 0x0B ).answers( { 0 } ) } );
    ham.expectBatch( { write8( 0x0A, 0x80 ), write8( 0x0B, 0x04 ).fails( 6 ) } );
    EXPECT_EQ( expander.poweroff(), 6 );
+}
+
+TEST_F( KeltPCA9506Test, APowerOffWhoseSecondBankCantBeReadWritesTheFirst ) {
+   ham.expectBatch( { read8( 0x0A ).answers( { 0x01 } ) } );
+   ham.expectBatch( { read8( 0x0B ).fails( 4 ) } );
+   ham.expectBatch( { write8( 0x0A, 0x81 ) } );
+   EXPECT_EQ( expander.poweroff(), PL_STATUS_OK );
+   EXPECT_EQ( expander.save(), PL_STATUS_OK ); // nothing is left for a later change to write
 }
 
 TEST_F( KeltPCA9506Test, TheDescriptionDependsOnTheAirflow ) {
@@ -81,6 +87,24 @@ TEST_F( KeltPCA9506Test, ACachedTextThatCantBeCopiedReturns6 ) {
    TestHost::copiesTexts = true;
    expectModule( true );
    EXPECT_EQ( present( *bay ), "FAN-7 frontToBackAirflow 23000" );
+}
+
+TEST_F( KeltPCA9506Test, ANewTextThatCantBeCopiedReturns6 ) {
+   auto bay = slot();
+   expectModule( true );
+   TestHost::copiesTexts = false;
+   EXPECT_EQ( present( *bay ), "" );
+   EXPECT_EQ( status, 6 );
+   EXPECT_TRUE( TestHost::traced( 0, "Error: KeltPCA9506::FanSlot strdup failed" ) );
+   TestHost::copiesTexts = true;
+   expectModule( true );
+   EXPECT_EQ( present( *bay ), "FAN-7 frontToBackAirflow 23000" );
+}
+
+TEST_F( KeltPCA9506Test, APinBeforeTheFirstStopsTheProcess ) {
+   slotArguments["presenceBitOffset"] = "-20";
+   auto bay = slot();
+   EXPECT_DEATH( present( *bay ), "Assertion `(bit <= 7|n <= numBanks)' failed" );
 }
 
 TEST_F( KeltPCA9506Test, AnEmptyBayReturns1AndClearsTheCache ) {

@@ -74,9 +74,23 @@ TEST_F( KeltSystemTest, APowerOffSetsThePinsOfTheFanBoard ) {
 }
 
 TEST_F( KeltSystemTest, WithoutADriverInTheTopologyPoweringOffStopsTheProcess ) {
-   load( i2cTopology( "{'did':2,'label':'Pca9506'}" ) );
+   load( i2cTopology( "{'did':2,'label':'Pca9506','address':{'address':32}}" ) );
    EXPECT_DEATH( system->ops->poweroff( system ),
                  "driver KeltPCA506 not found(.|\n)*Assertion `device' failed" );
+}
+
+TEST_F( KeltSystemTest, AnotherDriverUnderTheLabelOfTheExpanderStopsTheProcess ) {
+   load( i2cTopology( "{'did':2,'label':'Pca9506','driver':'LM75','address':{'address':32}}" ) );
+   EXPECT_DEATH( system->ops->poweroff( system ), "Assertion `expander' failed" );
+}
+
+TEST_F( KeltSystemTest, WithoutADriverTheCpldIsReachedAtItsAddress ) {
+   load( i2cTopology( "{'did':1,'label':'Cpld','address':{'address':98}}" ) );
+   FakeServer::answersWith( { "\x42" } );
+   EXPECT_EQ( system->ops->powercycle( system ), PL_STATUS_OK );
+   for ( const auto &request : FakeServer::received )
+      EXPECT_TRUE( FakeServer::inWords( request.request( 0 ) ).find( " 0x62 reg 0x102" ) !=
+                   std::string::npos );
 }
 
 TEST_F( KeltSystemTest, WithoutTheDevicesBothStopTheProcess ) {

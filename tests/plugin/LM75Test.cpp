@@ -105,6 +105,13 @@ TEST( LM75RegisterTest, ADegreeAboveTheRangeBecomesOneBelowZero ) {
    EXPECT_EQ( LM75::temperatureToRegister( 200.0f ), 0xFFC8 );
 }
 
+// No integer can hold these. Their low byte is 0.
+TEST( LM75RegisterTest, AThresholdFarOutsideTheRangeIsWrittenAsZero ) {
+   const float infinity = std::numeric_limits<float>::infinity();
+   for ( float celsius : { 3e9f, 1e10f, -1e10f, 1e38f, -1e38f, infinity, -infinity, NAN } )
+      EXPECT_EQ( LM75::temperatureToRegister( celsius ), 0x0000 ) << celsius;
+}
+
 TEST_F( LM75Test, ASensorSetsBothThresholdsWhenItIsAdded ) {
    LM75::TempSensor sensor( &lm75 );
    EXPECT_EQ( sensor.alertThreshold, 0.0f );

@@ -27,6 +27,14 @@ TEST_F( LibraryInitTest, SleepsASecondAfterEveryFailedAttempt ) {
    EXPECT_EQ( _plSock, nullptr );
 }
 
+TEST_F( LibraryInitTest, ASignalOfTheHostDoesNotShortenTheSecond ) {
+   FakeServer::failingSetups = 2;
+   FakeServer::signals = 5;
+   EXPECT_EQ( plSockInit( "x", 2 ), 4 );
+   EXPECT_EQ( FakeServer::signals, 0 );
+   EXPECT_EQ( FakeServer::secondsSlept, 2u );
+}
+
 TEST_F( LibraryInitTest, KeepsTheSocketOfTheFirstAttemptThatSucceeds ) {
    FakeServer::failingSetups = 2;
    EXPECT_EQ( plSockInit( "x", 30 ), 0 );

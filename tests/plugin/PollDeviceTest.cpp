@@ -78,6 +78,18 @@ TEST_F( PollDeviceTest, AFailedArmIsTracedAndKeepsTheState ) {
    EXPECT_TRUE( TestHost::traced( 0, "failed to set timer interval" ) );
 }
 
+TEST_F( PollDeviceTest, ATimerThatTheHostCantMakeIsNeverSetCancelledOrDeleted ) {
+   TestHost::makesTimers = false;
+   {
+      Polled other;
+      other.pollInterval = 250;
+      EXPECT_FALSE( other.pollStart() );
+      EXPECT_TRUE( TestHost::traced( 0, "failed to set timer interval" ) );
+      other.running = true;
+      EXPECT_FALSE( other.pollStop() );
+   } // the timer of TestHost can't be null
+}
+
 TEST_F( PollDeviceTest, AFailedRearmEndsThePollingUntilItIsReset ) {
    device.pollInterval = 250;
    device.pollStart();

@@ -212,6 +212,22 @@ TEST_F( PsuSlotTest, TheLaterTemplateOfAModelWins ) {
    EXPECT_EQ( present( *bay ), "late S" );
 }
 
+TEST_F( PsuSlotTest, ATextThatCantBeCopiedReturns6 ) {
+   auto bay = known( "pmbus" );
+   TestHost::copiesTexts = false;
+   expectPmbusSupply( "PWR-A", "SN42" );
+   EXPECT_EQ( present( *bay ), "" );
+   EXPECT_EQ( status, 6 );
+   EXPECT_TRUE( TestHost::traced( 0, "Error: PsuSlot::Slot strdup failed" ) );
+   TestHost::copiesTexts = true;
+   expectPmbusSupply( "PWR-A", "SN42" );
+   EXPECT_EQ( present( *bay ), "a SN42" );
+   TestHost::copiesTexts = false;
+   expectPmbusSupply( "PWR-A", "SN42" );
+   EXPECT_EQ( present( *bay ), "" ); // the cached text
+   EXPECT_EQ( status, 6 );
+}
+
 TEST_F( PsuSlotTest, AnUnknownIdentificationTypeMeansPmbus ) {
    auto bay = known( "smoke" );
    EXPECT_TRUE( TestHost::traced( 0, "Invalid identification type: 'smoke'" ) );

@@ -1,10 +1,9 @@
 #include "OrbisGeneric/Drivers/Kelt/CelesticaCPLD.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 #include "OrbisGeneric/Drivers/Kelt/CelesticaXcvr.h"
 #include "OrbisGeneric/Ham/Ham.h"
-
-#include <cassert>
 
 namespace Drivers {
 
@@ -186,6 +185,8 @@ pl_status CelXcvrCPLD::Led::readLeds( uint8_t *leds ) {
    return status;
 }
 
+// A tick that fails takes the LED off the blink list, but the LED still counts as blinking: only
+// another setting, and then Beacon again, makes it blink.
 bool CelXcvrCPLD::Led::handleBlinkTimer( bool on ) {
    uint8_t leds = 0;
    if ( readLeds( &leds ) != PL_STATUS_OK )
@@ -198,7 +199,9 @@ bool CelXcvrCPLD::Led::handleBlinkTimer( bool on ) {
 }
 
 pl_status CelXcvrCPLD::SystemLed::setLightSetting( pl_led_status status ) {
-   PL_TRACE( 6, "setting CPLD System Led %hhu to %s", id_, getLedStatusString( status ) );
+   // Outside the trace: an unknown setting stops the process in a host without trace, too.
+   const char *const setting = getLedStatusString( status );
+   PL_TRACE( 6, "setting CPLD System Led %hhu to %s", id_, setting );
    uint8_t leds = 0;
    if ( pl_status failure = readLeds( &leds ) )
       return failure;
@@ -227,7 +230,8 @@ pl_status CelXcvrCPLD::SystemLed::setLightSetting( pl_led_status status ) {
 
 pl_status CelXcvrCPLD::PsuLed::setLightSetting( pl_led_status status ) {
    assert( 0 <= id_ && id_ <= 1 );
-   PL_TRACE( 6, "setting CPLD PSU Led %hhu to %s", id_, getLedStatusString( status ) );
+   const char *const setting = getLedStatusString( status );
+   PL_TRACE( 6, "setting CPLD PSU Led %hhu to %s", id_, setting );
    if ( status != PL_LED_BEACON && blinking_ ) {
       notifyList_.remove( this );
       blinking_ = false;

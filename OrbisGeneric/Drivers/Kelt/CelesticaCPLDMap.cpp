@@ -1,5 +1,7 @@
 #include "OrbisGeneric/Drivers/Kelt/CelesticaCPLD.h"
 
+#include "OrbisGeneric/Assert.h"
+
 namespace Drivers {
 
 const CelXcvrCPLD::Limits KeltQCPLD::qsfpRegisterLimits = { 8, 16, 24, 32 };

@@ -1,12 +1,14 @@
 #include "OrbisGeneric/Drivers/Kelt/CelesticaXcvr.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/HostServices.h"
 
 namespace Drivers {
 
 using namespace CelesticaCPLDMap;
 
-// For the host the first port is 1.
+// For the host the first port is 1, and so is the id that the callbacks trace. The driver's own
+// traces count from 0.
 CelXcvrCPLD::SfpXcvr::SfpXcvr( const CelXcvr &port ) : CelXcvr( port ) { xcvrId_ = port_ + 1u; }
 CelXcvrCPLD::QsfpXcvr::QsfpXcvr( const CelXcvr &port ) : CelXcvr( port ) { xcvrId_ = port_ + 1u; }
 
@@ -16,7 +18,9 @@ pl_status CelXcvrCPLD::activeLow( pl_status status, int *value ) {
    return status;
 }
 
+// A CPLD that isn't polled has no register maps, and its ports have no registers.
 uint16_t CelXcvrCPLD::registerOf( MapIndex map, unsigned signal, const CelXcvr &xcvr ) const {
+   assert( poll_ && "A transceiver needs a CPLD with xcvrPoll" );
    return CelesticaCPLDMap::registerOf( *registerMaps_.at( map ), signal, xcvr.registerIndex_ );
 }
 

@@ -1,8 +1,8 @@
 #include "OrbisGeneric/Drivers/Kelt/KeltPCA9506.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Drivers/DriverArgs.h"
 
-#include <cassert>
 #include <cstdlib>
 #include <cstring>
 
@@ -19,7 +19,7 @@ constexpr uint8_t pinConfig[banks] = { 0xFF, 0xFF, 0x7F, 0x1B, 0x80 }; // 1: inp
 // The first of the two LED pins of each fan.
 constexpr int ledPin[] = { 31, 29, 35, 37, 33 };
 
-constexpr int firstPresencePin = 10, firstAirflowPin = 15;
+constexpr unsigned firstPresencePin = 10, firstAirflowPin = 15;
 
 } // namespace
 
@@ -34,11 +34,12 @@ void KeltPCA9506::init() {
       PL_TRACE( 0, "Error: failed to write PCA9506 pin configuration" );
 }
 
+// When the second bank can't be read, the first pin is written all the same: a pin that stayed
+// pending would go high with the next change of an LED.
 pl_status KeltPCA9506::poweroff() {
    if ( pl_status status = writeBit( 2, 7, true ) )
       return status;
-   if ( pl_status status = writeBit( 3, 2, true ) )
-      return status;
+   writeBit( 3, 2, true );
    return save();
 }
 
@@ -70,7 +71,9 @@ void KeltPCA9506::FanLed::setPins( bool a, bool b ) {
 }
 
 pl_status KeltPCA9506::FanLed::setLightSetting( pl_led_status status ) {
-   PL_TRACE( 6, "Setting PCA9506 led %d to %s", fan_, getLedStatusString( status ) );
+   // Outside the trace: an unknown setting stops the process in a host without trace, too.
+   const char *const setting = getLedStatusString( status );
+   PL_TRACE( 6, "Setting PCA9506 led %d to %s", fan_, setting );
    if ( blinking_ && status != PL_LED_BEACON ) {
       notifyList_.remove( this );
       blinking_ = false;
@@ -125,9 +128,9 @@ KeltPCA9506::FanSlot::FanSlot( KeltPCA9506 *expander, int fanId, DriverSpecificA
    auto modelIt = slotArgs_.find( "modelName" );
    assert( modelIt != slotArgs_.end() );
    fdl_ = FormatFdl( fdlIt->second );
-   const int offset = std::stoi( offsetIt->second );
-   presencePin = offset + firstPresencePin;
-   airflowPin = offset + firstAirflowPin;
+   const auto offset = static_cast<unsigned>( std::stoi( offsetIt->second ) );
+   presencePin = static_cast<int>( offset + firstPresencePin );
+   airflowPin = static_cast<int>( offset + firstAirflowPin );
 }
 
 KeltPCA9506::FanSlot::~FanSlot() { free( cachedFdl_ ); }
@@ -150,24 +153,29 @@ pl_status KeltPCA9506::FanSlot::getPresence( char **fdl ) {
    }
    if ( cachedFdl_ && cachedAirflow_ == frontToBack ) {
       PL_TRACE( 5, "Using cached fdl for fan %d", fanId_ );
-      char *copy = strdup( cachedFdl_ );
-      if ( !copy ) {
-         PL_TRACE( 0, "Error: KeltPCA9506::FanSlot strdup failed" );
-         return PL_STATUS_TRANSACTION;
-      }
-      *fdl = copy;
-      return PL_STATUS_OK;
+      return copyForHost( cachedFdl_, fdl );
    }
    fdl_.start();
    fdl_.set( "airflowDirection", frontToBack ? "frontToBackAirflow" : "backToFrontAirflow" );
    fdl_.set( "maxRpm", slotArgs_.at( frontToBack ? "rpmF2B" : "rpmB2F" ) );
    fdl_.set( "modelName", slotArgs_.at( "modelName" ) );
    const char *text = fdl_.charPtr();
-   *fdl = strdup( text );
+   if ( pl_status status = copyForHost( text, fdl ) )
+      return status;
    PL_TRACE( 5, "fan %d fdl: %s", fanId_, text );
    free( cachedFdl_ );
    cachedFdl_ = strdup( text );
    cachedAirflow_ = frontToBack;
+   return PL_STATUS_OK;
+}
+
+pl_status KeltPCA9506::FanSlot::copyForHost( const char *text, char **fdl ) {
+   char *copy = strdup( text );
+   if ( !copy ) {
+      PL_TRACE( 0, "Error: KeltPCA9506::FanSlot strdup failed" );
+      return PL_STATUS_TRANSACTION;
+   }
+   *fdl = copy;
    return PL_STATUS_OK;
 }
 

@@ -55,12 +55,14 @@ class KeltPCA9506::FanSlot : public Component::LogicalDevice::Slot {
    ~FanSlot() override;
 
    // PL_STATUS_OK and the description line of the module. The line is made again when the airflow
-   // of the module changes. 1 when there is no module.
+   // of the module changes. 1 when there is no module, 6 when there is no memory for the line.
    pl_status getPresence( char **fdl ) override;
 
  private:
+   static pl_status copyForHost( const char *text, char **fdl );
+
    KeltPCA9506 *expander_;
-   int fanId_;
+   int fanId_; // from 1, as the board's drawing and these traces have it; other ids are from 0
    FormatFdl fdl_;
    int presencePin;
    int airflowPin;

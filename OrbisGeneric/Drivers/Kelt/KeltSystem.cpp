@@ -1,11 +1,10 @@
 #include "OrbisGeneric/Drivers/Kelt/KeltSystem.h"
 
+#include "OrbisGeneric/Assert.h"
 #include "OrbisGeneric/Components/Gpio.h"
 #include "OrbisGeneric/Drivers/Helpers.h"
 #include "OrbisGeneric/Drivers/Kelt/KeltPCA9506.h"
 #include "OrbisGeneric/LibraryInit.h"
-
-#include <cassert>
 
 namespace {
 
@@ -45,5 +44,7 @@ pl_status pl_system_powercycle( pl_system * ) {
 // names the driver of the device.
 pl_status pl_system_poweroff( pl_system * ) {
    auto *device = Drivers::getHardwareDeviceByLabel( "Pca9506", "KeltPCA506" );
-   return static_cast<Drivers::KeltPCA9506 *>( device )->poweroff();
+   auto *expander = dynamic_cast<Drivers::KeltPCA9506 *>( device );
+   assert( expander );
+   return expander->poweroff();
 }

@@ -3,6 +3,8 @@
 #include "OrbisGeneric/Topology.h"
 #include "PlatformLibrary/PLSocket.h"
 
+#include <cerrno>
+#include <ctime>
 #include <unistd.h>
 
 PlatformLibrary::PLSocket *_plSock = nullptr;
@@ -16,6 +18,15 @@ void tearDownSocket() {
    close( _plSock->fd );
    delete _plSock;
    _plSock = nullptr;
+}
+
+// A signal that the host handles does not end it.
+void sleepASecond() {
+   timespec end;
+   clock_gettime( CLOCK_MONOTONIC, &end );
+   ++end.tv_sec;
+   while ( clock_nanosleep( CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr ) == EINTR ) {
+   }
 }
 
 } // namespace
@@ -35,7 +46,7 @@ int plSockInit( const char *caller, int retries ) {
    for ( int attempt = 0; attempt < retries; ++attempt ) {
       if ( _plSock->setup() == 0 )
          return PL_STATUS_OK;
-      sleep( 1 ); // after the last attempt too
+      sleepASecond(); // after the last attempt too
    }
    PL_TRACE( 0, "%s: socket Setup failed!", caller );
    tearDownSocket();

@@ -1,12 +1,17 @@
 #include "support/FakeServer.h"
 
+#include <cerrno>
+#include <cmath>
 #include <cstdio>
+#include <ctime>
+#include <gtest/gtest.h>
 
 namespace FakeServer {
 
 int failingSetups, failedDescriptor, setups, socketsMade, socketsReleased;
 pl_fd_watcher_handle failedWatcher;
 unsigned secondsSlept;
+int signals;
 std::vector<Smbus::TransactionRequest> received;
 bool keepsRequests = true;
 std::function<int( Smbus::TransactionRequest *, Smbus::TransactionResponse ** )> answer;
@@ -16,6 +21,7 @@ void reset() {
    failedDescriptor = -1;
    failedWatcher = nullptr;
    secondsSlept = 0;
+   signals = 0;
    received.clear();
    keepsRequests = true;
    answer = []( Smbus::TransactionRequest *request, Smbus::TransactionResponse **response ) {
@@ -90,8 +96,19 @@ int PLSocket::sendRequestWait( Smbus::TransactionRequest *request,
 
 } // namespace PlatformLibrary
 
-// --wrap of the linker sends the plug-in's calls of sleep here.
-extern "C" unsigned __wrap_sleep( unsigned seconds ) {
-   FakeServer::secondsSlept += seconds;
+// --wrap of the linker sends the plug-in's sleeps here. They end at a time of the monotonic clock.
+extern "C" int __wrap_clock_nanosleep( clockid_t clock, int flags, const timespec *end,
+                                       timespec * ) {
+   EXPECT_EQ( clock, CLOCK_MONOTONIC );
+   EXPECT_EQ( flags, TIMER_ABSTIME );
+   if ( FakeServer::signals > 0 ) {
+      --FakeServer::signals;
+      return EINTR;
+   }
+   timespec now;
+   clock_gettime( CLOCK_MONOTONIC, &now );
+   const auto left = static_cast<double>( end->tv_sec - now.tv_sec ) +
+                     static_cast<double>( end->tv_nsec - now.tv_nsec ) / 1e9;
+   FakeServer::secondsSlept += static_cast<unsigned>( std::lround( left ) );
    return 0;
 }

@@ -16,7 +16,8 @@ extern int failingSetups;
 extern int failedDescriptor;
 extern pl_fd_watcher_handle failedWatcher;
 extern int setups, socketsMade, socketsReleased;
-extern unsigned secondsSlept; // in sleep(), which returns at once here
+extern unsigned secondsSlept; // by the plug-in, whose sleeps return at once here
+extern int signals;           // the number of sleeps that a signal ends from now on
 
 extern std::vector<Smbus::TransactionRequest> received;
 extern bool keepsRequests;

@@ -9,8 +9,8 @@
 
 // Objects that are never deleted by design. A test that starts again loses the pointers to them.
 extern "C" const char *__lsan_default_suppressions() {
-   return "leak:Component::HardwareDevice::create\n"
-          "leak:Component::MultiDevice::create\n"
+   return "leak:Component::HardwareDevice::make\n"
+          "leak:Component::MultiDevice::make\n"
           "leak:Component::addObject\n"
           "leak:newTempSensor\n"
           "leak:newSmbusProxy\n"
@@ -28,6 +28,7 @@ PluginFixture::PluginFixture() {
    _plSock = nullptr;
    Topology::_topology.reset();
    Topology::_topology_index.clear();
+   Topology::_topology_label_records.clear();
    Topology::_topology_json.clear();
    Component::DeviceBase::devices.clear();
    using Component::LogicalDevice::Led;
