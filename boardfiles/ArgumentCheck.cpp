@@ -1,5 +1,7 @@
 #include "boardfiles/ArgumentCheck.h"
 
+#include "boardfiles/Nearest.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>

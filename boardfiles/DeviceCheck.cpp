@@ -1,6 +1,7 @@
 #include "boardfiles/DeviceCheck.h"
 
 #include "boardfiles/ArgumentCheck.h"
+#include "boardfiles/Nearest.h"
 #include "boardfiles/Schema.h"
 
 #include <fmt/format.h>

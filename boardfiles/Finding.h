@@ -51,7 +51,4 @@ struct BoardError : std::runtime_error {
 // Throws BoardError when there is an error among the findings.
 void throwErrors( const Findings &findings );
 
-// ` (did you mean "NAME"?)` for the name that is most like the word, empty when none is near.
-std::string didYouMean( std::string_view word, const std::vector<std::string> &names );
-
 } // namespace BoardFiles

@@ -1,5 +1,6 @@
 #include "boardfiles/Schema.h"
 
+#include "boardfiles/Nearest.h"
 #include "boardfiles/Pattern.h"
 
 #include <fmt/format.h>

@@ -1,5 +1,6 @@
 #include "boardfiles/SimulationFile.h"
 
+#include "boardfiles/Nearest.h"
 #include "boardfiles/Pattern.h"
 #include "boardfiles/Schema.h"
 #include "boardfiles/TopologyFile.h"

@@ -1,9 +1,11 @@
 #include "orbis-smbus/CommandLine.h"
 
+#include "commandline/WrongUsage.h"
 #include "orbis-smbus/SimCommands.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 namespace SmbusClient {
 
@@ -180,6 +182,15 @@ void describe( CLI::App &app, Options &options ) {
                "server." );
 }
 
+// "pull psu2": the command with its arguments.
+std::string inWords( const CLI::App &command ) {
+   std::vector<std::string> words{ command.get_name() };
+   for ( const CLI::Option *option : command.get_options() )
+      for ( const std::string &argument : option->results() )
+         words.push_back( argument );
+   return fmt::format( "{}", fmt::join( words, " " ) );
+}
+
 } // namespace
 
 std::optional<ExitCode> parseCommandLine( int argc, char **argv, Options &options ) {
@@ -187,15 +198,13 @@ std::optional<ExitCode> parseCommandLine( int argc, char **argv, Options &option
    describe( app, options );
    try {
       app.parse( argc, argv );
-   } catch ( const CLI::Success &help ) {
-      app.exit( help );
-      return Done;
-   } catch ( const CLI::ParseError &error ) {
-      fmt::print( stderr, "orbis-smbus: {}\nRun with --help for more information.\n",
-                  explain( app, error ) );
-      return WrongUsage;
+   } catch ( const CLI::ParseError &end ) {
+      return CommandLine::report( app, end ) ? Done : WrongUsage;
    }
-   options.command = app.get_subcommands().front()->get_name();
+   const CLI::App &command = *app.get_subcommands().front();
+   options.command = command.get_name();
+   if ( options.command == "sim" )
+      options.done = inWords( *command.get_subcommands().front() );
    return {};
 }
 

@@ -27,6 +27,7 @@ struct Options {
    uint32_t last = 0xFF;
    std::string control;       // empty: the server's socket with .control after its name
    SmbusControl::Request sim; // the command after sim, other than play
+   std::string done;          // that command in words, for a user to see that it is done
    std::string scenario;      // to play; empty for other commands
    std::string recording;     // to print; empty: trace the running server
 };

@@ -8,7 +8,7 @@
 #include "smbus/RootBus.h"
 
 #include <cstdio>
-#include <cstdlib>
+#include <fmt/format.h>
 #include <map>
 
 namespace SmbusClient {
@@ -29,8 +29,7 @@ Reading tryToRead( ServerConnection &server, const Target &target, uint32_t offs
 std::string controlPath( const Options &options ) {
    if ( !options.control.empty() )
       return options.control;
-   const char *socket = std::getenv( "ORBIS_SMBUS_SOCKET" ); // main() sets it from --socket
-   return std::string( socket && *socket ? socket : "/run/orbis/smbus.sock" ) + ".control";
+   return serverPath() + ".control";
 }
 
 } // namespace
@@ -99,6 +98,8 @@ void sim( const Options &options ) {
       print( formatState( response.state(), options.json ) );
    if ( response.has_quantity() )
       print( formatQuantity( response.quantity(), options.json ) );
+   if ( !response.has_state() && !response.has_quantity() )
+      fmt::print( stderr, "done: {}\n", options.done );
 }
 
 void trace( const Options &options ) {

@@ -2,6 +2,7 @@
 
 #include "orbis-smbus/ServerConnection.h"
 #include "sockets/Frames.h"
+#include "sockets/Unreachable.h"
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -25,12 +26,12 @@ ControlConnection::ControlConnection( const std::string &path )
    sockaddr_un address{};
    address.sun_family = AF_UNIX;
    if ( path.size() >= sizeof address.sun_path )
-      throw unreachable( std::strerror( ENAMETOOLONG ) );
+      throw unreachable( Sockets::whyUnreachable( path, ENAMETOOLONG ) );
    path.copy( address.sun_path, path.size() );
    if ( connect( fd_, reinterpret_cast<sockaddr *>( &address ), sizeof address ) != 0 ) {
       const int error = errno;
       close( fd_ );
-      throw unreachable( std::strerror( error ) );
+      throw unreachable( Sockets::whyUnreachable( path, error ) );
    }
 }
 

@@ -1,12 +1,19 @@
 #include "orbis-smbus/ServerConnection.h"
 
+#include "sockets/Unreachable.h"
+
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
+#include <cstdlib>
 #include <memory>
 
 namespace SmbusClient {
+
+std::string serverPath() {
+   const char *socket = std::getenv( "ORBIS_SMBUS_SOCKET" ); // main() sets it from --socket
+   return socket && *socket ? socket : "/run/orbis/smbus.sock";
+}
 
 ServerConnection::~ServerConnection() {
    if ( socket_.fd >= 0 )
@@ -25,7 +32,8 @@ std::string ServerConnection::ask( const Target &target, Smbus::RequestType type
 
    Smbus::TransactionResponse *received = nullptr;
    if ( socket_.sendRequestWait( &transaction, &received ) < 0 )
-      throw Unreachable( std::string( "the server can't be reached: " ) + std::strerror( errno ) );
+      throw Unreachable( "the server can't be reached: " +
+                         Sockets::whyUnreachable( serverPath(), errno ) );
    const std::unique_ptr<Smbus::TransactionResponse> response( received );
    if ( response->failed() )
       throw Failed( response->has_error() ? response->error() : "unknown reason" );

@@ -19,6 +19,9 @@ struct Failed : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
+// The path of the server's socket.
+std::string serverPath();
+
 // Sends transactions to the server. Each opens the target's multiplexers first and closes them at
 // the end.
 class ServerConnection {

@@ -1,5 +1,6 @@
 #include "orbis-smbus/SimCommands.h"
 
+#include "commandline/WrongUsage.h"
 #include "orbis-smbus/WrongCommand.h"
 #include "smbus/RootBusId.h"
 
@@ -225,23 +226,9 @@ Request parseSimCommand( std::vector<std::string> words ) {
    try {
       app.parse( std::move( words ) );
    } catch ( const CLI::ParseError &error ) {
-      throw WrongCommand( explain( app, error ) );
+      throw WrongCommand( CommandLine::explain( app, error ) );
    }
    return request;
-}
-
-std::string explain( const CLI::App &app, const CLI::ParseError &error ) {
-   const CLI::App *innermost = &app;
-   while ( !innermost->get_subcommands().empty() )
-      innermost = innermost->get_subcommands().front();
-   const std::vector<std::string> left = app.remaining();
-   if ( innermost->get_require_subcommand_min() == 0 || left.empty() || left[0].starts_with( '-' ) )
-      return error.what();
-   std::vector<std::string> known;
-   for ( const CLI::App *command :
-         innermost->get_subcommands( []( const auto * ) { return true; } ) )
-      known.push_back( command->get_name() );
-   return unknownCommand( left[0], known );
 }
 
 } // namespace SmbusClient

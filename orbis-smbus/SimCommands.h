@@ -7,7 +7,6 @@
 
 namespace CLI {
 class App;
-class ParseError;
 } // namespace CLI
 
 namespace SmbusClient {
@@ -19,9 +18,5 @@ void describeSimCommands( CLI::App &, SmbusControl::Request & );
 
 // One command in words: what follows "at TIME" in a scenario. Throws WrongCommand.
 SmbusControl::Request parseSimCommand( std::vector<std::string> words );
-
-// What is wrong with a command line. For a word that is not a command: that word, the commands that
-// exist, and the nearest of them.
-std::string explain( const CLI::App &, const CLI::ParseError & );
 
 } // namespace SmbusClient

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace SmbusClient {
 
@@ -10,8 +8,5 @@ namespace SmbusClient {
 struct WrongCommand : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
-
-// "explode is not a command. Commands: list, get", with the nearest one if it is similar.
-std::string unknownCommand( const std::string &word, const std::vector<std::string> &known );
 
 } // namespace SmbusClient

@@ -1,5 +1,7 @@
 #include "smbusd/CommandLine.h"
 
+#include "commandline/WrongUsage.h"
+
 #include <CLI/CLI.hpp>
 
 namespace Smbusd {
@@ -101,8 +103,8 @@ std::optional<ExitCode> parseCommandLine( int argc, char **argv, Options &option
       if ( app.get_subcommands().empty() && options.topology.empty() && options.routes.empty() &&
            options.replayFrom.empty() )
          throw CLI::RequiredError( "--simulate, --routes or --replay" );
-   } catch ( const CLI::ParseError &error ) {
-      return app.exit( error ) == 0 ? Done : WrongUsage;
+   } catch ( const CLI::ParseError &end ) {
+      return CommandLine::report( app, end ) ? Done : WrongUsage;
    }
    return {};
 }

@@ -9,6 +9,7 @@
 #include <boost/asio/steady_timer.hpp>
 #include <csignal>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <iostream>
 #include <optional>
 #include <pl.h>
@@ -44,9 +45,13 @@ bool userAgrees( const Action &action, const BoardFiles::Board &board ) {
    return std::getline( std::cin, answer ) && ( answer == "y" || answer == "yes" );
 }
 
-int print( const std::string &name, const Reading &result ) {
+// Where the action read nothing, the user sees what is done.
+int print( const Options &options, const std::string &name, const Reading &result ) {
    if ( result.state == State::Ok ) {
-      if ( !std::holds_alternative<std::monostate>( result.value ) )
+      if ( std::holds_alternative<std::monostate>( result.value ) )
+         fmt::print( stderr, "done: {} {} {}\n", nameOf( options.kind ), name,
+                     fmt::join( options.words, " " ) );
+      else
          fmt::print( "{}\n", toText( result.value ) );
       return exitOk;
    }
@@ -62,7 +67,8 @@ int print( const std::string &name, const Reading &result ) {
 class ActionSession {
  public:
    ActionSession( const BoardFiles::Board &board, const Options &options, size_t object )
-      : board_( board ), object_( object ), signals_( loop_, SIGINT, SIGTERM, SIGHUP ),
+      : board_( board ), options_( options ), object_( object ),
+        signals_( loop_, SIGINT, SIGTERM, SIGHUP ),
         session_( loop_, board, options.plugin,
                   Limits{ .init = initLimit, .step = fromSeconds( options.limit ), .only = object },
                   logging( options, [this] { changed(); } ) ) {}
@@ -93,7 +99,7 @@ class ActionSession {
    }
    void ended( const Reading &result, bool stays ) {
       giveUp_.cancel();
-      exitCode_ = print( board_.objects[object_].name, result );
+      exitCode_ = print( options_, board_.objects[object_].name, result );
       if ( stays && exitCode_ == exitOk )
          fmt::print( stderr, "{} blinks until Ctrl-C\n", board_.objects[object_].name );
       else
@@ -101,6 +107,7 @@ class ActionSession {
    }
 
    const BoardFiles::Board &board_;
+   const Options &options_;
    const size_t object_;
    int exitCode_ = exitUnreadable;
    boost::asio::io_context loop_{ 1 };
@@ -128,7 +135,7 @@ int act( const BoardFiles::Board &board, const Options &options ) {
    if ( const auto client = Client::ofBoard( board.folder ) ) {
       spdlog::debug( "asks the serve at {}", client->socket().string() );
       const std::string &name = board.objects[*object].name;
-      return print( name, client->act( name, options.words ) );
+      return print( options, name, client->act( name, options.words ) );
    }
    spdlog::debug( "no serve runs for {}: this command brings the board up", board.folder );
    return ActionSession( board, options, *object ).run( action );

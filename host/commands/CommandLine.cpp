@@ -1,5 +1,6 @@
 #include "host/commands/CommandLine.h"
 
+#include "commandline/WrongUsage.h"
 #include "host/plugin/Action.h"
 
 #include <CLI/CLI.hpp>
@@ -16,7 +17,8 @@ constexpr auto programDescription =
    "temperature sensors, the port LEDs, and the pin directions of expanders.\n";
 
 constexpr auto footer =
-   "\nfan, led, xcvr, gpio, smbus and system take the board from --board or ORBIS_BOARD.\n"
+   "\nWithout BOARD, or --board for fan, led, xcvr, gpio, smbus and system, the board is that of\n"
+   "ORBIS_BOARD.\n"
    "led NAME beacon runs until Ctrl-C, because the program itself makes the LED blink.\n"
    "\nIf serve runs for the board, the other commands send their requests to it; -v shows this.\n"
    "The socket of serve is ORBIS_HOST_SOCKET, or /run/orbis/host.sock.\n"
@@ -39,28 +41,30 @@ std::string defaultPlugin() {
    return fs::exists( beside, failure ) ? beside.string() : ORBIS_DEFAULT_PLUGIN;
 }
 
-CLI::App *addBoardCommand( CLI::App &app, Options &options, Options::Command command,
-                           const char *name, const char *what ) {
-   CLI::App *sub = app.add_subcommand( name, what );
-   sub->fallthrough();
-   sub->add_option( "BOARD", options.board, "The board's folder" )
-      ->required()
-      ->check( CLI::ExistingDirectory );
-   sub->callback( [&options, command] { options.command = command; } );
-   return sub;
-}
-
 // Not done by CLI11: it reads the environment for every sub-command, and would replace the board of
 // another sub-command.
-void boardFromEnvironment( Options &options ) {
+void boardFromEnvironment( Options &options, const char *argument ) {
    if ( !options.board.empty() )
       return;
    const char *named = std::getenv( "ORBIS_BOARD" );
    if ( !named || !*named )
-      throw CLI::RequiredError( "--board or ORBIS_BOARD" );
+      throw CLI::RequiredError( fmt::format( "{} or ORBIS_BOARD", argument ) );
    if ( const std::string why = CLI::ExistingDirectory( named ); !why.empty() )
       throw CLI::ValidationError( "ORBIS_BOARD", why );
    options.board = named;
+}
+
+CLI::App *addBoardCommand( CLI::App &app, Options &options, Options::Command command,
+                           const char *name, const char *what ) {
+   CLI::App *sub = app.add_subcommand( name, what );
+   sub->fallthrough();
+   sub->add_option( "BOARD", options.board, "The board's folder; without this ORBIS_BOARD" )
+      ->check( CLI::ExistingDirectory );
+   sub->callback( [&options, command] {
+      boardFromEnvironment( options, "BOARD" );
+      options.command = command;
+   } );
+   return sub;
 }
 
 // A sub-command for the actions of a kind.
@@ -76,7 +80,7 @@ void addAction( CLI::App &app, Options &options, BoardFiles::Kind kind, const ch
       sub->add_option( "NAME", options.object, "The object's name" )->required();
    sub->add_option( "WORDS", options.words, "The action" )->required();
    sub->callback( [&options, kind] {
-      boardFromEnvironment( options );
+      boardFromEnvironment( options, "--board" );
       options.command = Options::Command::Act;
       options.kind = kind;
    } );
@@ -152,7 +156,7 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
    try {
       app.parse( argc, argv );
    } catch ( const CLI::ParseError &end ) {
-      exitCode = app.exit( end ) ? exitUsage : exitOk;
+      exitCode = CommandLine::report( app, end ) ? exitOk : exitUsage;
       return {};
    }
    if ( options.drivers.empty() )

@@ -1,6 +1,9 @@
 #include "simulator/board/Bench.h"
 
+#include "boardfiles/Nearest.h"
+
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 
@@ -39,27 +42,39 @@ void Bench::apply( const Module &module ) {
 }
 
 Chip &Bench::chip( const std::string &name ) const {
+   std::vector<std::string> names;
    for ( const Seated &seated : chips_ ) {
-      if ( seated.chip->name() == name )
+      names.push_back( seated.chip->name() );
+      if ( names.back() == name )
          return *seated.chip;
    }
-   throw BenchError( fmt::format( "no chip is called {}", name ) );
+   throw BenchError(
+      fmt::format( "no chip is called {}{}", name, BoardFiles::didYouMean( name, names ) ) );
 }
 
 Quantity Bench::quantity( const std::string &whose, const std::string &name ) const {
-   bool known = false;
+   std::vector<std::string> known; // the quantities that it has
+   std::vector<std::string> others;
    for ( const Seated &seated : chips_ ) {
       const bool itself = seated.chip->name() == whose;
-      known |= itself;
+      others.push_back( seated.chip->name() );
       for ( Quantity &each : seated.chip->quantities() ) {
          const bool part = each.name.starts_with( whose + " " );
-         known |= part;
-         if ( ( itself && each.name == name ) || ( part && each.name == whose + " " + name ) )
+         if ( !itself && !part )
+            continue;
+         const std::string its = part ? each.name.substr( whose.size() + 1 ) : each.name;
+         if ( its == name )
             return std::move( each );
+         if ( its.find( ' ' ) == its.npos ) // else it is a part's
+            known.push_back( its );
       }
    }
-   throw BenchError( known ? fmt::format( "{} has no {}", whose, name )
-                           : fmt::format( "nothing is called {}", whose ) );
+   if ( known.empty() )
+      throw BenchError( fmt::format( "nothing with values is called {}{}", whose,
+                                     BoardFiles::didYouMean( whose, others ) ) );
+   throw BenchError( fmt::format( "{} has no {}{}; it has {}", whose, name,
+                                  BoardFiles::didYouMean( name, known ),
+                                  fmt::join( known, ", " ) ) );
 }
 
 void Bench::quantityIs( const std::string &whose, const std::string &name, double value ) {
@@ -73,11 +88,14 @@ void Bench::quantityIs( const std::string &whose, const std::string &name, doubl
 }
 
 Bench::Module &Bench::module( const std::string &name ) {
-   const auto found = std::find_if( modules_.begin(), modules_.end(),
-                                    [&]( const Module &each ) { return each.name == name; } );
-   if ( found == modules_.end() )
-      throw BenchError( fmt::format( "no module is called {}", name ) );
-   return *found;
+   std::vector<std::string> names;
+   for ( Module &each : modules_ ) {
+      names.push_back( each.name );
+      if ( each.name == name )
+         return each;
+   }
+   throw BenchError(
+      fmt::format( "no module is called {}{}", name, BoardFiles::didYouMean( name, names ) ) );
 }
 
 void Bench::insert( const std::string &name ) {

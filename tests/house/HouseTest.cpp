@@ -9,11 +9,14 @@ const std::vector<Allowance> houseRooms{
    { "platform", {} },
    { "smbus", { "platform/" } },
    { "boardfiles", { "smbus/" } },
+   { "commandline", { "boardfiles/" } },
    { "simulator", { "boardfiles/", "smbus/" } },
-   { "smbusd", { "simulator/", "boardfiles/", "smbus/", "platform/" } },
-   { "orbis-smbus", { "smbus/", "boardfiles/", "platform/" } },
+   { "smbusd", { "simulator/", "commandline/", "boardfiles/", "smbus/", "platform/" } },
+   { "orbis-smbus", { "smbus/", "commandline/", "boardfiles/", "platform/" } },
    // A program that loads the plug-in must not link the SMBus messages a second time.
-   { "host", { "boardfiles/", "platform/pl.h", "platform/sockets/", "smbus/Control.proto" } },
+   { "host",
+     { "commandline/", "boardfiles/", "platform/pl.h", "platform/sockets/",
+       "smbus/Control.proto" } },
    { "OrbisGeneric", { "platform/pl.h", "platform/OrbisUtil/", "platform/PlatformLibrary/" } },
 };
 
@@ -21,6 +24,7 @@ const std::vector<Order> folderOrders{
    { "platform", { "OrbisUtil", ".", "PlatformLibrary", "sockets" } },
    { "smbus", { "." } },
    { "boardfiles", { "." } },
+   { "commandline", { "." } },
    { "simulator", { "chips", "bus", "board" } },
    { "smbusd",
      { ".", "server", "busses/linux", "busses", "record", "routes", "export", "control" } },

@@ -129,7 +129,7 @@ TEST_F( ProgramsTest, PrintTheirVersionAndHelp ) {
 
 TEST_F( ProgramsTest, ExitWithCode3WithoutAServer ) {
    EXPECT_EQ( run( { "read", "i2c:0:0x48" } ), "3\n" );
-   EXPECT_THAT( errors, HasSubstr( "the server can't be reached: No such file or directory" ) );
+   EXPECT_THAT( errors, HasSubstr( "there is no such socket; is its server running?" ) );
 }
 
 TEST_F( ProgramsTest, PrintTheServersErrorWhenATransferFails ) {

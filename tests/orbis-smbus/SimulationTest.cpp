@@ -180,10 +180,10 @@ TEST_F( SimulationTest, NamesAnUnknownCommandAndTheKnownOnes ) {
    EXPECT_EQ( sim( { "explode" } ), "2\n" );
    EXPECT_THAT( errors, HasSubstr( "explode is not a command. Commands: list, get, set, pull," ) );
    EXPECT_EQ( sim( { "isnert", "psu1" } ), "2\n" );
-   EXPECT_THAT( errors, HasSubstr( "isnert is not a command (did you mean insert?)" ) );
+   EXPECT_THAT( errors, HasSubstr( "isnert is not a command (did you mean \"insert\"?)" ) );
    EXPECT_EQ( run( { "raed", "i2c:0:0x48" } ), "2\n" );
    EXPECT_THAT( errors,
-                HasSubstr( "raed is not a command (did you mean read?). Commands: read, " ) );
+                HasSubstr( "raed is not a command (did you mean \"read\"?). Commands: read, " ) );
    EXPECT_EQ( play( "at 1s explode psu1\n" ), "1\n" );
    EXPECT_THAT( errors, HasSubstr( "scenario:1: explode is not a command. Commands: list, " ) );
 }

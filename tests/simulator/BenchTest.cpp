@@ -177,12 +177,16 @@ TEST_F( BenchTest, LeavesAPulledModuleAbsentOverAPowerCycle ) {
 }
 
 TEST_F( BenchTest, RefusesImpossibleCommandsWithAReason ) {
-   EXPECT_EQ( complaint( [&] { bench.pull( "psu3" ); } ), "no module is called psu3" );
+   EXPECT_EQ( complaint( [&] { bench.pull( "psu3" ); } ),
+              "no module is called psu3 (did you mean \"psu1\"?)" );
    EXPECT_EQ( complaint( [&] { bench.insert( "psu1" ); } ), "psu1 is inserted already" );
    EXPECT_EQ( complaint( [&] { bench.pull( "spare1" ); } ), "spare1 is not inserted" );
    EXPECT_EQ( complaint( [&] { bench.chip( "x" ); } ), "no chip is called x" );
-   EXPECT_EQ( complaint( [&] { bench.quantity( "x", "rpm" ); } ), "nothing is called x" );
-   EXPECT_EQ( complaint( [&] { bench.quantity( "psu1", "rpm" ); } ), "psu1 has no rpm" );
+   EXPECT_EQ( complaint( [&] { bench.quantity( "x", "rpm" ); } ),
+              "nothing with values is called x" );
+   EXPECT_EQ( complaint( [&] { bench.quantity( "psu1", "rpm" ); } ),
+              "psu1 has no rpm; it has line, load, ambient, failed, inputCurrent, inputPower, "
+              "outputVoltage, outputCurrent, outputPower, inlet, hotSpot" );
    EXPECT_EQ( complaint( [&] { bench.quantityIs( "psu1", "inputPower", 1 ); } ),
               "inputPower of psu1 follows from others" );
    EXPECT_EQ( complaint( [&] { bench.quantityIs( "psu1", "line", 301 ); } ),
