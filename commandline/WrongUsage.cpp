@@ -41,7 +41,7 @@ std::string explain( const CLI::App &app, const CLI::ParseError &error ) {
       return fmt::format( "a command is missing. Commands: {}", fmt::join( commands, ", " ) );
    if ( left.empty() )
       return error.what();
-   const std::string &word = left[0];
+   const std::string word = left[0].substr( 0, left[0].find( '=' ) );
    if ( word.starts_with( "--" ) )
       return fmt::format( "{} is not an option{}", word,
                           BoardFiles::didYouMean( word, optionsOf( innermost ) ) );

@@ -15,9 +15,14 @@ using Row = std::array<std::string, 7>;
 std::string show( std::monostate ) { return "-"; }
 std::string show( bool flag ) { return flag ? "yes" : "no"; }
 std::string show( int64_t number ) { return fmt::format( "{}", number ); }
+// Four digits, as many as the chips' numbers have; one of them at least behind the point. JSON has
+// them all.
 std::string show( double number ) {
-   return number == std::trunc( number ) ? fmt::format( "{:.1f}", number )
-                                         : fmt::format( "{}", number );
+   const double size = std::abs( number );
+   std::string text = fmt::format( "{:.{}f}", number, size < 10 ? 3 : size < 100 ? 2 : 1 );
+   while ( text.ends_with( '0' ) && !text.ends_with( ".0" ) )
+      text.pop_back();
+   return text;
 }
 std::string show( const std::string &text ) { return text.empty() ? "-" : text; }
 
