@@ -1,9 +1,8 @@
 #include "PlatformLibrary/PLSocket.h"
 
+#include "PlatformLibrary/Deadline.h"
 #include "PlatformLibrary/FrameStream.h"
 
-#include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -45,20 +44,19 @@ int fail( int error ) {
    return -1;
 }
 
-bool makeNonBlocking( int fd ) {
-   const int flags = fcntl( fd, F_GETFL );
-   return flags >= 0 && fcntl( fd, F_SETFL, flags | O_NONBLOCK ) == 0;
+timeval toTimeval( milliseconds time ) {
+   const auto count = time.count();
+   return { static_cast<time_t>( count / 1000 ), static_cast<suseconds_t>( count % 1000 * 1000 ) };
 }
 
 // When the backlog of a Unix socket is full, a non-blocking connect fails at once, and poll can't
 // wait for it. A blocking connect waits up to the send timeout, then fails with EAGAIN.
 int connectWithin( int fd, const sockaddr_un &address, const Deadline &deadline ) {
    for ( ;; ) {
-      const auto left = deadline.left().count();
-      if ( left == 0 )
+      const milliseconds left = deadline.left();
+      if ( left == milliseconds::zero() )
          return ETIMEDOUT;
-      const timeval limit{ static_cast<time_t>( left / 1000 ),
-                           static_cast<suseconds_t>( left % 1000 * 1000 ) };
+      const timeval limit = toTimeval( left );
       setsockopt( fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit );
       if ( connect( fd, reinterpret_cast<const sockaddr *>( &address ), sizeof address ) == 0 )
          return 0;
@@ -79,20 +77,26 @@ int connectToServer( const Deadline &deadline ) {
    const int fd = socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0 );
    if ( fd < 0 )
       return -1;
-   int error = connectWithin( fd, address, deadline );
-   if ( error == 0 && !makeNonBlocking( fd ) )
-      error = errno;
+   const int error = connectWithin( fd, address, deadline );
    if ( error == 0 )
       return fd;
    close( fd );
    return fail( error );
 }
 
-// The server sends nothing between transactions. If the descriptor is readable then, the connection
-// has ended, or a late answer has come.
+// The server sends nothing between transactions. If there is something to receive then, the
+// connection has ended, or a late answer has come.
 bool isStale( int fd ) {
-   pollfd watched{ fd, POLLIN, 0 };
-   return poll( &watched, 1, 0 ) != 0;
+   char byte;
+   return recv( fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT ) >= 0 ||
+          ( errno != EAGAIN && errno != EINTR );
+}
+
+// The socket's own timeout: with it the usual answer costs one system call, without a poll before.
+milliseconds setReceiveLimit( int fd, milliseconds limit ) {
+   const timeval timeout = toTimeval( limit );
+   setsockopt( fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout );
+   return limit;
 }
 
 void drop( int &fd ) {
@@ -109,23 +113,31 @@ int PLSocket::setup() {
    constexpr milliseconds oneAttempt( 1'000 );
    drop( fd );
    fd = connectToServer( Deadline( std::min( oneAttempt, timeLimit() ) ) );
+   receiveLimit_ = milliseconds::zero();
    return fd < 0 ? -1 : 0;
 }
 
 int PLSocket::sendRequestWait( Smbus::TransactionRequest *request,
                                Smbus::TransactionResponse **response ) {
-   const Deadline deadline( timeLimit() );
+   const milliseconds limit = timeLimit();
+   const Deadline deadline( limit );
+   bool waited = false;
    if ( fd >= 0 && isStale( fd ) )
       drop( fd );
-   if ( fd < 0 )
+   if ( fd < 0 ) {
       fd = connectToServer( deadline );
+      receiveLimit_ = milliseconds::zero();
+      waited = true;
+   }
    if ( fd < 0 )
       return -1;
+   if ( receiveLimit_ != limit )
+      receiveLimit_ = setReceiveLimit( fd, limit );
 
    auto answer = std::make_unique<Smbus::TransactionResponse>();
-   int error = sendFrame( fd, *request, deadline );
+   int error = sendFrame( fd, *request, deadline, waited );
    if ( error == 0 )
-      error = receiveFrame( fd, *answer, deadline );
+      error = receiveFrame( fd, *answer, deadline, waited ? FirstLook::Polls : FirstLook::Waits );
    if ( error != 0 ) {
       drop( fd );
       return fail( error );

@@ -4,6 +4,8 @@
 #include "OrbisUtil/Smbus.pb.h"
 #include "pl.h"
 
+#include <chrono>
+
 namespace PlatformLibrary {
 
 class PLSocket {
@@ -31,6 +33,9 @@ class PLSocket {
    // never mistaken for the answer to a later request. The next call connects again, once, before
    // it sends.
    int sendRequestWait( Smbus::TransactionRequest *request, Smbus::TransactionResponse **response );
+
+ private:
+   std::chrono::milliseconds receiveLimit_{ 0 }; // of the connected descriptor; 0: none
 };
 
 } // namespace PlatformLibrary
