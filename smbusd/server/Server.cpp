@@ -42,27 +42,30 @@ void Server::admit( Protocol::socket socket ) {
    // without an answer.
    if ( sessions_.size() >= 2 * maxClients )
       return;
-   const auto served = std::count_if( sessions_.begin(), sessions_.end(),
-                                      []( const auto &session ) { return !session->refused(); } );
+   const auto served =
+      std::count_if( sessions_.begin(), sessions_.end(),
+                     []( const auto &session ) { return !session.second->refused(); } );
    std::string refusal;
    if ( static_cast<size_t>( served ) >= maxClients ) {
       refusal = fmt::format( "too many clients: {} are connected", maxClients );
       spdlog::warn( "refused a client: {}", refusal );
    }
-   const auto ended = [this]( const std::shared_ptr<Session> &session ) {
-      sessions_.erase( session );
+   // A session can't wait for the end of its own thread.
+   const auto ended = [this, executor = acceptor_.get_executor()]( Session &session ) {
+      asio::post( executor, [this, &session] { sessions_.erase( &session ); } );
    };
-   const auto session =
-      std::make_shared<Session>( std::move( socket ), dispatcher_, std::move( refusal ), ended );
-   sessions_.insert( session );
-   session->start();
+   auto session =
+      std::make_unique<Session>( socket.release(), dispatcher_, std::move( refusal ), ended );
+   sessions_.emplace( session.get(), std::move( session ) );
 }
+
+Server::~Server() { sessions_.clear(); }
 
 void Server::stop() {
    acceptor_.close();
    pause_.cancel();
-   while ( !sessions_.empty() )
-      std::shared_ptr( *sessions_.begin() )->end();
+   for ( const auto &[key, session] : sessions_ )
+      session->end();
    file_.reset();
 }
 

@@ -7,8 +7,8 @@
 #include <boost/asio/local/stream_protocol.hpp>
 #include <boost/asio/steady_timer.hpp>
 
+#include <map>
 #include <memory>
-#include <set>
 #include <string>
 
 namespace Smbusd {
@@ -19,8 +19,12 @@ inline constexpr size_t maxClients = 64;
 // its first transaction.
 class Server {
  public:
-   // Removes the socket file at the end. Everything runs in the thread of the io_context.
+   // Removes the socket file at the end. Clients are accepted in the thread of the io_context; each
+   // has a thread of its own.
    Server( boost::asio::io_context &, std::unique_ptr<Sockets::SocketFile>, Dispatcher & );
+
+   // Waits for the threads of the clients: the dispatcher has to be stopped before.
+   ~Server();
 
    // Accepts no more clients and ends all connections, so that the io_context has no more work.
    void stop();
@@ -35,7 +39,7 @@ class Server {
    Dispatcher &dispatcher_;
    Protocol::acceptor acceptor_;
    boost::asio::steady_timer pause_;
-   std::set<std::shared_ptr<Session>> sessions_;
+   std::map<Session *, std::unique_ptr<Session>> sessions_;
 };
 
 } // namespace Smbusd

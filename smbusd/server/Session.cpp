@@ -3,107 +3,93 @@
 #include "smbus/Decode.h"
 #include "sockets/Frames.h"
 
-#include <boost/asio.hpp>
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+
 namespace Smbusd {
 
-namespace asio = boost::asio;
-using boost::system::error_code;
+Session::Session( int socket, Dispatcher &dispatcher, std::string refusal, Ended ended )
+   : peer_( peerOf( socket ) ), dispatcher_( dispatcher ), refusal_( std::move( refusal ) ),
+     ended_( std::move( ended ) ), thread_( [this] { serve(); } ) {}
 
-Session::Session( Socket socket, Dispatcher &dispatcher, std::string refusal, Ended ended )
-   : socket_( std::move( socket ) ), dispatcher_( dispatcher ), refusal_( std::move( refusal ) ),
-     ended_( std::move( ended ) ) {}
-
-void Session::start() {
-   socket_.non_blocking( true ); // for the peek in watchForDisconnect
-   readMore();
+Session::~Session() {
+   end();
+   thread_.join();
+   close( peer_.socket );
 }
 
-void Session::end() {
-   if ( client_->gone.exchange( true ) )
-      return;
-   error_code ignored;
-   socket_.close( ignored );
-   ended_( shared_from_this() );
+// Wakes the thread wherever it waits at the socket.
+void Session::end() { shutdown( peer_.socket, SHUT_RDWR ); }
+
+void Session::serve() {
+   while ( receiveMore() && handleFrames() ) {
+   }
+   end();
+   ended_( *this );
 }
 
-void Session::readMore() {
-   socket_.async_read_some( asio::buffer( chunk_ ),
-                            [this, self = shared_from_this()]( error_code error, size_t count ) {
-                               if ( error )
-                                  return end();
-                               received_.append( chunk_.data(), count );
-                               handleFrame();
-                            } );
+bool Session::receiveMore() {
+   char chunk[16384];
+   ssize_t count = -1;
+   do
+      count = recv( peer_.socket, chunk, sizeof chunk, 0 );
+   while ( count < 0 && errno == EINTR );
+   if ( count > 0 )
+      received_.append( chunk, static_cast<size_t>( count ) );
+   return count > 0;
 }
 
-void Session::handleFrame() {
-   const Sockets::Frame frame = Sockets::firstFrame( received_ );
-   switch ( frame.state ) {
-   case Sockets::Frame::State::Incomplete:
-      return readMore();
-   case Sockets::Frame::State::TooLong:
-      return answer(
-         Bus::failure( fmt::format( "a frame of more than {} bytes", Sockets::maxFrameBytes ) ),
-         true );
-   case Sockets::Frame::State::NoLength:
-      return answer( Bus::failure( "the length of a frame is not a varint" ), true );
-   case Sockets::Frame::State::Whole:
-      handleMessage( frame.message );
-      received_.erase( 0, frame.size );
+// Handles all whole frames. False: the connection has to end.
+bool Session::handleFrames() {
+   for ( ;; ) {
+      const Sockets::Frame frame = Sockets::firstFrame( received_ );
+      switch ( frame.state ) {
+      case Sockets::Frame::State::Incomplete:
+         return true;
+      case Sockets::Frame::State::TooLong:
+         answer( Bus::failure(
+            fmt::format( "a frame of more than {} bytes", Sockets::maxFrameBytes ) ) );
+         return false;
+      case Sockets::Frame::State::NoLength:
+         answer( Bus::failure( "the length of a frame is not a varint" ) );
+         return false;
+      case Sockets::Frame::State::Whole:
+         if ( !handleMessage( frame.message ) )
+            return false;
+         received_.erase( 0, frame.size );
+      }
    }
 }
 
-void Session::handleMessage( std::string_view message ) {
-   if ( refused() )
-      return answer( Bus::failure( refusal_ ), true );
-   Smbus::TransactionRequest request;
+bool Session::handleMessage( std::string_view message ) {
+   if ( refused() ) {
+      answer( Bus::failure( refusal_ ) );
+      return false;
+   }
    try {
-      request = Bus::parse( message );
+      const auto response = dispatcher_.carryOut( Bus::parse( message ), peer_ );
+      return response && answer( *response );
    } catch ( const Bus::Refused &reason ) {
       spdlog::warn( "refused: {}", reason.what() );
       return answer( Bus::failure( reason.what() ) );
    }
-   waiting_ = true;
-   watchForDisconnect();
-   const auto executor = socket_.get_executor();
-   dispatcher_.dispatch(
-      request, client_,
-      [self = shared_from_this(), executor]( Smbus::TransactionResponse response ) {
-         asio::post( executor,
-                     [self, response = std::move( response )] { self->answer( response ); } );
-      } );
 }
 
-// While a transaction runs, bytes of the next frame can wait. But a disconnect must be noticed at
-// once, so that the waiting transactions of a client that has gone are dropped.
-void Session::watchForDisconnect() {
-   socket_.async_wait( Socket::wait_read, [this, self = shared_from_this()]( error_code error ) {
-      if ( error || !waiting_ )
-         return;
-      char byte;
-      error_code peeked;
-      socket_.receive( asio::buffer( &byte, 1 ), Socket::message_peek, peeked );
-      if ( peeked && peeked != asio::error::would_block )
-         end();
-   } );
-}
-
-void Session::answer( const Smbus::TransactionResponse &response, bool last ) {
-   if ( client_->gone )
-      return;
-   waiting_ = false;
-   error_code ignored;
-   socket_.cancel( ignored );
-   sending_ = Sockets::framed( response );
-   asio::async_write( socket_, asio::buffer( sending_ ),
-                      [this, last, self = shared_from_this()]( error_code error, size_t ) {
-                         if ( error || last )
-                            return end();
-                         handleFrame();
-                      } );
+bool Session::answer( const Smbus::TransactionResponse &response ) {
+   const std::string frame = Sockets::framed( response );
+   for ( size_t sent = 0; sent < frame.size(); ) {
+      const ssize_t count =
+         send( peer_.socket, frame.data() + sent, frame.size() - sent, MSG_NOSIGNAL );
+      if ( count < 0 && errno != EINTR )
+         return false;
+      sent += static_cast<size_t>( std::max<ssize_t>( count, 0 ) );
+   }
+   return true;
 }
 
 } // namespace Smbusd

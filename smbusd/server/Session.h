@@ -2,47 +2,46 @@
 
 #include "smbusd/server/Dispatcher.h"
 
-#include <boost/asio/local/stream_protocol.hpp>
-
-#include <array>
+#include <atomic>
 #include <functional>
-#include <memory>
 #include <string>
+#include <string_view>
+#include <thread>
 
 namespace Smbusd {
 
-// The connection of one client: receives a frame, dispatches it, sends the answer, then receives
-// the next frame. A frame that is not a transaction gets a failure as its answer; if the length of
-// the frame is not valid, the connection ends after that.
-class Session : public std::enable_shared_from_this<Session> {
+// The connection of one client, with a thread of its own: receives a frame, has it carried out,
+// sends the answer, then receives the next frame. A frame that is not a transaction gets a failure
+// as its answer; if the length of the frame is not valid, the connection ends after that.
+class Session {
  public:
-   using Socket = boost::asio::local::stream_protocol::socket;
-   using Ended = std::function<void( const std::shared_ptr<Session> & )>;
+   using Ended = std::function<void( Session & )>;
 
-   // With a refusal, the first frame gets that as its answer, and the connection ends.
-   Session( Socket socket, Dispatcher &dispatcher, std::string refusal, Ended ended );
+   // Owns the socket. With a refusal, the first frame gets that as its answer, and the connection
+   // ends. `ended` is called at the end of the thread, in it.
+   Session( int socket, Dispatcher &dispatcher, std::string refusal, Ended ended );
+   // Ends the connection and waits for the thread.
+   ~Session();
+   Session( const Session & ) = delete;
+   Session &operator=( const Session & ) = delete;
 
-   void start();
    // Ends the connection. A running transaction is finished.
    void end();
    bool refused() const { return !refusal_.empty(); }
 
  private:
-   void readMore();
-   void handleFrame();
-   void handleMessage( std::string_view message );
-   void watchForDisconnect();
-   void answer( const Smbus::TransactionResponse &, bool last = false );
+   void serve();
+   bool receiveMore();
+   bool handleFrames();
+   bool handleMessage( std::string_view message );
+   bool answer( const Smbus::TransactionResponse & );
 
-   Socket socket_;
+   const Peer peer_;
    Dispatcher &dispatcher_;
    const std::string refusal_;
    const Ended ended_;
-   const std::shared_ptr<Client> client_ = std::make_shared<Client>();
-   bool waiting_ = false; // for the dispatcher
-   std::array<char, 16384> chunk_;
    std::string received_; // but not handled yet
-   std::string sending_;
+   std::thread thread_;
 };
 
 } // namespace Smbusd

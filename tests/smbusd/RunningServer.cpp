@@ -64,6 +64,11 @@ RunningServer::RunningServer() {
    thread_ = std::thread( [this] { context_.run(); } );
 }
 
+void RunningServer::waitForQueue( const std::string &bus, size_t length ) const {
+   while ( dispatcher_->waiting( *parseRootBusId( bus ) ) != length )
+      std::this_thread::yield();
+}
+
 RunningServer::~RunningServer() {
    boost::asio::post( context_, [this] { server_->stop(); } );
    thread_.join(); // the io_context has no more work

@@ -49,6 +49,8 @@ class RunningServer {
    ~RunningServer();
 
    StoppableBus &bus( const std::string &name ) { return *busses_.at( name ); }
+   // Waits until so many transactions wait for their turn on the bus.
+   void waitForQueue( const std::string &bus, size_t length ) const;
    Smbusd::Dispatcher &dispatcher() { return *dispatcher_; }
    ManualClock &clock() { return clock_; }
    const std::string &path() const { return path_; }

@@ -128,7 +128,7 @@ TEST_F( ServerTest, FinishesATransactionBeforeAnotherOnItsBus ) {
    server.bus( scd ).waitUntilStopped();
    second.send( transaction( read( 0x49, 0, 1 ) ) );
    second.send( transaction( onI2c( read( 0x48, 0, 1 ) ) ) );
-   RawClient( server.path() ).ask( {} ); // now the second client's transaction is queued
+   server.waitForQueue( scd, 1 );
    server.bus( scd ).goOn();
    EXPECT_EQ( first.receive()->response_size(), 3 );
    EXPECT_EQ( second.receive()->response( 0 ).data(), scd );
@@ -156,13 +156,12 @@ TEST_F( ServerTest, DropsWaitingTransactionsOfAClientThatHasGone ) {
    first.send( transaction( read( 0x48, 0, 1 ) ) );
    server.bus( scd ).waitUntilStopped();
    impatient.send( transaction( read( 0x49, 0, 1 ) ) );
-   RawClient last( server.path() );
-   last.ask( {} );
+   server.waitForQueue( scd, 1 );
    impatient.leave();
-   // The server sees the disconnect before the next request.
-   for ( int i = 0; i < 3; ++i )
-      last.ask( {} );
+   server.waitForQueue( scd, 0 ); // the server sees the disconnect
+   RawClient last( server.path() );
    last.send( transaction( read( 0x4A, 0, 1 ) ) );
+   server.waitForQueue( scd, 1 );
    server.bus( scd ).goOn();
    EXPECT_FALSE( last.receive()->failed() );
    EXPECT_THAT( server.bus( scd ).log(),
