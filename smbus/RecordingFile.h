@@ -2,6 +2,7 @@
 
 #include "smbus/Recording.pb.h"
 
+#include <cstddef>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -13,9 +14,14 @@ struct RecordingError : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
+using HandleEntry = std::function<void( const SmbusRecording::Entry & )>;
+
 // Calls back with each entry in order. Throws RecordingError when the file can't be opened, and
 // after the last valid entry of a damaged file.
-void readRecording( const std::string &path,
-                    const std::function<void( const SmbusRecording::Entry & )> & );
+void readRecording( const std::string &path, const HandleEntry & );
+
+// Where the last whole entry ends. What follows is the beginning of an entry, whose writer ended
+// before its end. Throws RecordingError when the file can't be opened or is not a recording.
+size_t endOfRecording( const std::string &path );
 
 } // namespace Bus

@@ -1,19 +1,47 @@
 #include "smbusd/record/Recorder.h"
 
+#include "smbus/RecordingFile.h"
 #include "sockets/Frames.h"
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <stdexcept>
 
 namespace Smbusd {
 
+namespace {
+
+void prepare( const std::string &path ) {
+   const int fd = open( path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR );
+   if ( fd < 0 )
+      return; // the recorder tells why
+   close( fd );
+   std::error_code unknown;
+   if ( !std::filesystem::is_regular_file( path, unknown ) )
+      return;
+   const size_t end = Bus::endOfRecording( path );
+   const auto bytes = std::filesystem::file_size( path );
+   if ( end == bytes )
+      return;
+   spdlog::warn( "{}: cut off {} bytes of an entry that was not finished", path, bytes - end );
+   std::filesystem::resize_file( path, end );
+}
+
+} // namespace
+
 Recorder::Recorder( const std::string &path, const std::string &version, const Bus::Clock &clock )
-   : path_( path ), start_( clock.now() ), file_( path, std::ios::binary | std::ios::app ) {
+   : path_( path ), start_( clock.now() ) {
+   prepare( path );
+   file_.open( path, std::ios::binary | std::ios::app );
    SmbusRecording::Entry entry;
    entry.mutable_start()->set_unix_seconds( std::time( nullptr ) );
    entry.mutable_start()->set_version( version );

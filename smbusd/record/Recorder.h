@@ -14,8 +14,10 @@ namespace Smbusd {
 // Thread-safe.
 class Recorder {
  public:
-   // Times count from now. The clock outlives the recorder. Throws std::runtime_error when the file
-   // can't be written.
+   // Times count from now. The clock outlives the recorder. A new file is for its owner alone: what
+   // passes on a bus may be a secret. Adds to a recording that is there; an unfinished entry at its
+   // end is cut off first. Throws std::runtime_error when the file is something else, or can't be
+   // written.
    Recorder( const std::string &path, const std::string &version, const Bus::Clock & );
 
    // A write error is logged once, and the recording ends.

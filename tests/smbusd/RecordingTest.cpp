@@ -86,6 +86,33 @@ TEST_F( RecordingTest, AppendsToAnEarlierRecording ) {
    EXPECT_EQ( all[2].start().version(), "2" );
 }
 
+// A server that was killed, or had no room on the disk, leaves the beginning of an entry.
+TEST_F( RecordingTest, CutsOffAnUnfinishedEntryBeforeItAddsMore ) {
+   Recorder( path, "1", clock ).write( transaction( read( 0x48, 0, 1 ) ), answer( "a" ), 0s, 0s );
+   const std::string whole = bytes();
+   for ( size_t length = 1 + static_cast<size_t>( whole[0] ); length < whole.size(); ++length ) {
+      folder.write( "night.rec", whole.substr( 0, length ) );
+      Recorder( path, "2", clock )
+         .write( transaction( read( 0x49, 0, 1 ) ), answer( "b" ), 0s, 0s );
+      EXPECT_EQ( complaint(), "none" ) << length;
+      EXPECT_EQ( entries().size(), 3u ) << length; // start, start, transaction
+   }
+}
+
+TEST_F( RecordingTest, LeavesAFileAloneThatIsNotARecording ) {
+   for ( const char *text : { "{ \"routes\": [] }", "\x01" } ) {
+      folder.write( "night.rec", text );
+      EXPECT_THROW( Recorder( path, "1", clock ), RecordingError );
+      EXPECT_EQ( bytes(), text );
+   }
+}
+
+TEST_F( RecordingTest, ANewRecordingIsForItsOwnerAlone ) {
+   Recorder( path, "1", clock );
+   EXPECT_EQ( std::filesystem::status( path ).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write );
+}
+
 TEST_F( RecordingTest, NamesTheByteWhereAFileIsNotARecording ) {
    EXPECT_EQ( complaint(), path + ": can't be read: No such file or directory" );
    EXPECT_THROW( Recorder( folder.file( "none/night.rec" ), "1", clock ), std::runtime_error );
