@@ -12,6 +12,8 @@ class ChildProcess {
    ChildProcess( const ChildProcess & ) = delete;
    ChildProcess &operator=( const ChildProcess & ) = delete;
 
+   pid_t id() const { return pid_; }
+
  private:
    pid_t pid_;
 };

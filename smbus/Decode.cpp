@@ -162,13 +162,11 @@ uint32_t answerBytes( const Transfer &transfer ) {
 
 } // namespace
 
-Smbus::TransactionRequest parse( std::string_view bytes ) {
+void parse( std::string_view bytes, Smbus::TransactionRequest &message ) {
    if ( countRequests( bytes ) > maxRequests )
       throw Refused( fmt::format( "more than {} requests in a transaction", maxRequests ) );
-   Smbus::TransactionRequest message;
    if ( !message.ParseFromArray( bytes.data(), static_cast<int>( bytes.size() ) ) )
       throw Refused( fmt::format( "a frame of {} bytes is not a transaction", bytes.size() ) );
-   return message;
 }
 
 Transaction decode( const Smbus::TransactionRequest &message, std::chrono::milliseconds bound ) {
@@ -178,6 +176,7 @@ Transaction decode( const Smbus::TransactionRequest &message, std::chrono::milli
    if ( message.timeout_ms() > 0 )
       transaction.limit = std::min( bound, std::chrono::milliseconds( message.timeout_ms() ) );
 
+   transaction.transfers.reserve( static_cast<size_t>( message.request_size() ) );
    uint32_t answerSize = 0;
    for ( const Smbus::Request &request : message.request() ) {
       try {

@@ -20,8 +20,9 @@ struct Refused : std::runtime_error {
 };
 
 // Parses a client's message. Throws Refused when the bytes are not a message, or when it has more
-// than maxRequests; it counts them before it allocates memory for them.
-Smbus::TransactionRequest parse( std::string_view bytes );
+// than maxRequests; it counts them before it allocates memory for them. A message that is used
+// again needs no memory for requests like those before.
+void parse( std::string_view bytes, Smbus::TransactionRequest &message );
 
 // Checks the whole message before any of it reaches a bus. The time limit is the client's, but at
 // most bound. Throws Refused.

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
-#include <set>
+#include <bitset>
 
 namespace Smbusd {
 
@@ -31,10 +31,10 @@ Smbus::TransactionResponse TransactionRunner::run( const Bus::Transaction &trans
    retryPendingDeselects();
    const Bus::Clock::Time end = clock_.now() + transaction.limit;
    Smbus::TransactionResponse response;
-   std::set<uint8_t> sentTo;
+   std::bitset<128> sentTo; // by address
    for ( size_t i = 0; i < transaction.transfers.size(); ++i ) {
       const Bus::Transfer &transfer = transaction.transfers[i];
-      const bool deselects = transfer.isSendByte() && sentTo.contains( transfer.address );
+      const bool deselects = transfer.isSendByte() && sentTo[transfer.address];
       if ( response.failed() && !deselects )
          continue;
       if ( !deselects && clock_.now() >= end ) {
@@ -43,7 +43,7 @@ Smbus::TransactionResponse TransactionRunner::run( const Bus::Transaction &trans
       }
       Bus::Outcome outcome = attempt( transfer, transaction, end );
       if ( transfer.isSendByte() ) {
-         sentTo.insert( transfer.address );
+         sentTo.set( transfer.address );
          if ( outcome.ok() )
             pendingDeselects_.erase( transfer.address );
          else if ( deselects )

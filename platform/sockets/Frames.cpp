@@ -1,8 +1,6 @@
 #include "sockets/Frames.h"
 
 #include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
-#include <google/protobuf/util/delimited_message_util.h>
 
 #include <cstdint>
 
@@ -29,11 +27,12 @@ Frame firstFrame( std::string_view bytes ) {
 }
 
 std::string framed( const google::protobuf::MessageLite &message ) {
-   std::string bytes;
-   {
-      io::StringOutputStream stream( &bytes );
-      google::protobuf::util::SerializeDelimitedToZeroCopyStream( message, &stream );
-   }
+   const size_t size = message.ByteSizeLong();
+   const auto length = static_cast<uint32_t>( size );
+   std::string bytes( io::CodedOutputStream::VarintSize32( length ) + size, '\0' );
+   auto *start = reinterpret_cast<uint8_t *>( bytes.data() );
+   message.SerializeWithCachedSizesToArray(
+      io::CodedOutputStream::WriteVarint32ToArray( length, start ) );
    return bytes;
 }
 

@@ -9,9 +9,17 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <utility>
 
 namespace Smbusd {
+
+namespace {
+
+constexpr size_t largestKept = 65536; // bytes of a request
+
+} // namespace
 
 Session::Session( int socket, Dispatcher &dispatcher, std::string refusal, Ended ended )
    : peer_( peerOf( socket ) ), dispatcher_( dispatcher ), refusal_( std::move( refusal ) ),
@@ -27,29 +35,35 @@ Session::~Session() {
 void Session::end() { shutdown( peer_.socket, SHUT_RDWR ); }
 
 void Session::serve() {
-   while ( receiveMore() && handleFrames() ) {
+   while ( receiveMore() ) {
    }
    end();
    ended_( *this );
 }
 
+// False: the connection has to end.
 bool Session::receiveMore() {
    char chunk[16384];
    ssize_t count = -1;
    do
       count = recv( peer_.socket, chunk, sizeof chunk, 0 );
    while ( count < 0 && errno == EINTR );
-   if ( count > 0 )
-      received_.append( chunk, static_cast<size_t>( count ) );
-   return count > 0;
+   if ( count <= 0 )
+      return false;
+   const std::string_view bytes( chunk, static_cast<size_t>( count ) );
+   if ( received_.empty() ) // usually it is one whole frame
+      return handleFrames( bytes );
+   const std::string before = std::exchange( received_, {} ) + std::string( bytes );
+   return handleFrames( before );
 }
 
-// Handles all whole frames. False: the connection has to end.
-bool Session::handleFrames() {
+// Handles all whole frames and keeps the rest.
+bool Session::handleFrames( std::string_view bytes ) {
    for ( ;; ) {
-      const Sockets::Frame frame = Sockets::firstFrame( received_ );
+      const Sockets::Frame frame = Sockets::firstFrame( bytes );
       switch ( frame.state ) {
       case Sockets::Frame::State::Incomplete:
+         received_ = bytes;
          return true;
       case Sockets::Frame::State::TooLong:
          answer( Bus::failure(
@@ -61,7 +75,7 @@ bool Session::handleFrames() {
       case Sockets::Frame::State::Whole:
          if ( !handleMessage( frame.message ) )
             return false;
-         received_.erase( 0, frame.size );
+         bytes.remove_prefix( frame.size );
       }
    }
 }
@@ -72,7 +86,10 @@ bool Session::handleMessage( std::string_view message ) {
       return false;
    }
    try {
-      const auto response = dispatcher_.carryOut( Bus::parse( message ), peer_ );
+      Bus::parse( message, request_ );
+      const auto response = dispatcher_.carryOut( request_, peer_ );
+      if ( request_.SpaceUsedLong() > largestKept )
+         request_ = {};
       return response && answer( *response );
    } catch ( const Bus::Refused &reason ) {
       spdlog::warn( "refused: {}", reason.what() );

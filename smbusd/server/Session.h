@@ -32,7 +32,7 @@ class Session {
  private:
    void serve();
    bool receiveMore();
-   bool handleFrames();
+   bool handleFrames( std::string_view bytes );
    bool handleMessage( std::string_view message );
    bool answer( const Smbus::TransactionResponse & );
 
@@ -40,7 +40,8 @@ class Session {
    Dispatcher &dispatcher_;
    const std::string refusal_;
    const Ended ended_;
-   std::string received_; // but not handled yet
+   std::string received_;              // but not handled yet
+   Smbus::TransactionRequest request_; // used again, so that its memory is, too
    std::thread thread_;
 };
 
