@@ -154,7 +154,7 @@ void describeTrace( CLI::App &app, Options &options ) {
 }
 
 void describe( CLI::App &app, Options &options ) {
-   app.set_version_flag( "--version", "orbis-smbus " ORBIS_VERSION );
+   app.set_version_flag( "-V,--version", "orbis-smbus " ORBIS_VERSION );
    app.fallthrough();
    app.require_subcommand( 1 );
    app.add_option(

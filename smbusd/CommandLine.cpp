@@ -72,7 +72,7 @@ void describeChecks( CLI::App &app, Options &options ) {
 }
 
 void describe( CLI::App &app, Options &options ) {
-   app.set_version_flag( "--version", "orbis-smbusd " ORBIS_VERSION );
+   app.set_version_flag( "-V,--version", "orbis-smbusd " ORBIS_VERSION );
    app.require_subcommand( 0, 1 );
    describeSockets( app, options );
    describeSources( app, options );

@@ -107,7 +107,7 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
    options.plugin = defaultPlugin();
    CLI::App app( programDescription, "orbis-host" );
    app.footer( footer );
-   app.set_version_flag( "--version", "orbis-host " ORBIS_VERSION );
+   app.set_version_flag( "-V,--version", "orbis-host " ORBIS_VERSION );
    app.require_subcommand( 1 );
    app.option_defaults()->take_last();
    app.add_option( "--plugin", options.plugin, "The driver plug-in" )

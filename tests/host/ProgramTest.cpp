@@ -147,8 +147,10 @@ TEST_F( ProgramTest, EndsWith2ForWrongUsageAndPrintsHelpAndVersion ) {
    EXPECT_THAT( out, HasSubstr( "write to the board" ) );
    EXPECT_THAT( out, HasSubstr( "Exit codes: 0" ) );
    EXPECT_THAT( out, Not( HasSubstr( "child" ) ) );
-   EXPECT_EQ( run( { "--version" } ), 0 );
-   EXPECT_THAT( out, HasSubstr( "orbis-host 0." ) );
+   for ( const char *option : { "--version", "-V" } ) {
+      EXPECT_EQ( run( { option } ), 0 );
+      EXPECT_THAT( out, HasSubstr( "orbis-host 0." ) );
+   }
 }
 
 TEST_F( ProgramTest, ServeRunsUntilASignalEndsIt ) {

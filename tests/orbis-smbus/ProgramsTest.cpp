@@ -121,9 +121,10 @@ TEST_F( ProgramsTest, ExitWithCode2AfterWrongUsage ) {
 }
 
 TEST_F( ProgramsTest, PrintTheirVersionAndHelp ) {
-   EXPECT_EQ( run( { "--version" } ), "0\norbis-smbus " ORBIS_VERSION "\n" );
+   for ( const char *option : { "--version", "-V" } )
+      EXPECT_EQ( run( { option } ), "0\norbis-smbus " ORBIS_VERSION "\n" );
    EXPECT_THAT( run( { "--help" } ), HasSubstr( "Exit codes" ) );
-   for ( const char *option : { "--version", "--help" } )
+   for ( const char *option : { "--version", "-V", "--help" } )
       EXPECT_EQ( StartedProgram( { ORBIS_SMBUSD, option } ).wait(), 0 );
 }
 
