@@ -1,6 +1,7 @@
 #include "host/session/Session.h"
 
 #include <boost/asio/post.hpp>
+#include <stdexcept>
 
 namespace Host {
 
@@ -40,11 +41,22 @@ void Session::ask( size_t object, const Action &action, Supervisor::Answer answe
 
 void Session::startChild() {
    whyKilled_.clear();
-   child_ = std::make_unique<ChildProcess>(
-      loop_, ChildProcess::Handlers{
-                .event = [this]( const Event &event ) { heard( event ); },
-                .errorLine = [this]( const std::string &line ) { handlers_.notice( line ); },
-                .died = [this]( const std::string &cause ) { died( cause ); } } );
+   try {
+      child_ = std::make_unique<ChildProcess>(
+         loop_, ChildProcess::Handlers{
+                   .event = [this]( const Event &event ) { heard( event ); },
+                   .errorLine = [this]( const std::string &line ) { handlers_.notice( line ); },
+                   .died = [this]( const std::string &cause ) { died( cause ); } } );
+   } catch ( const std::runtime_error &failure ) {
+      const std::string why =
+         std::string( "the plug-in's process can't be started: " ) + failure.what();
+      if ( !hadChild_ )
+         throw std::runtime_error( why );
+      handlers_.notice( why );
+      supervisor_.childNotStarted( why, Clock::now() );
+      return;
+   }
+   hadChild_ = true;
    supervisor_.childStarted();
 }
 

@@ -11,8 +11,18 @@ Supervisor::Supervisor( const BoardFiles::Board &board, Limits limits, Time now 
      current_( limits_ ), classifier_( board ), record_( board, limits_, now ) {}
 
 void Supervisor::childStarted() {
+   startFault_.reset();
    schedule_.childStarted();
    classifier_.childStarted();
+}
+
+void Supervisor::childNotStarted( const std::string &why, Time now ) {
+   deaths_.notStarted( now );
+   startFault_ = Fault{ .words = why };
+   for ( size_t i = 0; i < board_.objects.size(); ++i ) {
+      record_.failed( i, *startFault_, now );
+      refuse( i );
+   }
 }
 
 std::optional<Command> Supervisor::next( Time now ) {
@@ -28,7 +38,7 @@ std::optional<Command> Supervisor::next( Time now ) {
 
 void Supervisor::ask( size_t object, const Action &action, Answer answer, Time now ) {
    actions_.add( object, action, std::move( answer ) );
-   if ( loadFault_ || schedule_.mustWait( object, now ) )
+   if ( loadFault_ || startFault_ || schedule_.mustWait( object, now ) )
       refuse( object );
 }
 

@@ -30,6 +30,9 @@ class Supervisor {
    // Whether a child should be running.
    bool wantsChild( Time now ) const { return deaths_.mayStart( now ); }
    void childStarted();
+   // The system refused to start a child, for example because there are no free descriptors. `why`
+   // becomes the fault of all objects.
+   void childNotStarted( const std::string &why, Time now );
    // The command to send now; nothing while one is running or none is due.
    std::optional<Command> next( Time now );
    void heard( const Event &event, Time now );
@@ -79,7 +82,8 @@ class Supervisor {
    BoardRecord record_;
    PendingActions actions_{};
    std::optional<Fault> loadFault_{};
-   std::optional<Reading> result_{}; // of the running action
+   std::optional<Fault> startFault_{}; // why there is no child
+   std::optional<Reading> result_{};   // of the running action
 };
 
 } // namespace Host

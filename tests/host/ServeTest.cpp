@@ -1,5 +1,6 @@
 #include "host/serve/Client.h"
 #include "host/serve/HttpServer.h"
+#include "support/NoDescriptors.h"
 #include "support/ScriptedHost.h"
 
 #include <boost/asio.hpp>
@@ -110,6 +111,34 @@ TEST_F( HttpServerTest, RefusesOneConnectionTooMany ) {
    loop_.run_for( std::chrono::milliseconds( 20 ) );
    EXPECT_THAT( get( "/v1/topology" ), HasSubstr( "200 OK" ) );
 }
+
+#ifndef ORBIS_SANITIZED // see NoDescriptors
+TEST_F( HttpServerTest, PausesWhileThereAreNoDescriptorsAndAnswersWhenThereAreAgain ) {
+   serve();
+   stream_protocol::socket client( loop_ );
+   client.connect( path_.string() );
+   size_t steps = 0;
+   ::testing::internal::CaptureStdout(); // spdlog's default
+   {
+      const NoDescriptors none;
+      steps = loop_.run_for( std::chrono::milliseconds( 400 ) );
+   }
+   boost::asio::write( client,
+                       boost::asio::buffer( std::string( "GET /v1/topology HTTP/1.0\r\n\r\n" ) ) );
+   std::string heard;
+   bool ended = false;
+   boost::asio::async_read( client, boost::asio::dynamic_buffer( heard ),
+                            [&ended]( const auto &, size_t ) { ended = true; } );
+   for ( int i = 0; i < 20 && !ended; ++i )
+      loop_.run_one_for( std::chrono::seconds( 1 ) );
+   const std::string log = ::testing::internal::GetCapturedStdout();
+   EXPECT_LE( steps, 10u );
+   EXPECT_THAT( heard, HasSubstr( "200 OK" ) );
+   const std::string said = "can't accept a client at " + path_.string() + ": Too many open files";
+   EXPECT_THAT( log, HasSubstr( said ) );
+   EXPECT_EQ( log.find( said ), log.rfind( said ) ) << log; // once
+}
+#endif
 
 TEST_F( HttpServerTest, OpensItsSocketToOwnerAndGroupAndRemovesItAtTheEnd ) {
    serve();
