@@ -30,7 +30,7 @@ struct Fault {
    bool operator==( const Fault & ) const = default;
 };
 
-// "status 6: WORDS", or only one of the two.
+// "status 6 (transaction): WORDS", or only one of the two.
 std::string toText( const Fault &fault );
 
 using Scalar = std::variant<std::monostate, bool, int64_t, double, std::string>;

@@ -93,7 +93,7 @@ TEST_F( ProgramTest, ShowEndsWith1WhenSomethingIsUnreadableAndShowsTheRest ) {
    folder.write( "temp.temperature", "status 6 execute: failure in response no acknowledge" );
    folder.write( "fan.add", "assert" );
    EXPECT_EQ( run( { "show", SCRIPTED_BOARD } ), 1 );
-   EXPECT_THAT( out, HasSubstr( "unreadable   0.0 s  status 6: no acknowledge" ) );
+   EXPECT_THAT( out, HasSubstr( "unreadable   0.0 s  status 6 (transaction): no acknowledge" ) );
    EXPECT_THAT( out, HasSubstr( "Assertion `chipAnswers' failed." ) );
    EXPECT_THAT( out, HasSubstr( "gpio    gpio" ) );
 }
@@ -109,7 +109,7 @@ TEST_F( ProgramTest, ShowPrintsJsonThatFitsTheSchema ) {
 TEST_F( ProgramTest, ShowReportsAMissingServerAndEnds ) {
    folder.write( "init", "status 4 pl_slot_init: socket Setup failed!" );
    EXPECT_EQ( run( { "show", SCRIPTED_BOARD } ), 1 );
-   EXPECT_THAT( out, HasSubstr( "status 4: can't reach the SMBus server yet" ) );
+   EXPECT_THAT( out, HasSubstr( "status 4 (socket): can't reach the SMBus server yet" ) );
 }
 
 TEST_F( ProgramTest, ShowDrawsABarOnATerminalAndClearsItBeforeTheTable ) {
@@ -171,7 +171,8 @@ TEST_F( ProgramTest, ServeLogsWhatFailsAndThatItIsBack ) {
    ScriptedHost program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
    size_t at = folder.waitFor( "err.txt", "temp temperature: ok" );
    folder.write( "temp.temperature", "status 6 execute: failure in response nack" );
-   at = folder.waitFor( "err.txt", "temp temperature: unreadable: status 6: nack", at );
+   at =
+      folder.waitFor( "err.txt", "temp temperature: unreadable: status 6 (transaction): nack", at );
    folder.remove( "temp.temperature" );
    folder.waitFor( "err.txt", "temp temperature: ok", at );
 }
