@@ -8,6 +8,9 @@
 
 namespace Host {
 
+// The fault of an object that was not tried yet.
+inline constexpr auto notBroughtUp = "not brought up yet";
+
 // What is known of one object: its state, its last values, and when they were read.
 class ObjectRecord {
  public:
@@ -41,7 +44,7 @@ class ObjectRecord {
    void put( const Value &value );
 
    State state_ = State::Unreadable;
-   Fault fault_{ .words = "not brought up yet" };
+   Fault fault_{ .words = notBroughtUp };
    Time at_;
    std::vector<Value> values_{};
 };

@@ -189,7 +189,7 @@ TEST_F( HttpServerTest, IsNotFoundByAClientWithoutASocket ) {
 // The other commands while serve runs for the same board.
 class ServeTest : public ::testing::Test {
  protected:
-   ServeTest() { folder_.waitFor( "err.txt", "led: ok" ); }
+   ServeTest() { folder_.waitFor( "err.txt", "temp, psu, fan and 8 more: ok" ); }
 
    int run( const std::vector<std::string> &arguments ) {
       ScriptedHost program( client_, arguments, folder_ );
@@ -208,7 +208,6 @@ class ServeTest : public ::testing::Test {
 
 TEST_F( ServeTest, IsAskedByShow ) {
    folder_.write( "temp.temperature", "-7.5" );
-   folder_.waitFor( "err.txt", "gpio bit: ok" );
    EXPECT_THAT( run( { "show", "-v", SCRIPTED_BOARD } ), ::testing::AnyOf( 0, 1 ) );
    EXPECT_THAT( out, HasSubstr( "temp    temp_sensor" ) );
    EXPECT_THAT( err, HasSubstr( "asks the serve at " ) );
