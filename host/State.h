@@ -12,7 +12,7 @@ namespace Host {
 // The state of an object, of one of its values, or of a module's presence.
 enum class State {
    Ok,
-   Stale,       // the last good reading is too old
+   Stale,       // the last reading without a fault is too old
    Unreadable,  // the last attempt failed
    Absent,      // there is no module, and this was read without a fault
    Unmanaged,   // there is a module, but its model is unknown

@@ -30,7 +30,8 @@ class ObjectRecord {
    // The value with this name, or null.
    const Reading *find( const std::string &name ) const;
 
-   // Good values that are older than `staleAfter` are reported as stale.
+   // Good values that are older than `staleAfter` are reported as stale. An object that is up has
+   // the state of its values when none of them is good.
    ObjectReport report( const BoardFiles::ObjectDescription &description,
                         Clock::duration staleAfter, Time now ) const;
 

@@ -59,7 +59,8 @@ TEST_F( SupervisorTest, GivesAFailedReadingTheServersWords ) {
    hear( Reading{ .name = "temperature", .state = State::Unreadable, .fault = { .status = 6 } } );
    good();
    EXPECT_EQ( reading( 0 ).fault, ( Fault{ 6, "request 1 (0x48): no acknowledge" } ) );
-   EXPECT_EQ( object( 0 ).state, State::Ok ); // it is up
+   EXPECT_EQ( object( 0 ).state, State::Unreadable ); // it has no other value
+   EXPECT_EQ( object( 0 ).fault, reading( 0 ).fault );
 }
 
 TEST_F( SupervisorTest, NeverTurnsAFailedReadIntoAbsent ) {
