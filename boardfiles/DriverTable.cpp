@@ -77,6 +77,7 @@ PluginTraces tracesIn( const Json &json ) {
    return { .faults = textsOf( json, "faultTraces" ),
             .absentHolds = textOf( absent, "holds" ),
             .absentEnds = textOf( absent, "ends" ),
+            .absentFirst = textsOf( absent, "first" ),
             .unmanaged = textOf( slot, "unmanaged" ),
             .unreadable = textOf( slot, "unreadable" ),
             .pollFailed = textOf( poll, "failed" ),

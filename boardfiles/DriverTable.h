@@ -56,7 +56,8 @@ struct PluginTraces {
    std::vector<std::string> faults{}; // beginnings; the rest says why an operation failed
    std::string absentHolds{};         // of the fault that says that a slot is empty
    std::string absentEnds{};
-   std::string unmanaged{};  // beginning, of a slot with a module that isn't known
+   std::vector<std::string> absentFirst{}; // one of these, too; none: it may be any transfer
+   std::string unmanaged{};                // beginning, of a slot with a module that isn't known
    std::string unreadable{}; // beginning, of a slot with a module that can't be made out
    std::string pollFailed{}; // beginning
    std::string pollDone{};   // beginning

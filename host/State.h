@@ -40,14 +40,14 @@ struct Reading {
    std::string name{}; // "temperature"; unique in its object
    std::string unit{}; // empty for plain numbers and texts
    State state = State::Ok;
-   Scalar value{}; // empty unless the state is ok
+   Scalar value{}; // the last good one; empty where the state says that there is none
    Fault fault{};
 };
 
 // A reading for users.
 struct ValueReport {
    Reading reading{};
-   double age = 0; // seconds since it was read, or since the read failed
+   double age = 0; // seconds since its value was read; without a value, since the last attempt
 };
 
 // An object for users: its own state, and its values.

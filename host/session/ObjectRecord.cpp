@@ -60,6 +60,16 @@ void ObjectRecord::failed( const Fault &fault, Time now ) {
 
 void ObjectRecord::read( const Reading &reading, Time at ) { put( { reading, at, false } ); }
 
+void ObjectRecord::missed( const Reading &reading, Time at ) {
+   Value value{ reading, at, false };
+   if ( const Value *last = findValue( reading.name );
+        last && !std::holds_alternative<std::monostate>( last->reading.value ) ) {
+      value.reading.value = last->reading.value;
+      value.at = last->at;
+   }
+   put( value );
+}
+
 void ObjectRecord::keep( const Reading &reading, Time at ) { put( { reading, at, true } ); }
 
 void ObjectRecord::put( const Value &value ) {
@@ -72,11 +82,16 @@ void ObjectRecord::put( const Value &value ) {
       *known = value;
 }
 
-const Reading *ObjectRecord::find( const std::string &name ) const {
+const ObjectRecord::Value *ObjectRecord::findValue( const std::string &name ) const {
    const auto known = std::find_if( values_.begin(), values_.end(), [&name]( const Value &one ) {
       return one.reading.name == name;
    } );
-   return known == values_.end() ? nullptr : &known->reading;
+   return known == values_.end() ? nullptr : &*known;
+}
+
+const Reading *ObjectRecord::find( const std::string &name ) const {
+   const Value *known = findValue( name );
+   return known ? &known->reading : nullptr;
 }
 
 ObjectReport ObjectRecord::report( const BoardFiles::ObjectDescription &description,

@@ -22,6 +22,8 @@ class ObjectRecord {
    void failed( const Fault &fault, Time now );
    // A value that was measured at `at`.
    void read( const Reading &reading, Time at );
+   // A reading that failed at `at`. The last value of this name stays, with its time.
+   void missed( const Reading &reading, Time at );
    // A setting. It stays until the next one, and does not become stale.
    void keep( const Reading &reading, Time at );
 
@@ -43,6 +45,7 @@ class ObjectRecord {
    };
 
    void put( const Value &value );
+   const Value *findValue( const std::string &name ) const;
 
    State state_ = State::Unreadable;
    Fault fault_{ .words = notBroughtUp };

@@ -58,8 +58,8 @@ void Schedule::objectUp( size_t object ) {
    objects_[object].pending = !limits_.only;
 }
 
-void Schedule::objectRead( size_t object ) {
-   objects_[object].pending = false;
+void Schedule::objectRead( size_t object, bool again ) {
+   objects_[object].pending = again;
    objects_[object].backOff.succeeded();
 }
 

@@ -25,7 +25,8 @@ class Schedule {
    void kindReady( BoardFiles::Kind kind );
    void kindFailed( BoardFiles::Kind kind, Time now );
    void objectUp( size_t object );
-   void objectRead( size_t object );
+   // `again`: it is to be read once more in this round.
+   void objectRead( size_t object, bool again = false );
    void objectFailed( size_t object, Time now );
 
    // The next command; nothing when there is nothing to do now.

@@ -8,7 +8,7 @@ namespace Host {
 
 Supervisor::Supervisor( const BoardFiles::Board &board, Limits limits, Time now )
    : board_( board ), limits_( std::move( limits ) ), schedule_( board, limits_, now ),
-     current_( limits_ ), classifier_( board ), record_( board, limits_, now ) {}
+     current_( limits_ ), classifier_( board, limits_ ), record_( board, limits_, now ) {}
 
 void Supervisor::childStarted() {
    startFault_.reset();
@@ -114,7 +114,7 @@ void Supervisor::ended( const ReadCommand &command, const Done &done, Time now )
       fail( command.object, *done.fault, now );
       return;
    }
-   schedule_.objectRead( command.object );
+   schedule_.objectRead( command.object, classifier_.wantsAnotherRead( command.object ) );
    record_.good( command.object, now );
 }
 
