@@ -100,6 +100,7 @@ void Supervisor::ended( const AddCommand &command, const Done &done, Time now ) 
       Fault fault = *done.fault;
       if ( const std::string why = classifier_.faultWords(); !why.empty() )
          fault.words += ": " + why;
+      schedule_.objectFailed( command.object, now );
       fail( command.object, fault, now );
       return;
    }
@@ -111,6 +112,7 @@ void Supervisor::ended( const AddCommand &command, const Done &done, Time now ) 
 
 void Supervisor::ended( const ReadCommand &command, const Done &done, Time now ) {
    if ( done.fault ) {
+      schedule_.objectFailed( command.object, now );
       fail( command.object, *done.fault, now );
       return;
    }
@@ -130,12 +132,18 @@ void Supervisor::ended( const ActCommand &command, const Done &done, Time now ) 
 
 void Supervisor::childDied( const std::string &why, Time now ) {
    const DeathCause cause = deaths_.died( current_, now );
+   const bool wasEnded = current_.overdue( now ).has_value(); // it took too long
    current_.end();
    childStarted();
    const Fault fault{ .words = printable( why ) };
-   if ( cause.what == DeathCause::What::Object )
+   if ( cause.what == DeathCause::What::Object ) {
+      if ( wasEnded )
+         schedule_.objectFailed( cause.object, now );
+      else
+         schedule_.objectEndedChild( cause.object, now );
       fail( cause.object, fault, now );
-   else if ( cause.what == DeathCause::What::Connection )
+   }
+   if ( cause.what == DeathCause::What::Connection )
       failConnection( fault, now );
    else if ( cause.what == DeathCause::What::Plugin )
       failPlugin( fault );
@@ -149,7 +157,6 @@ void Supervisor::failPlugin( const Fault &fault ) {
 
 void Supervisor::fail( size_t object, const Fault &fault, Time now ) {
    record_.failed( object, fault, now );
-   schedule_.objectFailed( object, now );
    refuse( object );
 }
 
