@@ -63,9 +63,16 @@ struct PluginTraces {
    std::string pollDone{};   // beginning
 };
 
+// The Unix socket of the server that a plug-in connects to. Empty where that isn't told.
+struct PluginServer {
+   std::string variable{}; // of the environment, which names the socket
+   std::string socket{};   // where the variable doesn't
+};
+
 // The data file of a plug-in.
 struct DriverTable {
    std::vector<std::string> hams{};
+   PluginServer server{};
    PluginTraces traces{};
    std::vector<SystemDevice> system{};
    std::map<std::string, DriverRule, std::less<>> drivers{};

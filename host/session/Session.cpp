@@ -1,5 +1,7 @@
 #include "host/session/Session.h"
 
+#include "host/session/ServerProbe.h"
+
 #include <boost/asio/post.hpp>
 #include <stdexcept>
 
@@ -8,7 +10,8 @@ namespace Host {
 Session::Session( boost::asio::io_context &loop, const BoardFiles::Board &board, std::string plugin,
                   Limits limits, Handlers handlers )
    : loop_( loop ), plugin_( std::move( plugin ) ), handlers_( std::move( handlers ) ),
-     supervisor_( board, limits, Clock::now() ), timer_( loop ) {
+     supervisor_( board, limits, Clock::now(), [&board] { return whyNoServer( board.server ); } ),
+     timer_( loop ) {
    boost::asio::post( loop_, [this] { pump(); } );
 }
 

@@ -1,14 +1,16 @@
 #include "host/session/Supervisor.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <pl.h>
 #include <utility>
 
 namespace Host {
 
-Supervisor::Supervisor( const BoardFiles::Board &board, Limits limits, Time now )
-   : board_( board ), limits_( std::move( limits ) ), schedule_( board, limits_, now ),
-     current_( limits_ ), classifier_( board, limits_ ), record_( board, limits_, now ) {}
+Supervisor::Supervisor( const BoardFiles::Board &board, Limits limits, Time now, ServerProbe probe )
+   : board_( board ), limits_( std::move( limits ) ), probe_( std::move( probe ) ),
+     schedule_( board, limits_, now ), current_( limits_ ), classifier_( board, limits_ ),
+     record_( board, limits_, now ) {}
 
 void Supervisor::childStarted() {
    startFault_.reset();
@@ -90,7 +92,11 @@ void Supervisor::ended( const InitCommand &command, const Done &done, Time now )
       failKind( command.kind, *done.fault, now );
    } else {
       Fault fault = *done.fault;
-      fault.words = fault.status == PL_STATUS_SOCKET ? waitingForServer : classifier_.faultWords();
+      fault.words = classifier_.faultWords();
+      if ( fault.status == PL_STATUS_SOCKET ) {
+         fault.words = waitingForServer;
+         fault = connectionFault( fault );
+      }
       failConnection( fault, now );
    }
 }
@@ -144,7 +150,7 @@ void Supervisor::childDied( const std::string &why, Time now ) {
       fail( cause.object, fault, now );
    }
    if ( cause.what == DeathCause::What::Connection )
-      failConnection( fault, now );
+      failConnection( connectionFault( fault ), now );
    else if ( cause.what == DeathCause::What::Plugin )
       failPlugin( fault );
 }
@@ -176,13 +182,22 @@ void Supervisor::failConnection( const Fault &fault, Time now ) {
          failKind( kind, fault, now );
 }
 
+// The plug-in doesn't tell why it can't connect, so the server's socket is looked at.
+Fault Supervisor::connectionFault( Fault fault ) const {
+   const std::string why = probe_();
+   if ( !why.empty() && fault.words.starts_with( waitingForServer ) )
+      fault.words = fmt::format( "{}: {}", waitingForServer, why );
+   return fault;
+}
+
 void Supervisor::tick( Time now ) {
-   const auto fault = current_.slowInit( now );
-   if ( !fault )
+   const auto slow = current_.slowInit( now );
+   if ( !slow )
       return;
+   const Fault fault = connectionFault( *slow );
    for ( size_t i = 0; i < board_.objects.size(); ++i )
       if ( !schedule_.isUp( i ) && !schedule_.isBackingOff( i, now ) ) // that has its own fault
-         record_.failed( i, *fault, now );
+         record_.failed( i, fault, now );
 }
 
 Time Supervisor::wakeAt( Time now ) const {

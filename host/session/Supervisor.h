@@ -10,6 +10,7 @@
 #include "host/session/ReadingClassifier.h"
 #include "host/session/Schedule.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -21,9 +22,13 @@ namespace Host {
 class Supervisor {
  public:
    using Answer = PendingActions::Answer;
+   // Why the plug-in's server can't be reached; empty when that is not known.
+   using ServerProbe = std::function<std::string()>;
 
    // `board` must outlive this object.
-   Supervisor( const BoardFiles::Board &board, Limits limits, Time now );
+   Supervisor(
+      const BoardFiles::Board &board, Limits limits, Time now,
+      ServerProbe probe = [] { return std::string(); } );
    Supervisor( const Supervisor & ) = delete;
    Supervisor &operator=( const Supervisor & ) = delete;
 
@@ -72,9 +77,11 @@ class Supervisor {
    void fail( size_t object, const Fault &fault, Time now );
    void failKind( BoardFiles::Kind kind, const Fault &fault, Time now );
    void failConnection( const Fault &fault, Time now );
+   Fault connectionFault( Fault fault ) const;
 
    const BoardFiles::Board &board_;
    const Limits limits_;
+   const ServerProbe probe_;
    Schedule schedule_;
    CurrentCommand current_;
    ChildDeaths deaths_{};

@@ -1,6 +1,7 @@
 #include "host/serve/Client.h"
 #include "host/serve/HttpServer.h"
 #include "support/NoDescriptors.h"
+#include "support/NoRights.h"
 #include "support/ScriptedHost.h"
 
 #include <boost/asio.hpp>
@@ -184,6 +185,21 @@ TEST_F( HttpServerTest, MakesTheFolderOfItsSocket ) {
 TEST_F( HttpServerTest, IsNotFoundByAClientWithoutASocket ) {
    EXPECT_FALSE( Client( path_ ).report() );
    EXPECT_EQ( Client( path_ ).act( "led", { "off" } ).state, State::Unreadable );
+}
+
+TEST_F( HttpServerTest, IsNotAskedByAClientWithoutARightToItsSocketWhichIsSaid ) {
+   serve();
+   ::setenv( "ORBIS_HOST_SOCKET", path_.c_str(), 1 );
+   ::testing::internal::CaptureStdout(); // spdlog's default
+   bool isAsked = true;
+   {
+      const NoRights none( path_.string() );
+      isAsked = Client::ofBoard( SCRIPTED_BOARD ).has_value();
+   }
+   const std::string log = ::testing::internal::GetCapturedStdout();
+   EXPECT_FALSE( isAsked );
+   EXPECT_THAT( log,
+                HasSubstr( "a serve can't be asked: " + path_.string() + ": permission denied" ) );
 }
 
 // The other commands while serve runs for the same board.

@@ -111,6 +111,29 @@ TEST_F( SupervisorTest, TriesToReachTheServerAgainWhenAnInitFails ) {
    EXPECT_EQ( runAll().front(), "init temp_sensor" );
 }
 
+TEST_F( SupervisorTest, SaysWhyTheServerCanNotBeReached ) {
+   supervisor.emplace( board, Limits{}, now, [] { return "/x.sock: permission denied"; } );
+   const std::string words = "can't reach the SMBus server yet: /x.sock: permission denied";
+   runTo( "init temp_sensor" );
+   now += 500ms;
+   supervisor->tick( now );
+   EXPECT_EQ( object( 2 ).fault.words, words );
+   hear( Done{ Fault{ .status = 4 } } );
+   EXPECT_EQ( object( 2 ).fault, ( Fault{ 4, words } ) );
+   now += 1s;
+   runTo( "init temp_sensor" );
+   now += 40s;
+   die( supervisor->overdue( now ).value() );
+   EXPECT_EQ( object( 2 ).fault.words, words );
+}
+
+TEST_F( SupervisorTest, BlamesNoSocketForAnInitThatFailsOtherwise ) {
+   supervisor.emplace( board, Limits{}, now, [] { return "/x.sock: no such file"; } );
+   runTo( "init temp_sensor" );
+   die( "Assertion `topology' failed." );
+   EXPECT_EQ( object( 2 ).fault.words, "Assertion `topology' failed." );
+}
+
 TEST_F( SupervisorTest, DoesNotHideOneKindsMissingFunctionsBehindAnother ) {
    runTo( "init temp_sensor" );
    hear( Done{ Fault{ {}, "the plug-in has no pl_temp_sensor_init" } } );
