@@ -89,7 +89,10 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
                     std::make_move_iterator( found.end() ) );
    if ( !usable || !topology || !objects || !table )
       return {};
-   Board board{ .folder = folder.string(), .topology = topology->text, .traces = table->traces };
+   Board board{ .folder = folder.string(),
+                .topology = topology->text,
+                .traces = table->traces,
+                .server = table->server };
    for ( const BoardObject &object : *objects )
       board.objects.push_back( describe( object, *table ) );
    return board;

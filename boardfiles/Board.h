@@ -31,6 +31,7 @@ struct Board {
    std::string topology{}; // the text of topology.json
    std::vector<ObjectDescription> objects{};
    PluginTraces traces{};
+   PluginServer server{};
 };
 
 // Reads topology.json and objects.json in `folder`, simulation.json where there is one, and the

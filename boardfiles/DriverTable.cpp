@@ -77,6 +77,7 @@ PluginTraces tracesIn( const Json &json ) {
    return { .faults = textsOf( json, "faultTraces" ),
             .absentHolds = textOf( absent, "holds" ),
             .absentEnds = textOf( absent, "ends" ),
+            .absentFirst = textsOf( absent, "first" ),
             .unmanaged = textOf( slot, "unmanaged" ),
             .unreadable = textOf( slot, "unreadable" ),
             .pollFailed = textOf( poll, "failed" ),
@@ -96,6 +97,8 @@ std::optional<DriverTable> readDriverTable( const std::filesystem::path &path,
    if ( findings.size() != before )
       return {};
    DriverTable table{ .hams = textsOf( *json, "hams" ), .traces = tracesIn( *json ) };
+   if ( const Json *server = json->find( "server" ) )
+      table.server = { textOf( *server, "variable" ), textOf( *server, "socket" ) };
    for ( const Json &device : json->elementsOf( "system" ) )
       table.system.push_back( { textOf( device, "label" ), textOf( device, "driver" ) } );
    for ( const auto &[name, driver, place] : membersOf( *json, "drivers" ) )

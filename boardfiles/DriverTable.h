@@ -56,15 +56,23 @@ struct PluginTraces {
    std::vector<std::string> faults{}; // beginnings; the rest says why an operation failed
    std::string absentHolds{};         // of the fault that says that a slot is empty
    std::string absentEnds{};
-   std::string unmanaged{};  // beginning, of a slot with a module that isn't known
+   std::vector<std::string> absentFirst{}; // one of these, too; none: it may be any transfer
+   std::string unmanaged{};                // beginning, of a slot with a module that isn't known
    std::string unreadable{}; // beginning, of a slot with a module that can't be made out
    std::string pollFailed{}; // beginning
    std::string pollDone{};   // beginning
 };
 
+// The Unix socket of the server that a plug-in connects to. Empty where that isn't told.
+struct PluginServer {
+   std::string variable{}; // of the environment, which names the socket
+   std::string socket{};   // where the variable doesn't
+};
+
 // The data file of a plug-in.
 struct DriverTable {
    std::vector<std::string> hams{};
+   PluginServer server{};
    PluginTraces traces{};
    std::vector<SystemDevice> system{};
    std::map<std::string, DriverRule, std::less<>> drivers{};

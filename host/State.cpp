@@ -3,13 +3,27 @@
 #include "boardfiles/EnumNames.h"
 
 #include <algorithm>
+#include <array>
 #include <fmt/format.h>
+#include <pl.h>
 
 namespace Host {
 namespace {
 
 constexpr BoardFiles::EnumNames<State, 6> stateNames{ { "ok", "stale", "unreadable", "absent",
                                                         "unmanaged", "unsupported" } };
+
+// The names of pl_status, as pl.h has them.
+constexpr std::array<std::string_view, 7> statusNames{ "ok",          "not managed", "device fault",
+                                                       "unsupported", "socket",      "not provided",
+                                                       "transaction" };
+static_assert( statusNames.size() == PL_STATUS_TRANSACTION + 1 );
+
+std::string nameOfStatus( int status ) {
+   const auto index = static_cast<size_t>( status );
+   return status >= 0 && index < statusNames.size() ? fmt::format( " ({})", statusNames[index] )
+                                                    : "";
+}
 
 bool isBad( State state ) { return state == State::Unreadable || state == State::Stale; }
 
@@ -22,8 +36,8 @@ std::optional<State> stateOf( std::string_view name ) { return stateNames.find( 
 std::string toText( const Fault &fault ) {
    if ( !fault.status )
       return fault.words;
-   return fmt::format( "status {}{}{}", *fault.status, fault.words.empty() ? "" : ": ",
-                       fault.words );
+   return fmt::format( "status {}{}{}{}", *fault.status, nameOfStatus( *fault.status ),
+                       fault.words.empty() ? "" : ": ", fault.words );
 }
 
 bool hasUnreadable( const BoardReport &board ) {

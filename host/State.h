@@ -12,7 +12,7 @@ namespace Host {
 // The state of an object, of one of its values, or of a module's presence.
 enum class State {
    Ok,
-   Stale,       // the last good reading is too old
+   Stale,       // the last reading without a fault is too old
    Unreadable,  // the last attempt failed
    Absent,      // there is no module, and this was read without a fault
    Unmanaged,   // there is a module, but its model is unknown
@@ -30,7 +30,7 @@ struct Fault {
    bool operator==( const Fault & ) const = default;
 };
 
-// "status 6: WORDS", or only one of the two.
+// "status 6 (transaction): WORDS", or only one of the two.
 std::string toText( const Fault &fault );
 
 using Scalar = std::variant<std::monostate, bool, int64_t, double, std::string>;
@@ -40,14 +40,14 @@ struct Reading {
    std::string name{}; // "temperature"; unique in its object
    std::string unit{}; // empty for plain numbers and texts
    State state = State::Ok;
-   Scalar value{}; // empty unless the state is ok
+   Scalar value{}; // the last good one; empty where the state says that there is none
    Fault fault{};
 };
 
 // A reading for users.
 struct ValueReport {
    Reading reading{};
-   double age = 0; // seconds since it was read, or since the read failed
+   double age = 0; // seconds since its value was read; without a value, since the last attempt
 };
 
 // An object for users: its own state, and its values.

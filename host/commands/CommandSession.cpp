@@ -65,9 +65,11 @@ int CommandSession::run( const std::function<void()> &leave ) {
 }
 
 void CommandSession::changed() {
+   const bool roundDone = session_->supervisor().roundDone();
+   hadRound_ |= roundDone;
    if ( session_->supervisor().loadFault() )
       stop();
-   else if ( byRound_ && session_->supervisor().roundDone() )
+   else if ( byRound_ && roundDone )
       update();
 }
 

@@ -28,6 +28,8 @@ class CommandSession {
    void stop() { loop_.stop(); }
 
    boost::asio::io_context &loop() { return loop_; }
+   // Whether every object was read once, or failed. Only with Source::Own.
+   bool hadRound() const { return hadRound_; }
    // The board as it is known now. If the serve has ended, this brings the board up itself.
    BoardReport report();
    // Has an object do something. Only with Source::Own.
@@ -47,6 +49,7 @@ class CommandSession {
    boost::asio::steady_timer timer_{ loop_ };
    std::function<void()> update_{};
    bool byRound_ = false;
+   bool hadRound_ = false;
    const BoardFiles::Board &board_;
    const Options &options_;
    std::optional<Client> serve_{};

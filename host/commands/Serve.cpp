@@ -2,42 +2,11 @@
 #include "host/commands/Commands.h"
 #include "host/serve/Client.h"
 #include "host/serve/HttpServer.h"
+#include "host/serve/StateLog.h"
 
-#include <map>
 #include <spdlog/spdlog.h>
 
 namespace Host {
-namespace {
-
-// Logs the state of every object and value when it changes.
-class StateLog {
- public:
-   void record( const BoardReport &board ) {
-      for ( const ObjectReport &object : board ) {
-         record( object.name, object.state, object.fault );
-         for ( const ValueReport &value : object.values )
-            record( object.name + " " + value.reading.name, value.reading.state,
-                    value.reading.fault );
-      }
-   }
-
- private:
-   void record( const std::string &what, State state, const Fault &fault ) {
-      const bool bad = state == State::Unreadable;
-      std::string entry( nameOf( state ) );
-      if ( bad )
-         entry += ": " + toText( fault );
-      std::string &last = entries_[what];
-      if ( last == entry )
-         return;
-      last = entry;
-      spdlog::log( bad ? spdlog::level::warn : spdlog::level::info, "{}: {}", what, entry );
-   }
-
-   std::map<std::string, std::string> entries_{};
-};
-
-} // namespace
 
 int serve( const BoardFiles::Board &board, const Options &options ) {
    CommandSession session( board, options, CommandSession::Source::Own );
@@ -52,7 +21,13 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
    StateLog log;
    spdlog::info( "serving {} with {} objects at {}", board.folder, board.objects.size(),
                  serveSocket().string() );
-   session.onUpdate( [&] { log.record( session.report() ); }, false );
+   session.onUpdate(
+      [&] {
+         for ( const StateLog::Line &line : log.changes( session.report(), session.hadRound() ) )
+            spdlog::log( line.isFault ? spdlog::level::warn : spdlog::level::info, "{}",
+                         line.text );
+      },
+      false );
    return session.run();
 }
 

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <optional>
 #include <spdlog/spdlog.h>
+#include <unistd.h>
 
 namespace Host {
 namespace {
@@ -32,16 +33,21 @@ int show( const BoardFiles::Board &board, const Options &options ) {
    spdlog::debug( "no serve runs for {}: this command brings the board up", board.folder );
    boost::asio::io_context loop{ 1 };
    std::optional<Session> session;
-   std::optional<Progress> progress( std::in_place );
-   const auto changed = [&] {
+   std::optional<Progress> progress( std::in_place, ::isatty( STDERR_FILENO ), Clock::now() );
+   const auto showProgress = [&] {
       const Supervisor &known = session->supervisor();
-      progress->update( known.settled(), board.objects.size(), known.operation() );
-      if ( known.roundDone() || known.loadFault() )
+      progress->update( known.settled(), board.objects.size(), known.operation(), Clock::now() );
+   };
+   const auto changed = [&] {
+      showProgress();
+      if ( session->supervisor().roundDone() || session->supervisor().loadFault() )
          loop.stop();
    };
    session.emplace( loop, board, options.plugin,
                     Limits{ .init = initLimit, .step = fromSeconds( options.limit ), .once = true },
                     logging( options, changed ) );
+   boost::asio::steady_timer isLong( loop, Progress::patience ); // one operation may take longer
+   isLong.async_wait( [&]( const auto & ) { showProgress(); } );
    boost::asio::steady_timer giveUp( loop, totalLimit );
    bool gaveUp = false;
    giveUp.async_wait( [&]( const auto & ) {

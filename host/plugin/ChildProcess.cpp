@@ -35,19 +35,33 @@ int importance( const std::string &line ) {
    return line.empty() ? 0 : 1;
 }
 
+// The child's end of a pair. It is open here only until the child has it.
+class ChildsEnd {
+ public:
+   explicit ChildsEnd( int descriptor ) : descriptor_( descriptor ) {}
+   ~ChildsEnd() { ::close( descriptor_ ); }
+   ChildsEnd( const ChildsEnd & ) = delete;
+   ChildsEnd &operator=( const ChildsEnd & ) = delete;
+
+   int descriptor() const { return descriptor_; }
+
+ private:
+   int descriptor_;
+};
+
 } // namespace
 
 ChildProcess::ChildProcess( boost::asio::io_context &loop, Handlers handlers )
    : handlers_( std::move( handlers ) ), socket_( loop ), errors_( loop ) {
    std::array<int, 2> sockets{}, pipe{};
    check( ::socketpair( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data() ), "socketpair" );
+   const ChildsEnd theirSocket( sockets[1] );
    socket_.assign( boost::asio::local::stream_protocol(), sockets[0] );
    check( ::pipe2( pipe.data(), O_CLOEXEC ), "pipe2" );
+   const ChildsEnd theirErrors( pipe[1] );
    errors_.assign( pipe[0] );
    errors_.non_blocking( true );
-   spawn( sockets[1], pipe[1] );
-   ::close( sockets[1] );
-   ::close( pipe[1] );
+   spawn( theirSocket.descriptor(), theirErrors.descriptor() );
    receive();
    receiveErrors();
 }
@@ -59,6 +73,8 @@ void ChildProcess::spawn( int socket, int errors ) {
    ::posix_spawn_file_actions_adddup2( &files, errors, 1 );
    ::posix_spawn_file_actions_adddup2( &files, errors, 2 );
    ::posix_spawn_file_actions_adddup2( &files, socket, childSocket );
+   // A client's connection ends when its last descriptor is closed: the child must not have one.
+   ::posix_spawn_file_actions_addclosefrom_np( &files, childSocket + 1 );
    posix_spawnattr_t attributes;
    ::posix_spawnattr_init( &attributes );
    // A group of its own, so that Ctrl-C on the terminal reaches the parent only.

@@ -8,7 +8,11 @@
 #include <boost/asio/local/stream_protocol.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
+#include <cerrno>
 #include <cstdlib>
+#include <sockets/SocketFile.h>
+#include <sockets/Unreachable.h>
+#include <spdlog/spdlog.h>
 
 namespace Host {
 namespace {
@@ -36,9 +40,12 @@ std::string serveName( const std::filesystem::path &board ) {
 std::optional<Client> Client::ofBoard( const std::filesystem::path &folder ) {
    const Client client( serveSocket() );
    std::string board;
-   if ( !client.report( &board ) || board != serveName( folder ) )
-      return {};
-   return client;
+   if ( client.report( &board ) && board == serveName( folder ) )
+      return client;
+   if ( Sockets::tryToConnect( client.socket() ) == EACCES )
+      spdlog::warn( "a serve can't be asked: {}",
+                    Sockets::whyUnreachable( client.socket(), EACCES ) );
+   return {};
 }
 
 std::optional<BoardReport> Client::report( std::string *board ) const {

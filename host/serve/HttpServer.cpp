@@ -5,6 +5,7 @@
 #include <boost/beast/http.hpp>
 #include <fmt/format.h>
 #include <optional>
+#include <spdlog/spdlog.h>
 #include <stdexcept>
 
 namespace Host {
@@ -140,7 +141,7 @@ Sockets::SocketFile listenAt( const std::filesystem::path &path ) {
 HttpServer::HttpServer( boost::asio::io_context &loop, const std::filesystem::path &socket,
                         const Api &api, HttpLimits limits )
    : file_( listenAt( socket ) ), api_( api ), limits_( limits ),
-     acceptor_( loop, stream_protocol(), file_.release() ) {
+     acceptor_( loop, stream_protocol(), file_.release() ), pause_( loop ) {
    accept();
 }
 
@@ -148,13 +149,31 @@ void HttpServer::accept() {
    acceptor_.async_accept( [this]( const error_code &failure, stream_protocol::socket socket ) {
       if ( failure == boost::asio::error::operation_aborted )
          return;
-      if ( !failure ) {
-         const bool isFull = *open_ >= limits_.connections;
-         const auto connection =
-            std::make_shared<Connection>( std::move( socket ), api_, limits_, open_ );
-         isFull ? connection->refuse() : connection->read();
+      if ( failure ) {
+         acceptLater( failure.message() );
+         return;
       }
+      isPausing_ = false;
+      backOff_.succeeded();
+      const bool isFull = *open_ >= limits_.connections;
+      const auto connection =
+         std::make_shared<Connection>( std::move( socket ), api_, limits_, open_ );
+      isFull ? connection->refuse() : connection->read();
       accept();
+   } );
+}
+
+// Without free descriptors the next try would fail at once, too.
+void HttpServer::acceptLater( const std::string &why ) {
+   if ( !isPausing_ )
+      spdlog::warn( "can't accept a client at {}: {}; it is tried again and again", file_.path(),
+                    why );
+   isPausing_ = true;
+   backOff_.failed( Clock::now() );
+   pause_.expires_at( backOff_.nextTry() );
+   pause_.async_wait( [this]( const error_code &failure ) {
+      if ( !failure )
+         accept();
    } );
 }
 

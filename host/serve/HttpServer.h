@@ -1,13 +1,16 @@
 #pragma once
 
 #include "host/serve/Api.h"
+#include "host/session/BackOff.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <filesystem>
 #include <memory>
 #include <sockets/SocketFile.h>
+#include <string>
 
 namespace Host {
 
@@ -33,11 +36,15 @@ class HttpServer {
 
  private:
    void accept();
+   void acceptLater( const std::string &why );
 
    Sockets::SocketFile file_;
    const Api &api_;
    const HttpLimits limits_;
    boost::asio::local::stream_protocol::acceptor acceptor_;
+   boost::asio::steady_timer pause_;
+   BackOff backOff_{ std::chrono::milliseconds( 100 ), std::chrono::seconds( 1 ) };
+   bool isPausing_ = false; // the last try to accept a client failed
    std::shared_ptr<size_t> open_ = std::make_shared<size_t>( 0 );
 };
 

@@ -26,7 +26,11 @@ BoardRecord::BoardRecord( const BoardFiles::Board &board, const Limits &limits, 
 
 void BoardRecord::read( size_t object, const Reading &reading, Time at ) {
    const BoardFiles::ObjectDescription &description = board_.objects[object];
-   objects_[object].read( reading, at );
+   // What was in a slot is known also while it can't be read. A measured value would be misleading.
+   if ( description.kind == BoardFiles::Kind::Slot && reading.state == State::Unreadable )
+      objects_[object].missed( reading, at );
+   else
+      objects_[object].read( reading, at );
    if ( description.kind == BoardFiles::Kind::Fan && description.fullScale > 0 )
       objects_[object].read( dutyOf( reading, description.fullScale ), at );
 }

@@ -25,6 +25,8 @@ class ChildDeaths {
  public:
    // `command` is what the child carried out when it died.
    DeathCause died( const CurrentCommand &command, Time now );
+   // The system refused to start the next child.
+   void notStarted( Time now ) { backOff_.failed( now ); }
    // A command came to its end, so that children are in order again.
    void commandEnded() { backOff_.succeeded(); }
 

@@ -3,6 +3,40 @@
 #include <algorithm>
 
 namespace Host {
+namespace {
+
+// Whether this was read without a fault. Such a state becomes stale.
+bool wasGood( State state ) {
+   return state == State::Ok || state == State::Absent || state == State::Unmanaged;
+}
+
+// A presence has no value as long as its state says it.
+void makeStale( Reading &reading ) {
+   if ( reading.state != State::Ok )
+      reading.value = reading.state == State::Unmanaged;
+   reading.state = State::Stale;
+}
+
+// An object without a single good value is not ok itself: it has the worst of their states, and the
+// first fault in that state.
+void judgeByValues( ObjectReport &object ) {
+   const Reading *worst = nullptr;
+   for ( const ValueReport &value : object.values ) {
+      const Reading &reading = value.reading;
+      if ( wasGood( reading.state ) )
+         return;
+      const bool isBad = reading.state != State::Unsupported;
+      if ( isBad &&
+           ( !worst || ( worst->state == State::Stale && reading.state == State::Unreadable ) ) )
+         worst = &reading;
+   }
+   if ( !worst )
+      return;
+   object.state = worst->state;
+   object.fault = worst->fault;
+}
+
+} // namespace
 
 void ObjectRecord::good( Time now ) {
    state_ = State::Ok;
@@ -26,6 +60,16 @@ void ObjectRecord::failed( const Fault &fault, Time now ) {
 
 void ObjectRecord::read( const Reading &reading, Time at ) { put( { reading, at, false } ); }
 
+void ObjectRecord::missed( const Reading &reading, Time at ) {
+   Value value{ reading, at, false };
+   if ( const Value *last = findValue( reading.name );
+        last && !std::holds_alternative<std::monostate>( last->reading.value ) ) {
+      value.reading.value = last->reading.value;
+      value.at = last->at;
+   }
+   put( value );
+}
+
 void ObjectRecord::keep( const Reading &reading, Time at ) { put( { reading, at, true } ); }
 
 void ObjectRecord::put( const Value &value ) {
@@ -38,29 +82,36 @@ void ObjectRecord::put( const Value &value ) {
       *known = value;
 }
 
-const Reading *ObjectRecord::find( const std::string &name ) const {
+const ObjectRecord::Value *ObjectRecord::findValue( const std::string &name ) const {
    const auto known = std::find_if( values_.begin(), values_.end(), [&name]( const Value &one ) {
       return one.reading.name == name;
    } );
-   return known == values_.end() ? nullptr : &known->reading;
+   return known == values_.end() ? nullptr : &*known;
+}
+
+const Reading *ObjectRecord::find( const std::string &name ) const {
+   const Value *known = findValue( name );
+   return known ? &known->reading : nullptr;
 }
 
 ObjectReport ObjectRecord::report( const BoardFiles::ObjectDescription &description,
                                    Clock::duration staleAfter, Time now ) const {
    const auto age = [now]( Time at ) { return std::chrono::duration<double>( now - at ).count(); };
-   const auto stateAt = [&]( State state, Time at ) {
-      return state == State::Ok && now - at > staleAfter ? State::Stale : state;
+   const auto isOld = [&]( State state, Time at ) {
+      return wasGood( state ) && now - at > staleAfter;
    };
    ObjectReport report{ .name = description.name,
                         .type = std::string( nameOf( description.kind ) ),
-                        .state = stateAt( state_, at_ ),
+                        .state = isOld( state_, at_ ) ? State::Stale : state_,
                         .fault = fault_,
                         .age = age( at_ ) };
    for ( const Value &value : values_ ) {
       report.values.push_back( { value.reading, age( value.at ) } );
-      if ( !value.isSetting )
-         report.values.back().reading.state = stateAt( value.reading.state, value.at );
+      if ( !value.isSetting && isOld( value.reading.state, value.at ) )
+         makeStale( report.values.back().reading );
    }
+   if ( report.state == State::Ok )
+      judgeByValues( report );
    return report;
 }
 

@@ -8,6 +8,9 @@
 
 namespace Host {
 
+// The fault of an object that was not tried yet.
+inline constexpr auto notBroughtUp = "not brought up yet";
+
 // What is known of one object: its state, its last values, and when they were read.
 class ObjectRecord {
  public:
@@ -19,6 +22,8 @@ class ObjectRecord {
    void failed( const Fault &fault, Time now );
    // A value that was measured at `at`.
    void read( const Reading &reading, Time at );
+   // A reading that failed at `at`. The last value of this name stays, with its time.
+   void missed( const Reading &reading, Time at );
    // A setting. It stays until the next one, and does not become stale.
    void keep( const Reading &reading, Time at );
 
@@ -27,7 +32,8 @@ class ObjectRecord {
    // The value with this name, or null.
    const Reading *find( const std::string &name ) const;
 
-   // Good values that are older than `staleAfter` are reported as stale.
+   // Good values that are older than `staleAfter` are reported as stale. An object that is up has
+   // the state of its values when none of them is good.
    ObjectReport report( const BoardFiles::ObjectDescription &description,
                         Clock::duration staleAfter, Time now ) const;
 
@@ -39,9 +45,10 @@ class ObjectRecord {
    };
 
    void put( const Value &value );
+   const Value *findValue( const std::string &name ) const;
 
    State state_ = State::Unreadable;
-   Fault fault_{ .words = "not brought up yet" };
+   Fault fault_{ .words = notBroughtUp };
    Time at_;
    std::vector<Value> values_{};
 };

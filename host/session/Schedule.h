@@ -25,8 +25,12 @@ class Schedule {
    void kindReady( BoardFiles::Kind kind );
    void kindFailed( BoardFiles::Kind kind, Time now );
    void objectUp( size_t object );
-   void objectRead( size_t object );
+   // `again`: it is to be read once more in this round.
+   void objectRead( size_t object, bool again = false );
    void objectFailed( size_t object, Time now );
+   // The object ended the child. The bus may only have missed one acknowledge, so where everything
+   // is read just once, it is tried a few times more, after the others.
+   void objectEndedChild( size_t object, Time now );
 
    // The next command; nothing when there is nothing to do now.
    std::optional<Command> next( const PendingActions &actions, Time now );
@@ -52,6 +56,8 @@ class Schedule {
       bool up = false;      // in the child that runs now
       bool tried = false;   // at least once, or its kind was
       bool pending = false; // to be read in this round
+      bool again = false;   // to be tried once more after the others
+      unsigned deaths = 0;  // of children, where everything is read just once
       BackOff backOff{};
    };
    struct Kind {
@@ -61,6 +67,7 @@ class Schedule {
    };
 
    bool needs( size_t object ) const;
+   bool canAdd( size_t object, Time now ) const;
    bool wantsAdd( size_t object, Time now ) const;
    void startRounds( Time now );
    std::optional<Command> nextRead();

@@ -1,13 +1,17 @@
 #include "host/session/Session.h"
 
+#include "host/session/ServerProbe.h"
+
 #include <boost/asio/post.hpp>
+#include <stdexcept>
 
 namespace Host {
 
 Session::Session( boost::asio::io_context &loop, const BoardFiles::Board &board, std::string plugin,
                   Limits limits, Handlers handlers )
    : loop_( loop ), plugin_( std::move( plugin ) ), handlers_( std::move( handlers ) ),
-     supervisor_( board, limits, Clock::now() ), timer_( loop ) {
+     supervisor_( board, limits, Clock::now(), [&board] { return whyNoServer( board.server ); } ),
+     timer_( loop ) {
    boost::asio::post( loop_, [this] { pump(); } );
 }
 
@@ -40,11 +44,22 @@ void Session::ask( size_t object, const Action &action, Supervisor::Answer answe
 
 void Session::startChild() {
    whyKilled_.clear();
-   child_ = std::make_unique<ChildProcess>(
-      loop_, ChildProcess::Handlers{
-                .event = [this]( const Event &event ) { heard( event ); },
-                .errorLine = [this]( const std::string &line ) { handlers_.notice( line ); },
-                .died = [this]( const std::string &cause ) { died( cause ); } } );
+   try {
+      child_ = std::make_unique<ChildProcess>(
+         loop_, ChildProcess::Handlers{
+                   .event = [this]( const Event &event ) { heard( event ); },
+                   .errorLine = [this]( const std::string &line ) { handlers_.notice( line ); },
+                   .died = [this]( const std::string &cause ) { died( cause ); } } );
+   } catch ( const std::runtime_error &failure ) {
+      const std::string why =
+         std::string( "the plug-in's process can't be started: " ) + failure.what();
+      if ( !hadChild_ )
+         throw std::runtime_error( why );
+      handlers_.notice( why );
+      supervisor_.childNotStarted( why, Clock::now() );
+      return;
+   }
+   hadChild_ = true;
    supervisor_.childStarted();
 }
 

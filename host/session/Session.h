@@ -22,7 +22,8 @@ class Session {
          notice{}; // for the log: events of the child process
    };
 
-   // `board` must outlive the session. Work starts when the loop runs.
+   // `board` must outlive the session. Work starts when the loop runs. If the first child can't be
+   // started, the loop throws std::runtime_error. Later ones are tried again.
    Session( boost::asio::io_context &loop, const BoardFiles::Board &board, std::string plugin,
             Limits limits, Handlers handlers );
 
@@ -43,6 +44,7 @@ class Session {
    Supervisor supervisor_;
    boost::asio::steady_timer timer_;
    std::unique_ptr<ChildProcess> child_{};
+   bool hadChild_ = false;
    std::string whyKilled_{};
 };
 

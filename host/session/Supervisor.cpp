@@ -1,18 +1,30 @@
 #include "host/session/Supervisor.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <pl.h>
 #include <utility>
 
 namespace Host {
 
-Supervisor::Supervisor( const BoardFiles::Board &board, Limits limits, Time now )
-   : board_( board ), limits_( std::move( limits ) ), schedule_( board, limits_, now ),
-     current_( limits_ ), classifier_( board ), record_( board, limits_, now ) {}
+Supervisor::Supervisor( const BoardFiles::Board &board, Limits limits, Time now, ServerProbe probe )
+   : board_( board ), limits_( std::move( limits ) ), probe_( std::move( probe ) ),
+     schedule_( board, limits_, now ), current_( limits_ ), classifier_( board, limits_ ),
+     record_( board, limits_, now ) {}
 
 void Supervisor::childStarted() {
+   startFault_.reset();
    schedule_.childStarted();
    classifier_.childStarted();
+}
+
+void Supervisor::childNotStarted( const std::string &why, Time now ) {
+   deaths_.notStarted( now );
+   startFault_ = Fault{ .words = why };
+   for ( size_t i = 0; i < board_.objects.size(); ++i ) {
+      record_.failed( i, *startFault_, now );
+      refuse( i );
+   }
 }
 
 std::optional<Command> Supervisor::next( Time now ) {
@@ -28,7 +40,7 @@ std::optional<Command> Supervisor::next( Time now ) {
 
 void Supervisor::ask( size_t object, const Action &action, Answer answer, Time now ) {
    actions_.add( object, action, std::move( answer ) );
-   if ( loadFault_ || schedule_.mustWait( object, now ) )
+   if ( loadFault_ || startFault_ || schedule_.mustWait( object, now ) )
       refuse( object );
 }
 
@@ -80,7 +92,11 @@ void Supervisor::ended( const InitCommand &command, const Done &done, Time now )
       failKind( command.kind, *done.fault, now );
    } else {
       Fault fault = *done.fault;
-      fault.words = fault.status == PL_STATUS_SOCKET ? waitingForServer : classifier_.faultWords();
+      fault.words = classifier_.faultWords();
+      if ( fault.status == PL_STATUS_SOCKET ) {
+         fault.words = waitingForServer;
+         fault = connectionFault( fault );
+      }
       failConnection( fault, now );
    }
 }
@@ -90,6 +106,7 @@ void Supervisor::ended( const AddCommand &command, const Done &done, Time now ) 
       Fault fault = *done.fault;
       if ( const std::string why = classifier_.faultWords(); !why.empty() )
          fault.words += ": " + why;
+      schedule_.objectFailed( command.object, now );
       fail( command.object, fault, now );
       return;
    }
@@ -101,10 +118,11 @@ void Supervisor::ended( const AddCommand &command, const Done &done, Time now ) 
 
 void Supervisor::ended( const ReadCommand &command, const Done &done, Time now ) {
    if ( done.fault ) {
+      schedule_.objectFailed( command.object, now );
       fail( command.object, *done.fault, now );
       return;
    }
-   schedule_.objectRead( command.object );
+   schedule_.objectRead( command.object, classifier_.wantsAnotherRead( command.object ) );
    record_.good( command.object, now );
 }
 
@@ -120,13 +138,19 @@ void Supervisor::ended( const ActCommand &command, const Done &done, Time now ) 
 
 void Supervisor::childDied( const std::string &why, Time now ) {
    const DeathCause cause = deaths_.died( current_, now );
+   const bool wasEnded = current_.overdue( now ).has_value(); // it took too long
    current_.end();
    childStarted();
    const Fault fault{ .words = printable( why ) };
-   if ( cause.what == DeathCause::What::Object )
+   if ( cause.what == DeathCause::What::Object ) {
+      if ( wasEnded )
+         schedule_.objectFailed( cause.object, now );
+      else
+         schedule_.objectEndedChild( cause.object, now );
       fail( cause.object, fault, now );
-   else if ( cause.what == DeathCause::What::Connection )
-      failConnection( fault, now );
+   }
+   if ( cause.what == DeathCause::What::Connection )
+      failConnection( connectionFault( fault ), now );
    else if ( cause.what == DeathCause::What::Plugin )
       failPlugin( fault );
 }
@@ -139,7 +163,6 @@ void Supervisor::failPlugin( const Fault &fault ) {
 
 void Supervisor::fail( size_t object, const Fault &fault, Time now ) {
    record_.failed( object, fault, now );
-   schedule_.objectFailed( object, now );
    refuse( object );
 }
 
@@ -159,13 +182,22 @@ void Supervisor::failConnection( const Fault &fault, Time now ) {
          failKind( kind, fault, now );
 }
 
+// The plug-in doesn't tell why it can't connect, so the server's socket is looked at.
+Fault Supervisor::connectionFault( Fault fault ) const {
+   const std::string why = probe_();
+   if ( !why.empty() && fault.words.starts_with( waitingForServer ) )
+      fault.words = fmt::format( "{}: {}", waitingForServer, why );
+   return fault;
+}
+
 void Supervisor::tick( Time now ) {
-   const auto fault = current_.slowInit( now );
-   if ( !fault )
+   const auto slow = current_.slowInit( now );
+   if ( !slow )
       return;
+   const Fault fault = connectionFault( *slow );
    for ( size_t i = 0; i < board_.objects.size(); ++i )
       if ( !schedule_.isUp( i ) && !schedule_.isBackingOff( i, now ) ) // that has its own fault
-         record_.failed( i, *fault, now );
+         record_.failed( i, fault, now );
 }
 
 Time Supervisor::wakeAt( Time now ) const {

@@ -10,6 +10,7 @@
 #include "host/session/ReadingClassifier.h"
 #include "host/session/Schedule.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -21,15 +22,22 @@ namespace Host {
 class Supervisor {
  public:
    using Answer = PendingActions::Answer;
+   // Why the plug-in's server can't be reached; empty when that is not known.
+   using ServerProbe = std::function<std::string()>;
 
    // `board` must outlive this object.
-   Supervisor( const BoardFiles::Board &board, Limits limits, Time now );
+   Supervisor(
+      const BoardFiles::Board &board, Limits limits, Time now,
+      ServerProbe probe = [] { return std::string(); } );
    Supervisor( const Supervisor & ) = delete;
    Supervisor &operator=( const Supervisor & ) = delete;
 
    // Whether a child should be running.
    bool wantsChild( Time now ) const { return deaths_.mayStart( now ); }
    void childStarted();
+   // The system refused to start a child, for example because there are no free descriptors. `why`
+   // becomes the fault of all objects.
+   void childNotStarted( const std::string &why, Time now );
    // The command to send now; nothing while one is running or none is due.
    std::optional<Command> next( Time now );
    void heard( const Event &event, Time now );
@@ -69,9 +77,11 @@ class Supervisor {
    void fail( size_t object, const Fault &fault, Time now );
    void failKind( BoardFiles::Kind kind, const Fault &fault, Time now );
    void failConnection( const Fault &fault, Time now );
+   Fault connectionFault( Fault fault ) const;
 
    const BoardFiles::Board &board_;
    const Limits limits_;
+   const ServerProbe probe_;
    Schedule schedule_;
    CurrentCommand current_;
    ChildDeaths deaths_{};
@@ -79,7 +89,8 @@ class Supervisor {
    BoardRecord record_;
    PendingActions actions_{};
    std::optional<Fault> loadFault_{};
-   std::optional<Reading> result_{}; // of the running action
+   std::optional<Fault> startFault_{}; // why there is no child
+   std::optional<Reading> result_{};   // of the running action
 };
 
 } // namespace Host

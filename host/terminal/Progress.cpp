@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <fmt/format.h>
-#include <unistd.h>
 
 namespace Host {
 namespace {
@@ -12,23 +11,19 @@ constexpr auto clearLine = "\r\x1b[K";
 
 } // namespace
 
-Progress::Progress() : terminal_( ::isatty( STDERR_FILENO ) ) {}
-
 Progress::~Progress() {
-   if ( terminal_ )
+   if ( isDrawn_ )
       fmt::print( stderr, "{}", clearLine );
 }
 
-void Progress::update( size_t settled, size_t all, const std::string &operation ) {
-   if ( terminal_ ) {
-      const size_t filled = all ? barWidth * settled / all : barWidth;
-      fmt::print( stderr, "{}[{:-<{}}] {}/{} {}", clearLine, std::string( filled, '#' ), barWidth,
-                  settled, all, operation );
-      std::fflush( stderr );
-   } else if ( settled > printed_ ) {
-      fmt::print( stderr, "{} of {} objects\n", settled, all );
-   }
-   printed_ = settled;
+void Progress::update( size_t settled, size_t all, const std::string &operation, Time now ) {
+   if ( !isTerminal_ || now - start_ < patience )
+      return;
+   const size_t filled = all ? barWidth * settled / all : barWidth;
+   fmt::print( stderr, "{}[{:-<{}}] {}/{} {}", clearLine, std::string( filled, '#' ), barWidth,
+               settled, all, operation );
+   std::fflush( stderr );
+   isDrawn_ = true;
 }
 
 } // namespace Host

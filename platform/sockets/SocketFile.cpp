@@ -38,15 +38,6 @@ sockaddr_un addressOf( const std::string &path ) {
 
 int newSocket( int flags = 0 ) { return socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0 ); }
 
-// The result of connect(): 0 or an errno value. EAGAIN means that the server's backlog is full.
-int tryToConnect( const sockaddr_un &address ) {
-   const int fd = newSocket( SOCK_NONBLOCK );
-   const int result = connect( fd, reinterpret_cast<const sockaddr *>( &address ), sizeof address );
-   const int error = result == 0 ? 0 : errno;
-   close( fd );
-   return error;
-}
-
 gid_t groupNamed( const std::string &name ) {
    const group *found = getgrnam( name.c_str() );
    if ( !found )
@@ -55,6 +46,15 @@ gid_t groupNamed( const std::string &name ) {
 }
 
 } // namespace
+
+int tryToConnect( const std::string &path ) {
+   const sockaddr_un address = addressOf( path );
+   const int fd = newSocket( SOCK_NONBLOCK );
+   const int result = connect( fd, reinterpret_cast<const sockaddr *>( &address ), sizeof address );
+   const int error = result == 0 ? 0 : errno;
+   close( fd );
+   return error;
+}
 
 SocketFile::SocketFile( const std::string &path, const std::string &group ) : path_( path ) {
    removeStaleFile();
@@ -73,7 +73,7 @@ void SocketFile::removeStaleFile() const {
       return;
    if ( !S_ISSOCK( status.st_mode ) )
       throw std::runtime_error( path_ + ": not a socket" );
-   const int error = tryToConnect( addressOf( path_ ) );
+   const int error = tryToConnect( path_ );
    if ( error == 0 || error == EAGAIN )
       throw std::runtime_error( path_ + ": another server is running" );
    if ( error == ECONNREFUSED )

@@ -6,6 +6,10 @@
 
 namespace Sockets {
 
+// Connects to a Unix stream socket and disconnects again, without waiting. Returns 0 or an errno
+// value; EAGAIN means that the server's backlog is full.
+int tryToConnect( const std::string &path );
+
 // A listening Unix stream socket and its file. Replaces the file of a server that has died.
 class SocketFile {
  public:

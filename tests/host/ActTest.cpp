@@ -59,10 +59,11 @@ TEST_F( ActTest, SaysWhatIsNotSupportedAndWhatFailed ) {
    EXPECT_EQ( run( { "xcvr", "qsfp", "lpmode", "on" } ), 1 );
    EXPECT_THAT( err, HasSubstr( "qsfp: the driver doesn't support this" ) );
    EXPECT_EQ( run( { "system", "reload-cause" } ), 1 );
-   EXPECT_THAT( err, HasSubstr( "system: the driver doesn't support this: status 5" ) );
+   EXPECT_THAT( err,
+                HasSubstr( "system: the driver doesn't support this: status 5 (not provided)" ) );
    folder.write( "fan.set_rpm", "status 6 execute: failure in response nack" );
    EXPECT_EQ( run( { "fan", "fan", "1" } ), 1 );
-   EXPECT_THAT( err, HasSubstr( "fan: failed: status 6: nack" ) );
+   EXPECT_THAT( err, HasSubstr( "fan: failed: status 6 (transaction): nack" ) );
    folder.write( "led.set_light_setting", "assert" );
    EXPECT_EQ( run( { "led", "led", "good" } ), 1 );
    EXPECT_THAT( err, HasSubstr( "Assertion `chipAnswers' failed." ) );

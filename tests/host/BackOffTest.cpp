@@ -23,6 +23,18 @@ TEST( BackOffTest, DoublesTheWaitUpToAMinuteAndStartsAgainAfterASuccess ) {
    EXPECT_EQ( backOff.nextTry(), now + 1s );
 }
 
+TEST( BackOffTest, TakesOtherTimes ) {
+   const Time now( 1h );
+   BackOff backOff( 100ms, 300ms );
+   for ( const auto wait : { 100ms, 200ms, 300ms, 300ms } ) {
+      backOff.failed( now );
+      EXPECT_EQ( backOff.nextTry(), now + wait );
+   }
+   backOff.succeeded();
+   backOff.failed( now );
+   EXPECT_EQ( backOff.nextTry(), now + 100ms );
+}
+
 TEST( BackOffTest, AllowsNoTryAfterGivingUp ) {
    BackOff backOff;
    backOff.giveUp();

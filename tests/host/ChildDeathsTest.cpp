@@ -47,5 +47,12 @@ TEST_F( ChildDeathsTest, OfUnknownCauseMakeTheNextChildWait ) {
    EXPECT_EQ( deaths.nextStart(), now + 1s );
 }
 
+TEST_F( ChildDeathsTest, AChildThatCouldNotBeStartedMakesTheNextOneWait ) {
+   deaths.notStarted( now );
+   EXPECT_EQ( deaths.nextStart(), now + 1s );
+   deaths.notStarted( now );
+   EXPECT_EQ( deaths.nextStart(), now + 2s );
+}
+
 } // namespace
 } // namespace Host

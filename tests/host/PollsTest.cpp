@@ -1,5 +1,7 @@
 #include "support/PlayedChild.h"
 
+#include <gmock/gmock.h>
+
 namespace Host {
 namespace {
 
@@ -18,6 +20,7 @@ class PollsTest : public PlayedChild {
       };
       cages.traces.absentHolds = "from {address} ";
       cages.traces.absentEnds = "no acknowledge of the address";
+      cages.traces.absentFirst = { "from {address} register 0x9a" };
       cages.traces.unmanaged = "Unknown model";
       cages.traces.unreadable = "Failed to read PSU";
       cages.traces.pollFailed = "Failed to poll";
@@ -52,6 +55,9 @@ class PollsTest : public PlayedChild {
          .reading;
    }
 
+   const std::string bus = "execute: failure in response request 3 of 4: read of 1 byte from ";
+   const std::string firstMissed = bus + "0x58 register 0x9a: no acknowledge of the address";
+   const std::string laterMissed = bus + "0x58 register 0x9e: no acknowledge of the address";
    BoardFiles::Board cages = makeBoard();
 };
 
@@ -97,17 +103,69 @@ TEST_F( PollsTest, AreNotPartOfTheRunningOperation ) {
    EXPECT_EQ( supervisor->report( now )[3].values.at( 0 ).reading.state, State::Absent );
 }
 
-TEST_F( PollsTest, SlotsAreEmptyWhenNoChipAcknowledgesTheirModulesAddress ) {
-   const std::string fault = "execute: failure in response request 3 of 4: read of 1 byte from ";
-   EXPECT_EQ( readBay( { fault + "0x58 register 0x9a: no acknowledge of the address" } ).state,
-              State::Absent );
+TEST_F( PollsTest, SlotsAreEmptyWhenTheirModulesMissTheFirstTransferOfManyReads ) {
+   for ( int i = 0; i < 4; ++i )
+      EXPECT_EQ( readBay( { firstMissed } ).state, State::Unreadable );
+   EXPECT_FALSE( supervisor->roundDone() );
+   const Reading missed = readBay( { firstMissed } );
+   EXPECT_EQ( missed.state, State::Unreadable );
+   EXPECT_EQ( missed.fault.status, 1 );
+   EXPECT_THAT( missed.fault.words, ::testing::HasSubstr( "no acknowledge" ) );
+   runAll();
+   EXPECT_TRUE( supervisor->roundDone() );
    now += 1s;
-   const Reading mux = readBay( { fault + "0x70 register 0: no acknowledge of the address" } );
-   EXPECT_EQ( mux.state, State::Unreadable );
-   EXPECT_EQ( mux.fault.status, 1 );
+   for ( int i = 0; i < 4; ++i )
+      EXPECT_EQ( readBay( { firstMissed } ).state, State::Unreadable );
+   const Reading empty = readBay( { firstMissed } );
+   EXPECT_EQ( empty.state, State::Absent );
+   EXPECT_EQ( empty.fault.words, "no answer to 10 reads in a row" );
    now += 1s;
-   EXPECT_EQ( readBay( { fault + "0x58 register 0x9a: PEC 0x01 where 0x02 is due" } ).state,
-              State::Unreadable );
+   EXPECT_EQ( readBay( { firstMissed } ).state, State::Absent );
+}
+
+TEST_F( PollsTest, SlotsAreEmptyInOneRoundWhenEverythingIsReadOnce ) {
+   supervisor.emplace( cages, Limits{ .once = true }, now );
+   for ( int i = 0; i < 9; ++i )
+      EXPECT_EQ( readBay( { firstMissed } ).state, State::Unreadable );
+   EXPECT_EQ( readBay( { firstMissed } ).state, State::Absent );
+   runAll();
+   EXPECT_TRUE( supervisor->roundDone() );
+}
+
+TEST_F( PollsTest, SlotsAreNotEmptyWhenTheirModulesMissALaterTransfer ) {
+   std::vector<std::string> faults( 20, laterMissed );
+   faults.insert( faults.end(), 9, firstMissed );
+   faults.push_back( laterMissed );
+   faults.insert( faults.end(), 9, firstMissed );
+   for ( const std::string &fault : faults ) {
+      EXPECT_EQ( readBay( { fault } ).state, State::Unreadable );
+      now += 1s;
+   }
+   EXPECT_EQ( readBay( { firstMissed } ).state, State::Absent );
+}
+
+TEST_F( PollsTest, SlotsAreUnreadableForAnyOtherFaultOfTheBus ) {
+   for ( const char *fault : { "0x70 register 0x9a: no acknowledge of the address",
+                               "0x58 register 0x9a: PEC 0x01 where 0x02 is due" } )
+      for ( int i = 0; i < 20; ++i, now += 1s ) {
+         const Reading reading = readBay( { bus + fault } );
+         EXPECT_EQ( reading.state, State::Unreadable );
+         EXPECT_EQ( reading.fault.status, 1 );
+      }
+}
+
+TEST_F( PollsTest, SlotsKeepTheirLastModuleWithItsAgeWhileTheyCanNotBeRead ) {
+   const Reading module{ .name = "presence", .value = std::string( "KP-850" ) };
+   read( 3, {}, module );
+   now += 1s;
+   const Reading nothing{ .name = "presence", .state = State::Absent, .fault = { 1, "" } };
+   const ValueReport missed = read( 3, { firstMissed }, nothing );
+   EXPECT_EQ( missed.reading.state, State::Unreadable );
+   EXPECT_EQ( missed.reading.value, module.value );
+   EXPECT_EQ( missed.age, 1 );
+   now += 4s;
+   EXPECT_EQ( read( 3, { laterMissed }, nothing ).age, 5 );
+   EXPECT_EQ( read( 3, {}, module ).age, 0 );
 }
 
 TEST_F( PollsTest, SlotsSeparateAnUnknownModuleFromAnUnreadableOne ) {

@@ -1,6 +1,7 @@
 #include "support/ScriptedHost.h"
 #include "support/StateSchema.h"
 
+#include <algorithm>
 #include <csignal>
 #include <gmock/gmock.h>
 
@@ -86,14 +87,15 @@ TEST_F( ProgramTest, ShowPrintsEveryKindOfObjectInOneTable ) {
            "raw     smbus        -               -         ok           0.",
            "system  system       reload_cause    -         unsupported  0." } )
       EXPECT_THAT( out, HasSubstr( line ) );
-   EXPECT_THAT( err, HasSubstr( "12 of 12 objects\n" ) );
+   EXPECT_EQ( err, "" ); // no progress where there is no terminal
 }
 
 TEST_F( ProgramTest, ShowEndsWith1WhenSomethingIsUnreadableAndShowsTheRest ) {
    folder.write( "temp.temperature", "status 6 execute: failure in response no acknowledge" );
    folder.write( "fan.add", "assert" );
    EXPECT_EQ( run( { "show", SCRIPTED_BOARD } ), 1 );
-   EXPECT_THAT( out, HasSubstr( "unreadable   0.0 s  status 6: no acknowledge" ) );
+   EXPECT_THAT( out, HasSubstr( "temp    temp_sensor  temperature     -         unreadable   " ) );
+   EXPECT_THAT( out, HasSubstr( " s  status 6 (transaction): no acknowledge" ) );
    EXPECT_THAT( out, HasSubstr( "Assertion `chipAnswers' failed." ) );
    EXPECT_THAT( out, HasSubstr( "gpio    gpio" ) );
 }
@@ -109,14 +111,22 @@ TEST_F( ProgramTest, ShowPrintsJsonThatFitsTheSchema ) {
 TEST_F( ProgramTest, ShowReportsAMissingServerAndEnds ) {
    folder.write( "init", "status 4 pl_slot_init: socket Setup failed!" );
    EXPECT_EQ( run( { "show", SCRIPTED_BOARD } ), 1 );
-   EXPECT_THAT( out, HasSubstr( "status 4: can't reach the SMBus server yet" ) );
+   EXPECT_THAT( out, HasSubstr( "status 4 (socket): can't reach the SMBus server yet" ) );
 }
 
-TEST_F( ProgramTest, ShowDrawsABarOnATerminalAndClearsItBeforeTheTable ) {
-   ScriptedHost program( folder, { "show", SCRIPTED_BOARD }, ScriptedHost::Output::Terminal );
+TEST_F( ProgramTest, ShowDrawsABarOfWhatTakesLongOnATerminalAndClearsItBeforeTheTable ) {
+   folder.write( "gpio.bit", "hang" );
+   ScriptedHost program( folder, { "show", SCRIPTED_BOARD, "--limit", "1" },
+                         ScriptedHost::Output::Terminal );
    const std::string screen = program.waitForScreen( "reload_cause" );
-   EXPECT_THAT( screen, HasSubstr( "[##############################] 12/12" ) );
+   EXPECT_THAT( screen, HasSubstr( "[##############################] 12/12 bit" ) );
    EXPECT_THAT( screen, HasSubstr( "\r\x1b[KNAME" ) );
+   EXPECT_EQ( program.wait(), 1 );
+}
+
+TEST_F( ProgramTest, ShowDrawsNoBarOfWhatIsQuick ) {
+   ScriptedHost program( folder, { "show", SCRIPTED_BOARD }, ScriptedHost::Output::Terminal );
+   EXPECT_THAT( program.waitForScreen( "reload_cause" ), Not( HasSubstr( "\x1b[K" ) ) );
    EXPECT_EQ( program.wait(), 0 );
 }
 
@@ -156,7 +166,7 @@ TEST_F( ProgramTest, EndsWith2ForWrongUsageAndPrintsHelpAndVersion ) {
 TEST_F( ProgramTest, ServeRunsUntilASignalEndsIt ) {
    for ( const int number : { SIGTERM, SIGINT } ) {
       ScriptedHost program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
-      folder.waitFor( "err.txt", "temp temperature: ok" );
+      folder.waitFor( "err.txt", "temp, psu, fan and 8 more: ok" );
       program.signal( number );
       EXPECT_EQ( program.wait(), 0 );
       EXPECT_THAT( folder.read( "err.txt" ), HasSubstr( "ending on signal" ) );
@@ -166,16 +176,28 @@ TEST_F( ProgramTest, ServeRunsUntilASignalEndsIt ) {
 TEST_F( ProgramTest, ServeReportsAMissingServerWhileItRetries ) {
    folder.write( "init", "hang" );
    ScriptedHost program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
-   folder.waitFor( "err.txt", "temp: unreadable: can't reach the SMBus server yet" );
+   folder.waitFor( "err.txt",
+                   "temp, psu, fan and 9 more: unreadable: can't reach the SMBus server yet" );
 }
 
 TEST_F( ProgramTest, ServeLogsWhatFailsAndThatItIsBack ) {
    ScriptedHost program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
-   size_t at = folder.waitFor( "err.txt", "temp temperature: ok" );
+   size_t at = folder.waitFor( "err.txt", "temp, psu, fan and 8 more: ok" );
    folder.write( "temp.temperature", "status 6 execute: failure in response nack" );
-   at = folder.waitFor( "err.txt", "temp temperature: unreadable: status 6: nack", at );
+   at = folder.waitFor( "err.txt", "temp: unreadable: status 6 (transaction): nack", at );
    folder.remove( "temp.temperature" );
-   folder.waitFor( "err.txt", "temp temperature: ok", at );
+   folder.waitFor( "err.txt", "temp: ok", at );
+}
+
+TEST_F( ProgramTest, ServeLogsAFewLinesAtItsStartAndOneForAChange ) {
+   ScriptedHost program( folder, { "serve", SCRIPTED_BOARD, "--period", "0.1" } );
+   folder.waitFor( "err.txt", "temp, psu, fan and 8 more: ok" );
+   folder.write( "psu.power_ok", "status 6 execute: failure in response nack" );
+   folder.waitFor( "err.txt", "psu power_ok: unreadable: status 6 (transaction): nack" );
+   folder.remove( "psu.power_ok" );
+   folder.waitFor( "err.txt", "psu power_ok: ok" );
+   const std::string log = folder.read( "err.txt" );
+   EXPECT_LE( std::count( log.begin(), log.end(), '\n' ), 6 ) << log;
 }
 
 } // namespace

@@ -24,7 +24,7 @@ class ReadingClassifierTest : public ::testing::Test {
    };
    const Reading absent{ .name = "presence", .state = State::Absent };
    Time now{ 1h }, at{};
-   ReadingClassifier classifier{ board };
+   ReadingClassifier classifier{ board, Limits{} };
 };
 
 TEST_F( ReadingClassifierTest, ForgetsTheTracesOfTheOperationBefore ) {

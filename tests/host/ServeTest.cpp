@@ -1,5 +1,7 @@
 #include "host/serve/Client.h"
 #include "host/serve/HttpServer.h"
+#include "support/NoDescriptors.h"
+#include "support/NoRights.h"
 #include "support/ScriptedHost.h"
 
 #include <boost/asio.hpp>
@@ -111,6 +113,34 @@ TEST_F( HttpServerTest, RefusesOneConnectionTooMany ) {
    EXPECT_THAT( get( "/v1/topology" ), HasSubstr( "200 OK" ) );
 }
 
+#ifndef ORBIS_SANITIZED // see NoDescriptors
+TEST_F( HttpServerTest, PausesWhileThereAreNoDescriptorsAndAnswersWhenThereAreAgain ) {
+   serve();
+   stream_protocol::socket client( loop_ );
+   client.connect( path_.string() );
+   size_t steps = 0;
+   ::testing::internal::CaptureStdout(); // spdlog's default
+   {
+      const NoDescriptors none;
+      steps = loop_.run_for( std::chrono::milliseconds( 400 ) );
+   }
+   boost::asio::write( client,
+                       boost::asio::buffer( std::string( "GET /v1/topology HTTP/1.0\r\n\r\n" ) ) );
+   std::string heard;
+   bool ended = false;
+   boost::asio::async_read( client, boost::asio::dynamic_buffer( heard ),
+                            [&ended]( const auto &, size_t ) { ended = true; } );
+   for ( int i = 0; i < 20 && !ended; ++i )
+      loop_.run_one_for( std::chrono::seconds( 1 ) );
+   const std::string log = ::testing::internal::GetCapturedStdout();
+   EXPECT_LE( steps, 10u );
+   EXPECT_THAT( heard, HasSubstr( "200 OK" ) );
+   const std::string said = "can't accept a client at " + path_.string() + ": Too many open files";
+   EXPECT_THAT( log, HasSubstr( said ) );
+   EXPECT_EQ( log.find( said ), log.rfind( said ) ) << log; // once
+}
+#endif
+
 TEST_F( HttpServerTest, OpensItsSocketToOwnerAndGroupAndRemovesItAtTheEnd ) {
    serve();
    struct stat status {};
@@ -157,10 +187,25 @@ TEST_F( HttpServerTest, IsNotFoundByAClientWithoutASocket ) {
    EXPECT_EQ( Client( path_ ).act( "led", { "off" } ).state, State::Unreadable );
 }
 
+TEST_F( HttpServerTest, IsNotAskedByAClientWithoutARightToItsSocketWhichIsSaid ) {
+   serve();
+   ::setenv( "ORBIS_HOST_SOCKET", path_.c_str(), 1 );
+   ::testing::internal::CaptureStdout(); // spdlog's default
+   bool isAsked = true;
+   {
+      const NoRights none( path_.string() );
+      isAsked = Client::ofBoard( SCRIPTED_BOARD ).has_value();
+   }
+   const std::string log = ::testing::internal::GetCapturedStdout();
+   EXPECT_FALSE( isAsked );
+   EXPECT_THAT( log,
+                HasSubstr( "a serve can't be asked: " + path_.string() + ": permission denied" ) );
+}
+
 // The other commands while serve runs for the same board.
 class ServeTest : public ::testing::Test {
  protected:
-   ServeTest() { folder_.waitFor( "err.txt", "led: ok" ); }
+   ServeTest() { folder_.waitFor( "err.txt", "temp, psu, fan and 8 more: ok" ); }
 
    int run( const std::vector<std::string> &arguments ) {
       ScriptedHost program( client_, arguments, folder_ );
@@ -179,7 +224,6 @@ class ServeTest : public ::testing::Test {
 
 TEST_F( ServeTest, IsAskedByShow ) {
    folder_.write( "temp.temperature", "-7.5" );
-   folder_.waitFor( "err.txt", "gpio bit: ok" );
    EXPECT_THAT( run( { "show", "-v", SCRIPTED_BOARD } ), ::testing::AnyOf( 0, 1 ) );
    EXPECT_THAT( out, HasSubstr( "temp    temp_sensor" ) );
    EXPECT_THAT( err, HasSubstr( "asks the serve at " ) );

@@ -1,6 +1,7 @@
 #include "host/session/Session.h"
 
 #include "PrivateFolder.h"
+#include "support/NoDescriptors.h"
 
 #include <cstdlib>
 #include <gmock/gmock.h>
@@ -78,7 +79,8 @@ TEST_F( SessionTest, GivesAnAssertionsTextToTheObjectAndReadsTheOthers ) {
                 MatchesRegex( "tests/host/scripted/ScriptedPlugin.cpp:[0-9]+: .*act.*: "
                               "Assertion `chipAnswers' failed\\." ) );
    EXPECT_EQ( report()[1].values.at( 0 ).reading.state, State::Ok );
-   EXPECT_EQ( calls(), "init\na.add\ninit\nb.add\nb.temperature\n" );
+   EXPECT_EQ( calls(), "init\na.add\ninit\nb.add\nb.temperature\n" // and again after the others
+                       "a.add\ninit\na.add\ninit\na.add\ninit\n" );
 }
 
 TEST_F( SessionTest, GivesTheExitCodeOfAChildThatEndsItself ) {
@@ -141,7 +143,7 @@ TEST_F( SessionTest, EndsInTimeWithoutAServer ) {
 }
 
 TEST_F( SessionTest, ShowsAFaultInTheNextPeriodAndTheReadingOnceItIsBack ) {
-   start( { .period = 20ms } );
+   start( { .period = 20ms, .staleAfter = 1000 } ); // also on a slow machine
    const auto state = [this] {
       const BoardReport all = report();
       return all[0].values.empty() ? State::Absent : all[0].values[0].reading.state;
@@ -181,6 +183,42 @@ TEST_F( SessionTest, OutlivesATimerThatEndsTheChild ) {
    runUntil( [this] { return calls().find( "tick\ntick\n" ) != std::string::npos; } );
    EXPECT_EQ( report()[0].state, State::Ok );
 }
+
+#ifndef ORBIS_SANITIZED // see NoDescriptors
+TEST_F( SessionTest, StartsAChildAgainOnceThereAreDescriptorsForIt ) {
+   folder.write( "b.temperature", "exit" );
+   std::optional<NoDescriptors> none;
+   start( { .period = 20ms } );
+   runUntil( [&] { // the child dies while there are none
+      if ( !none && calls().find( "a.temperature" ) != std::string::npos )
+         none.emplace();
+      return report()[0].fault.words.find( "Too many open files" ) != std::string::npos;
+   } );
+   EXPECT_THAT( report()[0].fault.words, HasSubstr( "the plug-in's process can't be started: " ) );
+   EXPECT_EQ( report()[1].state, State::Unreadable );
+   std::optional<Reading> refused;
+   session->ask( 0, { .operation = "x" },
+                 [&refused]( const Reading &answer ) { refused = answer; } );
+   EXPECT_THAT( refused.value().fault.words, HasSubstr( "Too many open files" ) );
+   none.reset();
+   folder.remove( "b.temperature" );
+   runUntil( [&] {
+      return report()[0].state == State::Ok && report()[1].state == State::Ok &&
+             !report()[1].values.empty();
+   } );
+}
+
+TEST_F( SessionTest, SaysWhyTheFirstChildCanNotBeStarted ) {
+   start( {} );
+   const NoDescriptors none;
+   try {
+      loop.run();
+      ADD_FAILURE() << "it goes on without a child";
+   } catch ( const std::runtime_error &failure ) {
+      EXPECT_THAT( failure.what(), HasSubstr( "the plug-in's process can't be started: " ) );
+   }
+}
+#endif
 
 TEST_F( SessionTest, SaysWhyAPluginCanNotBeLoaded ) {
    start( {}, "/nowhere/libNothing.so" );

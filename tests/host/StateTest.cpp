@@ -32,12 +32,22 @@ TEST( StateTest, IsTheTableOfAllValuesAndOfObjectsWithoutAny ) {
       ElementsAre(
          "NAME    TYPE         READING         VALUE    STATE        AGE     FAULT",
          "t       temp_sensor  temperature     25.0 °C  ok           0.1 s   -",
-         "supply  psu          output_voltage  -        unreadable   12.0 s  status 6: no "
-         "acknowledge",
+         "supply  psu          output_voltage  -        unreadable   12.0 s  status 6 "
+         "(transaction): no acknowledge",
          "supply  psu          power_ok        1        stale        4.0 s   -",
          "supply  psu          input_power     -        unsupported  0.0 s   -",
          "led     led          -               -        unreadable   0.0 s   an assertion",
-         "slot    slot         presence        -        absent       0.0 s   status 1" ) );
+         "slot    slot         presence        -        absent       0.0 s   status 1 (not "
+         "managed)" ) );
+}
+
+TEST( StateTest, TellsAStatusByItsNameToo ) {
+   EXPECT_EQ( toText( Fault{ 5, "" } ), "status 5 (not provided)" );
+   EXPECT_EQ( toText( Fault{ 0, "x" } ), "status 0 (ok): x" );
+   EXPECT_EQ( toText( Fault{ 4, "x" } ), "status 4 (socket): x" );
+   EXPECT_EQ( toText( Fault{ 7, "x" } ), "status 7: x" );
+   EXPECT_EQ( toText( Fault{ -1, "" } ), "status -1" );
+   EXPECT_EQ( toText( Fault{ {}, "x" } ), "x" );
 }
 
 TEST( StateTest, ClipsALineByCharactersNotByBytes ) {

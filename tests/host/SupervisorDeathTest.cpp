@@ -104,7 +104,50 @@ TEST_F( SupervisorDeathTest, DoesNotBringUpAgainWhatWasReadAlreadyWhenReadingOnc
    restart( { .once = true } );
    runTo( "read 1" );
    die();
-   EXPECT_EQ( runAll(), ( Commands{ "load", "init temp_sensor", "init led", "add 2", "read 2" } ) );
+   EXPECT_EQ( runAll(), ( Commands{ "load", "init temp_sensor", "init led", "add 2", "read 2",
+                                    "add 1", "read 1" } ) );
+   EXPECT_TRUE( supervisor->roundDone() );
+}
+
+TEST_F( SupervisorDeathTest, TriesAnObjectThatEndedTheChildAgainAfterTheOthersWhenReadingOnce ) {
+   restart( { .once = true } );
+   runTo( "add 0" );
+   die();
+   EXPECT_EQ( runAll(), ( Commands{ "load", "init temp_sensor", "init led", "add 1", "add 2",
+                                    "read 1", "read 2", "add 0", "read 0" } ) );
+   EXPECT_TRUE( supervisor->roundDone() );
+   EXPECT_EQ( object( 0 ).state, State::Ok );
+}
+
+TEST_F( SupervisorDeathTest, TriesAReadThatEndedTheChildAgainWhenReadingOnce ) {
+   restart( { .once = true } );
+   runTo( "read 0" );
+   die();
+   EXPECT_EQ( runAll(), ( Commands{ "load", "init temp_sensor", "init led", "add 1", "add 2",
+                                    "read 1", "read 2", "add 0", "read 0" } ) );
+   EXPECT_EQ( reading( 0 ).state, State::Ok );
+}
+
+TEST_F( SupervisorDeathTest, GivesUpAnObjectAfterTheFourthChildWhenReadingOnce ) {
+   restart( { .once = true } );
+   for ( int i = 0; i < 4; ++i ) {
+      EXPECT_FALSE( supervisor->roundDone() );
+      runTo( "add 0" );
+      die( "Assertion `silent' failed." );
+   }
+   runAll();
+   EXPECT_TRUE( supervisor->roundDone() );
+   EXPECT_EQ( object( 0 ).fault.words, "Assertion `silent' failed." );
+   EXPECT_EQ( object( 1 ).state, State::Ok );
+}
+
+TEST_F( SupervisorDeathTest, DoesNotRepeatWhatTakesTooLongWhenReadingOnce ) {
+   restart( { .once = true } );
+   runTo( "read 0" );
+   now += 12s;
+   die( *supervisor->overdue( now ) );
+   for ( const std::string &command : runAll() )
+      EXPECT_NE( command, "add 0" );
    EXPECT_TRUE( supervisor->roundDone() );
 }
 

@@ -59,7 +59,8 @@ TEST_F( SupervisorTest, GivesAFailedReadingTheServersWords ) {
    hear( Reading{ .name = "temperature", .state = State::Unreadable, .fault = { .status = 6 } } );
    good();
    EXPECT_EQ( reading( 0 ).fault, ( Fault{ 6, "request 1 (0x48): no acknowledge" } ) );
-   EXPECT_EQ( object( 0 ).state, State::Ok ); // it is up
+   EXPECT_EQ( object( 0 ).state, State::Unreadable ); // it has no other value
+   EXPECT_EQ( object( 0 ).fault, reading( 0 ).fault );
 }
 
 TEST_F( SupervisorTest, NeverTurnsAFailedReadIntoAbsent ) {
@@ -110,6 +111,29 @@ TEST_F( SupervisorTest, TriesToReachTheServerAgainWhenAnInitFails ) {
    EXPECT_EQ( runAll().front(), "init temp_sensor" );
 }
 
+TEST_F( SupervisorTest, SaysWhyTheServerCanNotBeReached ) {
+   supervisor.emplace( board, Limits{}, now, [] { return "/x.sock: permission denied"; } );
+   const std::string words = "can't reach the SMBus server yet: /x.sock: permission denied";
+   runTo( "init temp_sensor" );
+   now += 500ms;
+   supervisor->tick( now );
+   EXPECT_EQ( object( 2 ).fault.words, words );
+   hear( Done{ Fault{ .status = 4 } } );
+   EXPECT_EQ( object( 2 ).fault, ( Fault{ 4, words } ) );
+   now += 1s;
+   runTo( "init temp_sensor" );
+   now += 40s;
+   die( supervisor->overdue( now ).value() );
+   EXPECT_EQ( object( 2 ).fault.words, words );
+}
+
+TEST_F( SupervisorTest, BlamesNoSocketForAnInitThatFailsOtherwise ) {
+   supervisor.emplace( board, Limits{}, now, [] { return "/x.sock: no such file"; } );
+   runTo( "init temp_sensor" );
+   die( "Assertion `topology' failed." );
+   EXPECT_EQ( object( 2 ).fault.words, "Assertion `topology' failed." );
+}
+
 TEST_F( SupervisorTest, DoesNotHideOneKindsMissingFunctionsBehindAnother ) {
    runTo( "init temp_sensor" );
    hear( Done{ Fault{ {}, "the plug-in has no pl_temp_sensor_init" } } );
@@ -120,8 +144,8 @@ TEST_F( SupervisorTest, DoesNotHideOneKindsMissingFunctionsBehindAnother ) {
 TEST_F( SupervisorTest, ReadsEverythingJustOnceWithTheLimitOnce ) {
    restart( { .once = true } );
    runTo( "add 0" );
-   die();
-   EXPECT_EQ( runAll().size(), 7u );
+   hear( Done{ Fault{ {}, "made no object" } } );
+   EXPECT_EQ( runAll(), ( Commands{ "add 1", "add 2", "read 1", "read 2" } ) );
    EXPECT_TRUE( supervisor->roundDone() );
    EXPECT_EQ( supervisor->settled(), 3u );
    now += 1h;

@@ -53,7 +53,7 @@ TEST_F( WatchTest, ShowsAFaultAndThenTheReadingAgain ) {
    ScriptedHost program( folder, command );
    size_t at = folder.waitFor( "out.txt", "1.0 °C" );
    folder.write( "temp.temperature", "status 4 execute: error. 111, Connection refused" );
-   at = folder.waitFor( "out.txt", "status 4: 111, Connection refused", at );
+   at = folder.waitFor( "out.txt", "status 4 (socket): 111, Connection refused", at );
    folder.remove( "temp.temperature" );
    folder.waitFor( "out.txt", "1.0 °C", at );
 }

@@ -1,0 +1,24 @@
+#include "host/session/ServerProbe.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <sockets/SocketFile.h>
+#include <sockets/Unreachable.h>
+#include <stdexcept>
+
+namespace Host {
+
+std::string whyNoServer( const BoardFiles::PluginServer &server ) {
+   const char *named = server.variable.empty() ? nullptr : std::getenv( server.variable.c_str() );
+   const std::string path = named && *named ? named : server.socket;
+   if ( path.empty() )
+      return {};
+   try {
+      const int error = Sockets::tryToConnect( path );
+      return error == 0 || error == EAGAIN ? "" : Sockets::whyUnreachable( path, error );
+   } catch ( const std::runtime_error &wrong ) { // the path can't be that of a socket
+      return wrong.what();
+   }
+}
+
+} // namespace Host

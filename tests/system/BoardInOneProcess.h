@@ -1,0 +1,74 @@
+// The simulated Kelt board with its whole column in this process: a supervisor with a clock that is
+// turned by hand, the plug-in, and in place of its socket the server's transactions on the board.
+#pragma once
+
+#include "ManualClock.h"
+
+#include "host/plugin/ObjectCalls.h"
+#include "host/plugin/Services.h"
+#include "host/session/Supervisor.h"
+#include "simulator/board/SimulatedBoard.h"
+#include "smbusd/server/Executor.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+class BoardInOneProcess {
+ public:
+   // With these objects of the board. One at a time.
+   explicit BoardInOneProcess( const std::vector<std::string> &objects );
+   ~BoardInOneProcess();
+   BoardInOneProcess( const BoardInOneProcess & ) = delete;
+   BoardInOneProcess &operator=( const BoardInOneProcess & ) = delete;
+
+   // The bench's side.
+   Simulator::Chip &chip( const std::string &name ) { return simulated_.bench().chip( name ); }
+   void pull( const std::string &module ) { simulated_.bench().pull( module ); }
+   void insert( const std::string &module ) { simulated_.bench().insert( module ); }
+   // The address of these transfers is not acknowledged.
+   void missWhere( std::function<bool( const Bus::Transfer & )> miss ) {
+      miss_ = std::move( miss );
+   }
+
+   // As if the plug-in's data did not say which transfer of a read is the first.
+   void forgetFirstTransfers() { board_.traces.absentFirst.clear(); }
+
+   // Brings the objects up and reads them once. After that they are read a period after the last
+   // time.
+   void start();
+   void round();
+
+   // A slot, as a user is told.
+   Host::Reading presence( const std::string &slot ) const;
+   double ageOf( const std::string &slot ) const;
+   // How often it was read in the last round.
+   unsigned readsOf( const std::string &object ) const;
+
+   // For the plug-in's socket.
+   Smbus::TransactionResponse run( const Smbus::TransactionRequest & );
+
+ private:
+   class FaultyBus;
+
+   Host::ObjectReport object( const std::string &name ) const;
+   Smbusd::Executors executors();
+   void carryOut( const Host::Command & );
+   void hear( const Host::Event &event ) { supervisor_->heard( event, now_ ); }
+   void runAll();
+
+   TestSupport::ManualClock clock_;
+   Simulator::SimulatedBoard simulated_;
+   std::function<bool( const Bus::Transfer & )> miss_ = []( const auto & ) { return false; };
+   Smbusd::Executors executors_;
+   boost::asio::io_context loop_;
+   Host::Services services_;
+   BoardFiles::Board board_;
+   Host::Time now_{ std::chrono::hours( 1 ) };
+   std::optional<Host::Supervisor> supervisor_;
+   std::map<size_t, Host::Record> records_;
+   std::map<std::string, unsigned> reads_;
+};
