@@ -86,6 +86,14 @@ PluginTraces tracesIn( const Json &json ) {
 
 } // namespace
 
+std::vector<std::string> PluginTraces::beginnings() const {
+   std::vector<std::string> all = faults;
+   for ( const std::string &one : { unmanaged, unreadable, pollFailed, pollDone } )
+      if ( !one.empty() )
+         all.push_back( one );
+   return all;
+}
+
 std::optional<DriverTable> readDriverTable( const std::filesystem::path &path,
                                             Findings &findings ) {
    static const Schema schema( driversSchema );

@@ -61,6 +61,9 @@ struct PluginTraces {
    std::string unreadable{}; // beginning, of a slot with a module that can't be made out
    std::string pollFailed{}; // beginning
    std::string pollDone{};   // beginning
+
+   // All of these beginnings.
+   std::vector<std::string> beginnings() const;
 };
 
 // The Unix socket of the server that a plug-in connects to. Empty where that isn't told.

@@ -19,7 +19,8 @@ Session::Handlers logging( const Options &options, std::function<void()> changed
                   if ( trace.level <= level )
                      spdlog::info( "trace {}: {}", trace.level, printable( trace.text ) );
                },
-            .notice = []( const std::string &what ) { spdlog::debug( "{}", printable( what ) ); } };
+            .notice = []( const std::string &what ) { spdlog::debug( "{}", printable( what ) ); },
+            .traceLevel = options.traceLevel };
 }
 
 int reportLoadFault( const Fault &fault ) {

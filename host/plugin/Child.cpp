@@ -6,6 +6,7 @@
 #include "host/plugin/Plugin.h"
 #include "host/plugin/Services.h"
 
+#include <algorithm>
 #include <array>
 #include <boost/asio.hpp>
 #include <csignal>
@@ -26,7 +27,7 @@ class Child {
    explicit Child( int socket )
       : socket_( loop_, stream_protocol(), socket ),
         services_( loop_, [this]( int level, std::string text ) {
-           send( Trace{ level, std::move( text ), services_.runningTimerOwner() } );
+           traced( { level, std::move( text ), services_.runningTimerOwner() } );
         } ) {}
 
    void run() {
@@ -58,13 +59,31 @@ class Child {
 
    // Blocks until everything is sent, because the plug-in may end this process in its next call.
    void send( const Event &event ) {
+      output_ += encode( event );
       boost::system::error_code ignored; // receive() notices when the parent ended
-      boost::asio::write( socket_, boost::asio::buffer( encode( event ) ), ignored );
+      boost::asio::write( socket_, boost::asio::buffer( output_ ), ignored );
+      output_.clear();
+   }
+   // Sends it together with the next event: the running command has one, at its end at the latest.
+   void sendLater( const Event &event ) { output_ += encode( event ); }
+
+   // A reason for a fault must be there before the plug-in ends this process, and a timer has no
+   // end to wait for. Other failures, which have level 0, matter only to the command that they
+   // belong to.
+   void traced( const Trace &trace ) {
+      const auto begins = [&trace]( const std::string &beginning ) {
+         return trace.text.starts_with( beginning );
+      };
+      if ( trace.level <= filter_.level || std::ranges::any_of( filter_.beginnings, begins ) )
+         send( trace );
+      else if ( trace.level == 0 )
+         trace.timerOwner ? send( trace ) : sendLater( trace );
    }
 
    Done execute( const LoadCommand &load ) {
       send( Begun{ "load" } );
       topology_ = load.topology;
+      filter_ = load.traces;
       return guard( [&] {
          plugin_.emplace( load.plugin );
          return Done{};
@@ -111,7 +130,7 @@ class Child {
 
    ReadingSink sink() {
       return { .begun = [this]( const std::string &name ) { send( Begun{ name } ); },
-               .done = [this]( const Reading &reading ) { send( reading ); } };
+               .done = [this]( const Reading &reading ) { sendLater( reading ); } };
    }
 
    // An exception of the plug-in becomes the fault of the command. This process goes on.
@@ -129,7 +148,9 @@ class Child {
    Services services_;
    std::array<char, 4096> chunk_{};
    FrameBuffer input_{};
+   std::string output_{}; // to send with the next event
    std::string topology_{};
+   TraceFilter filter_{};
    std::optional<Plugin> plugin_{};
    std::map<size_t, BoardFiles::ObjectDescription> descriptions_{};
    std::map<size_t, Record> records_{};

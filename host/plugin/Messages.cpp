@@ -11,6 +11,9 @@ namespace {
 void fill( HostChild::Command &message, const LoadCommand &load ) {
    message.mutable_load()->set_plugin( load.plugin );
    message.mutable_load()->set_topology( load.topology );
+   message.mutable_load()->set_trace_level( load.traces.level );
+   for ( const std::string &beginning : load.traces.beginnings )
+      message.mutable_load()->add_trace_beginnings( beginning );
 }
 
 void fill( HostChild::Command &message, const InitCommand &init ) {
@@ -172,7 +175,11 @@ std::optional<Command> decodeCommand( std::string_view bytes ) {
       return {};
    switch ( message.what_case() ) {
    case HostChild::Command::kLoad:
-      return LoadCommand{ message.load().plugin(), message.load().topology() };
+      return LoadCommand{ message.load().plugin(),
+                          message.load().topology(),
+                          { message.load().trace_level(),
+                            { message.load().trace_beginnings().begin(),
+                              message.load().trace_beginnings().end() } } };
    case HostChild::Command::kInit:
       return toCommand( message.init() );
    case HostChild::Command::kAdd:

@@ -9,15 +9,23 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 // The messages between the parent and the child with the plug-in. Child.proto is their form on the
 // socket. The child answers a command with Begun, traces and readings, and at the end Done.
 namespace Host {
 
+// Which traces of the plug-in the parent wants: those up to a level, and of those above it the ones
+// that begin so. A plug-in makes many traces for each operation.
+struct TraceFilter {
+   int level = 7;
+   std::vector<std::string> beginnings{};
+};
 // Loads the plug-in, and keeps the topology for the init functions.
 struct LoadCommand {
    std::string plugin{};
    std::string topology{};
+   TraceFilter traces{};
 };
 // Calls pl_<kind>_init.
 struct InitCommand {

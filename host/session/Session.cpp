@@ -9,7 +9,8 @@ namespace Host {
 
 Session::Session( boost::asio::io_context &loop, const BoardFiles::Board &board, std::string plugin,
                   Limits limits, Handlers handlers )
-   : loop_( loop ), plugin_( std::move( plugin ) ), handlers_( std::move( handlers ) ),
+   : loop_( loop ), board_( board ), plugin_( std::move( plugin ) ),
+     handlers_( std::move( handlers ) ),
      supervisor_( board, limits, Clock::now(), [&board] { return whyNoServer( board.server ); } ),
      timer_( loop ) {
    boost::asio::post( loop_, [this] { pump(); } );
@@ -26,8 +27,10 @@ void Session::pump() {
    }
    if ( child_ )
       if ( auto command = supervisor_.next( now ) ) {
-         if ( auto *load = std::get_if<LoadCommand>( &*command ) )
+         if ( auto *load = std::get_if<LoadCommand>( &*command ) ) {
             load->plugin = plugin_;
+            load->traces = { handlers_.traceLevel, board_.traces.beginnings() };
+         }
          child_->send( *command );
       }
    timer_.expires_at( supervisor_.wakeAt( now ) );

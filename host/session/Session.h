@@ -16,10 +16,11 @@ namespace Host {
 class Session {
  public:
    struct Handlers {
-      std::function<void()> changed{}; // a command ended, or a child died
-      std::function<void( const Trace & )> trace{};
+      std::function<void()> changed{};              // a command ended, or a child died
+      std::function<void( const Trace & )> trace{}; // those up to traceLevel are sure to come
       std::function<void( const std::string & )>
          notice{}; // for the log: events of the child process
+      int traceLevel = 7;
    };
 
    // `board` must outlive the session. Work starts when the loop runs. If the first child can't be
@@ -39,6 +40,7 @@ class Session {
    void died( const std::string &cause );
 
    boost::asio::io_context &loop_;
+   const BoardFiles::Board &board_;
    std::string plugin_;
    Handlers handlers_;
    Supervisor supervisor_;

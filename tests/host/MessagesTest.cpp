@@ -25,7 +25,10 @@ std::optional<Event> sent( const Event &event ) {
 }
 
 TEST( MessagesTest, CarryEveryCommandThrough ) {
-   const auto load = std::get<LoadCommand>( *sent( LoadCommand{ "p.so", "[\n\"°\"]" } ) );
+   const auto load = std::get<LoadCommand>(
+      *sent( LoadCommand{ "p.so", "[\n\"°\"]", { -1, { "Failed ", "Done" } } } ) );
+   EXPECT_EQ( load.traces.level, -1 );
+   EXPECT_EQ( load.traces.beginnings, ( std::vector<std::string>{ "Failed ", "Done" } ) );
    EXPECT_EQ( load.plugin, "p.so" );
    EXPECT_EQ( load.topology, "[\n\"°\"]" );
    EXPECT_EQ( std::get<InitCommand>( *sent( InitCommand{ BoardFiles::Kind::Psu } ) ).kind,
