@@ -5,7 +5,6 @@
 #include <rapidjson/writer.h>
 
 #include <algorithm>
-#include <cctype>
 
 namespace BoardFiles {
 
