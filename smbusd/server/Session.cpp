@@ -11,13 +11,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <utility>
 
 namespace Smbusd {
 
 namespace {
 
-constexpr size_t largestKept = 65536; // bytes of a request
+constexpr size_t largestKept = 65536; // bytes of a request, or of its frame
 
 } // namespace
 
@@ -50,20 +49,28 @@ bool Session::receiveMore() {
    while ( count < 0 && errno == EINTR );
    if ( count <= 0 )
       return false;
-   const std::string_view bytes( chunk, static_cast<size_t>( count ) );
-   if ( received_.empty() ) // usually it is one whole frame
-      return handleFrames( bytes );
-   const std::string before = std::exchange( received_, {} ) + std::string( bytes );
-   return handleFrames( before );
+   // Usually it is one whole frame. Of a long one nothing is copied twice.
+   std::string_view bytes( chunk, static_cast<size_t>( count ) );
+   if ( received_.empty() ) {
+      const bool goesOn = handleFrames( bytes );
+      received_ = bytes;
+      return goesOn;
+   }
+   received_ += bytes;
+   bytes = received_;
+   const bool goesOn = handleFrames( bytes );
+   received_.erase( 0, received_.size() - bytes.size() );
+   if ( received_.empty() && received_.capacity() > largestKept )
+      received_ = std::string();
+   return goesOn;
 }
 
-// Handles all whole frames and keeps the rest.
-bool Session::handleFrames( std::string_view bytes ) {
+// Handles all whole frames and leaves the rest.
+bool Session::handleFrames( std::string_view &bytes ) {
    for ( ;; ) {
       const Sockets::Frame frame = Sockets::firstFrame( bytes );
       switch ( frame.state ) {
       case Sockets::Frame::State::Incomplete:
-         received_ = bytes;
          return true;
       case Sockets::Frame::State::TooLong:
          answer( Bus::failure(

@@ -32,7 +32,7 @@ class Session {
  private:
    void serve();
    bool receiveMore();
-   bool handleFrames( std::string_view bytes );
+   bool handleFrames( std::string_view &bytes );
    bool handleMessage( std::string_view message );
    bool answer( const Smbus::TransactionResponse & );
 
