@@ -6,6 +6,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,9 +17,12 @@ inline constexpr std::string_view noAddressAcknowledge = "no acknowledge of the 
 inline constexpr std::string_view noSuchBus = "no such bus";
 
 struct Outcome {
-   std::string data;   // that was read; empty for writes; without the count for block reads
-   std::string error;  // why the transfer failed; empty: success
-   bool final = false; // it failed, and a retry can't help
+   std::string data = {};  // that was read; empty for writes; without the count for block reads
+   std::string error = {}; // why the transfer failed; empty: success
+   bool final = false;     // it failed, and a retry can't help
+   // On the wires, with addresses and packet error codes, where the bus knows: up to the one that
+   // was not acknowledged. None while a line was held low.
+   std::optional<unsigned> bytes = {};
 
    bool ok() const { return error.empty(); }
 };

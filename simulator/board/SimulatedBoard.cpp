@@ -55,7 +55,7 @@ std::unique_ptr<SimulatedBus> SimulatedBoard::bus( const Bus::RootBusId &id ) {
 
 void SimulatedBoard::report( const Bus::RootBusId &bus, const Bus::Transfer &transfer,
                              const SimulatedBus::Result &result ) {
-   bench_.count( result.bytes );
+   bench_.count( *result.outcome.bytes );
    if ( !tracer_ || !tracer_->hasListeners() )
       return;
    SmbusControl::Transfer trace;

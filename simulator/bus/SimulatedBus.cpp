@@ -137,7 +137,7 @@ void SimulatedBus::exchange( Cycle &cycle, BusMessage &message, uint32_t &comman
    const unsigned before = cycle.bytes();
    const auto record = [&] {
       result.answering = cycle.answering();
-      result.bytes += cycle.bytes() - before;
+      *result.outcome.bytes += cycle.bytes() - before;
    };
    try {
       cycle.start( message.direction );
@@ -200,9 +200,9 @@ SimulatedBus::Result SimulatedBus::executeOnce( const Bus::Transfer &transfer ) 
          result.outcome.error = fault.what();
       }
       result.answering = cycle.answering();
-      result.bytes = cycle.bytes();
       if ( const std::string collision = cycle.collision(); !collision.empty() )
          result.outcome = { {}, collision };
+      result.outcome.bytes = cycle.bytes();
    } catch ( const BusFault &fault ) {
       result.outcome.error = fault.what();
    }

@@ -23,9 +23,8 @@ class SimulatedBus final : public Bus::RootBus {
  public:
    // The result of a transfer.
    struct Result {
-      Bus::Outcome outcome;
+      Bus::Outcome outcome{ .bytes = 0 };
       const Chip *answering = nullptr; // the chip that acknowledged; null if none did
-      unsigned bytes = 0;              // on the bus, including addresses and packet error codes
    };
    // Called while the mutex is held.
    using Observer = std::function<void( const Bus::Transfer &, const Result & )>;

@@ -26,7 +26,7 @@ void IoPortBus::open() {
 
 Bus::Outcome IoPortBus::transfer( const Bus::Transfer &transfer ) {
    const auto refused = []( std::string why ) {
-      return Bus::Outcome{ {}, std::move( why ), true };
+      return Bus::Outcome{ {}, std::move( why ), true, 0 };
    };
    const bool plain =
       transfer.kind == Bus::Transfer::Kind::Read || transfer.kind == Bus::Transfer::Kind::Write;
@@ -46,7 +46,7 @@ Bus::Outcome IoPortBus::transfer( const Bus::Transfer &transfer ) {
 }
 
 Bus::Outcome IoPortBus::execute( const Bus::Transfer &transfer ) {
-   Bus::Outcome outcome;
+   Bus::Outcome outcome{ .bytes = 0 }; // there are no wires
    const auto port = static_cast<off_t>( base_ + transfer.offset );
    ssize_t count = 0;
    if ( transfer.kind == Bus::Transfer::Kind::Read ) {
@@ -59,7 +59,9 @@ Bus::Outcome IoPortBus::execute( const Bus::Transfer &transfer ) {
       return outcome;
    return { {},
             fmt::format( "port {:#06x}: {}", port,
-                         count < 0 ? std::strerror( errno ) : "fewer bytes than asked for" ) };
+                         count < 0 ? std::strerror( errno ) : "fewer bytes than asked for" ),
+            false,
+            0 };
 }
 
 } // namespace Smbusd

@@ -1,5 +1,6 @@
 // The SMBus protocols, byte by byte.
 #include "simulator/bus/SimulatedBus.h"
+#include "smbus/WireTime.h"
 
 #include <gtest/gtest.h>
 
@@ -64,6 +65,33 @@ TEST_F( SmbusProtocolTest, ReadsAfterTheCommandAndARepeatedStart ) {
    chip.answers = "ab";
    EXPECT_EQ( carryOut( { .kind = Kind::Read, .offset = 5, .length = 2 } ).data, "ab" );
    EXPECT_EQ( chip.seen, "W c5 R ? ? P" );
+}
+
+// One count is of what passed here, the other of what the protocol has.
+TEST_F( SmbusProtocolTest, HasAsManyBytesOnTheWiresAsTheProtocol ) {
+   for ( const bool pec : { false, true } )
+      for ( Transfer transfer : {
+               Transfer{ .kind = Kind::Read },
+               Transfer{ .kind = Kind::Read, .length = 2 },
+               Transfer{ .kind = Kind::Write },
+               Transfer{ .kind = Kind::Write, .length = 2, .data = "12" },
+               Transfer{ .kind = Kind::ProcessCall, .length = 2, .data = "12" },
+               Transfer{ .kind = Kind::BlockRead },
+               Transfer{ .kind = Kind::BlockWrite, .length = 2, .data = "12" },
+            } ) {
+         transfer.pec = pec;
+         chip.answers = std::string( 1, 3 ) + "abc";
+         const Outcome outcome = carryOut( transfer );
+         EXPECT_EQ( outcome.bytes, onTheWires( transfer, 3 ).bytes ) << describe( transfer ) << pec;
+      }
+}
+
+TEST_F( SmbusProtocolTest, EndsWithTheByteThatIsNotAcknowledged ) {
+   const Transfer write{ .kind = Kind::Write, .offset = 5, .length = 2, .data = "\x01\x02" };
+   chip.refused = { "address" };
+   EXPECT_EQ( carryOut( write ).bytes, 1u );
+   chip.refused = { "1" };
+   EXPECT_EQ( carryOut( write ).bytes, 3u );
 }
 
 TEST_F( SmbusProtocolTest, ReceivesAByteWithoutACommand ) {

@@ -52,9 +52,9 @@ Bus::Outcome LinuxBus::transfer( const Bus::Transfer &transfer ) {
       adapter_->pause( transfer.pause );
       return outcome;
    } catch ( const Refusal &refusal ) {
-      return { {}, refusal.what(), true };
+      return { {}, refusal.what(), true, 0 };
    } catch ( const AdapterError &error ) {
-      return { {}, error.what(), true };
+      return { {}, error.what(), true, 0 };
    }
 }
 
