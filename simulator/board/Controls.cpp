@@ -64,6 +64,8 @@ void Controls::carryOut( const SmbusControl::Request &request, SmbusControl::Res
       return power( request.power() );
    case Request::kTrace:
       return;
+   case Request::kLoad: // the server answers these, not the board
+   case Request::kLast:
    case Request::WHAT_NOT_SET:
       throw BenchError( "a request for nothing that is known" );
    }

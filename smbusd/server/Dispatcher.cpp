@@ -40,12 +40,27 @@ Dispatcher::Root &Dispatcher::rootOf( const Bus::Transaction &transaction ) {
    return root;
 }
 
+std::vector<const BusAccount *> Dispatcher::accounts() const {
+   std::vector<const BusAccount *> accounts;
+   for ( const auto &[id, root] : busses_ )
+      if ( const BusAccount *account = root.executor->account() )
+         accounts.push_back( account );
+   return accounts;
+}
+
 Smbus::TransactionResponse Dispatcher::run( Root &root, const Bus::Transaction &transaction,
-                                            const Smbus::TransactionRequest &message ) {
-   const Bus::Clock::Time begun = clock_.now();
+                                            const Smbus::TransactionRequest &message,
+                                            const Peer &peer, Bus::Clock::Time arrived ) {
+   BusAccount *const account = root.executor->account();
+   const Bus::Clock::Time begun = observer_ ? clock_.now() : arrived;
+   if ( account )
+      account->begin( peer );
    Smbus::TransactionResponse response = root.executor->run( transaction );
+   const Bus::Clock::Time ended = clock_.now();
+   if ( account )
+      account->end( response.failed(), ended - arrived );
    if ( observer_ )
-      observer_( message, response, begun, clock_.now() - begun );
+      observer_( message, response, begun, ended - begun );
    return response;
 }
 
@@ -56,11 +71,12 @@ Dispatcher::carryOut( const Smbus::TransactionRequest &message, const Peer &peer
       if ( transaction.transfers.empty() )
          return Smbus::TransactionResponse();
       Root &root = rootOf( transaction );
-      if ( !root.turns.begin( peer ) )
+      const Bus::Clock::Time arrived = clock_.now();
+      if ( !root.turns.begin( peer, arrived ) )
          return {};
       const auto end = [&root]( const void * ) { root.turns.end(); };
       const std::unique_ptr<const void, decltype( end )> turn( &root, end );
-      Smbus::TransactionResponse response = run( root, transaction, message );
+      Smbus::TransactionResponse response = run( root, transaction, message, peer, arrived );
       if ( response.failed() )
          spdlog::debug( "failed: {}", response.error() );
       return response;

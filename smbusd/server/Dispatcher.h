@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace Smbusd {
 
@@ -37,6 +38,9 @@ class Dispatcher {
    // than patience; then only the end of the process can end them.
    bool stop( std::chrono::milliseconds patience );
 
+   // Of the busses that have one.
+   std::vector<const BusAccount *> accounts() const;
+
    // Transactions that wait for their turn on the bus.
    size_t waiting( const Bus::RootBusId &bus ) const { return busses_.at( bus ).turns.waiting(); }
 
@@ -49,7 +53,8 @@ class Dispatcher {
    };
    Root &rootOf( const Bus::Transaction & );
    Smbus::TransactionResponse run( Root &, const Bus::Transaction &,
-                                   const Smbus::TransactionRequest & );
+                                   const Smbus::TransactionRequest &, const Peer &,
+                                   Bus::Clock::Time arrived );
 
    const Bus::Clock &clock_;
    const std::chrono::milliseconds bound_;

@@ -4,7 +4,8 @@
 #include "OrbisUtil/Smbus.pb.h"
 #include "smbus/RootBus.h"
 #include "smbus/Transfer.h"
-#include "smbusd/TransactionRunner.h"
+#include "smbusd/accounts/BusAccount.h"
+#include "smbusd/server/TransactionRunner.h"
 
 #include <map>
 #include <memory>
@@ -16,6 +17,8 @@ class Executor {
    virtual ~Executor() = default;
    // Only the thread of this bus calls it.
    virtual Smbus::TransactionResponse run( const Bus::Transaction & ) = 0;
+   // What passed on the bus; null where there is none, as in a recording.
+   virtual BusAccount *account() { return nullptr; }
 };
 
 using Executors = std::map<Bus::RootBusId, std::unique_ptr<Executor>>;
@@ -23,21 +26,33 @@ using Executors = std::map<Bus::RootBusId, std::unique_ptr<Executor>>;
 // Carries them out on a real or simulated bus, transfer by transfer.
 class BusExecutor final : public Executor {
  public:
-   BusExecutor( std::unique_ptr<Bus::RootBus> bus, const Bus::Clock &clock )
-      : bus_( std::move( bus ) ), runner_( *bus_, clock ) {}
+   // The clock of the wires is in Hz.
+   BusExecutor( const Bus::RootBusId &id, std::unique_ptr<Bus::RootBus> bus,
+                const Bus::Clock &clock, uint32_t wireClock )
+      : bus_( std::move( bus ) ), account_( id, wireClock ), runner_( *bus_, clock, &account_ ) {}
    Smbus::TransactionResponse run( const Bus::Transaction &transaction ) override {
       return runner_.run( transaction );
    }
+   BusAccount *account() override { return &account_; }
 
  private:
    const std::unique_ptr<Bus::RootBus> bus_;
+   BusAccount account_;
    TransactionRunner runner_;
 };
 
-inline Executors executorsOn( Bus::Busses busses, const Bus::Clock &clock ) {
+// Of the wires, in Hz; busses that aren't there have the usual one.
+using WireClocks = std::map<Bus::RootBusId, uint32_t>;
+
+inline Executors executorsOn( Bus::Busses busses, const Bus::Clock &clock,
+                              const WireClocks &wireClocks = {} ) {
    Executors executors;
-   for ( auto &[id, bus] : busses )
-      executors.emplace( id, std::make_unique<BusExecutor>( std::move( bus ), clock ) );
+   for ( auto &[id, bus] : busses ) {
+      const auto found = wireClocks.find( id );
+      executors.emplace( id, std::make_unique<BusExecutor>(
+                                id, std::move( bus ), clock,
+                                found == wireClocks.end() ? Bus::usualClock : found->second ) );
+   }
    return executors;
 }
 

@@ -10,14 +10,14 @@
 
 namespace Smbusd {
 
-bool Turns::begin( const Peer &peer ) {
+bool Turns::begin( const Peer &peer, Time now ) {
    Waiter waiter{ peer };
    {
       const std::lock_guard lock( mutex_ );
       if ( stopped_ )
          return false;
       if ( !since_ ) {
-         since_ = clock_.now();
+         since_ = now;
          running_ = peer;
          return true;
       }

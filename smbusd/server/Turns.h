@@ -5,7 +5,7 @@
 #pragma once
 
 #include "smbus/Clock.h"
-#include "smbusd/server/Peer.h"
+#include "smbusd/Peer.h"
 
 #include <condition_variable>
 #include <cstddef>
@@ -25,7 +25,7 @@ class Turns {
 
    // Waits for the peer's turn, which then lasts until end(). False when there won't be one: the
    // peer has disconnected while it waited, or the turns are stopped.
-   bool begin( const Peer &peer );
+   bool begin( const Peer &peer, Time now );
    void end();
 
    // When the present turn began.

@@ -1,4 +1,4 @@
-#include "smbusd/TransactionRunner.h"
+#include "smbusd/server/TransactionRunner.h"
 #include "ManualClock.h"
 #include "Requests.h"
 #include "smbus/Decode.h"

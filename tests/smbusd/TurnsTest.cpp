@@ -51,7 +51,7 @@ class TurnsTest : public ::testing::Test {
    void ask( const std::string &name, const Connected &client, Bus::Clock::Time takes ) {
       const size_t before = turns.waiting();
       threads.emplace_back( [this, name, &client, takes] {
-         const bool granted = turns.begin( client.peer );
+         const bool granted = turns.begin( client.peer, clock.now() );
          {
             const std::lock_guard lock( mutex );
             order.push_back( granted ? name : name + " gets none" );
@@ -82,7 +82,7 @@ class TurnsTest : public ::testing::Test {
 TEST_F( TurnsTest, AFreeBusIsHadAtOnce ) {
    EXPECT_EQ( turns.busySince(), std::nullopt );
    clock.advance( 5s );
-   EXPECT_TRUE( turns.begin( holder.peer ) );
+   EXPECT_TRUE( turns.begin( holder.peer, clock.now() ) );
    EXPECT_EQ( turns.busySince(), 5s );
    turns.end();
    EXPECT_EQ( turns.busySince(), std::nullopt );
@@ -90,7 +90,7 @@ TEST_F( TurnsTest, AFreeBusIsHadAtOnce ) {
 
 TEST_F( TurnsTest, AProcessWithManyTransactionsWaitsBehindAnotherOfItsUser ) {
    Connected busy[] = { { 1000, 10 }, { 1000, 10 }, { 1000, 10 } }, other( 1000, 20 );
-   ASSERT_TRUE( turns.begin( holder.peer ) ); // of the busy process
+   ASSERT_TRUE( turns.begin( holder.peer, clock.now() ) ); // of the busy process
    ask( "busy 1", busy[0], 2s );
    ask( "busy 2", busy[1], 2s );
    ask( "busy 3", busy[2], 2s );
@@ -102,7 +102,7 @@ TEST_F( TurnsTest, AProcessWithManyTransactionsWaitsBehindAnotherOfItsUser ) {
 
 TEST_F( TurnsTest, AUserWithManyProcessesWaitsBehindAnotherUser ) {
    Connected many[] = { { 1000, 11 }, { 1000, 12 }, { 1000, 13 } }, other( 2000, 20 );
-   ASSERT_TRUE( turns.begin( holder.peer ) ); // of the same user
+   ASSERT_TRUE( turns.begin( holder.peer, clock.now() ) ); // of the same user
    ask( "process 11", many[0], 1s );
    ask( "process 12", many[1], 1s );
    ask( "process 13", many[2], 1s );
@@ -114,7 +114,7 @@ TEST_F( TurnsTest, AUserWithManyProcessesWaitsBehindAnotherUser ) {
 
 TEST_F( TurnsTest, TheEarlierOfEqualsComesFirst ) {
    Connected first( 1000, 20 ), second( 1000, 30 );
-   ASSERT_TRUE( turns.begin( holder.peer ) );
+   ASSERT_TRUE( turns.begin( holder.peer, clock.now() ) );
    ask( "first", first, 0s );
    ask( "second", second, 0s );
    turns.end();
@@ -125,7 +125,7 @@ TEST_F( TurnsTest, TheEarlierOfEqualsComesFirst ) {
 TEST_F( TurnsTest, ANewcomerSharesFromNowOn ) {
    Connected worker[] = { { 1000, 10 }, { 1000, 10 }, { 1000, 10 } };
    Connected newcomer[] = { { 2000, 20 }, { 2000, 20 }, { 2000, 20 } };
-   ASSERT_TRUE( turns.begin( holder.peer ) );
+   ASSERT_TRUE( turns.begin( holder.peer, clock.now() ) );
    ask( "worker", worker[0], 10s );
    ask( "worker", worker[1], 10s );
    ask( "worker", worker[2], 10s );
@@ -140,7 +140,7 @@ TEST_F( TurnsTest, ANewcomerSharesFromNowOn ) {
 
 TEST_F( TurnsTest, AClientThatHasGoneGetsNoTurn ) {
    Connected gone( 1000, 20 ), next( 1000, 30 );
-   ASSERT_TRUE( turns.begin( holder.peer ) );
+   ASSERT_TRUE( turns.begin( holder.peer, clock.now() ) );
    ask( "gone", gone, 0s );
    ask( "next", next, 0s );
    gone.leave();
@@ -152,14 +152,14 @@ TEST_F( TurnsTest, AClientThatHasGoneGetsNoTurn ) {
 
 TEST_F( TurnsTest, StoppingEndsAllThatWaitAndLeavesThePresentTurn ) {
    Connected waiting( 1000, 20 );
-   ASSERT_TRUE( turns.begin( holder.peer ) );
+   ASSERT_TRUE( turns.begin( holder.peer, clock.now() ) );
    ask( "waiting", waiting, 0s );
    turns.stop();
    EXPECT_THAT( inOrder(), ElementsAre( "waiting gets none" ) );
    EXPECT_FALSE( turns.idleBy( std::chrono::steady_clock::now() ) );
    turns.end();
    EXPECT_TRUE( turns.idleBy( std::chrono::steady_clock::now() ) );
-   EXPECT_FALSE( turns.begin( holder.peer ) );
+   EXPECT_FALSE( turns.begin( holder.peer, clock.now() ) );
 }
 
 } // namespace

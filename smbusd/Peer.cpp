@@ -1,4 +1,4 @@
-#include "smbusd/server/Peer.h"
+#include "smbusd/Peer.h"
 
 #include <sys/socket.h>
 

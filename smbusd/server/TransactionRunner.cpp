@@ -1,13 +1,16 @@
-#include "smbusd/TransactionRunner.h"
+#include "smbusd/server/TransactionRunner.h"
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
+#include <array>
 #include <bitset>
 
 namespace Smbusd {
 
 namespace {
+
+using Mux = BusAccount::Mux;
 
 std::string explain( const Bus::Transaction &transaction, size_t index, const std::string &error ) {
    return fmt::format( "request {} of {}: {} on {}: {}", index + 1, transaction.transfers.size(),
@@ -25,23 +28,37 @@ void addError( Smbus::TransactionResponse &response, const std::string &error ) 
    text += text.empty() ? error : "; " + error;
 }
 
+// By address: the last send byte to it.
+std::array<size_t, 128> lastSends( const Bus::Transaction &transaction ) {
+   std::array<size_t, 128> last{};
+   for ( size_t i = 0; i < transaction.transfers.size(); ++i )
+      if ( transaction.transfers[i].isSendByte() )
+         last[transaction.transfers[i].address] = i;
+   return last;
+}
+
 } // namespace
 
 Smbus::TransactionResponse TransactionRunner::run( const Bus::Transaction &transaction ) {
+   now_ = clock_.now();
    retryPendingDeselects();
-   const Bus::Clock::Time end = clock_.now() + transaction.limit;
+   const Bus::Clock::Time end = now_ + transaction.limit;
    Smbus::TransactionResponse response;
    std::bitset<128> sentTo; // by address
+   const std::array<size_t, 128> lastSend = lastSends( transaction );
    for ( size_t i = 0; i < transaction.transfers.size(); ++i ) {
       const Bus::Transfer &transfer = transaction.transfers[i];
       const bool deselects = transfer.isSendByte() && sentTo[transfer.address];
       if ( response.failed() && !deselects )
          continue;
-      if ( !deselects && clock_.now() >= end ) {
+      if ( !deselects && now_ >= end ) {
          addError( response, explain( transaction, i, "not started: " + timeIsUp( transaction ) ) );
          continue;
       }
-      Bus::Outcome outcome = attempt( transfer, transaction, end );
+      // A send byte that no second one follows is a command of some chip.
+      const bool selects = transfer.isSendByte() && !deselects && i < lastSend[transfer.address];
+      const auto mux = deselects ? Mux::Deselect : selects ? Mux::Select : Mux::None;
+      Bus::Outcome outcome = attempt( transfer, transaction, mux, end );
       if ( transfer.isSendByte() ) {
          sentTo.set( transfer.address );
          if ( outcome.ok() )
@@ -58,13 +75,13 @@ Smbus::TransactionResponse TransactionRunner::run( const Bus::Transaction &trans
 }
 
 Bus::Outcome TransactionRunner::attempt( const Bus::Transfer &transfer,
-                                         const Bus::Transaction &transaction,
+                                         const Bus::Transaction &transaction, Mux mux,
                                          Bus::Clock::Time end ) {
    for ( uint64_t tries = 1;; ++tries ) {
-      Bus::Outcome outcome = bus_.transfer( transfer );
+      Bus::Outcome outcome = transferOnce( transfer, mux );
       if ( outcome.ok() )
          return outcome;
-      const bool late = clock_.now() >= end;
+      const bool late = now_ >= end;
       const bool again = tries <= transaction.retries && !outcome.final;
       if ( again && !late )
          continue;
@@ -76,9 +93,18 @@ Bus::Outcome TransactionRunner::attempt( const Bus::Transfer &transfer,
    }
 }
 
+Bus::Outcome TransactionRunner::transferOnce( const Bus::Transfer &transfer, Mux mux ) {
+   const Bus::Clock::Time begun = now_;
+   Bus::Outcome outcome = bus_.transfer( transfer );
+   now_ = clock_.now();
+   if ( account_ )
+      account_->add( transfer, outcome, mux, begun, now_ - begun );
+   return outcome;
+}
+
 void TransactionRunner::retryPendingDeselects() {
    for ( auto pending = pendingDeselects_.begin(); pending != pendingDeselects_.end(); ) {
-      const Bus::Outcome outcome = bus_.transfer( pending->second );
+      const Bus::Outcome outcome = transferOnce( pending->second, Mux::Deselect );
       if ( !outcome.ok() )
          spdlog::warn( "pending deselect after a failed transaction: {}: {}",
                        describe( pending->second ), outcome.error );

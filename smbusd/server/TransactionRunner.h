@@ -3,6 +3,7 @@
 #include "OrbisUtil/Smbus.pb.h"
 #include "smbus/Clock.h"
 #include "smbus/RootBus.h"
+#include "smbusd/accounts/BusAccount.h"
 
 #include <map>
 #include <string>
@@ -16,7 +17,9 @@ namespace Smbusd {
 // byte.
 class TransactionRunner {
  public:
-   TransactionRunner( Bus::RootBus &bus, const Bus::Clock &clock ) : bus_( bus ), clock_( clock ) {}
+   // The account is told of every transfer; it may be null.
+   TransactionRunner( Bus::RootBus &bus, const Bus::Clock &clock, BusAccount *account = nullptr )
+      : bus_( bus ), clock_( clock ), account_( account ) {}
 
    // On failure the answer has the responses up to the failed request. Its error names that request
    // and the reason.
@@ -24,10 +27,14 @@ class TransactionRunner {
 
  private:
    void retryPendingDeselects();
-   Bus::Outcome attempt( const Bus::Transfer &, const Bus::Transaction &, Bus::Clock::Time end );
+   Bus::Outcome attempt( const Bus::Transfer &, const Bus::Transaction &, BusAccount::Mux,
+                         Bus::Clock::Time end );
+   Bus::Outcome transferOnce( const Bus::Transfer &, BusAccount::Mux );
 
    Bus::RootBus &bus_;
    const Bus::Clock &clock_;
+   BusAccount *const account_;
+   Bus::Clock::Time now_{ 0 }; // the end of the last transfer, or the start of the transaction
    std::map<uint8_t, Bus::Transfer> pendingDeselects_; // by address
 };
 

@@ -1,0 +1,154 @@
+#include "smbusd/accounts/BusAccount.h"
+
+#include "smbus/RootBus.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <fstream>
+
+namespace Smbusd {
+
+namespace {
+
+std::string programOf( pid_t process ) {
+   std::string name;
+   std::getline( std::ifstream( fmt::format( "/proc/{}/comm", process ) ), name );
+   return name;
+}
+
+} // namespace
+
+ErrorKind errorKindOf( std::string_view error ) {
+   const auto has = [error]( std::string_view part ) { return error.find( part ) != error.npos; };
+   if ( error == Bus::noAddressAcknowledge )
+      return ErrorKind::NoAcknowledge;
+   if ( has( "PEC" ) )
+      return ErrorKind::Pec;
+   if ( has( "held low" ) )
+      return ErrorKind::HeldLow;
+   return has( "timed out" ) ? ErrorKind::Timeout : ErrorKind::Other;
+}
+
+void Totals::add( const Bus::WireCount &count, Bus::Clock::Time took, bool failed ) {
+   ++transfers;
+   failures += failed;
+   wires += count;
+   busy += took;
+}
+
+Totals &Totals::operator+=( const Totals &other ) {
+   transfers += other.transfers;
+   failures += other.failures;
+   wires += other.wires;
+   busy += other.busy;
+   return *this;
+}
+
+BusAccount::BusAccount( const Bus::RootBusId &bus, uint32_t clock )
+   : bus_( bus ), clock_( clock ), segments_( 1 ) {}
+
+void BusAccount::begin( const Peer &peer ) {
+   const std::lock_guard lock( mutex_ );
+   peer_ = peer;
+   segment_ = 0;
+   ++clientOf( peer ).transactions;
+}
+
+size_t BusAccount::segmentBehind( uint8_t mux, uint8_t select ) {
+   const auto found =
+      std::find_if( segments_.begin() + 1, segments_.end(), [&]( const Segment &segment ) {
+         return segment.before == segment_ && segment.mux == mux && segment.select == select;
+      } );
+   if ( found != segments_.end() )
+      return static_cast<size_t>( found - segments_.begin() );
+   if ( segments_.size() == maxSegments )
+      return segment_;
+   segments_.push_back( { .before = segment_, .mux = mux, .select = select } );
+   return segments_.size() - 1;
+}
+
+void BusAccount::add( const Bus::Transfer &transfer, const Bus::Outcome &outcome, Mux mux,
+                      Time begun, Time took ) {
+   const Bus::WireCount count = Bus::onTheWires( transfer, outcome );
+   const std::lock_guard lock( mutex_ );
+   totals_.add( count, took, !outcome.ok() );
+   segments_[segment_].totals.add( count, took, !outcome.ok() );
+   segments_[segment_].chips[transfer.address].add( count, took, !outcome.ok() );
+   clientOf( peer_ ).totals.add( count, took, !outcome.ok() );
+   if ( !outcome.ok() )
+      ++errors_[static_cast<size_t>( errorKindOf( outcome.error ) )];
+   passed_.add( begun, took, transfer, outcome, segment_, peer_ );
+   if ( !outcome.ok() )
+      return;
+   if ( mux == Mux::Select )
+      segment_ = segmentBehind( transfer.address, static_cast<uint8_t>( transfer.offset ) );
+   else if ( mux == Mux::Deselect )
+      for ( size_t behind = segment_; behind != 0; behind = segments_[behind].before )
+         if ( segments_[behind].mux == transfer.address )
+            segment_ = segments_[behind].before;
+}
+
+void BusAccount::end( bool failed, Time latency ) {
+   const std::lock_guard lock( mutex_ );
+   ++transactions_;
+   failedTransactions_ += failed;
+   clientOf( peer_ ).failedTransactions += failed;
+   latencies_.add( latency );
+   if ( failed )
+      passed_.keepFailure();
+}
+
+BusAccount::Client &BusAccount::clientOf( const Peer &peer ) {
+   const auto isIt = [&]( const Client &client ) {
+      return client.process == peer.process && client.user == peer.user;
+   };
+   const auto found = std::find_if( clients_.begin(), clients_.end(), isIt );
+   if ( found != clients_.end() ) {
+      clients_.splice( clients_.begin(), clients_, found );
+      return clients_.front();
+   }
+   if ( clients_.size() == maxClients ) {
+      const Client &oldest = clients_.back();
+      others_.totals += oldest.totals;
+      others_.transactions += oldest.transactions;
+      others_.failedTransactions += oldest.failedTransactions;
+      clients_.pop_back();
+   }
+   return clients_.emplace_front(
+      Client{ .user = peer.user, .process = peer.process, .program = programOf( peer.process ) } );
+}
+
+BusAccount::Figures BusAccount::figures() const {
+   const std::lock_guard lock( mutex_ );
+   Figures figures{ .totals = totals_,
+                    .errors = errors_,
+                    .transactions = transactions_,
+                    .failedTransactions = failedTransactions_,
+                    .latencies = latencies_,
+                    .segments = segments_,
+                    .clients = { clients_.begin(), clients_.end() } };
+   if ( others_.transactions > 0 )
+      figures.clients.push_back( others_ );
+   return figures;
+}
+
+void BusAccount::eachLast( bool ofFailures, const PassedTransfers::Handle &handle ) const {
+   const std::lock_guard lock( mutex_ );
+   ofFailures ? passed_.eachOfFailures( handle ) : passed_.each( handle );
+}
+
+std::vector<BusAccount::Segment> BusAccount::segments() const {
+   const std::lock_guard lock( mutex_ );
+   return segments_;
+}
+
+std::string BusAccount::pathTo( const std::vector<Segment> &segments, size_t segment ) {
+   std::string path;
+   for ( ; segment != 0; segment = segments[segment].before )
+      path = fmt::format( "{:#04x}={}{}{}", segments[segment].mux, segments[segment].select,
+                          path.empty() ? "" : " ", path );
+   return path;
+}
+
+} // namespace Smbusd
