@@ -41,7 +41,7 @@ int main( int argc, char **argv ) {
    if ( options.command == Options::Command::Nothing )
       return exitCode;
    if ( options.command == Options::Command::Child )
-      return Host::runChild( Host::childSocket );
+      return Host::runChild( Host::childSocket, Host::childPage );
    try {
       return run( options );
    } catch ( const std::exception &exception ) {

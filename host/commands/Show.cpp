@@ -36,7 +36,7 @@ int show( const BoardFiles::Board &board, const Options &options ) {
    std::optional<Progress> progress( std::in_place, ::isatty( STDERR_FILENO ), Clock::now() );
    const auto showProgress = [&] {
       const Supervisor &known = session->supervisor();
-      progress->update( known.settled(), board.objects.size(), known.operation(), Clock::now() );
+      progress->update( known.settled(), board.objects.size(), session->operation(), Clock::now() );
    };
    const auto changed = [&] {
       showProgress();

@@ -5,6 +5,7 @@
 #include "host/plugin/ObjectCalls.h"
 #include "host/plugin/Plugin.h"
 #include "host/plugin/Services.h"
+#include "host/plugin/SharedPage.h"
 
 #include <algorithm>
 #include <array>
@@ -24,8 +25,8 @@ using boost::asio::local::stream_protocol;
 
 class Child {
  public:
-   explicit Child( int socket )
-      : socket_( loop_, stream_protocol(), socket ),
+   Child( int socket, int page )
+      : socket_( loop_, stream_protocol(), socket ), page_( page ),
         services_( loop_, [this]( int level, std::string text ) {
            traced( { level, std::move( text ), services_.runningTimerOwner() } );
         } ) {}
@@ -53,35 +54,52 @@ class Child {
 
    void handle( const std::string &message ) {
       const auto command = decodeCommand( message );
-      send( command ? std::visit( [this]( const auto &what ) { return execute( what ); }, *command )
-                    : Done{ Fault{ .words = "the command can't be read" } } );
+      isAnswering_ = true;
+      const Done done =
+         command ? std::visit( [this]( const auto &what ) { return execute( what ); }, *command )
+                 : Done{ Fault{ .words = "the command can't be read" } };
+      isAnswering_ = false;
+      page_.operationEnds();
+      sendLater( done );
+      sendNow();
    }
 
-   // Blocks until everything is sent, because the plug-in may end this process in its next call.
-   void send( const Event &event ) {
-      output_ += encode( event );
+   // The parent finds it on the page if the plug-in ends this process before it is sent.
+   void sendLater( const Event &event ) {
+      const std::string message = encode( event );
+      if ( page_.keep( message ) )
+         return;
+      sendNow();
+      if ( !page_.keep( message ) )
+         send( message );
+   }
+   void sendNow() { send( page_.take() ); }
+   void send( std::string_view messages ) {
       boost::system::error_code ignored; // receive() notices when the parent ended
-      boost::asio::write( socket_, boost::asio::buffer( output_ ), ignored );
-      output_.clear();
+      boost::asio::write( socket_, boost::asio::buffer( messages ), ignored );
    }
-   // Sends it together with the next event: the running command has one, at its end at the latest.
-   void sendLater( const Event &event ) { output_ += encode( event ); }
 
-   // A reason for a fault must be there before the plug-in ends this process, and a timer has no
-   // end to wait for. Other failures, which have level 0, matter only to the command that they
-   // belong to.
+   // Sends what explains a fault, and what the user reads. The user's are sent at once: an
+   // operation may take long. The others are sent with the answer that they belong to, where there
+   // is one. A timer's belong to none.
    void traced( const Trace &trace ) {
       const auto begins = [&trace]( const std::string &beginning ) {
          return trace.text.starts_with( beginning );
       };
-      if ( trace.level <= filter_.level || std::ranges::any_of( filter_.beginnings, begins ) )
-         send( trace );
-      else if ( trace.level == 0 )
-         trace.timerOwner ? send( trace ) : sendLater( trace );
+      const bool isForUser = trace.level <= filter_.level;
+      if ( !isForUser && trace.level != 0 && std::ranges::none_of( filter_.beginnings, begins ) )
+         return;
+      sendLater( trace );
+      if ( isForUser || !isAnswering_ )
+         sendNow();
+   }
+
+   void begins( std::string_view operation ) {
+      page_.operationBegins( operation, std::chrono::steady_clock::now() );
    }
 
    Done execute( const LoadCommand &load ) {
-      send( Begun{ "load" } );
+      begins( "load" );
       topology_ = load.topology;
       filter_ = load.traces;
       return guard( [&] {
@@ -91,7 +109,7 @@ class Child {
    }
 
    Done execute( const InitCommand &init ) {
-      send( Begun{ fmt::format( "pl_{}_init", nameOf( init.kind ) ) } );
+      begins( fmt::format( "pl_{}_init", nameOf( init.kind ) ) );
       return guard( [&] {
          const int status = plugin_.value().init( init.kind, topology_.c_str() );
          return status == PL_STATUS_OK ? Done{} : Done{ Fault{ .status = status } };
@@ -100,7 +118,7 @@ class Child {
 
    Done execute( const AddCommand &add ) {
       const std::string operation = fmt::format( "pl_{}_add", nameOf( add.description.kind ) );
-      send( Begun{ operation } );
+      begins( operation );
       return guard( [&] {
          // The plug-in keeps pointers to the texts. A second try for the object uses the same
          // texts.
@@ -129,7 +147,7 @@ class Child {
    }
 
    ReadingSink sink() {
-      return { .begun = [this]( const std::string &name ) { send( Begun{ name } ); },
+      return { .begun = [this]( std::string_view name ) { begins( name ); },
                .done = [this]( const Reading &reading ) { sendLater( reading ); } };
    }
 
@@ -145,10 +163,11 @@ class Child {
 
    boost::asio::io_context loop_{ 1 };
    stream_protocol::socket socket_;
+   SharedPage page_;
    Services services_;
    std::array<char, 4096> chunk_{};
    FrameBuffer input_{};
-   std::string output_{}; // to send with the next event
+   bool isAnswering_ = false; // a command runs
    std::string topology_{};
    TraceFilter filter_{};
    std::optional<Plugin> plugin_{};
@@ -158,11 +177,11 @@ class Child {
 
 } // namespace
 
-int runChild( int socket ) {
+int runChild( int socket, int page ) {
    ::prctl( PR_SET_PDEATHSIG, SIGKILL ); // also when a call of the plug-in hangs
    const rlimit noCores{ 0, 0 }; // failed assertions are common here, and need no core files
    ::setrlimit( RLIMIT_CORE, &noCores );
-   Child( socket ).run();
+   Child( socket, page ).run();
    return 0;
 }
 

@@ -73,8 +73,9 @@ void ChildProcess::spawn( int socket, int errors ) {
    ::posix_spawn_file_actions_adddup2( &files, errors, 1 );
    ::posix_spawn_file_actions_adddup2( &files, errors, 2 );
    ::posix_spawn_file_actions_adddup2( &files, socket, childSocket );
+   ::posix_spawn_file_actions_adddup2( &files, page_.descriptor(), childPage );
    // A client's connection ends when its last descriptor is closed: the child must not have one.
-   ::posix_spawn_file_actions_addclosefrom_np( &files, childSocket + 1 );
+   ::posix_spawn_file_actions_addclosefrom_np( &files, childPage + 1 );
    posix_spawnattr_t attributes;
    ::posix_spawnattr_init( &attributes );
    // A group of its own, so that Ctrl-C on the terminal reaches the parent only.
@@ -187,8 +188,22 @@ void ChildProcess::ended() {
    drainErrors();
    if ( !errorInput_.empty() )
       handleErrorLine( errorInput_ );
+   handleUnsent();
    const auto died = std::move( handlers_.died ); // the handler may delete this object
    died( causeOfDeath( waitStatus ) );
+}
+
+// What the child said before it died and did not send. A plug-in that went wrong may have
+// overwritten it; what can't be read is left out then.
+void ChildProcess::handleUnsent() {
+   FrameBuffer unsent;
+   unsent.append( page_.unsent() );
+   try {
+      while ( const auto message = unsent.next() )
+         if ( const auto event = decodeEvent( *message ) )
+            handlers_.event( *event );
+   } catch ( const std::runtime_error & ) {
+   }
 }
 
 std::string ChildProcess::causeOfDeath( int waitStatus ) const {

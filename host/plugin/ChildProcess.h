@@ -2,6 +2,7 @@
 
 #include "host/plugin/FrameBuffer.h"
 #include "host/plugin/Messages.h"
+#include "host/plugin/SharedPage.h"
 
 #include <array>
 #include <boost/asio/io_context.hpp>
@@ -36,6 +37,8 @@ class ChildProcess {
    void send( const Command &command );
    // Kills the child. The handler `died` is called later.
    void kill() const;
+   // The operation of the plug-in that runs; when the child is dead, the one that was running.
+   std::optional<SharedPage::Operation> operation() const { return page_.operation(); }
 
  private:
    void spawn( int socket, int errors );
@@ -45,11 +48,13 @@ class ChildProcess {
    bool drainErrors();
    void handleErrorLine( std::string line );
    void ended();
+   void handleUnsent();
    std::string causeOfDeath( int waitStatus ) const;
 
    Handlers handlers_;
    boost::asio::local::stream_protocol::socket socket_;
    boost::asio::posix::stream_descriptor errors_;
+   SharedPage page_{};
    pid_t process_ = -1;
    std::array<char, 4096> chunk_{};
    FrameBuffer input_{};

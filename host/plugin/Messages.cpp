@@ -50,10 +50,6 @@ void fill( HostChild::Event::Fault &message, const Fault &fault ) {
    message.set_words( fault.words );
 }
 
-void fill( HostChild::Event &message, const Begun &begun ) {
-   message.mutable_begun()->set_operation( begun.operation );
-}
-
 void fill( HostChild::Event &message, const Trace &trace ) {
    message.mutable_trace()->set_level( trace.level );
    message.mutable_trace()->set_text( trace.text );
@@ -198,8 +194,6 @@ std::optional<Event> decodeEvent( std::string_view bytes ) {
    if ( !parse( message, bytes ) )
       return {};
    switch ( message.what_case() ) {
-   case HostChild::Event::kBegun:
-      return Begun{ message.begun().operation() };
    case HostChild::Event::kTrace:
       return toEvent( message.trace() );
    case HostChild::Event::kReading:

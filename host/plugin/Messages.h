@@ -12,7 +12,7 @@
 #include <vector>
 
 // The messages between the parent and the child with the plug-in. Child.proto is their form on the
-// socket. The child answers a command with Begun, traces and readings, and at the end Done.
+// socket. The child answers a command with traces and readings, and at the end Done.
 namespace Host {
 
 // Which traces of the plug-in the parent wants: those up to a level, and of those above it the ones
@@ -47,10 +47,6 @@ struct ActCommand {
 };
 using Command = std::variant<LoadCommand, InitCommand, AddCommand, ReadCommand, ActCommand>;
 
-// The child is about to call the plug-in: "pl_led_init", "pl_led_add" or a value's name.
-struct Begun {
-   std::string operation{};
-};
 struct Trace {
    int level = 0;
    std::string text{};
@@ -61,7 +57,7 @@ struct Trace {
 struct Done {
    std::optional<Fault> fault{};
 };
-using Event = std::variant<Begun, Trace, Reading, Done>;
+using Event = std::variant<Trace, Reading, Done>;
 
 // A message with its length in front, ready to send.
 std::string encode( const Command &command );

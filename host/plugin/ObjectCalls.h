@@ -5,7 +5,7 @@
 #include "host/plugin/Plugin.h"
 
 #include <functional>
-#include <string>
+#include <string_view>
 
 // Calls operations of the plug-in's objects. An exception of an operation becomes the fault of its
 // reading.
@@ -13,7 +13,7 @@ namespace Host {
 
 // Receives the results of the calls.
 struct ReadingSink {
-   std::function<void( const std::string &name )> begun; // called before the operation
+   std::function<void( std::string_view name )> begun; // called before the operation
    std::function<void( const Reading & )> done;
 };
 

@@ -4,11 +4,11 @@
 
 namespace Host {
 
-void CurrentCommand::operationBegins( const std::string &operation, Time now ) {
+void CurrentCommand::operationBegins( const std::string &operation, Time since ) {
    if ( !running_ )
       return;
    running_->operation = operation;
-   running_->since = now;
+   running_->since = since;
 }
 
 std::optional<Command> CurrentCommand::end() {

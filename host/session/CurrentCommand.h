@@ -20,7 +20,7 @@ class CurrentCommand {
    explicit CurrentCommand( const Limits &limits ) : limits_( limits ) {}
 
    void start( const Command &command, Time now ) { running_ = Running{ command, now, {} }; }
-   void operationBegins( const std::string &operation, Time now );
+   void operationBegins( const std::string &operation, Time since );
    // The command that was running. Nothing is running from now on.
    std::optional<Command> end();
 

@@ -18,6 +18,7 @@ Session::Session( boost::asio::io_context &loop, const BoardFiles::Board &board,
 
 void Session::pump() {
    const Time now = Clock::now();
+   noteOperation();
    supervisor_.tick( now );
    if ( !child_ && supervisor_.wantsChild( now ) )
       startChild();
@@ -38,6 +39,16 @@ void Session::pump() {
       if ( !failure )
          pump();
    } );
+}
+
+void Session::noteOperation() {
+   if ( const auto operation = child_ ? child_->operation() : std::nullopt )
+      supervisor_.operationBegan( operation->name, operation->since );
+}
+
+std::string Session::operation() {
+   noteOperation();
+   return supervisor_.operation();
 }
 
 void Session::ask( size_t object, const Action &action, Supervisor::Answer answer ) {
@@ -79,6 +90,7 @@ void Session::heard( const Event &event ) {
 void Session::died( const std::string &cause ) {
    const std::string why = whyKilled_.empty() ? cause : whyKilled_;
    handlers_.notice( "the plug-in's process ended: " + why );
+   noteOperation();
    child_.reset();
    supervisor_.childDied( why, Clock::now() );
    pump();

@@ -30,12 +30,16 @@ class Session {
 
    const Supervisor &supervisor() const { return supervisor_; }
 
+   // The running operation as pl.h names it; empty when none runs.
+   std::string operation();
+
    // Has an object do something. `answer` is called once: now, or when the loop runs.
    void ask( size_t object, const Action &action, Supervisor::Answer answer );
 
  private:
    void pump();
    void startChild();
+   void noteOperation();
    void heard( const Event &event );
    void died( const std::string &cause );
 

@@ -56,11 +56,9 @@ void Supervisor::heard( const Event &event, Time now ) {
    }
    if ( !current_.isRunning() )
       return;
-   if ( const auto *begun = std::get_if<Begun>( &event ) ) {
-      classifier_.operationBegins();
-      current_.operationBegins( begun->operation, now );
-   } else if ( const auto *reading = std::get_if<Reading>( &event ) ) {
+   if ( const auto *reading = std::get_if<Reading>( &event ) ) {
       heardReading( *reading, now );
+      classifier_.operationBegins(); // traces from here on belong to the next one
    } else if ( const auto *done = std::get_if<Done>( &event ) ) {
       const auto command = current_.end();
       deaths_.commandEnded();

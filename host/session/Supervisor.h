@@ -41,6 +41,11 @@ class Supervisor {
    // The command to send now; nothing while one is running or none is due.
    std::optional<Command> next( Time now );
    void heard( const Event &event, Time now );
+   // The child is in this operation. To be told before anything is asked that depends on it:
+   // tick(), overdue(), childDied() and operation().
+   void operationBegan( const std::string &operation, Time since ) {
+      current_.operationBegins( operation, since );
+   }
    // `why` becomes the fault of the object whose operation was running.
    void childDied( const std::string &why, Time now );
 

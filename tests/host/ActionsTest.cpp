@@ -13,7 +13,7 @@ Reading actOn( const Record &record, const Action &action ) {
    calls.clear();
    Reading result;
    act( record, action,
-        { .begun = []( const std::string & ) {},
+        { .begun = []( std::string_view ) {},
           .done = [&]( const Reading &reading ) { result = reading; } } );
    return result;
 }

@@ -62,7 +62,6 @@ TEST( MessagesTest, CarryEveryEventThrough ) {
    EXPECT_EQ( trace.text, "two\nlines" );
    EXPECT_EQ( trace.timerOwner, 129u );
    EXPECT_EQ( std::get<Trace>( *sent( Trace{ -1, "", {} } ) ).timerOwner, std::nullopt );
-   EXPECT_EQ( std::get<Begun>( *sent( Begun{ "x" } ) ).operation, "x" );
    EXPECT_FALSE( std::get<Done>( *sent( Done{} ) ).fault );
    EXPECT_EQ( std::get<Done>( *sent( Done{ Fault{ 4, "w" } } ) ).fault, ( Fault{ 4, "w" } ) );
    EXPECT_EQ( std::get<Done>( *sent( Done{ Fault{} } ) ).fault, Fault{} );
@@ -107,14 +106,14 @@ TEST( MessagesTest, AreRefusedWhereTheyMakeNoSense ) {
 }
 
 TEST( FrameBufferTest, CutsMessagesOutOfPiecesOfAnyLength ) {
-   const std::string bytes =
-      encode( Event( Begun{ "first" } ) ) + encode( Event( Begun{ std::string( 300, 'x' ) } ) );
+   const std::string bytes = encode( Event( Trace{ 0, "first", {} } ) ) +
+                             encode( Event( Trace{ 0, std::string( 300, 'x' ), {} } ) );
    FrameBuffer buffer;
    std::vector<size_t> lengths;
    for ( const char byte : bytes ) {
       buffer.append( { &byte, 1 } );
       while ( const auto message = buffer.next() )
-         lengths.push_back( std::get<Begun>( *decodeEvent( *message ) ).operation.size() );
+         lengths.push_back( std::get<Trace>( *decodeEvent( *message ) ).text.size() );
    }
    EXPECT_EQ( lengths, ( std::vector<size_t>{ 5, 300 } ) );
    EXPECT_FALSE( buffer.hasRest() );

@@ -11,7 +11,7 @@ namespace {
 std::vector<Reading> readAll( const Record &record ) {
    std::vector<std::string> begun;
    std::vector<Reading> readings;
-   read( record, { .begun = [&]( const std::string &name ) { begun.push_back( name ); },
+   read( record, { .begun = [&]( std::string_view name ) { begun.emplace_back( name ); },
                    .done =
                       [&]( const Reading &reading ) {
                          EXPECT_EQ( begun.back(), reading.name );

@@ -57,10 +57,11 @@ class ServeDescriptorsTest : public ::testing::Test {
 
 TEST_F( ServeDescriptorsTest, TheChildStartsWithItsOwnAlone ) {
    replaceChild();
-   // Its standard ones, its socket to the parent, and what its own event loop opens.
+   // Its standard ones, its socket to the parent, the memory that it shares with it, and what its
+   // own event loop opens.
    EXPECT_THAT( descriptorsOfChild(),
                 ::testing::Each( MatchesRegex( "0 /dev/.*|[12] pipe:.*|3 socket:.*|"
-                                               "[4-9] anon_inode:.*" ) ) );
+                                               "4 /memfd:orbis-host .*|[5-9] anon_inode:.*" ) ) );
 }
 
 TEST_F( ServeDescriptorsTest, AClientThatClosesAfterItsAnswerHearsTheEnd ) {

@@ -37,12 +37,13 @@ class SessionTest : public ::testing::Test {
       loop.run_for( 20s );
       EXPECT_TRUE( enough() );
    }
-   void start( Limits limits, const std::string &plugin = SCRIPTED_PLUGIN ) {
+   void start( Limits limits, const std::string &plugin = SCRIPTED_PLUGIN, int traceLevel = 7 ) {
       session.emplace( loop, board, plugin, limits,
                        Session::Handlers{
                           .changed = [this] { changed(); },
                           .trace = [this]( const Trace &trace ) { traces.push_back( trace.text ); },
-                          .notice = [this]( const std::string &text ) { log += text + "\n"; } } );
+                          .notice = [this]( const std::string &text ) { log += text + "\n"; },
+                          .traceLevel = traceLevel } );
    }
    void showOnce( Limits limits = {} ) {
       limits.once = true;
@@ -83,6 +84,29 @@ TEST_F( SessionTest, GivesAnAssertionsTextToTheObjectAndReadsTheOthers ) {
                        "a.add\ninit\na.add\ninit\na.add\ninit\n" );
 }
 
+TEST_F( SessionTest, HearsWhatThePluginSaidInTheCommandThatEndedTheChild ) {
+   board.objects.clear();
+   add( BoardFiles::Kind::Psu, "psu" );
+   folder.write( "psu.input_current", "status 6 execute: failure in response gone" );
+   folder.write( "psu.output_voltage", "assert" );
+   start( { .once = true }, SCRIPTED_PLUGIN, -1 );
+   runUntil( [this] { return log.find( "Assertion" ) != std::string::npos; } );
+   EXPECT_THAT( traces, ::testing::Contains( "execute: failure in response gone" ) );
+   std::vector<std::string> names;
+   for ( const BoardReport all = report(); const ValueReport &value : all[0].values )
+      names.push_back( value.reading.name );
+   EXPECT_THAT( names, ::testing::ElementsAre( "power_ok", "input_current", "output_current",
+                                               "input_voltage" ) );
+}
+
+TEST_F( SessionTest, NamesTheOperationInWhichTheChildIs ) {
+   folder.write( "b.temperature", "hang" );
+   start( { .period = 20ms } );
+   while ( calls().find( "b.temperature" ) == std::string::npos )
+      loop.run_one();
+   EXPECT_EQ( session->operation(), "temperature" );
+}
+
 TEST_F( SessionTest, GivesTheExitCodeOfAChildThatEndsItself ) {
    folder.write( "b.temperature", "exit" );
    showOnce();
@@ -92,9 +116,9 @@ TEST_F( SessionTest, GivesTheExitCodeOfAChildThatEndsItself ) {
 TEST_F( SessionTest, EndsAChildThatSendsNonsenseAndReadsTheOthers ) {
    for ( const char *bytes : { "ff ff ff ff ff ff ff ff ff ff ff", // not a length
                                "ff ff ff ff 0f",                   // a length of 4 GiB
-                               "02 0a 05",                         // a Begun that ends too early
+                               "02 0a 05",                         // a Trace that ends too early
                                "00",                               // an event without content
-                               "05 1a 03 1a 01 78" } ) {           // a Reading with state "x"
+                               "05 12 03 1a 01 78" } ) {           // a Reading with state "x"
       folder.write( "a.temperature", std::string( "send " ) + bytes );
       showOnce();
       EXPECT_EQ( report()[0].fault.words,

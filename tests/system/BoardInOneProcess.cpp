@@ -99,7 +99,7 @@ void BoardInOneProcess::carryOut( const Host::Command &command ) {
    } else if ( const auto *read = std::get_if<Host::ReadCommand>( &command ) ) {
       ++reads_[board_.objects[read->object].name];
       Host::read( records_.at( read->object ),
-                  { .begun = [this]( const std::string &name ) { hear( Host::Begun{ name } ); },
+                  { .begun = []( std::string_view ) {},
                     .done = [this]( const Host::Reading &reading ) { hear( reading ); } } );
    }
    hear( Host::Done{} );

@@ -33,7 +33,7 @@ class PlayedChild : public ::testing::Test {
          return "read " + std::to_string( read->object );
       return "load";
    }
-   void begin( const char *operation = "op" ) { hear( Begun{ operation } ); }
+   void begin( const char *operation = "op" ) { supervisor->operationBegan( operation, now ); }
    void hear( const Event &event ) { supervisor->heard( event, now ); }
    void good() { hear( Done{} ); }
 
