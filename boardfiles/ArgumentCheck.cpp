@@ -138,9 +138,7 @@ class ArgumentCheck {
    }
 
  private:
-   const Json *find( const std::string &name ) const {
-      return device_.driverArgs ? device_.driverArgs->find( name ) : nullptr;
-   }
+   const Json *find( const std::string &name ) const { return device_.argument( name ); }
    const DeviceDocument &device_;
    Findings &findings_;
    std::set<std::string> known_;

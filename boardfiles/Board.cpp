@@ -4,7 +4,6 @@
 #include "boardfiles/ObjectsFile.h"
 #include "boardfiles/SimulationFile.h"
 
-#include <cstdlib>
 #include <iterator>
 
 namespace BoardFiles {
@@ -34,13 +33,6 @@ void nameFindings( const std::vector<BoardObject> &objects, Findings &findings, 
    }
 }
 
-// As a driver reads it: a number, or its decimal text.
-double numberIn( const Json *value ) {
-   if ( value && value->toText() )
-      return std::strtod( std::string( *value->toText() ).c_str(), nullptr );
-   return value ? value->toNumber().value_or( 0 ) : 0;
-}
-
 ObjectDescription describe( const BoardObject &object, const DriverTable &table ) {
    ObjectDescription description{ .kind = *object.kind,
                                   .name = object.name,
@@ -55,8 +47,8 @@ ObjectDescription describe( const BoardObject &object, const DriverTable &table 
       description.address = device.address->number;
       const DriverRule &driver = table.drivers.find( device.driver )->second;
       const std::string &fullScale = driver.makes.find( nameOf( *object.kind ) )->second.fullScale;
-      if ( device.driverArgs && !fullScale.empty() )
-         description.fullScale = numberIn( device.driverArgs->find( fullScale ) );
+      if ( !fullScale.empty() )
+         description.fullScale = device.argumentNumber( fullScale ).value_or( 0 );
    }
    return description;
 }
@@ -92,7 +84,8 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
    Board board{ .folder = folder.string(),
                 .topology = topology->text,
                 .traces = table->traces,
-                .server = table->server };
+                .server = table->server,
+                .busses = busLoads( *topology, *objects, *table ) };
    for ( const BoardObject &object : *objects )
       board.objects.push_back( describe( object, *table ) );
    return board;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "boardfiles/BusLoad.h"
 #include "boardfiles/DriverTable.h"
 #include "boardfiles/Finding.h"
 #include "boardfiles/Kind.h"
@@ -32,6 +33,7 @@ struct Board {
    std::vector<ObjectDescription> objects{};
    PluginTraces traces{};
    PluginServer server{};
+   std::vector<BusLoad> busses{};
 };
 
 // Reads topology.json and objects.json in `folder`, simulation.json where there is one, and the

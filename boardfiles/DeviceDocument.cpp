@@ -1,5 +1,7 @@
 #include "boardfiles/DeviceDocument.h"
 
+#include <cstdlib>
+
 namespace BoardFiles {
 
 namespace {
@@ -15,12 +17,21 @@ std::optional<Json> objectIn( const Json *json ) {
 
 } // namespace
 
+std::optional<double> DeviceDocument::argumentNumber( std::string_view name ) const {
+   const Json *value = argument( name );
+   if ( value && value->toText() )
+      return std::strtod( std::string( *value->toText() ).c_str(), nullptr );
+   return value ? value->toNumber() : std::nullopt;
+}
+
 DeviceDocument deviceDocument( const Json &json ) {
    DeviceDocument document{ .text = std::string( json.source() ), .place = json.place() };
    document.did = idIn( json.find( "did" ) );
    document.uid = idIn( json.find( "uid" ) );
-   if ( const Json *address = json.find( "address" ) )
+   if ( const Json *address = json.find( "address" ) ) {
       document.address = idIn( address->find( "address" ) );
+      document.addressSize = address->unsignedOf( "addrSize" ).value_or( 1 );
+   }
    document.driver = json.textOf( "driver" ).value_or( "" );
    document.driverPlace = json.find( "driver" ) ? json.find( "driver" )->place() : json.place();
    const Json *isMultiDevice = json.find( "isMultiDevice" );

@@ -38,6 +38,38 @@ ArgumentRules argumentsIn( std::span<const Json::Member> members ) {
    return rules;
 }
 
+std::vector<Batch> batchesIn( std::span<const Json> lists ) {
+   std::vector<Batch> batches;
+   for ( const Json &list : lists ) {
+      Batch &batch = batches.emplace_back();
+      for ( const Json &transfer : list.elements() )
+         batch.push_back( { .isSendByte = flagOf( transfer, "sendByte" ),
+                            .read = transfer.unsignedOf( "read" ).value_or( 0 ),
+                            .registerNumber = transfer.unsignedOf( "register" ).value_or( 0 ),
+                            .registerArgument = textOf( transfer, "registerArgument" ),
+                            .times = transfer.unsignedOf( "times" ).value_or( 1 ) } );
+   }
+   return batches;
+}
+
+TransfersRule transfersIn( const Json *json ) {
+   if ( !json )
+      return {};
+   TransfersRule rule{ .batches = batchesIn( json->elementsOf( "batches" ) ),
+                       .by = textOf( *json, "by" ),
+                       .once = flagOf( *json, "once" ) };
+   for ( const auto &[name, batches, place] : membersOf( *json, "cases" ) )
+      rule.cases[name] = batchesIn( batches.elements() );
+   return rule;
+}
+
+std::optional<PollRule> pollIn( const Json *json ) {
+   if ( !json )
+      return {};
+   return PollRule{ textOf( *json, "argument" ), json->numberOf( "seconds" ).value_or( 1 ),
+                    transfersIn( json->find( "transfers" ) ) };
+}
+
 KindRule kindRuleIn( const Json &json ) {
    KindRule rule{ .args = argumentsIn( membersOf( json, "args" ) ) };
    for ( const Json &group : json.elementsOf( "numbered" ) )
@@ -48,6 +80,7 @@ KindRule kindRuleIn( const Json &json ) {
       rule.cases[name] = argumentsIn( args.members() );
    for ( const auto &[key, kind, place] : membersOf( json, "nested" ) )
       rule.nested[key] = *kind.toText();
+   rule.transfers = transfersIn( json.find( "transfers" ) );
    return rule;
 }
 
@@ -62,6 +95,7 @@ DriverRule driverIn( const Json &json, const Json &table ) {
    for ( const Json &variant : json.elementsOf( "variants" ) )
       rule.variants.push_back(
          { textOf( variant, "argument" ), variant.textOf( "is" ), textsOf( variant, "kinds" ) } );
+   rule.poll = pollIn( json.find( "poll" ) );
    return rule;
 }
 

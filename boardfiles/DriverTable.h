@@ -21,6 +21,31 @@ struct ArgumentRule {
 };
 using ArgumentRules = std::map<std::string, ArgumentRule, std::less<>>;
 
+// What a driver puts on the bus: a read of some bytes of a register, or a byte alone.
+struct TransferRule {
+   bool isSendByte = false;
+   unsigned read = 0;              // bytes
+   uint32_t registerNumber = 0;    // of a read, or
+   std::string registerArgument{}; // the argument that holds it
+   unsigned times = 1;
+};
+using Batch = std::vector<TransferRule>; // nothing else is on the bus between them
+
+// What a driver puts on the bus for one reading of an object, or to select a mux's channel.
+struct TransfersRule {
+   std::vector<Batch> batches{};
+   std::string by{}; // the argument that says which case holds in place of these; empty: none
+   std::map<std::string, std::vector<Batch>, std::less<>> cases{};
+   bool once = false; // in a refresh for all objects of a device together
+};
+
+// What a driver object reads by a timer, if the document that made it has an argument.
+struct PollRule {
+   std::string argument{};
+   double seconds = 1; // between two polls
+   TransfersRule transfers{};
+};
+
 // The arguments that a driver needs to make one kind of object.
 struct KindRule {
    ArgumentRules args{};
@@ -29,6 +54,7 @@ struct KindRule {
    std::map<std::string, ArgumentRules, std::less<>> cases{};
    std::string fullScale{}; // the argument that holds a fan's highest speed; or empty
    std::map<std::string, std::string, std::less<>> nested{}; // key of a part, and its kind
+   TransfersRule transfers{};
 };
 
 // What a driver object can make that was made by a document with certain arguments.
@@ -43,6 +69,7 @@ struct DriverRule {
    ArgumentRules args{}; // taken whatever kind is made
    std::map<std::string, KindRule, std::less<>> makes{};
    std::vector<Variant> variants{}; // the first that fits counts
+   std::optional<PollRule> poll{};
 };
 
 // A topology device that the system object asks for.

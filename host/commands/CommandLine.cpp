@@ -124,9 +124,11 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
                    "Seconds for one operation; after that the plug-in's process is ended" )
       ->check( CLI::Range( 0.1, 3600.0 ) )
       ->capture_default_str();
-   CLI::App *check = addBoardCommand( app, options, Check, "check",
-                                      "Check all files of a board, simulation.json too" );
-   check->add_flag( "--json", options.json, "Print what is found as a JSON list" );
+   CLI::App *check =
+      addBoardCommand( app, options, Check, "check",
+                       "Check all files of a board, simulation.json too; and tell how busy its "
+                       "busses are" );
+   check->add_flag( "--json", options.json, "Print JSON: what is found, and the busses" );
    check->add_flag( "--strict", options.strict, "End with an error after a warning, too" );
    addBoardCommand( app, options, Show, "show", "Show every object once" )
       ->add_flag( "--json", options.json, "Print JSON; its schema is boards/state.schema.json" );
@@ -135,8 +137,8 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
    CLI::App *serve =
       addBoardCommand( app, options, Serve, "serve",
                        "Read the board in every period and answer HTTP, until SIGTERM or Ctrl-C" );
-   for ( CLI::App *staying : { watch, serve } )
-      staying->add_option( "--period", options.period, "Seconds between two readings" )
+   for ( CLI::App *periodic : { check, watch, serve } )
+      periodic->add_option( "--period", options.period, "Seconds between two readings" )
          ->check( CLI::Range( 0.1, 3600.0 ) )
          ->capture_default_str();
    serve

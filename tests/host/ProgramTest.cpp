@@ -39,13 +39,47 @@ TEST_F( ProgramTest, CheckPrintsItsFindingsAsJsonToo ) {
    folder.write( "topology.json", "[]" );
    folder.write( "objects.json", "[\n 5 ]" );
    EXPECT_EQ( run( { "check", "--json", folder.path() } ), 3 );
-   EXPECT_THAT( out, HasSubstr( R"({"severity":"error","file":")" ) );
+   EXPECT_THAT( out, HasSubstr( R"({"findings":[{"severity":"error","file":")" ) );
    EXPECT_THAT(
       out,
       HasSubstr(
          R"(objects.json","line":2,"column":2,"pointer":"/0","reason":"5 is not an object"})" ) );
    EXPECT_EQ( run( { "check", "--json", SCRIPTED_BOARD } ), 0 );
-   EXPECT_EQ( out, "[]\n" );
+   EXPECT_EQ( out, "{\"findings\":[],\"busses\":[]}\n" ); // its plug-in's data doesn't tell them
+}
+
+TEST_F( ProgramTest, CheckTellsHowBusyEachRootBusIs ) {
+   const std::vector<std::string> check = { "--drivers", BOARDS "/libOrbisDriversKelt.drivers.json",
+                                            "check", BOARDS "/kelt" };
+   const auto with = [&check]( std::vector<std::string> words ) {
+      words.insert( words.begin(), check.begin(), check.end() );
+      return words;
+   };
+   EXPECT_EQ( run( check ), 0 );
+   EXPECT_THAT( out, HasSubstr( "scd(4):1:4       36 transfers    19.4 ms of 1000 ms    2 %\n" ) );
+   EXPECT_THAT( out, HasSubstr( "celestica:1:1    56 transfers    26.9 ms of 1000 ms    3 %\n" ) );
+   EXPECT_EQ( run( with( { "--period", "0.1" } ) ), 0 );
+   EXPECT_THAT( out, HasSubstr( "scd(4):1:4       36 transfers    19.4 ms of 100 ms   19 %\n" ) );
+   EXPECT_EQ( run( with( { "--json" } ) ), 0 );
+   EXPECT_THAT( out,
+                HasSubstr( R"({"bus":"scd(4):1:2","wires":true,"transfers":11.0,"bits":304.0,)"
+                           R"("clock":100000,"seconds":0.00304,"period":1.0,"share":0.00304})" ) );
+}
+
+TEST_F( ProgramTest, CheckWarnsOfABusThatIsAlwaysBusy ) {
+   std::filesystem::copy( SCRIPTED_BOARD, folder.path(), std::filesystem::copy_options::recursive );
+   std::string drivers = folder.read( "libScriptedPlugin.drivers.json" );
+   const std::string sensor = R"("temp_sensor": {)";
+   drivers.insert( drivers.find( sensor ) + sensor.size(),
+                   R"( "transfers": { "batches": [ [ { "read": 200, "times": 50 } ] ] } )" );
+   folder.write( "libScriptedPlugin.drivers.json", drivers );
+   const std::string path = folder.path() / "libScriptedPlugin.drivers.json";
+   EXPECT_EQ( run( { "--drivers", path, "check", folder.path() } ), 0 );
+   EXPECT_THAT( err, HasSubstr( "warning: scd(4):1:2 is busy for 92 % of the time when all objects "
+                                "are read every 1 s: read them less often (--period)" ) );
+   EXPECT_EQ( run( { "--drivers", path, "check", "--strict", folder.path() } ), 3 );
+   EXPECT_EQ( run( { "--drivers", path, "check", "--period", "2", folder.path() } ), 0 );
+   EXPECT_EQ( err, "" );
 }
 
 TEST_F( ProgramTest, CheckRefusesWarningsWhenItIsStrict ) {

@@ -24,28 +24,37 @@ BoardFiles::Board load( const std::vector<std::string> &objects ) {
    BoardFiles::Findings findings;
    auto board =
       BoardFiles::loadBoard( BOARDS "/kelt", BOARDS "/libOrbisDriversKelt.drivers.json", findings );
-   std::erase_if( board.value().objects, [&objects]( const auto &object ) {
-      return std::find( objects.begin(), objects.end(), object.name ) == objects.end();
-   } );
-   return *board;
+   if ( !objects.empty() )
+      std::erase_if( board.value().objects, [&objects]( const auto &object ) {
+         return std::find( objects.begin(), objects.end(), object.name ) == objects.end();
+      } );
+   return board.value();
 }
 
 } // namespace
 
-// A bus of the board on which the test's transfers are missed.
+// A bus of the board on which the test's transfers are missed, and those of readings counted.
 class BoardInOneProcess::FaultyBus final : public Bus::RootBus {
  public:
-   FaultyBus( std::unique_ptr<Bus::RootBus> bus, const BoardInOneProcess &board )
-      : bus_( std::move( bus ) ), board_( board ) {}
+   FaultyBus( std::unique_ptr<Bus::RootBus> bus, const Bus::RootBusId &id,
+              BoardInOneProcess &board )
+      : bus_( std::move( bus ) ), id_( id ), board_( board ) {}
    Bus::Outcome transfer( const Bus::Transfer &transfer ) override {
       if ( board_.miss_( transfer ) )
          return { {}, std::string( Bus::noAddressAcknowledge ) };
-      return bus_->transfer( transfer );
+      const Bus::Outcome outcome = bus_->transfer( transfer );
+      if ( board_.isReading_ ) {
+         BoardFiles::WireCost &cost = board_.wires_[id_];
+         cost.transfers += 1;
+         cost.bits += static_cast<double>( Bus::onTheWires( transfer, outcome ).bits() );
+      }
+      return outcome;
    }
 
  private:
    const std::unique_ptr<Bus::RootBus> bus_;
-   const BoardInOneProcess &board_;
+   const Bus::RootBusId id_;
+   BoardInOneProcess &board_;
 };
 
 BoardInOneProcess::BoardInOneProcess( const std::vector<std::string> &objects )
@@ -64,7 +73,7 @@ BoardInOneProcess::~BoardInOneProcess() { theBoard = nullptr; }
 Smbusd::Executors BoardInOneProcess::executors() {
    Bus::Busses faulty;
    for ( auto &[id, bus] : simulated_.busses() )
-      faulty.emplace( id, std::make_unique<FaultyBus>( std::move( bus ), *this ) );
+      faulty.emplace( id, std::make_unique<FaultyBus>( std::move( bus ), id, *this ) );
    return Smbusd::executorsOn( std::move( faulty ), clock_ );
 }
 
@@ -90,17 +99,26 @@ void BoardInOneProcess::runAll() {
       carryOut( *command );
 }
 
+void BoardInOneProcess::waitForTimers( unsigned count ) {
+   isReading_ = true;
+   for ( unsigned i = 0; i < count; ++i )
+      loop_.run_one();
+   isReading_ = false;
+}
+
 // What the child does with a command.
 void BoardInOneProcess::carryOut( const Host::Command &command ) {
-   if ( std::holds_alternative<Host::InitCommand>( command ) ) {
-      pl_slot_init( board_.topology.c_str() );
+   if ( const auto *init = std::get_if<Host::InitCommand>( &command ) ) {
+      plugin_.init( init->kind, board_.topology.c_str() );
    } else if ( const auto *added = std::get_if<Host::AddCommand>( &command ) ) {
-      records_[added->object] = kept( pl_slot_add( board_.objects[added->object].text.c_str() ) );
+      records_[added->object] = kept( plugin_.add( board_.objects[added->object] ) );
    } else if ( const auto *read = std::get_if<Host::ReadCommand>( &command ) ) {
       ++reads_[board_.objects[read->object].name];
+      isReading_ = true;
       Host::read( records_.at( read->object ),
                   { .begun = []( std::string_view ) {},
                     .done = [this]( const Host::Reading &reading ) { hear( reading ); } } );
+      isReading_ = false;
    }
    hear( Host::Done{} );
 }

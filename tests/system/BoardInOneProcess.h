@@ -5,6 +5,7 @@
 #include "ManualClock.h"
 
 #include "host/plugin/ObjectCalls.h"
+#include "host/plugin/Plugin.h"
 #include "host/plugin/Services.h"
 #include "host/session/Supervisor.h"
 #include "simulator/board/SimulatedBoard.h"
@@ -19,8 +20,8 @@
 
 class BoardInOneProcess {
  public:
-   // With these objects of the board. One at a time.
-   explicit BoardInOneProcess( const std::vector<std::string> &objects );
+   // With these objects of the board; with all where none is named. One at a time.
+   explicit BoardInOneProcess( const std::vector<std::string> &objects = {} );
    ~BoardInOneProcess();
    BoardInOneProcess( const BoardInOneProcess & ) = delete;
    BoardInOneProcess &operator=( const BoardInOneProcess & ) = delete;
@@ -48,6 +49,12 @@ class BoardInOneProcess {
    // How often it was read in the last round.
    unsigned readsOf( const std::string &object ) const;
 
+   // What readings and timers have put on each root bus.
+   const std::map<Bus::RootBusId, BoardFiles::WireCost> &onTheWires() const { return wires_; }
+   // Waits until so many timers of the plug-in have run.
+   void waitForTimers( unsigned count );
+   const BoardFiles::Board &board() const { return board_; }
+
    // For the plug-in's socket.
    Smbus::TransactionResponse run( const Smbus::TransactionRequest & );
 
@@ -69,6 +76,9 @@ class BoardInOneProcess {
    BoardFiles::Board board_;
    Host::Time now_{ std::chrono::hours( 1 ) };
    std::optional<Host::Supervisor> supervisor_;
+   const Host::Plugin plugin_{ "" }; // this program
    std::map<size_t, Host::Record> records_;
+   std::map<Bus::RootBusId, BoardFiles::WireCost> wires_;
+   bool isReading_ = false; // what is on the busses counts
    std::map<std::string, unsigned> reads_;
 };
