@@ -71,8 +71,9 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
    if ( objects )
       nameFindings( *objects, found, beforeObjects );
    const auto simulationPath = folder / "simulation.json";
+   std::unique_ptr<const SimulationFile> simulation;
    if ( std::filesystem::exists( simulationPath ) ) {
-      const auto simulation = readSimulation( simulationPath, found );
+      simulation = readSimulation( simulationPath, found );
       if ( simulation && topology )
          checkSimulation( *simulation, *topology, found );
    }
@@ -85,7 +86,9 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
                 .topology = topology->text,
                 .traces = table->traces,
                 .server = table->server,
-                .busses = busLoads( *topology, *objects, *table ) };
+                .busses =
+                   busLoads( *topology, *objects, *table,
+                             simulation ? simulation->wires : decltype( simulation->wires )() ) };
    for ( const BoardObject &object : *objects )
       board.objects.push_back( describe( object, *table ) );
    return board;

@@ -55,13 +55,23 @@ bool tellsTransfers( const DriverTable &table ) {
 
 class LoadCounter {
  public:
-   LoadCounter( const TopologyFile &topology, const DriverTable &table )
+   LoadCounter( const TopologyFile &topology, const DriverTable &table,
+                const std::map<Bus::RootBusId, SimulatedWires> &wires )
       : topology_( topology ), table_( table ) {
       for ( const TopologyRoot &root : topology.roots ) {
-         loads_.push_back( { .bus = root.id,
-                             .place = root.bus.place,
-                             .hasWires = root.id.master != Bus::Master::IoPort } );
-         note( root.bus, loads_.size() - 1 );
+         // A file may describe a bus in pieces.
+         const auto known = std::find_if( loads_.begin(), loads_.end(), [&]( const BusLoad &load ) {
+            return load.bus == root.id;
+         } );
+         note( root.bus, static_cast<size_t>( known - loads_.begin() ) );
+         if ( known != loads_.end() )
+            continue;
+         const auto clock = wires.find( root.id );
+         loads_.push_back(
+            { .bus = root.id,
+              .place = root.bus.place,
+              .hasWires = root.id.master != Bus::Master::IoPort,
+              .clock = clock == wires.end() ? Bus::usualClock : clock->second.clock } );
       }
    }
 
@@ -143,10 +153,11 @@ WireCost BusLoad::refresh( double period ) const {
 }
 
 std::vector<BusLoad> busLoads( const TopologyFile &topology,
-                               const std::vector<BoardObject> &objects, const DriverTable &table ) {
+                               const std::vector<BoardObject> &objects, const DriverTable &table,
+                               const std::map<Bus::RootBusId, SimulatedWires> &wires ) {
    if ( !tellsTransfers( table ) )
       return {};
-   LoadCounter counter( topology, table );
+   LoadCounter counter( topology, table, wires );
    for ( const BoardObject &object : objects )
       if ( object.device )
          counter.count( *object.device, nameOf( *object.kind ) );

@@ -3,6 +3,7 @@
 
 #include "boardfiles/DriverTable.h"
 #include "boardfiles/ObjectsFile.h"
+#include "boardfiles/SimulationFile.h"
 #include "boardfiles/TopologyFile.h"
 #include "smbus/WireTime.h"
 
@@ -34,9 +35,11 @@ struct BusLoad {
 };
 
 // Of each root bus of a topology, in its order; none where the table doesn't tell what any driver
-// puts on a bus. The objects are known to be good.
+// puts on a bus. The objects are known to be good. Wires: of the busses that have not the usual
+// clock.
 std::vector<BusLoad> busLoads( const TopologyFile &topology,
-                               const std::vector<BoardObject> &objects, const DriverTable &table );
+                               const std::vector<BoardObject> &objects, const DriverTable &table,
+                               const std::map<Bus::RootBusId, SimulatedWires> &wires );
 
 // Warns of busses that are busy for more than 80 % of the time.
 void warnOfLoads( const std::vector<BusLoad> &loads, double period, Findings &findings );

@@ -1,5 +1,6 @@
 #include "boardfiles/RoutesFile.h"
 
+#include "boardfiles/RootBusText.h"
 #include "boardfiles/Schema.h"
 
 #include <fmt/format.h>
@@ -31,25 +32,21 @@ class RoutesReader {
  private:
    Route routeIn( const Json &entry ) {
       const Json *optional = entry.find( "optional" );
-      Route route{
-         busIn( *entry.find( "bus" ) ), {}, optional && optional->isTrue(), entry.place()
-      };
+      Route route{ rootBusIn( *entry.find( "bus" ), findings_ ).value_or( Bus::RootBusId() ),
+                   {},
+                   optional && optional->isTrue(),
+                   entry.unsignedOf( "clock" ),
+                   entry.place() };
       if ( const Json *adapter = entry.find( "adapter" ) )
          route.to = AdapterRoute{ adapterIn( *adapter ), chipsIn( entry ) };
       else if ( const Json *chips = entry.find( "chips" ) )
          report( findings_, chips->place(), "only the route of an adapter can have chips" );
       else if ( const Json *ports = entry.find( "ports" ) )
          route.to = portsIn( *ports );
+      if ( const Json *clock = entry.find( "clock" );
+           clock && std::holds_alternative<PortsRoute>( route.to ) )
+         report( findings_, clock->place(), "I/O ports have no clock" );
       return route;
-   }
-
-   Bus::RootBusId busIn( const Json &json ) {
-      const auto bus = Bus::parseRootBusId( *json.toText() );
-      if ( !bus )
-         report( findings_, json.place(),
-                 fmt::format( "{} is not a bus; write i2c:0, scd(4):1:2, celestica:1:1 or ioport:0",
-                              json.source() ) );
-      return bus.value_or( Bus::RootBusId() );
    }
 
    static WantedAdapter adapterIn( const Json &json ) {

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -46,7 +47,8 @@ struct PortsRoute {
 struct Route {
    Bus::RootBusId bus;
    std::variant<SimulatedRoute, AdapterRoute, PortsRoute> to;
-   bool optional; // the server starts without it
+   bool optional;                 // the server starts without it
+   std::optional<uint32_t> clock; // of its wires, in Hz
    Place place;
 };
 

@@ -2,6 +2,7 @@
 
 #include "boardfiles/Nearest.h"
 #include "boardfiles/Pattern.h"
+#include "boardfiles/RootBusText.h"
 #include "boardfiles/Schema.h"
 #include "boardfiles/TopologyFile.h"
 
@@ -47,6 +48,18 @@ SimulatedModule moduleIn( const Json &entry ) {
    return module;
 }
 
+void addWires( const Json &entry, SimulationFile &simulation, Findings &findings ) {
+   const auto bus = rootBusIn( *entry.find( "bus" ), findings );
+   if ( !bus )
+      return;
+   const auto [first, isNew] = simulation.wires.try_emplace(
+      *bus, SimulatedWires{ *entry.unsignedOf( "clock" ), entry.place() } );
+   if ( !isNew )
+      report( findings, entry.place(),
+              fmt::format( "{} is there twice, first at {}", toString( *bus ),
+                           toText( first->second.place ) ) );
+}
+
 // Reports each name that an entry before has.
 class Names {
  public:
@@ -81,6 +94,11 @@ class SimulationCheck {
          checkBus( root.bus );
       for ( const SimulatedModule &module : simulation_.modules )
          checkModule( module );
+      for ( const auto &[bus, wires] : simulation_.wires )
+         if ( std::none_of( topology_.roots.begin(), topology_.roots.end(),
+                            [&]( const TopologyRoot &root ) { return root.id == bus; } ) )
+            report( findings_, wires.place,
+                    fmt::format( "{} has no bus {}", topology_.path, toString( bus ) ) );
    }
 
  private:
@@ -211,6 +229,8 @@ std::unique_ptr<const SimulationFile> readSimulation( const std::filesystem::pat
       modules.add( entry, findings );
    if ( findings.size() != before )
       return nullptr;
+   for ( const Json &entry : json->elementsOf( "busses" ) )
+      addWires( entry, *simulation, findings );
    simulation->seed = json->unsignedOf( "seed" ).value_or( 0 );
    for ( const Json &entry : json->elementsOf( "chips" ) )
       simulation->chips.push_back( chipIn( entry ) );

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "boardfiles/Json.h"
+#include "smbus/RootBusId.h"
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -37,12 +39,19 @@ struct SimulatedModule {
    Place place{};
 };
 
+// What isn't the usual about the wires of a root bus.
+struct SimulatedWires {
+   uint32_t clock = 0; // Hz
+   Place place{};
+};
+
 // What the chips of a board hold.
 struct SimulationFile {
    std::string path{};
    uint64_t seed = 0;
    std::vector<SimulatedChip> chips{};
    std::vector<SimulatedModule> modules{};
+   std::map<Bus::RootBusId, SimulatedWires> wires{};
    Place chipsPlace{};
 };
 
@@ -52,7 +61,8 @@ std::unique_ptr<const SimulationFile> readSimulation( const std::filesystem::pat
                                                       Findings &findings );
 
 // Holds it against the wiring and against itself: chips that have no place or share one, a mux
-// without a chip, a module of chips that aren't there, a quantity that no chip of that kind has.
+// without a chip, a module of chips that aren't there, a quantity that no chip of that kind has,
+// wires of a bus that isn't there.
 void checkSimulation( const SimulationFile &simulation, const TopologyFile &topology,
                       Findings &findings );
 

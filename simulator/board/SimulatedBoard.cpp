@@ -36,6 +36,8 @@ SimulatedBoard::SimulatedBoard( const std::string &topologyPath, const std::stri
          segment = &newSegment();
       layBus( root.bus, *segment );
    }
+   for ( const auto &[bus, wires] : simulation->wires )
+      wireClocks_[bus] = wires.clock;
    seatChips( *simulation );
    joinChannels();
    addModules( *simulation );

@@ -27,6 +27,8 @@ class SimulatedBoard {
 
    // One for each root bus of the topology. The board outlives them.
    Bus::Busses busses();
+   // Of the wires, in Hz, of all busses that have not the usual one.
+   const std::map<Bus::RootBusId, uint32_t> &wireClocks() const { return wireClocks_; }
    // Another one on the same segments. Throws std::out_of_range when the topology has none such.
    std::unique_ptr<SimulatedBus> bus( const Bus::RootBusId & );
 
@@ -63,6 +65,7 @@ class SimulatedBoard {
 
    std::vector<std::unique_ptr<BusSegment>> segments_;
    std::map<Bus::RootBusId, BusSegment *> roots_;
+   std::map<Bus::RootBusId, uint32_t> wireClocks_;
    std::map<uint32_t, Seat> seats_; // by did
    std::vector<Channel> channels_;
    std::map<Place, const PCA9548 *> muxes_;

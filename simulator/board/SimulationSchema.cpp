@@ -28,6 +28,22 @@ constexpr const char *frame = R"({
          "type": "array",
          "items": { "anyOf": [] }
       },
+      "busses": {
+         "description": "What isn't the usual about root busses.",
+         "type": "array",
+         "items": {
+            "type": "object",
+            "required": [ "bus", "clock" ],
+            "additionalProperties": false,
+            "properties": {
+               "bus": { "description": "As clients name it: i2c:0, scd(4):1:2, celestica:1:1.", "type": "string" },
+               "clock": {
+                  "description": "Of its wires, in Hz; other busses have 100000.",
+                  "type": "integer", "minimum": 1000, "maximum": 5000000
+               }
+            }
+         }
+      },
       "modules": {
          "description": "What can be pulled and inserted as one.",
          "type": "array",

@@ -64,13 +64,19 @@ TEST_F( BusLoadTest, WhatATimerPollsIsMoreOftenInALongerPeriod ) {
    EXPECT_EQ( cplds.refresh( 10 ).bits, ( 10 * ( 16 + 36 ) + 4 ) * 48 );
 }
 
+TEST_F( BusLoadTest, ABusIsAsFastAsItsClock ) {
+   const double usual = load( "scd(4):1:2" ).seconds( 1 );
+   board_.change( "simulation.json", "/busses", R"([ { "bus": "scd(4):1:2", "clock": 400000 } ])" );
+   EXPECT_DOUBLE_EQ( load( "scd(4):1:2" ).seconds( 1 ), usual / 4 );
+}
+
 TEST_F( BusLoadTest, ADeviceThatDoesNotPollPutsNothingOnTheBusByItself ) {
    Findings findings;
    const auto wiring = readTopology( board_.folder().path() / "topology.json", findings );
    auto things = readObjects( board_.folder().path() / "objects.json", findings ).value();
    const auto table = readDriverTable( BOARDS "/libOrbisDriversKelt.drivers.json", findings );
    std::erase_if( things, []( const BoardObject &object ) { return object.kind == Kind::Xcvr; } );
-   for ( const BusLoad &each : busLoads( *wiring, things, table.value() ) )
+   for ( const BusLoad &each : busLoads( *wiring, things, table.value(), {} ) )
       EXPECT_EQ( each.polls.transfers, 0 ) << toString( each.bus );
 }
 

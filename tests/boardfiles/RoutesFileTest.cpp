@@ -61,6 +61,20 @@ TEST_F( RoutesFileTest, ReadsEveryKindOfRoute ) {
    EXPECT_TRUE( std::holds_alternative<SimulatedRoute>( routes[4].to ) );
 }
 
+TEST_F( RoutesFileTest, ABusMayHaveAClockOfItsOwn ) {
+   const auto file = load( R"(
+      { "bus": "scd(4):1:2", "adapter": { "number": 1 }, "clock": 400000 },
+      { "bus": "i2c:0", "adapter": { "number": 2 } } )" );
+   EXPECT_EQ( file.routes[0].clock, 400'000u );
+   EXPECT_EQ( file.routes[1].clock, std::nullopt );
+}
+
+TEST_F( RoutesFileTest, PortsHaveNoClock ) {
+   EXPECT_EQ( complaint( R"({ "bus": "ioport:0", "ports": { "base": 512, "size": 16 },
+                              "clock": 400000 })" ),
+              "2:40: I/O ports have no clock" );
+}
+
 TEST_F( RoutesFileTest, ReadsTheExampleInTheDocuments ) {
    std::ifstream stream( DOCS "/real-board.md" );
    std::string text{ std::istreambuf_iterator<char>( stream ), {} };

@@ -112,6 +112,26 @@ TEST_F( SimulationFileTest, RefusesTwoChipsAtOnePlaceOrWithOneName ) {
                 IsEmpty() );
 }
 
+TEST_F( SimulationFileTest, KnowsTheClocksOfTheBusses ) {
+   Findings findings;
+   const auto simulation = readSimulation(
+      folder.write( "simulation.json",
+                    R"({ "chips": [], "busses": [ { "bus": "i2c:0", "clock": 400000 } ] })" ),
+      findings );
+   ASSERT_THAT( findings, IsEmpty() );
+   EXPECT_EQ( simulation->wires.at( *Bus::parseRootBusId( "i2c:0" ) ).clock, 400'000u );
+}
+
+TEST_F( SimulationFileTest, RefusesWiresOfABusThatIsNotThereOrIsThereTwice ) {
+   EXPECT_THAT( check( R"({ "chips": [], "busses": [
+      { "bus": "i2c:0", "clock": 400000 }, { "bus": "i2c:0", "clock": 400000 },
+      { "bus": "i2c:1", "clock": 400000 }, { "bus": "i2c-1", "clock": 400000 } ] })" ),
+                ElementsAre( "2:44: i2c:0 is there twice, first at simulation.json:2:7",
+                             "3:53: \"i2c-1\" is not a bus; write i2c:0, scd(4):1:2, celestica:1:1 "
+                             "or ioport:0",
+                             "3:7: topology.json has no bus i2c:1" ) );
+}
+
 TEST_F( SimulationFileTest, HoldsModulesAgainstTheChips ) {
    const auto with = [this]( const std::string &module ) {
       return check( "{ \"chips\": [" + std::string( thermometer ) + "],\n\"modules\": [" + module +
