@@ -141,7 +141,12 @@ void append( const Smbus::Request &request, Transaction &transaction ) {
    transaction.transfers.push_back( decodeTransfer( request ) );
 }
 
-// How many requests come before the first byte that can't be parsed.
+uint32_t answerBytes( const Transfer &transfer ) {
+   return transfer.kind == Transfer::Kind::BlockRead ? 255 : transfer.length;
+}
+
+} // namespace
+
 unsigned countRequests( std::string_view bytes ) {
    using google::protobuf::internal::WireFormatLite;
    google::protobuf::io::CodedInputStream stream( reinterpret_cast<const uint8_t *>( bytes.data() ),
@@ -155,12 +160,6 @@ unsigned countRequests( std::string_view bytes ) {
    }
    return count;
 }
-
-uint32_t answerBytes( const Transfer &transfer ) {
-   return transfer.kind == Transfer::Kind::BlockRead ? 255 : transfer.length;
-}
-
-} // namespace
 
 void parse( std::string_view bytes, Smbus::TransactionRequest &message ) {
    if ( countRequests( bytes ) > maxRequests )

@@ -19,6 +19,9 @@ struct Refused : std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
+// How many requests a message has; when it can't be parsed, those before the first such byte.
+unsigned countRequests( std::string_view bytes );
+
 // Parses a client's message. Throws Refused when the bytes are not a message, or when it has more
 // than maxRequests; it counts them before it allocates memory for them. A message that is used
 // again needs no memory for requests like those before.

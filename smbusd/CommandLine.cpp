@@ -58,8 +58,13 @@ void describeSockets( CLI::App &app, Options &options ) {
       ->envname( "ORBIS_SMBUS_SOCKET" )
       ->capture_default_str();
    app.add_option( "--control", options.control,
-                   "The Unix socket that controls the simulation; default: SOCKET.control" );
+                   "The Unix socket that controls the simulation; default: "
+                   "SOCKET.control" );
    app.add_option( "--group", options.group, "The group that may use the sockets" );
+   app.add_option( "--clients-per-process", options.clientsPerProcess,
+                   "How many of the 64 connections one process may have" )
+      ->check( CLI::Range( 1, 64 ) )
+      ->capture_default_str();
 }
 
 void describeChecks( CLI::App &app, Options &options ) {

@@ -24,6 +24,7 @@ struct Options {
    bool asSlow = false;                  // as the recording
    std::string logLevel = "info";
    unsigned transactionLimit = 2000; // ms
+   unsigned clientsPerProcess = 16;
    double speed = 1;                 // of the simulation
 
    std::string routesToCheck; // empty: serve

@@ -1,13 +1,16 @@
 #include "smbusd/Serve.h"
 
+#include "simulator/board/Controls.h"
 #include "simulator/board/SimulatedBoard.h"
 #include "simulator/board/SimulationClock.h"
-#include "smbusd/control/ControlServer.h"
+#include "smbusd/control/ControlConversation.h"
 #include "smbusd/export/ExportedAdapter.h"
 #include "smbusd/record/Recorder.h"
 #include "smbusd/record/Replay.h"
 #include "smbusd/routes/RoutedBusses.h"
+#include "smbusd/server/Outbox.h"
 #include "smbusd/server/Server.h"
+#include "smbusd/server/SmbusConversation.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
@@ -28,15 +31,18 @@ namespace Smbusd {
 
 namespace {
 
+// For all that clients send and get, of both sockets.
+constexpr size_t allBuffers = 64u << 20;
+constexpr Limits controlLimits{ .clients = 16, .clientsPerProcess = 4 };
+
 // A simulated board with its clock and its controls.
 struct Simulation {
-   Simulation( const Options &options, const Bus::Clock &real )
+   Simulation( const Options &options, const Bus::Clock &real, Bus::Tracer &tracer )
       : clock( real, options.speed ), board( options.topology, options.simulation, clock ) {
       board.traceTo( tracer );
    }
    Simulator::SimulationClock clock;
    Simulator::SimulatedBoard board;
-   Bus::Tracer tracer;
    Simulator::Controls controls{ board.bench(), clock };
 };
 
@@ -111,9 +117,10 @@ void abandonStuckBus( Dispatcher &dispatcher, std::chrono::milliseconds limit ) 
 
 void serve( const Options &options ) {
    const Bus::RealClock clock;
+   Bus::Tracer tracer;
    std::optional<Simulation> simulation;
    if ( !options.topology.empty() )
-      simulation.emplace( options, clock );
+      simulation.emplace( options, clock, tracer );
    Executors executors = executorsFor( options, simulation ? &*simulation : nullptr, clock );
    for ( const auto &[id, executor] : executors )
       spdlog::debug( "bus {}", toString( id ) );
@@ -126,22 +133,26 @@ void serve( const Options &options ) {
    boost::asio::io_context context( 1 );
    const std::chrono::milliseconds limit( options.transactionLimit );
    Dispatcher dispatcher( std::move( executors ), clock, limit, std::move( observer ) );
-   Server server( context, std::make_unique<Sockets::SocketFile>( options.socket, options.group ),
-                  dispatcher );
+   const Limits limits{ .clientsPerProcess = options.clientsPerProcess };
+   Buffers buffers( allBuffers - ( limits.clients + controlLimits.clients ) * Buffers::ownBytes -
+                    controlLimits.clients * 2 * Outbox::maxBytes );
+   const auto listenAt = [&options]( const std::string &path ) {
+      return std::make_unique<Sockets::SocketFile>( path, options.group );
+   };
+   Server server( context, listenAt( options.socket ), conversationsWith( dispatcher ), limits,
+                  buffers );
    const auto exported = exportAdapters( options, simulation ? &*simulation : nullptr );
-   std::optional<ControlServer> control;
-   if ( simulation ) {
-      const std::string path =
-         options.control.empty() ? options.socket + ".control" : options.control;
-      control.emplace( context, std::make_unique<Sockets::SocketFile>( path, options.group ),
-                       simulation->controls, simulation->tracer );
-   }
+   AnswerControl answer = answerWithoutBoard;
+   if ( simulation )
+      answer = std::bind_front( &Simulator::Controls::answer, &simulation->controls );
+   Server control(
+      context, listenAt( options.control.empty() ? options.socket + ".control" : options.control ),
+      controlConversations( std::move( answer ), tracer ), controlLimits, buffers );
    boost::asio::signal_set signals( context, SIGTERM, SIGINT );
    signals.async_wait( [&]( const auto &, int number ) {
       spdlog::info( "stopping on {}", number == SIGTERM ? "SIGTERM" : "SIGINT" );
       server.stop();
-      if ( control )
-         control->stop();
+      control.stop();
    } );
    spdlog::info( "serving {} at {}", sourceOf( options ), options.socket );
    context.run();

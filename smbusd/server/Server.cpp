@@ -4,7 +4,7 @@
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
-#include <algorithm>
+#include <system_error>
 
 namespace Smbusd {
 
@@ -12,9 +12,10 @@ namespace asio = boost::asio;
 using boost::system::error_code;
 
 Server::Server( asio::io_context &context, std::unique_ptr<Sockets::SocketFile> file,
-                Dispatcher &dispatcher )
-   : file_( std::move( file ) ), dispatcher_( dispatcher ),
-     acceptor_( context, Protocol(), file_->release() ), pause_( context ) {
+                MakeConversation makeConversation, const Limits &limits, Buffers &buffers )
+   : file_( std::move( file ) ), makeConversation_( std::move( makeConversation ) ),
+     limits_( limits ), buffers_( buffers ), acceptor_( context, Protocol(), file_->release() ),
+     pause_( context ) {
    accept();
 }
 
@@ -22,41 +23,87 @@ void Server::accept() {
    acceptor_.async_accept( [this]( error_code error, Protocol::socket socket ) {
       if ( error == asio::error::operation_aborted )
          return;
-      if ( !error ) {
+      if ( error )
+         return pause( error.message() );
+      try {
          admit( std::move( socket ) );
-         return accept();
+      } catch ( const std::system_error &lacking ) { // a thread, or a descriptor
+         return pause( lacking.what() );
       }
-      // Probably there are no free descriptors. Without a pause the next try would fail at once,
-      // too.
-      spdlog::error( "can't accept a client: {}", error.message() );
-      pause_.expires_after( std::chrono::milliseconds( 100 ) );
-      pause_.async_wait( [this]( error_code stopped ) {
-         if ( !stopped )
-            accept();
-      } );
+      if ( std::exchange( pausing_, false ) )
+         spdlog::info( "{}: accepts clients again", file_->path() );
+      accept();
+   } );
+}
+
+// Probably there are no free descriptors. Without a pause the next try would fail at once, too.
+void Server::pause( const std::string &reason ) {
+   if ( !std::exchange( pausing_, true ) )
+      spdlog::error( "{}: can't accept a client: {}; tries again until it can", file_->path(),
+                     reason );
+   pause_.expires_after( std::chrono::milliseconds( 100 ) );
+   pause_.async_wait( [this]( error_code stopped ) {
+      if ( !stopped )
+         accept();
    } );
 }
 
 void Server::admit( Protocol::socket socket ) {
-   // A further maxClients connections may wait for their refusal; any beyond that are closed
+   const Peer peer = peerOf( socket.native_handle() );
+   std::string refusal = whyNoPlaceFor( peer );
+   // As many connections as there are places may wait for their refusal. Any beyond that are closed
    // without an answer.
-   if ( sessions_.size() >= 2 * maxClients )
+   if ( !refusal.empty() && leaving_.size() >= limits_.clients )
       return;
-   const auto served =
-      std::count_if( sessions_.begin(), sessions_.end(),
-                     []( const auto &session ) { return !session.second->refused(); } );
-   std::string refusal;
-   if ( static_cast<size_t>( served ) >= maxClients ) {
-      refusal = fmt::format( "too many clients: {} are connected", maxClients );
-      spdlog::warn( "refused a client: {}", refusal );
-   }
    // A session can't wait for the end of its own thread.
    const auto ended = [this, executor = acceptor_.get_executor()]( Session &session ) {
-      asio::post( executor, [this, &session] { sessions_.erase( &session ); } );
+      asio::post( executor, [this, &session] {
+         leaving_.erase( &session );
+         sessions_.erase( &session );
+      } );
    };
-   auto session =
-      std::make_unique<Session>( socket.release(), dispatcher_, std::move( refusal ), ended );
+   auto conversation = makeConversation_( peer );
+   auto session = std::make_unique<Session>( peer, limits_, buffers_, std::move( conversation ),
+                                             std::move( refusal ), ended );
+   socket.release();
+   session->start();
+   if ( session->refused() )
+      leaving_.insert( session.get() );
    sessions_.emplace( session.get(), std::move( session ) );
+}
+
+std::string Server::whyNoPlaceFor( const Peer &peer ) {
+   size_t ofProcess = 0;
+   for ( const auto &[key, session] : sessions_ )
+      ofProcess += session->peer().process == peer.process && !leaving_.contains( key );
+   if ( ofProcess >= limits_.clientsPerProcess )
+      return fmt::format( "too many clients: process {} has {} connections already, and no process "
+                          "may have more",
+                          peer.process, ofProcess );
+   if ( sessions_.size() - leaving_.size() >= limits_.clients && !makePlace() )
+      return fmt::format( "too many clients: {} are connected", limits_.clients );
+   return {};
+}
+
+// False when no connection is idle.
+bool Server::makePlace() {
+   Session *longest = nullptr;
+   Session::Clock::time_point since = Session::Clock::time_point::max();
+   for ( const auto &[key, session] : sessions_ ) {
+      const auto idle = session->idleSince();
+      if ( !idle || *idle >= since || leaving_.contains( key ) )
+         continue;
+      longest = key;
+      since = *idle;
+   }
+   if ( !longest )
+      return false;
+   spdlog::warn( "{} clients are connected: process {}, which was idle for the longest time, gives "
+                 "way to another",
+                 limits_.clients, longest->peer().process );
+   leaving_.insert( longest );
+   longest->giveWay();
+   return true;
 }
 
 Server::~Server() { sessions_.clear(); }

@@ -1,11 +1,13 @@
 #include "smbusd/server/Session.h"
 
-#include "smbus/Decode.h"
+#include "smbusd/server/Outbox.h"
 #include "sockets/Frames.h"
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -16,104 +18,241 @@ namespace Smbusd {
 
 namespace {
 
-constexpr size_t largestKept = 65536; // bytes of a request, or of its frame
+constexpr size_t chunkBytes = 16384;
+
+// For poll(): at least a millisecond while there is time, so that it doesn't spin.
+int millisecondsUntil( Session::Clock::time_point end ) {
+   const auto left = end - Session::Clock::now();
+   return static_cast<int>( std::max( std::chrono::ceil<std::chrono::milliseconds>( left ),
+                                      std::chrono::milliseconds( 0 ) )
+                               .count() );
+}
+
+// False when the end comes first.
+bool waitFor( int socket, short events, Session::Clock::time_point end ) {
+   pollfd watched{ socket, events, 0 };
+   int count = -1;
+   do
+      count = poll( &watched, 1, millisecondsUntil( end ) );
+   while ( count < 0 && errno == EINTR );
+   return count > 0;
+}
+
+ssize_t receive( int socket, char *chunk, size_t size ) {
+   ssize_t count = -1;
+   do
+      count = recv( socket, chunk, size, 0 );
+   while ( count < 0 && errno == EINTR );
+   return count;
+}
 
 } // namespace
 
-Session::Session( int socket, Dispatcher &dispatcher, std::string refusal, Ended ended )
-   : peer_( peerOf( socket ) ), dispatcher_( dispatcher ), refusal_( std::move( refusal ) ),
-     ended_( std::move( ended ) ), thread_( [this] { serve(); } ) {}
+Session::Session( const Peer &peer, const Limits &limits, Buffers &buffers,
+                  std::unique_ptr<Conversation> conversation, std::string refusal, Ended ended )
+   : peer_( peer ), limits_( limits ), memory_( buffers ),
+     conversation_( std::move( conversation ) ), refusal_( std::move( refusal ) ),
+     ended_( std::move( ended ) ), idleSince_( Clock::now() ) {}
+
+void Session::start() {
+   thread_ = std::thread( [this] { serve(); } );
+}
 
 Session::~Session() {
    end();
-   thread_.join();
+   if ( thread_.joinable() )
+      thread_.join();
    close( peer_.socket );
 }
 
 // Wakes the thread wherever it waits at the socket.
 void Session::end() { shutdown( peer_.socket, SHUT_RDWR ); }
 
+// Bytes that have come stay there to be received.
+void Session::giveWay() { shutdown( peer_.socket, SHUT_RD ); }
+
+std::optional<Session::Clock::time_point> Session::idleSince() const {
+   int unread = 0;
+   if ( !idle_ || ioctl( peer_.socket, FIONREAD, &unread ) != 0 || unread > 0 )
+      return {};
+   return idleSince_;
+}
+
 void Session::serve() {
-   while ( receiveMore() ) {
+   try {
+      if ( !refused() )
+         converse();
+      else if ( waitFor( peer_.socket, POLLIN, Clock::now() + limits_.frameTime ) )
+         refuse( refusal_ );
+   } catch ( const BuffersFull &full ) {
+      refuse( full.what() );
    }
    end();
    ended_( *this );
 }
 
-// False: the connection has to end.
-bool Session::receiveMore() {
-   char chunk[16384];
-   ssize_t count = -1;
-   do
-      count = recv( peer_.socket, chunk, sizeof chunk, 0 );
-   while ( count < 0 && errno == EINTR );
-   if ( count <= 0 )
-      return false;
-   // Usually it is one whole frame. Of a long one nothing is copied twice.
-   std::string_view bytes( chunk, static_cast<size_t>( count ) );
-   if ( received_.empty() ) {
-      const bool goesOn = handleFrames( bytes );
-      received_ = bytes;
-      return goesOn;
+void Session::converse() {
+   while ( waitForBytes() && receiveMore() ) {
    }
-   received_ += bytes;
-   bytes = received_;
-   const bool goesOn = handleFrames( bytes );
-   received_.erase( 0, received_.size() - bytes.size() );
-   if ( received_.empty() && received_.capacity() > largestKept )
-      received_ = std::string();
-   return goesOn;
 }
 
-// Handles all whole frames and leaves the rest.
-bool Session::handleFrames( std::string_view &bytes ) {
+// Meanwhile the client gets what is in the outbox. Returns false when the connection has to end.
+bool Session::waitForBytes() {
+   Outbox *const outbox = conversation_->outbox();
+   if ( !outbox && !frameEnd_ )
+      return true; // recv() waits
+   for ( ;; ) {
+      const int patience = frameEnd_ ? millisecondsUntil( *frameEnd_ ) : -1;
+      if ( patience == 0 ) {
+         refuse( fmt::format( "a frame was not complete {} ms after its first byte",
+                              limits_.frameTime.count() ) );
+         return false;
+      }
+      const bool sends = !unsent_.empty();
+      pollfd watched[] = { { peer_.socket, static_cast<short>( POLLIN | ( sends ? POLLOUT : 0 ) ),
+                             0 },
+                           { outbox && !sends ? outbox->event() : -1, POLLIN, 0 } };
+      if ( poll( watched, 2, patience ) <= 0 )
+         continue;
+      if ( ( sends || watched[1].revents ) && !sendFromOutbox( *outbox ) )
+         return false;
+      if ( watched[0].revents & ~POLLOUT )
+         return true;
+   }
+}
+
+// A client may stop reading for as long as it likes: what it misses is counted.
+bool Session::sendFromOutbox( Outbox &outbox ) {
+   if ( unsent_.empty() )
+      unsent_ = outbox.take();
+   const ssize_t count =
+      ::send( peer_.socket, unsent_.data(), unsent_.size(), MSG_NOSIGNAL | MSG_DONTWAIT );
+   if ( count < 0 )
+      return errno == EAGAIN || errno == EINTR;
+   unsent_.erase( 0, static_cast<size_t>( count ) );
+   idleSince_ = Clock::now();
+   return true;
+}
+
+// False: the connection has to end.
+bool Session::receiveMore() {
+   char chunk[chunkBytes];
+   // After a long frame nothing is received with it, so that it stays in the memory it has.
+   const size_t wanted =
+      frameSize_ > received_.size() ? frameSize_ - received_.size() : sizeof chunk;
+   const ssize_t count = receive( peer_.socket, chunk, std::min( wanted, sizeof chunk ) );
+   if ( count <= 0 )
+      return false;
+   idle_ = false;
+   // Usually it is one whole frame. Of a long one nothing is copied twice.
+   const std::string_view bytes( chunk, static_cast<size_t>( count ) );
+   if ( received_.empty() )
+      return handleFrames( bytes );
+   received_ += bytes;
+   return handleFrames( received_ );
+}
+
+// Handles all whole frames of a chunk or of received_, and keeps the rest.
+bool Session::handleFrames( std::string_view bytes ) {
    for ( ;; ) {
       const Sockets::Frame frame = Sockets::firstFrame( bytes );
       switch ( frame.state ) {
       case Sockets::Frame::State::Incomplete:
+         keep( bytes, frame.size );
          return true;
       case Sockets::Frame::State::TooLong:
-         answer( Bus::failure(
-            fmt::format( "a frame of more than {} bytes", Sockets::maxFrameBytes ) ) );
+         refuse( fmt::format( "a frame of more than {} bytes", Sockets::maxFrameBytes ) );
          return false;
       case Sockets::Frame::State::NoLength:
-         answer( Bus::failure( "the length of a frame is not a varint" ) );
+         refuse( "the length of a frame is not a varint" );
          return false;
       case Sockets::Frame::State::Whole:
-         if ( !handleMessage( frame.message ) )
-            return false;
+         conversation_->take( frame.message, memory_ );
          bytes.remove_prefix( frame.size );
+         frameEnd_.reset();
+         if ( received_.capacity() >
+              Buffers::keptBytes ) { // not needed any more, and the answer may be
+            std::string( bytes ).swap( received_ );
+            bytes = received_;
+         }
+         if ( !answer( bytes.empty() ) )
+            return false;
       }
    }
 }
 
-bool Session::handleMessage( std::string_view message ) {
-   if ( refused() ) {
-      answer( Bus::failure( refusal_ ) );
-      return false;
-   }
-   try {
-      Bus::parse( message, request_ );
-      const auto response = dispatcher_.carryOut( request_, peer_ );
-      if ( request_.SpaceUsedLong() > largestKept )
-         request_ = {};
-      return response && answer( *response );
-   } catch ( const Bus::Refused &reason ) {
-      spdlog::warn( "refused: {}", reason.what() );
-      return answer( Bus::failure( reason.what() ) );
-   }
+void Session::keep( std::string_view bytes, size_t frameSize ) {
+   frameSize_ = frameSize;
+   if ( !bytes.empty() && !frameEnd_ )
+      frameEnd_ = Clock::now() + limits_.frameTime;
+   memory_.holds( frameSize );
+   const bool areKept = !received_.empty();
+   if ( areKept )
+      received_.erase( 0, received_.size() - bytes.size() );
+   received_.reserve( frameSize );
+   if ( !areKept )
+      received_ = bytes;
 }
 
-bool Session::answer( const Smbus::TransactionResponse &response ) {
-   const std::string frame = Sockets::framed( response );
-   for ( size_t sent = 0; sent < frame.size(); ) {
+bool Session::answer( bool isLast ) {
+   std::optional<std::string> frame = conversation_->answer( memory_ );
+   if ( !frame )
+      return false;
+   if ( isLast ) { // and not later, since the client may look at once
+      idleSince_ = Clock::now();
+      idle_ = true;
+   }
+   if ( !unsent_.empty() )
+      frame->insert( 0, std::exchange( unsent_, {} ) );
+   if ( !send( *frame ) )
+      return false;
+   frame.reset();
+   memory_.holds( 0 );
+   return true;
+}
+
+bool Session::send( std::string_view bytes ) {
+   std::optional<Clock::time_point> end;
+   while ( !bytes.empty() ) {
       const ssize_t count =
-         send( peer_.socket, frame.data() + sent, frame.size() - sent, MSG_NOSIGNAL );
-      if ( count < 0 && errno != EINTR )
+         ::send( peer_.socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT );
+      if ( count >= 0 ) {
+         bytes.remove_prefix( static_cast<size_t>( count ) );
+         continue;
+      }
+      if ( errno == EINTR )
+         continue;
+      if ( errno != EAGAIN )
          return false;
-      sent += static_cast<size_t>( std::max<ssize_t>( count, 0 ) );
+      if ( !end )
+         end = Clock::now() + limits_.sendTime;
+      if ( !waitFor( peer_.socket, POLLOUT, *end ) ) {
+         spdlog::warn( "process {} did not read its answer within {} ms: its connection ends",
+                       peer_.process, limits_.sendTime.count() );
+         return false;
+      }
    }
    return true;
+}
+
+void Session::refuse( const std::string &reason ) {
+   spdlog::warn( "refused process {}: {}", peer_.process, reason );
+   const std::string frame = conversation_->refusal( reason );
+   conversation_.reset();
+   std::string().swap( received_ );
+   memory_.holds( 0 );
+   if ( send( frame ) )
+      discard();
+}
+
+// A client that still sends its frame would not look for an answer if that failed.
+void Session::discard() {
+   shutdown( peer_.socket, SHUT_WR );
+   const Clock::time_point end = Clock::now() + limits_.frameTime;
+   char chunk[chunkBytes];
+   while ( waitFor( peer_.socket, POLLIN, end ) &&
+           receive( peer_.socket, chunk, sizeof chunk ) > 0 ) {
+   }
 }
 
 } // namespace Smbusd

@@ -9,6 +9,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -26,7 +27,11 @@ Outcome StoppableBus::transfer( const Transfer &transfer ) {
       changed_.notify_all();
       changed_.wait( lock, [this] { return stopAt_.empty(); } );
    }
-   return { transfer.kind == Transfer::Kind::Read ? name_ : "", {} };
+   if ( transfer.kind != Transfer::Kind::Read )
+      return {};
+   std::string data = name_;
+   data.resize( std::max<size_t>( data.size(), transfer.length ) );
+   return { data, {} };
 }
 
 void StoppableBus::stopAt( const std::string &transfer ) {
@@ -50,7 +55,7 @@ std::vector<std::string> StoppableBus::log() const {
    return log_;
 }
 
-RunningServer::RunningServer() {
+RunningServer::RunningServer( const ServerSettings &settings ) : buffers_( settings.buffers ) {
    Busses busses;
    for ( const char *name : { "scd(4):1:2", "i2c:0" } ) {
       auto bus = std::make_unique<StoppableBus>( name );
@@ -59,8 +64,12 @@ RunningServer::RunningServer() {
    }
    dispatcher_ =
       std::make_unique<Dispatcher>( std::move( busses ), clock_, std::chrono::seconds( 2 ) );
-   server_ = std::make_unique<Server>( context_, std::make_unique<Sockets::SocketFile>( path_, "" ),
-                                       *dispatcher_ );
+   server_ =
+      std::make_unique<Server>( context_, std::make_unique<Sockets::SocketFile>( path_, "" ),
+                                conversationsWith( *dispatcher_ ), settings.limits, buffers_ );
+   control_ = std::make_unique<Server>(
+      context_, std::make_unique<Sockets::SocketFile>( controlPath_, "" ),
+      controlConversations( settings.answerControl, tracer_ ), settings.controlLimits, buffers_ );
    thread_ = std::thread( [this] { context_.run(); } );
 }
 
@@ -70,7 +79,7 @@ void RunningServer::waitForQueue( const std::string &bus, size_t length ) const 
 }
 
 RunningServer::~RunningServer() {
-   boost::asio::post( context_, [this] { server_->stop(); } );
+   boost::asio::post( context_, [this] { server_->stop(), control_->stop(); } );
    thread_.join(); // the io_context has no more work
 }
 

@@ -1,4 +1,4 @@
-// A server in the process of the test, on busses that the test can stop.
+// A server in the process of the test, with both its sockets, on busses that the test can stop.
 #pragma once
 
 #include "ManualClock.h"
@@ -6,7 +6,9 @@
 #include "PrivateFolder.h"
 #include "RawClient.h"
 #include "smbus/RootBus.h"
+#include "smbusd/control/ControlConversation.h"
 #include "smbusd/server/Server.h"
+#include "smbusd/server/SmbusConversation.h"
 
 #include <condition_variable>
 #include <map>
@@ -22,7 +24,7 @@ namespace SmbusdTest {
 using TestSupport::ManualClock;
 using TestSupport::RawClient;
 
-// Answers reads with its name. stopAt() makes one transfer wait for goOn().
+// Answers reads with its name, and zeroes behind it. stopAt() makes one transfer wait for goOn().
 class StoppableBus final : public Bus::RootBus {
  public:
    explicit StoppableBus( std::string name ) : name_( std::move( name ) ) {}
@@ -42,10 +44,17 @@ class StoppableBus final : public Bus::RootBus {
    std::vector<std::string> log_;
 };
 
+struct ServerSettings {
+   Smbusd::Limits limits{ .clientsPerProcess = 128 };
+   Smbusd::Limits controlLimits{ .clients = 16, .clientsPerProcess = 16 };
+   size_t buffers = 64u << 20;
+   Smbusd::AnswerControl answerControl = Smbusd::answerWithoutBoard;
+};
+
 class RunningServer {
  public:
    // Has the busses scd(4):1:2 and i2c:0.
-   RunningServer();
+   explicit RunningServer( const ServerSettings &settings = {} );
    ~RunningServer();
 
    StoppableBus &bus( const std::string &name ) { return *busses_.at( name ); }
@@ -54,15 +63,22 @@ class RunningServer {
    Smbusd::Dispatcher &dispatcher() { return *dispatcher_; }
    ManualClock &clock() { return clock_; }
    const std::string &path() const { return path_; }
+   const std::string &controlPath() const { return controlPath_; }
+   Smbusd::Buffers &buffers() { return buffers_; }
+   Bus::Tracer &tracer() { return tracer_; }
 
  private:
    TestSupport::PrivateFolder folder_;
    const std::string path_ = folder_.file( "smbus.sock" );
+   const std::string controlPath_ = folder_.file( "smbus.sock.control" );
    ManualClock clock_;
    std::map<std::string, StoppableBus *> busses_;
    boost::asio::io_context context_;
+   Smbusd::Buffers buffers_;
    std::unique_ptr<Smbusd::Dispatcher> dispatcher_;
+   Bus::Tracer tracer_;
    std::unique_ptr<Smbusd::Server> server_;
+   std::unique_ptr<Smbusd::Server> control_;
    std::thread thread_;
 };
 

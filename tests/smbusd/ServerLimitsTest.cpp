@@ -1,12 +1,7 @@
-#include "PlatformLibrary/PLSocket.h"
 #include "Requests.h"
 #include "RunningServer.h"
 
 #include <gtest/gtest.h>
-
-#include <unistd.h>
-
-#include <cstdlib>
 
 namespace SmbusdTest {
 
@@ -18,7 +13,6 @@ using TestSupport::read; // not the system's
 class ServerLimitsTest : public ::testing::Test {
  protected:
    RunningServer server;
-   const std::string tooMany = "too many clients: 64 are connected";
 };
 
 TEST_F( ServerLimitsTest, AnswersAFrameOfSixteenMebibytes ) {
@@ -57,46 +51,6 @@ TEST_F( ServerLimitsTest, RefusesMoreThan4096RequestsAndKeepsTheConnection ) {
    *many.add_request() = read( 0x48, 0, 1 );
    EXPECT_EQ( client.ask( many ).error(), "more than 4096 requests in a transaction" );
    EXPECT_FALSE( client.ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
-}
-
-TEST_F( ServerLimitsTest, ServesSixtyFourClientsAndRefusesTheNext ) {
-   std::vector<std::unique_ptr<RawClient>> clients;
-   for ( int i = 0; i < 64; ++i ) {
-      clients.push_back( std::make_unique<RawClient>( server.path() ) );
-      ASSERT_FALSE( clients.back()->ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
-   }
-   RawClient next( server.path() );
-   const auto response = next.ask( transaction( read( 0x48, 0, 1 ) ) );
-   EXPECT_TRUE( response.failed() );
-   EXPECT_EQ( response.error(), tooMany );
-   EXPECT_FALSE( next.receive() );
-   EXPECT_FALSE( clients[0]->ask( transaction( read( 0x48, 0, 1 ) ) ).failed() );
-
-   clients.pop_back();
-   clients[0]->ask( {} );
-   // The place becomes free when the server has noticed the disconnect.
-   for ( int i = 0; i < 1000; ++i ) {
-      if ( !RawClient( server.path() ).ask( transaction( read( 0x48, 0, 1 ) ) ).failed() )
-         return;
-   }
-   FAIL() << "the place was never free again";
-}
-
-TEST_F( ServerLimitsTest, RefusesTheClientLibraryWhenThereAreTooManyClients ) {
-   std::vector<std::unique_ptr<RawClient>> clients;
-   for ( int i = 0; i < 64; ++i ) {
-      clients.push_back( std::make_unique<RawClient>( server.path() ) );
-      clients.back()->ask( {} );
-   }
-   setenv( "ORBIS_SMBUS_SOCKET", server.path().c_str(), 1 );
-   PlatformLibrary::PLSocket socket;
-   ASSERT_EQ( socket.setup(), 0 );
-   Smbus::TransactionRequest request = transaction( read( 0x48, 0, 1 ) );
-   Smbus::TransactionResponse *response = nullptr;
-   ASSERT_GE( socket.sendRequestWait( &request, &response ), 0 );
-   EXPECT_EQ( response->error(), tooMany );
-   delete response;
-   close( socket.fd );
 }
 
 } // namespace

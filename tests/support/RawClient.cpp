@@ -36,7 +36,7 @@ void RawClient::send( const Smbus::TransactionRequest &request ) {
    send( Sockets::framed( request ) );
 }
 
-std::optional<Smbus::TransactionResponse> RawClient::receive() {
+std::optional<std::string> RawClient::receiveMessage() {
    std::string bytes;
    Sockets::Frame frame;
    while ( ( frame = Sockets::firstFrame( bytes ) ).state == Sockets::Frame::State::Incomplete ) {
@@ -45,8 +45,15 @@ std::optional<Smbus::TransactionResponse> RawClient::receive() {
          return {};
       bytes += byte;
    }
+   return std::string( frame.message );
+}
+
+std::optional<Smbus::TransactionResponse> RawClient::receive() {
+   const auto message = receiveMessage();
+   if ( !message )
+      return {};
    Smbus::TransactionResponse response;
-   response.ParseFromArray( frame.message.data(), static_cast<int>( frame.message.size() ) );
+   response.ParseFromString( *message );
    return response;
 }
 

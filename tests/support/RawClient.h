@@ -17,7 +17,9 @@ class RawClient {
 
    void send( const std::string &bytes );
    void send( const Smbus::TransactionRequest & );
-   std::optional<Smbus::TransactionResponse> receive(); // nothing: the connection has ended
+   // Nothing: the connection has ended.
+   std::optional<std::string> receiveMessage();
+   std::optional<Smbus::TransactionResponse> receive();
    Smbus::TransactionResponse ask( const Smbus::TransactionRequest & );
    void leave();
 

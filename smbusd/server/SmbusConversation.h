@@ -1,0 +1,33 @@
+#pragma once
+
+#include "smbusd/server/Conversation.h"
+#include "smbusd/server/Dispatcher.h"
+
+namespace Smbusd {
+
+// Has a client's transactions carried out.
+class SmbusConversation final : public Conversation {
+ public:
+   SmbusConversation( Dispatcher &dispatcher, const Peer &peer )
+      : dispatcher_( dispatcher ), peer_( peer ) {}
+
+   void take( std::string_view message, Buffers::Part & ) override;
+   std::optional<std::string> answer( Buffers::Part & ) override;
+   std::string refusal( const std::string &reason ) const override;
+
+ private:
+   Dispatcher &dispatcher_;
+   const Peer peer_;
+   Smbus::TransactionRequest request_; // used again, so that its memory is, too
+   size_t requestBytes_ = 0;
+   std::string wrong_; // why the message is not a transaction
+};
+
+// The dispatcher outlives the conversations.
+inline MakeConversation conversationsWith( Dispatcher &dispatcher ) {
+   return [&dispatcher]( const Peer &peer ) {
+      return std::make_unique<SmbusConversation>( dispatcher, peer );
+   };
+}
+
+} // namespace Smbusd
