@@ -109,16 +109,17 @@ void describeDump( CLI::App &app, Options &options ) {
    } );
 }
 
+Bus::RootBusId busOrComplain( const std::string &text ) {
+   return orComplain( Bus::parseRootBusId( text ),
+                      "not a bus: " + text + "; write it as i2c:0 or scd(4):1:2" );
+}
+
 void describeScan( CLI::App &app, Options &options ) {
    auto *command = app.add_subcommand( "scan", "Show which addresses of a bus answer" );
    command
       ->add_option_function<std::string>(
          "BUS",
-         [&options]( const std::string &text ) {
-            options.target.bus =
-               orComplain( Bus::parseRootBusId( text ),
-                           "not a bus: " + text + "; write it as i2c:0 or scd(4):1:2" );
-         },
+         [&options]( const std::string &text ) { options.target.bus = busOrComplain( text ); },
          "Like an address, without the chip: i2c:0, scd(4):1:2" )
       ->required();
 }
@@ -148,9 +149,46 @@ void describeSim( CLI::App &app, Options &options ) {
 
 void describeTrace( CLI::App &app, Options &options ) {
    auto *trace = app.add_subcommand(
-      "trace", "Print every transfer of a simulated board, until Ctrl-C; or print a recording" );
-   trace->add_option( "FILE", options.recording, "A recording of orbis-smbusd --record" );
+      "trace", "Print every transfer of a simulated board, until Ctrl-C; or the last transfers of "
+               "any server; or a recording" );
+   auto *file =
+      trace->add_option( "FILE", options.recording, "A recording of orbis-smbusd --record" );
+   auto *last = trace
+                   ->add_option_function<std::string>(
+                      "--last",
+                      [&options]( const std::string &text ) {
+                         options.past = true;
+                         if ( !text.empty() )
+                            options.pastBus = toString( busOrComplain( text ) );
+                      },
+                      "Print the last transfers of this bus, or of all, and end" )
+                   ->expected( 0, 1 )
+                   ->default_str( "" )
+                   ->option_text( "[BUS]" )
+                   ->excludes( file );
+   trace
+      ->add_flag( "--failures", options.failures,
+                  "With --last: only what led to the last failed transactions" )
+      ->needs( last );
+   trace
+      ->add_flag( "--vcd", options.vcd,
+                  "With --last: SDA and SCL as a value change dump, for wave viewers and sigrok" )
+      ->needs( last );
    addControl( *trace, options );
+   trace->footer( "Example: orbis-smbus trace --last 'scd(4):1:2' --vcd > bus.vcd" );
+}
+
+void describeTop( CLI::App &app, Options &options ) {
+   auto *top = app.add_subcommand(
+      "top", "Show how busy the server's busses are, and with what, until Ctrl-C" );
+   top->add_option( "--interval", options.interval, "Seconds from one table to the next" )
+      ->check( CLI::Range( 0.1, 3600.0 ) )
+      ->capture_default_str();
+   top->add_option( "--count", options.count,
+                    "End after so many tables; the first one is of all since the server's start" )
+      ->check( CLI::Range( 1u, 1'000'000u ) );
+   top->add_flag( "--chips", options.chips, "With a row for each chip; JSON always has them" );
+   addControl( *top, options );
 }
 
 void describe( CLI::App &app, Options &options ) {
@@ -178,6 +216,7 @@ void describe( CLI::App &app, Options &options ) {
    describeScan( app, options );
    describeSim( app, options );
    describeTrace( app, options );
+   describeTop( app, options );
    app.footer( "Exit codes: 0 done, 1 a transfer failed, 2 wrong usage, 3 no connection to the "
                "server." );
 }

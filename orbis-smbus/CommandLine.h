@@ -14,7 +14,7 @@ enum ExitCode { Done = 0, TransferFailed = 1, WrongUsage = 2, NoServer = 3 };
 
 // What the user asks for.
 struct Options {
-   std::string command; // read, write, dump, scan, sim or trace
+   std::string command; // read, write, dump, scan, sim, trace or top
    std::string socket;  // empty: the default
    bool json = false;
    unsigned retries = 0;
@@ -30,6 +30,13 @@ struct Options {
    std::string done;          // that command in words, for a user to see that it is done
    std::string scenario;      // to play; empty for other commands
    std::string recording;     // to print; empty: trace the running server
+   bool past = false;         // trace what has passed, not what passes
+   std::string pastBus;       // empty: of all busses
+   bool failures = false;     // only what led to the last failures
+   bool vcd = false;          // as a value change dump
+   double interval = 1;       // of top, in seconds
+   unsigned count = 0;        // intervals; 0: no end
+   bool chips = false;        // a row for each
 };
 
 // Fills the options. When there is nothing more to do, prints the help, the version or what is

@@ -1,15 +1,21 @@
 #include "orbis-smbus/Commands.h"
 
 #include "orbis-smbus/ControlConnection.h"
+#include "orbis-smbus/LoadOutput.h"
 #include "orbis-smbus/Output.h"
 #include "orbis-smbus/Scenario.h"
 #include "orbis-smbus/ServerConnection.h"
+#include "orbis-smbus/Vcd.h"
 #include "smbus/RecordingFile.h"
 #include "smbus/RootBus.h"
 
+#include <unistd.h>
+
+#include <chrono>
 #include <cstdio>
 #include <fmt/format.h>
 #include <map>
+#include <thread>
 
 namespace SmbusClient {
 
@@ -30,6 +36,18 @@ std::string controlPath( const Options &options ) {
    if ( !options.control.empty() )
       return options.control;
    return serverPath() + ".control";
+}
+
+void traceLast( const Options &options ) {
+   SmbusControl::Request request;
+   request.mutable_last()->set_bus( options.pastBus );
+   request.mutable_last()->set_failures( options.failures );
+   ControlConnection server( controlPath( options ) );
+   const SmbusControl::Response response = server.ask( request );
+   if ( options.vcd )
+      return print( formatVcd( response.passed() ) );
+   for ( const SmbusControl::Transfer &transfer : response.passed() )
+      print( formatTransfer( transfer, options.json ) );
 }
 
 } // namespace
@@ -107,6 +125,8 @@ void trace( const Options &options ) {
       return Bus::readRecording( options.recording, [&]( const SmbusRecording::Entry &entry ) {
          print( formatEntry( entry, options.json ) );
       } );
+   if ( options.past )
+      return traceLast( options );
    ControlConnection board( controlPath( options ) );
    SmbusControl::Request request;
    request.set_trace( true );
@@ -114,6 +134,24 @@ void trace( const Options &options ) {
    for ( ;; ) {
       print( formatTransfer( board.receive().transfer(), options.json ) );
       std::fflush( stdout );
+   }
+}
+
+void top( const Options &options ) {
+   SmbusControl::Request request;
+   request.set_load( true );
+   ControlConnection server( controlPath( options ) );
+   // Each table overwrites the one before.
+   const bool redraw = isatty( STDOUT_FILENO ) && !options.json && options.count != 1;
+   SmbusControl::Response before;
+   for ( unsigned i = 0; options.count == 0 || i < options.count; ++i ) {
+      if ( i > 0 )
+         std::this_thread::sleep_for( std::chrono::duration<double>( options.interval ) );
+      SmbusControl::Response now = server.ask( request );
+      print( ( redraw ? "\x1b[H\x1b[J" : "" ) +
+             formatLoad( before, now, options.chips, options.json ) );
+      std::fflush( stdout );
+      before = std::move( now );
    }
 }
 

@@ -16,8 +16,10 @@ void scan( const Options & );
 
 // Controls a simulated board.
 void sim( const Options & );
-// Runs until the server ends. Or prints a recording, and throws RecordingError where that is
-// damaged.
+// Runs until the server ends. Or prints what has passed. Or prints a recording, and throws
+// RecordingError where that is damaged.
 void trace( const Options & );
+// Runs until the server ends, or for as many tables as were asked for.
+void top( const Options & );
 
 } // namespace SmbusClient

@@ -19,6 +19,16 @@ std::string valueOf( const SmbusControl::Quantity &quantity ) {
                        quantity.unit() );
 }
 
+// What is known of a transfer that has passed.
+void addWires( Json &to, const SmbusControl::Transfer &transfer ) {
+   add( to, "segment", transfer.segment() );
+   add( to, "process", uint64_t{ transfer.process() } );
+   add( to, "took", static_cast<double>( transfer.wires().took_ns() ) / 1e9 );
+   if ( transfer.wires().has_bytes() )
+      add( to, "bytesOnTheWires", uint64_t{ transfer.wires().bytes() } );
+   add( to, "cut", transfer.wires().cut() );
+}
+
 } // namespace
 
 std::string formatQuantity( const SmbusControl::Quantity &quantity, bool json ) {
@@ -94,17 +104,22 @@ std::string formatTransfer( const SmbusControl::Transfer &transfer, bool json ) 
          addBytes( to, "read", transfer.read() );
          add( to, "error", transfer.error() );
          add( to, "lost", transfer.lost() );
+         if ( transfer.has_wires() )
+            addWires( to, transfer );
       } );
    std::string line =
       transfer.lost() ? fmt::format( "({} transfers lost)\n", transfer.lost() ) : "";
+   const std::string &from = transfer.has_wires() ? transfer.segment() : transfer.chip();
    line += fmt::format( "{:12.6f} {:14} {:16} {}", transfer.seconds(), transfer.bus(),
-                        transfer.chip().empty() ? "-" : transfer.chip(), transfer.operation() );
+                        from.empty() ? "-" : from, transfer.operation() );
    if ( !transfer.written().empty() )
       line += ":" + hex( transfer.written() );
    if ( !transfer.error().empty() )
       line += ": " + transfer.error();
    else if ( !transfer.read().empty() )
       line += " ->" + hex( transfer.read() );
+   if ( transfer.wires().cut() > 0 )
+      line += fmt::format( " (and {} bytes)", transfer.wires().cut() );
    return line + "\n";
 }
 

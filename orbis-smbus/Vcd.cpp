@@ -120,6 +120,8 @@ class Lines {
                           "$end\n$upscope $end\n",
                           bus, scl_, sda_ );
    }
+   // A period behind the last stop.
+   uint64_t end() const { return now_ + 4 * quarter_; }
    std::string atRest() const { return fmt::format( "1{}\n1{}\n", scl_, sda_ ); }
 
    void draw( uint64_t begun, const Bytes &bytes ) {
@@ -218,7 +220,10 @@ std::string formatVcd( const google::protobuf::RepeatedPtrField<Transfer> &trans
          text += fmt::format( "#{}\n", time = change.time );
       text += change.line + '\n';
    }
-   return text;
+   // Readers take what comes last to last until here.
+   for ( const auto &[bus, two] : lines )
+      time = std::max( time, two.end() );
+   return text + fmt::format( "#{}\n", time );
 }
 
 } // namespace SmbusClient

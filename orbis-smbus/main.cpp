@@ -20,8 +20,8 @@ using namespace SmbusClient;
 
 void carryOut( const Options &options ) {
    const std::map<std::string, void ( * )( const Options & )> commands{
-      { "read", read }, { "write", write }, { "dump", dump },
-      { "scan", scan }, { "sim", sim },     { "trace", trace }
+      { "read", read }, { "write", write }, { "dump", dump }, { "scan", scan },
+      { "sim", sim },   { "trace", trace }, { "top", top }
    };
    commands.at( options.command )( options );
 }

@@ -21,6 +21,11 @@ void describeSources( CLI::App &app, Options &options ) {
       ->check( CLI::Range( 0.0, 1e6 ) )
       ->needs( simulate )
       ->capture_default_str();
+   app.add_flag(
+         "--wire-time", options.wireTime,
+         "Each transfer of the simulated board takes as long as its bits do at the clock of "
+         "its bus" )
+      ->needs( simulate );
    app.add_option_function<std::vector<std::string>>(
          "--export-adapter",
          [&options]( const std::vector<std::string> &texts ) {

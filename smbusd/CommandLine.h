@@ -26,6 +26,7 @@ struct Options {
    unsigned transactionLimit = 2000; // ms
    unsigned clientsPerProcess = 16;
    double speed = 1;                 // of the simulation
+   bool wireTime = false;            // its transfers take as long as on real wires
 
    std::string routesToCheck; // empty: serve
    bool elsewhere = false;    // the routes are another machine's

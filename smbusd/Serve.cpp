@@ -3,6 +3,8 @@
 #include "simulator/board/Controls.h"
 #include "simulator/board/SimulatedBoard.h"
 #include "simulator/board/SimulationClock.h"
+#include "simulator/bus/WireTimedBus.h"
+#include "smbusd/accounts/Report.h"
 #include "smbusd/control/ControlConversation.h"
 #include "smbusd/export/ExportedAdapter.h"
 #include "smbusd/record/Recorder.h"
@@ -46,8 +48,9 @@ struct Simulation {
    Simulator::Controls controls{ board.bench(), clock };
 };
 
-Bus::Busses routed( const std::string &path, Bus::Busses simulated ) {
-   const auto routes = BoardFiles::loadRoutes( path );
+// Adds the clocks of the wires that the routes say.
+Bus::Busses routed( const BoardFiles::RoutesFile &routes, Bus::Busses simulated,
+                    WireClocks &wireClocks ) {
    RoutedBusses busses( std::move( simulated ), {} );
    for ( const BoardFiles::Route &route : routes.routes ) {
       busses.add( route,
@@ -55,6 +58,8 @@ Bus::Busses routed( const std::string &path, Bus::Busses simulated ) {
       if ( !busses.description().empty() )
          spdlog::info( "{} is {}", toString( route.bus ), busses.description() );
    }
+   for ( const auto &[bus, clock] : busses.wireClocks() )
+      wireClocks[bus] = clock;
    return busses.take();
 }
 
@@ -64,10 +69,17 @@ Executors executorsFor( const Options &options, Simulation *simulation, const Bu
          if ( asSlow )
             std::this_thread::sleep_for( took );
       } );
-   Bus::Busses busses = simulation ? simulation->board.busses() : Bus::Busses();
+   Bus::Busses busses;
+   WireClocks wireClocks;
+   if ( simulation ) {
+      busses = simulation->board.busses();
+      wireClocks = simulation->board.wireClocks();
+      if ( options.wireTime )
+         busses = Simulator::wireTimed( std::move( busses ), wireClocks );
+   }
    if ( !options.routes.empty() )
-      busses = routed( options.routes, std::move( busses ) );
-   return executorsOn( std::move( busses ), clock );
+      busses = routed( BoardFiles::loadRoutes( options.routes ), std::move( busses ), wireClocks );
+   return executorsOn( std::move( busses ), clock, wireClocks );
 }
 
 std::vector<std::unique_ptr<Export::ExportedAdapter>> exportAdapters( const Options &options,
@@ -142,12 +154,17 @@ void serve( const Options &options ) {
    Server server( context, listenAt( options.socket ), conversationsWith( dispatcher ), limits,
                   buffers );
    const auto exported = exportAdapters( options, simulation ? &*simulation : nullptr );
-   AnswerControl answer = answerWithoutBoard;
+   AnswerControl askBoard = answerWithoutBoard;
    if ( simulation )
-      answer = std::bind_front( &Simulator::Controls::answer, &simulation->controls );
+      askBoard = std::bind_front( &Simulator::Controls::answer, &simulation->controls );
+   const auto answer = [&clock, askBoard,
+                        accounts = dispatcher.accounts()]( const SmbusControl::Request &request ) {
+      const bool ofAccounts = request.has_load() || request.has_last();
+      return ofAccounts ? report( request, accounts, clock.now() ) : askBoard( request );
+   };
    Server control(
       context, listenAt( options.control.empty() ? options.socket + ".control" : options.control ),
-      controlConversations( std::move( answer ), tracer ), controlLimits, buffers );
+      controlConversations( answer, tracer ), controlLimits, buffers );
    boost::asio::signal_set signals( context, SIGTERM, SIGINT );
    signals.async_wait( [&]( const auto &, int number ) {
       spdlog::info( "stopping on {}", number == SIGTERM ? "SIGTERM" : "SIGINT" );

@@ -70,7 +70,8 @@ size_t BusAccount::segmentBehind( uint8_t mux, uint8_t select ) {
 
 void BusAccount::add( const Bus::Transfer &transfer, const Bus::Outcome &outcome, Mux mux,
                       Time begun, Time took ) {
-   const Bus::WireCount count = Bus::onTheWires( transfer, outcome );
+   const Bus::WireCount count =
+      hasWires() ? Bus::onTheWires( transfer, outcome ) : Bus::WireCount();
    const std::lock_guard lock( mutex_ );
    totals_.add( count, took, !outcome.ok() );
    segments_[segment_].totals.add( count, took, !outcome.ok() );
@@ -133,9 +134,9 @@ BusAccount::Figures BusAccount::figures() const {
    return figures;
 }
 
-void BusAccount::eachLast( bool ofFailures, const PassedTransfers::Handle &handle ) const {
+std::vector<PassedTransfer> BusAccount::last( bool ofFailures ) const {
    const std::lock_guard lock( mutex_ );
-   ofFailures ? passed_.eachOfFailures( handle ) : passed_.each( handle );
+   return ofFailures ? passed_.ofFailures() : passed_.last();
 }
 
 std::vector<BusAccount::Segment> BusAccount::segments() const {

@@ -70,6 +70,7 @@ class BusAccount {
 
    const Bus::RootBusId &bus() const { return bus_; }
    uint32_t clock() const { return clock_; }
+   bool hasWires() const { return bus_.master != Bus::Master::IoPort; }
 
    // A copy of the figures.
    struct Figures {
@@ -83,8 +84,8 @@ class BusAccount {
    };
    Figures figures() const;
 
-   // The callback must not call this account.
-   void eachLast( bool ofFailures, const PassedTransfers::Handle & ) const;
+   // Copies of the last transfers, or of what led to the last failures, in the order of time.
+   std::vector<PassedTransfer> last( bool ofFailures ) const;
    // The selections that lead to a segment, the outermost first: "0x70=1 0x71=4". Empty: the root
    // bus.
    static std::string pathTo( const std::vector<Segment> &, size_t segment );

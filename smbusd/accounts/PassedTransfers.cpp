@@ -52,20 +52,22 @@ void PassedTransfers::keepFailure() {
       failure.push_back( at( age ) );
 }
 
-void PassedTransfers::each( const Handle &handle ) const {
+std::vector<PassedTransfer> PassedTransfers::last() const {
+   std::vector<PassedTransfer> list;
+   list.reserve( ring_.size() );
    for ( size_t age = ring_.size(); age-- > 0; )
-      handle( at( age ) );
+      list.push_back( at( age ) );
+   return list;
 }
 
 // Two failures soon after each other have some transfers in common.
-void PassedTransfers::eachOfFailures( const Handle &handle ) const {
-   uint64_t last = 0;
+std::vector<PassedTransfer> PassedTransfers::ofFailures() const {
+   std::vector<PassedTransfer> list;
    for ( const auto &failure : failures_ )
       for ( const PassedTransfer &passed : failure )
-         if ( passed.number > last ) {
-            last = passed.number;
-            handle( passed );
-         }
+         if ( list.empty() || passed.number > list.back().number )
+            list.push_back( passed );
+   return list;
 }
 
 } // namespace Smbusd

@@ -6,7 +6,6 @@
 #include "smbusd/Peer.h"
 
 #include <deque>
-#include <functional>
 #include <vector>
 
 namespace Smbusd {
@@ -30,16 +29,14 @@ class PassedTransfers {
    static constexpr size_t keptBefore = 16;   // transfers of a failure, with the failed one
    static constexpr size_t failuresKept = 8;
 
-   using Handle = std::function<void( const PassedTransfer & )>;
-
    void add( Bus::Clock::Time begun, Bus::Clock::Time took, const Bus::Transfer &,
              const Bus::Outcome &, size_t segment, const Peer &client );
    // The transaction of the last transfer has failed: keeps a copy of what passed until then.
    void keepFailure();
 
    // In the order of time.
-   void each( const Handle & ) const;
-   void eachOfFailures( const Handle & ) const;
+   std::vector<PassedTransfer> last() const;
+   std::vector<PassedTransfer> ofFailures() const;
 
  private:
    const PassedTransfer &at( size_t age ) const; // 0 is the newest

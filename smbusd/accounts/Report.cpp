@@ -97,12 +97,12 @@ void describe( const PassedTransfer &passed, uint32_t clock, SmbusControl::Trans
 void addLast( const BusAccount &account, bool failures, SmbusControl::Response &response ) {
    const SegmentNames names( account.segments() );
    const std::string bus = toString( account.bus() );
-   account.eachLast( failures, [&]( const PassedTransfer &passed ) {
+   for ( const PassedTransfer &passed : account.last( failures ) ) {
       SmbusControl::Transfer &to = *response.add_passed();
       describe( passed, account.clock(), to );
       to.set_bus( bus );
       to.set_segment( names.of( passed.segment ) );
-   } );
+   }
 }
 
 std::string namesOf( const Accounts &accounts ) {
@@ -132,7 +132,7 @@ SmbusControl::Response report( const SmbusControl::Request &request, const Accou
       SmbusControl::BusLoad &load = *response.add_bus();
       load.set_bus( name );
       load.set_clock( account->clock() );
-      load.set_wires( account->bus().master != Bus::Master::IoPort );
+      load.set_wires( account->hasWires() );
       describe( account->figures(), account->clock(), load );
    }
    if ( !found )

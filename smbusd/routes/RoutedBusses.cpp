@@ -12,6 +12,8 @@ using namespace Linux;
 
 void RoutedBusses::add( const BoardFiles::Route &route, const Warn &warn ) {
    description_.clear();
+   if ( route.clock )
+      wireClocks_[route.bus] = *route.clock;
    busses_.emplace(
       route.bus,
       std::visit( [&]( const auto &to ) { return make( route, to, warn ); }, route.to ) );

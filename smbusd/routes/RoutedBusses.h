@@ -25,6 +25,8 @@ class RoutedBusses {
 
    // All that were added. What is asked for in a transfer is what the routes name, nothing else.
    Bus::Busses take() { return std::move( busses_ ); }
+   // Of the wires, in Hz, of those busses whose routes say it.
+   const std::map<Bus::RootBusId, uint32_t> &wireClocks() const { return wireClocks_; }
    // What carries the bus that was added last, for people.
    const std::string &description() const { return description_; }
 
@@ -40,6 +42,7 @@ class RoutedBusses {
    const Linux::Places places_;
    std::map<unsigned, std::string> adapters_; // by number, the place of the route there
    Bus::Busses busses_;
+   std::map<Bus::RootBusId, uint32_t> wireClocks_;
    std::string description_;
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "smbusd/Peer.h"
 #include "smbusd/server/Buffers.h"
-#include "smbusd/server/Peer.h"
 
 #include <functional>
 #include <memory>
