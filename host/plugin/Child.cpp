@@ -23,6 +23,8 @@ namespace {
 
 using boost::asio::local::stream_protocol;
 
+constexpr std::chrono::milliseconds longestWait( 100 ); // of a reading that is to be sent
+
 class Child {
  public:
    Child( int socket, int page )
@@ -55,13 +57,17 @@ class Child {
    void handle( const std::string &message ) {
       const auto command = decodeCommand( message );
       isAnswering_ = true;
+      sent_ = std::chrono::steady_clock::now();
       const Done done =
          command ? std::visit( [this]( const auto &what ) { return execute( what ); }, *command )
                  : Done{ Fault{ .words = "the command can't be read" } };
       isAnswering_ = false;
+      end( done );
+      sendNow();
+   }
+   void end( const Done &done ) {
       page_.operationEnds();
       sendLater( done );
-      sendNow();
    }
 
    // The parent finds it on the page if the plug-in ends this process before it is sent.
@@ -75,6 +81,7 @@ class Child {
    }
    void sendNow() { send( page_.take() ); }
    void send( std::string_view messages ) {
+      sent_ = std::chrono::steady_clock::now();
       boost::system::error_code ignored; // receive() notices when the parent ended
       boost::asio::write( socket_, boost::asio::buffer( messages ), ignored );
    }
@@ -94,8 +101,12 @@ class Child {
          sendNow();
    }
 
+   // What was read long ago must not wait for an operation that may take long.
    void begins( std::string_view operation ) {
-      page_.operationBegins( operation, std::chrono::steady_clock::now() );
+      const auto now = std::chrono::steady_clock::now();
+      page_.operationBegins( operation, now );
+      if ( now - sent_ > longestWait && !page_.unsent().empty() )
+         sendNow();
    }
 
    Done execute( const LoadCommand &load ) {
@@ -133,10 +144,16 @@ class Child {
    }
 
    Done execute( const ReadCommand &command ) {
-      return guard( [&] {
-         read( records_.at( command.object ), sink() );
-         return Done{};
-      } );
+      std::optional<Done> done;
+      for ( const size_t object : command.objects ) {
+         if ( done )
+            end( *done );
+         done = guard( [&] {
+            read( records_.at( object ), sink() );
+            return Done{};
+         } );
+      }
+      return done.value_or( Done{} );
    }
 
    Done execute( const ActCommand &command ) {
@@ -168,6 +185,7 @@ class Child {
    std::array<char, 4096> chunk_{};
    FrameBuffer input_{};
    bool isAnswering_ = false; // a command runs
+   SharedPage::Time sent_{};  // the last time that something was sent, or a command came
    std::string topology_{};
    TraceFilter filter_{};
    std::optional<Plugin> plugin_{};

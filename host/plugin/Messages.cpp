@@ -33,7 +33,9 @@ void fill( HostChild::Command &message, const AddCommand &command ) {
 }
 
 void fill( HostChild::Command &message, const ReadCommand &read ) {
-   message.mutable_read()->set_object( static_cast<uint32_t>( read.object ) );
+   message.mutable_read(); // also where there are no objects
+   for ( const size_t object : read.objects )
+      message.mutable_read()->add_objects( static_cast<uint32_t>( object ) );
 }
 
 void fill( HostChild::Command &message, const ActCommand &command ) {
@@ -181,7 +183,7 @@ std::optional<Command> decodeCommand( std::string_view bytes ) {
    case HostChild::Command::kAdd:
       return toCommand( message.add() );
    case HostChild::Command::kRead:
-      return ReadCommand{ message.read().object() };
+      return ReadCommand{ { message.read().objects().begin(), message.read().objects().end() } };
    case HostChild::Command::kAct:
       return toCommand( message.act() );
    default:

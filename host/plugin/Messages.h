@@ -36,9 +36,9 @@ struct AddCommand {
    size_t object = 0;
    BoardFiles::ObjectDescription description{};
 };
-// Reads all values of an object that was added.
+// Reads all values of objects that were added, one after the other. Each has a Done of its own.
 struct ReadCommand {
-   size_t object = 0;
+   std::vector<size_t> objects{};
 };
 // Calls one operation of an object. One reading gives its result.
 struct ActCommand {
@@ -53,7 +53,7 @@ struct Trace {
    // For traces of a timer: the object for which the plug-in made the timer.
    std::optional<size_t> timerOwner{};
 };
-// The end of a command. Without a fault it succeeded.
+// The end of a command, or of one object's reading. Without a fault it succeeded.
 struct Done {
    std::optional<Fault> fault{};
 };

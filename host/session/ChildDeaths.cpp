@@ -8,12 +8,8 @@ using What = DeathCause::What;
 DeathCause causeOf( const CurrentCommand &command ) {
    if ( command.operation().empty() ) // the command was sent, but the child had not begun it
       return { What::Unknown };
-   if ( const auto *add = command.as<AddCommand>() )
-      return { What::Object, add->object };
-   if ( const auto *read = command.as<ReadCommand>() )
-      return { What::Object, read->object };
-   if ( const auto *act = command.as<ActCommand>() )
-      return { What::Object, act->object };
+   if ( const auto object = command.object() )
+      return { What::Object, *object };
    return { command.as<InitCommand>() ? What::Connection : What::Plugin };
 }
 

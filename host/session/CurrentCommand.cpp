@@ -11,9 +11,25 @@ void CurrentCommand::operationBegins( const std::string &operation, Time since )
    running_->since = since;
 }
 
-std::optional<Command> CurrentCommand::end() {
+std::optional<Command> CurrentCommand::end( Time now ) {
+   auto *read = running_ ? std::get_if<ReadCommand>( &running_->command ) : nullptr;
+   if ( read && read->objects.size() > 1 ) {
+      const size_t first = read->objects.front();
+      read->objects.erase( read->objects.begin() );
+      operationBegins( "", now );
+      return ReadCommand{ { first } };
+   }
    const auto ended = std::exchange( running_, {} );
    return ended ? std::optional( ended->command ) : std::nullopt;
+}
+
+std::optional<size_t> CurrentCommand::object() const {
+   if ( const auto *add = as<AddCommand>() )
+      return add->object;
+   if ( const auto *act = as<ActCommand>() )
+      return act->object;
+   const auto *read = as<ReadCommand>();
+   return read ? std::optional( read->objects.at( 0 ) ) : std::nullopt;
 }
 
 std::optional<std::string> CurrentCommand::overdue( Time now ) const {

@@ -21,8 +21,11 @@ class CurrentCommand {
 
    void start( const Command &command, Time now ) { running_ = Running{ command, now, {} }; }
    void operationBegins( const std::string &operation, Time since );
-   // The command that was running. Nothing is running from now on.
-   std::optional<Command> end();
+   // The command that was running. Of one that reads several objects, the reading of the first one:
+   // those of the others go on.
+   std::optional<Command> end( Time now );
+   // Nothing is running from now on.
+   void stop() { running_.reset(); }
 
    bool isRunning() const { return running_.has_value(); }
    // The running command where it is of this type, else null.
@@ -30,6 +33,8 @@ class CurrentCommand {
    const Type *as() const {
       return running_ ? std::get_if<Type>( &running_->command ) : nullptr;
    }
+   // The object whose operations run. Nothing where the command is for no object.
+   std::optional<size_t> object() const;
    // The running operation as pl.h names it. Empty before the first one begins.
    std::string operation() const { return running_ ? running_->operation : std::string(); }
 

@@ -137,17 +137,31 @@ void Schedule::startRounds( Time now ) {
 }
 
 // Starts behind the object that was read last. Else, where a round takes longer than a period, the
-// last objects would never be read.
+// last objects would never be read. Objects of one device are read together: each command wakes two
+// processes, and what makes one of them wait would make all of them wait.
 std::optional<Command> Schedule::nextRead() {
    for ( size_t k = 0; k < objects_.size(); ++k ) {
       const size_t i = ( nextRead_ + k ) % objects_.size();
-      if ( objects_[i].up && objects_[i].pending ) {
+      if ( isDue( i ) ) {
          nextRead_ = i + 1;
-         return ReadCommand{ i };
+         return ReadCommand{ dueOfDevice( i ) };
       }
    }
    nextRead_ = 0;
    return {};
+}
+
+bool Schedule::isDue( size_t object ) const {
+   return objects_[object].up && objects_[object].pending;
+}
+
+std::vector<size_t> Schedule::dueOfDevice( size_t object ) const {
+   std::vector<size_t> due = { object };
+   const auto did = board_.objects[object].did;
+   for ( size_t i = 0; did && i < objects_.size(); ++i )
+      if ( i != object && board_.objects[i].did == did && isDue( i ) )
+         due.push_back( i );
+   return due;
 }
 
 Time Schedule::wakeAt( Time now ) const {

@@ -71,6 +71,9 @@ class Schedule {
    bool wantsAdd( size_t object, Time now ) const;
    void startRounds( Time now );
    std::optional<Command> nextRead();
+   bool isDue( size_t object ) const;
+   // The object, and the others of its device that are due.
+   std::vector<size_t> dueOfDevice( size_t object ) const;
    void backOff( BackOff &of, Time now ) const;
 
    const BoardFiles::Board &board_;

@@ -81,7 +81,7 @@ void Session::heard( const Event &event ) {
    if ( const auto *trace = std::get_if<Trace>( &event ) )
       handlers_.trace( *trace );
    supervisor_.heard( event, Clock::now() );
-   if ( !std::holds_alternative<Done>( event ) )
+   if ( !std::holds_alternative<Done>( event ) || supervisor_.isRunning() )
       return;
    pump();
    handlers_.changed();

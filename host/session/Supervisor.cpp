@@ -60,16 +60,18 @@ void Supervisor::heard( const Event &event, Time now ) {
       heardReading( *reading, now );
       classifier_.operationBegins(); // traces from here on belong to the next one
    } else if ( const auto *done = std::get_if<Done>( &event ) ) {
-      const auto command = current_.end();
+      const auto command = current_.end( now );
       deaths_.commandEnded();
       std::visit( [&]( const auto &what ) { ended( what, *done, now ); }, *command );
+      classifier_.operationBegins();
    }
 }
 
 void Supervisor::heardReading( Reading reading, Time now ) {
-   if ( const auto *command = current_.as<ReadCommand>() ) {
-      const Time at = classifier_.classify( reading, command->object, now );
-      record_.read( command->object, reading, at );
+   if ( current_.as<ReadCommand>() ) {
+      const size_t object = current_.object().value();
+      const Time at = classifier_.classify( reading, object, now );
+      record_.read( object, reading, at );
    } else if ( current_.as<ActCommand>() ) {
       classifier_.explain( reading );
       result_ = reading;
@@ -115,13 +117,14 @@ void Supervisor::ended( const AddCommand &command, const Done &done, Time now ) 
 }
 
 void Supervisor::ended( const ReadCommand &command, const Done &done, Time now ) {
+   const size_t object = command.objects.front();
    if ( done.fault ) {
-      schedule_.objectFailed( command.object, now );
-      fail( command.object, *done.fault, now );
+      schedule_.objectFailed( object, now );
+      fail( object, *done.fault, now );
       return;
    }
-   schedule_.objectRead( command.object, classifier_.wantsAnotherRead( command.object ) );
-   record_.good( command.object, now );
+   schedule_.objectRead( object, classifier_.wantsAnotherRead( object ) );
+   record_.good( object, now );
 }
 
 void Supervisor::ended( const ActCommand &command, const Done &done, Time now ) {
@@ -137,7 +140,7 @@ void Supervisor::ended( const ActCommand &command, const Done &done, Time now ) 
 void Supervisor::childDied( const std::string &why, Time now ) {
    const DeathCause cause = deaths_.died( current_, now );
    const bool wasEnded = current_.overdue( now ).has_value(); // it took too long
-   current_.end();
+   current_.stop();
    childStarted();
    const Fault fault{ .words = printable( why ) };
    if ( cause.what == DeathCause::What::Object ) {

@@ -63,6 +63,8 @@ class Supervisor {
    BoardReport report( Time now ) const { return record_.report( now ); }
    // How many objects were brought up, or failed, at least once.
    size_t settled() const { return schedule_.settled(); }
+   // Whether the child has a command that it did not answer yet.
+   bool isRunning() const { return current_.isRunning(); }
    // Whether every object that can be read was read since its turn came last.
    bool roundDone() const { return !current_.isRunning() && schedule_.roundDone(); }
    // Set when the plug-in can't be loaded. Nothing is tried after that.

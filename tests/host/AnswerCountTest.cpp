@@ -6,11 +6,13 @@
 #include "host/plugin/Messages.h"
 #include "host/plugin/SharedPage.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace Host {
@@ -43,10 +45,13 @@ class AnswerCountTest : public ::testing::Test {
       ::waitpid( child_, nullptr, 0 );
    }
 
-   // What the child sends until the command's end: the events of each piece.
-   std::vector<std::vector<Event>> answerTo( const Command &command ) {
+   void send( const Command &command ) const {
       const std::string bytes = encode( command );
       EXPECT_EQ( ::send( socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL ), std::ssize( bytes ) );
+   }
+   // What the child sends until the command's end: the events of each piece.
+   std::vector<std::vector<Event>> answerTo( const Command &command ) const {
+      send( command );
       std::vector<std::vector<Event>> pieces;
       do
          pieces.push_back( nextPiece() );
@@ -65,7 +70,7 @@ class AnswerCountTest : public ::testing::Test {
       EXPECT_FALSE( frames.hasRest() );
       return events;
    }
-   void bringUp( BoardFiles::Kind kind, size_t count ) {
+   void bringUp( BoardFiles::Kind kind, size_t count ) const {
       EXPECT_EQ( answerTo( InitCommand{ kind } ).size(), 1u );
       for ( size_t i = 0; i < count; ++i )
          EXPECT_EQ( answerTo( AddCommand{ i,
@@ -86,20 +91,34 @@ class AnswerCountTest : public ::testing::Test {
 TEST_F( AnswerCountTest, AReadingOfSevenValuesWithTracesIsOneMessage ) {
    bringUp( BoardFiles::Kind::Psu, 1 );
    folder_.write( "x.input_current", "status 6 execute: gone" );
-   const auto pieces = answerTo( ReadCommand{ 0 } );
+   const auto pieces = answerTo( ReadCommand{ { 0 } } );
    ASSERT_EQ( pieces.size(), 1u );
    ASSERT_EQ( pieces[0].size(), 1 + 7 + 1u );
    EXPECT_EQ( std::get<Trace>( pieces[0][1] ).text, "execute: gone" ); // in front of its reading
    EXPECT_EQ( std::get<Reading>( pieces[0][2] ).name, "input_current" );
 }
 
-TEST_F( AnswerCountTest, ARoundIsOneMessageForEachObject ) {
-   constexpr size_t objects = 50;
-   bringUp( BoardFiles::Kind::Psu, objects );
-   size_t pieces = 0;
-   for ( size_t i = 0; i < objects; ++i )
-      pieces += answerTo( ReadCommand{ i } ).size();
-   EXPECT_EQ( pieces, objects );
+TEST_F( AnswerCountTest, AReadingOfManyObjectsIsOneMessageWithAnEndForEach ) {
+   bringUp( BoardFiles::Kind::Psu, 3 );
+   const auto pieces = answerTo( ReadCommand{ { 2, 0, 1 } } );
+   ASSERT_EQ( pieces.size(), 1u );
+   const auto isEnd = []( const Event &event ) { return std::holds_alternative<Done>( event ); };
+   EXPECT_EQ( std::ranges::count_if( pieces[0], isEnd ), 3 );
+   EXPECT_EQ( pieces[0].size(), 3 * ( 7 + 1u ) );
+}
+
+TEST_F( AnswerCountTest, WhatWasReadLongAgoIsSentBeforeTheNextOperationBegins ) {
+   bringUp( BoardFiles::Kind::Psu, 1 );
+   folder_.write( "x.power_ok", "until long" );
+   folder_.write( "x.input_current", "until heard" );
+   send( ReadCommand{ { 0 } } );
+   std::this_thread::sleep_for( std::chrono::milliseconds( 110 ) ); // the child has its own clock
+   folder_.write( "long", "" );
+   const std::vector<Event> first = nextPiece();
+   ASSERT_EQ( first.size(), 1u );
+   EXPECT_EQ( std::get<Reading>( first[0] ).name, "power_ok" );
+   folder_.write( "heard", "" );
+   EXPECT_TRUE( std::holds_alternative<Done>( nextPiece().back() ) );
 }
 
 TEST_F( AnswerCountTest, AnActionIsOneMessage ) {
@@ -113,7 +132,7 @@ TEST_F( AnswerCountTest, AnAnswerThatIsTooLongForThePageArrivesWhole ) {
    for ( const char *value : { "power_ok", "input_current", "output_voltage" } )
       folder_.write( std::string( "x." ) + value, "status 6 " + text );
    size_t traces = 0, readings = 0;
-   for ( const auto &piece : answerTo( ReadCommand{ 0 } ) )
+   for ( const auto &piece : answerTo( ReadCommand{ { 0 } } ) )
       for ( const Event &event : piece ) {
          readings += std::holds_alternative<Reading>( event );
          if ( const auto *trace = std::get_if<Trace>( &event ) )

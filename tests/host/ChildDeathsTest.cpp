@@ -25,7 +25,7 @@ class ChildDeathsTest : public ::testing::Test {
 
 TEST_F( ChildDeathsTest, AreCausedByTheObjectWhoseOperationWasRunning ) {
    EXPECT_EQ( dieIn( AddCommand{ .object = 7 } ), ( DeathCause{ What::Object, 7 } ) );
-   EXPECT_EQ( dieIn( ReadCommand{ 8 } ), ( DeathCause{ What::Object, 8 } ) );
+   EXPECT_EQ( dieIn( ReadCommand{ { 8 } } ), ( DeathCause{ What::Object, 8 } ) );
    EXPECT_EQ( dieIn( ActCommand{ .object = 9 } ), ( DeathCause{ What::Object, 9 } ) );
    EXPECT_TRUE( deaths.mayStart( now ) ); // the object waits, not the child
 }
@@ -37,7 +37,7 @@ TEST_F( ChildDeathsTest, AreCausedByTheConnectionOrThePluginBeforeObjectsAreUp )
 }
 
 TEST_F( ChildDeathsTest, OfUnknownCauseMakeTheNextChildWait ) {
-   EXPECT_EQ( dieIn( ReadCommand{ 8 }, "" ).what, What::Unknown );
+   EXPECT_EQ( dieIn( ReadCommand{ { 8 } }, "" ).what, What::Unknown );
    EXPECT_EQ( deaths.nextStart(), now + 1s );
    EXPECT_FALSE( deaths.mayStart( now + 999ms ) );
    EXPECT_EQ( deaths.died( CurrentCommand( limits ), now ).what, What::Unknown );

@@ -33,7 +33,9 @@ TEST( MessagesTest, CarryEveryCommandThrough ) {
    EXPECT_EQ( load.topology, "[\n\"°\"]" );
    EXPECT_EQ( std::get<InitCommand>( *sent( InitCommand{ BoardFiles::Kind::Psu } ) ).kind,
               BoardFiles::Kind::Psu );
-   EXPECT_EQ( std::get<ReadCommand>( *sent( ReadCommand{ 130 } ) ).object, 130u );
+   const std::vector<size_t> objects = { 130, 0, 7 };
+   EXPECT_EQ( std::get<ReadCommand>( *sent( ReadCommand{ objects } ) ).objects, objects );
+   EXPECT_TRUE( std::get<ReadCommand>( *sent( ReadCommand{} ) ).objects.empty() );
    const BoardFiles::ObjectDescription sensor{ .kind = BoardFiles::Kind::TempSensor,
                                                .name = "t",
                                                .text = "{}",

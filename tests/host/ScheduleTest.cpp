@@ -1,5 +1,7 @@
 #include "host/session/Schedule.h"
 
+#include "boardfiles/Board.h"
+
 #include <gtest/gtest.h>
 
 namespace Host {
@@ -82,6 +84,41 @@ TEST_F( ScheduleTest, BringsUpWhatAnotherObjectNeeds ) {
    EXPECT_EQ( needed( 0 ), ( std::vector<size_t>{ 0 } ) );
    EXPECT_EQ( needed( 1 ), ( std::vector<size_t>{ 0, 1 } ) ); // the system may use any device
    EXPECT_EQ( needed( 2 ), ( std::vector<size_t>{ 0, 2 } ) ); // they have one did
+}
+
+TEST_F( ScheduleTest, ReadsTheObjectsOfADeviceTogetherThatAreDue ) {
+   using Objects = std::vector<size_t>;
+   bringUp();
+   EXPECT_EQ( next<ReadCommand>().value().objects, ( Objects{ 0, 2 } ) );
+   schedule.objectRead( 0 );
+   schedule.objectRead( 2 );
+   EXPECT_EQ( next<ReadCommand>().value().objects, Objects{ 1 } );
+   schedule.objectRead( 1 );
+   now += 4s;
+   EXPECT_EQ( next<ReadCommand>().value().objects, Objects{ 0 } ); // the sensor has a longer period
+}
+
+TEST( KeltScheduleTest, ARoundOfThe132ObjectsIs27Commands ) {
+   BoardFiles::Findings findings;
+   const auto kelt =
+      BoardFiles::loadBoard( BOARDS "/kelt", BOARDS "/libOrbisDriversKelt.drivers.json", findings );
+   const std::vector<BoardFiles::ObjectDescription> &objects = kelt.value().objects;
+   EXPECT_EQ( objects.size(), 132u );
+   const Limits limits{};
+   Schedule schedule( *kelt, limits, Time( 1h ) );
+   schedule.pluginLoaded();
+   for ( const Kind kind : schedule.kinds() )
+      schedule.kindReady( kind );
+   for ( size_t i = 0; i < objects.size(); ++i )
+      schedule.objectUp( i );
+   unsigned commands = 0;
+   while ( const auto command = schedule.next( {}, Time( 1h ) ) ) {
+      ++commands;
+      for ( const size_t object : std::get<ReadCommand>( *command ).objects )
+         schedule.objectRead( object );
+   }
+   EXPECT_EQ( commands, 27u );
+   EXPECT_TRUE( schedule.roundDone() );
 }
 
 TEST_F( ScheduleTest, AsksForAnActionBeforeReadings ) {

@@ -99,6 +99,27 @@ TEST_F( SessionTest, HearsWhatThePluginSaidInTheCommandThatEndedTheChild ) {
                                                "input_voltage" ) );
 }
 
+TEST_F( SessionTest, BlamesTheOneOfADevicesObjectsThatEndedTheChild ) {
+   add( BoardFiles::Kind::TempSensor, "c" );
+   for ( BoardFiles::ObjectDescription &object : board.objects )
+      object.did = 1;
+   folder.write( "b.temperature", "assert" );
+   start( { .period = 1h } );
+   runUntil( [this] { return report()[2].values.size() == 1; } );
+   EXPECT_EQ( report()[0].values.at( 0 ).reading.state, State::Ok );
+   EXPECT_THAT( report()[1].fault.words, HasSubstr( "Assertion `chipAnswers' failed" ) );
+   EXPECT_EQ( report()[2].values.at( 0 ).reading.state, State::Ok );
+}
+
+TEST_F( SessionTest, BlamesTheOneOfADevicesObjectsThatHangs ) {
+   for ( BoardFiles::ObjectDescription &object : board.objects )
+      object.did = 1;
+   folder.write( "b.temperature", "hang" );
+   showOnce( { .step = 200ms } );
+   EXPECT_EQ( report()[0].values.at( 0 ).reading.state, State::Ok );
+   EXPECT_EQ( report()[1].fault.words, "temperature did not return within 0.2 s" );
+}
+
 TEST_F( SessionTest, NamesTheOperationInWhichTheChildIs ) {
    folder.write( "b.temperature", "hang" );
    start( { .period = 20ms } );

@@ -113,13 +113,20 @@ void BoardInOneProcess::carryOut( const Host::Command &command ) {
    } else if ( const auto *added = std::get_if<Host::AddCommand>( &command ) ) {
       records_[added->object] = kept( plugin_.add( board_.objects[added->object] ) );
    } else if ( const auto *read = std::get_if<Host::ReadCommand>( &command ) ) {
-      ++reads_[board_.objects[read->object].name];
-      isReading_ = true;
-      Host::read( records_.at( read->object ),
-                  { .begun = []( std::string_view ) {},
-                    .done = [this]( const Host::Reading &reading ) { hear( reading ); } } );
-      isReading_ = false;
+      for ( const size_t object : read->objects )
+         this->read( object );
+      return;
    }
+   hear( Host::Done{} );
+}
+
+void BoardInOneProcess::read( size_t object ) {
+   ++reads_[board_.objects[object].name];
+   isReading_ = true;
+   Host::read( records_.at( object ),
+               { .begun = []( std::string_view ) {},
+                 .done = [this]( const Host::Reading &reading ) { hear( reading ); } } );
+   isReading_ = false;
    hear( Host::Done{} );
 }
 

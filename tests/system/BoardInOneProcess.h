@@ -64,6 +64,7 @@ class BoardInOneProcess {
    Host::ObjectReport object( const std::string &name ) const;
    Smbusd::Executors executors();
    void carryOut( const Host::Command & );
+   void read( size_t object );
    void hear( const Host::Event &event ) { supervisor_->heard( event, now_ ); }
    void runAll();
 

@@ -5,6 +5,7 @@
 //    24.5              success, with this value
 //    status 6 TEXT     trace TEXT at level 3, and return the status
 //    null | hang | assert | throw TEXT | exit
+//    until FILE        wait for this file in the folder, and succeed with the value 1
 //    send HEX...       send these bytes to the parent in place of a message, and exit
 // Without a script the call succeeds with the value 1. The file SCRIPT/calls lists all calls with
 // their arguments: "fan.set_rpm 4200".
@@ -40,6 +41,12 @@ Outcome act( const std::string &what, const std::string &given = "" ) {
    if ( verb == "hang" )
       while ( true )
          ::pause();
+   if ( verb == "until" ) {
+      file >> text;
+      while ( ::access( ( folder() + "/" + text ).c_str(), F_OK ) != 0 )
+         ::usleep( 1000 );
+      return {};
+   }
    if ( verb == "exit" )
       std::_Exit( 3 );
    if ( verb == "send" ) {

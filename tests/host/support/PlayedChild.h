@@ -2,6 +2,7 @@
 
 #include "host/session/Supervisor.h"
 
+#include <deque>
 #include <gtest/gtest.h>
 
 namespace Host {
@@ -18,8 +19,11 @@ class PlayedChild : public ::testing::Test {
                .traces = { .faults = { "execute: failure in response ", "execute: " } } };
    }
 
-   // The next command in short: "load", "init led", "add 0", "read 0", "act 0", or "-" for none.
+   // What the child does next, in short: "load", "init led", "add 0", "read 0", "act 0", or "-" for
+   // nothing. It reads the objects of a command one after the other.
    std::string next() {
+      if ( !toRead_.empty() )
+         return readNext();
       const auto command = supervisor->next( now );
       if ( !command )
          return "-";
@@ -29,8 +33,10 @@ class PlayedChild : public ::testing::Test {
          return "add " + std::to_string( add->object );
       if ( const auto *act = std::get_if<ActCommand>( &*command ) )
          return "act " + std::to_string( act->object );
-      if ( const auto *read = std::get_if<ReadCommand>( &*command ) )
-         return "read " + std::to_string( read->object );
+      if ( const auto *read = std::get_if<ReadCommand>( &*command ) ) {
+         toRead_.assign( read->objects.begin(), read->objects.end() );
+         return readNext();
+      }
       return "load";
    }
    void begin( const char *operation = "op" ) { supervisor->operationBegan( operation, now ); }
@@ -57,6 +63,7 @@ class PlayedChild : public ::testing::Test {
       begin( command.c_str() );
    }
    void die( const std::string &cause = "Assertion `x' failed." ) {
+      toRead_.clear();
       supervisor->childDied( cause, now );
       supervisor->childStarted();
    }
@@ -68,6 +75,15 @@ class PlayedChild : public ::testing::Test {
    const BoardFiles::Board board = makeBoard();
    Time now = Time( std::chrono::hours( 1 ) );
    std::optional<Supervisor> supervisor{ std::in_place, board, Limits{}, now };
+
+ private:
+   std::string readNext() {
+      const size_t object = toRead_.front();
+      toRead_.pop_front();
+      return "read " + std::to_string( object );
+   }
+
+   std::deque<size_t> toRead_{};
 };
 
 using Commands = std::vector<std::string>;
