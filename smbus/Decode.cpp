@@ -162,14 +162,16 @@ unsigned countRequests( std::string_view bytes ) {
 }
 
 void parse( std::string_view bytes, Smbus::TransactionRequest &message ) {
-   if ( countRequests( bytes ) > maxRequests )
+   // A request has two bytes at least.
+   if ( bytes.size() / 2 > maxRequests && countRequests( bytes ) > maxRequests )
       throw Refused( fmt::format( "more than {} requests in a transaction", maxRequests ) );
    if ( !message.ParseFromArray( bytes.data(), static_cast<int>( bytes.size() ) ) )
       throw Refused( fmt::format( "a frame of {} bytes is not a transaction", bytes.size() ) );
 }
 
-Transaction decode( const Smbus::TransactionRequest &message, std::chrono::milliseconds bound ) {
-   Transaction transaction;
+void decode( const Smbus::TransactionRequest &message, std::chrono::milliseconds bound,
+             Transaction &transaction ) {
+   transaction.transfers.clear();
    transaction.retries = message.retries();
    transaction.limit = bound;
    if ( message.timeout_ms() > 0 )
@@ -189,7 +191,6 @@ Transaction decode( const Smbus::TransactionRequest &message, std::chrono::milli
    if ( answerSize > maxAnswerBytes )
       throw Refused( fmt::format( "{} bytes to read, but a transaction may read at most {}",
                                   answerSize, maxAnswerBytes ) );
-   return transaction;
 }
 
 Smbus::TransactionResponse failure( std::string_view error ) {

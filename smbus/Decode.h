@@ -28,8 +28,14 @@ unsigned countRequests( std::string_view bytes );
 void parse( std::string_view bytes, Smbus::TransactionRequest &message );
 
 // Checks the whole message before any of it reaches a bus. The time limit is the client's, but at
-// most bound. Throws Refused.
-Transaction decode( const Smbus::TransactionRequest &, std::chrono::milliseconds bound );
+// most bound. Throws Refused. A transaction that is used again needs no memory for one like before.
+void decode( const Smbus::TransactionRequest &, std::chrono::milliseconds bound, Transaction & );
+inline Transaction decode( const Smbus::TransactionRequest &message,
+                           std::chrono::milliseconds bound ) {
+   Transaction transaction;
+   decode( message, bound, transaction );
+   return transaction;
+}
 
 // A response with only this error.
 Smbus::TransactionResponse failure( std::string_view error );

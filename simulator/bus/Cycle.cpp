@@ -7,7 +7,10 @@
 
 namespace Simulator {
 
-Cycle::Cycle( const BusSegment &segment, uint8_t address ) : address_( address ) {
+Cycle::Cycle( const BusSegment &segment, uint8_t address, Chips &chips )
+   : address_( address ), reachable_( chips.reachable ), answering_( chips.answering ) {
+   reachable_.clear();
+   answering_.clear();
    if ( const Chip *stuck = segment.findStuck() )
       throw BusFault( "the data line is held low by " + stuck->name() );
    segment.findReachable( address, reachable_ );

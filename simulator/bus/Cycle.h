@@ -19,7 +19,14 @@ struct BusFault : std::runtime_error {
 // their bytes.
 class Cycle {
  public:
-   Cycle( const BusSegment &segment, uint8_t address ); // BusFault: the data line is held low
+   // Lists of chips, whose memory is used again from cycle to cycle.
+   struct Chips {
+      std::vector<Chip *> reachable{}; // fixed: multiplexers switch only at the stop
+      std::vector<Chip *> answering{};
+   };
+
+   // BusFault: the data line is held low.
+   Cycle( const BusSegment &segment, uint8_t address, Chips & );
    ~Cycle();
    Cycle( const Cycle & ) = delete;
    Cycle &operator=( const Cycle & ) = delete;
@@ -40,8 +47,8 @@ class Cycle {
    void count( uint8_t byte );
 
    const uint8_t address_;
-   std::vector<Chip *> reachable_; // fixed: multiplexers switch only at the stop
-   std::vector<Chip *> answering_;
+   std::vector<Chip *> &reachable_;
+   std::vector<Chip *> &answering_;
    uint8_t pec_ = 0;
    unsigned bytes_ = 0;
 };

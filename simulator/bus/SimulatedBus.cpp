@@ -163,7 +163,7 @@ SimulatedBus::Result SimulatedBus::exchangeOnce( std::vector<BusMessage> &messag
       for ( BusMessage &message : messages ) {
          // For a chip that is not addressed again, this is like a stop.
          if ( !cycle || message.address != address )
-            cycle.emplace( segment_, address = message.address );
+            cycle.emplace( segment_, address = message.address, chips_ );
          exchange( *cycle, message, command, result );
       }
       if ( messages.back().direction == Direction::Read )
@@ -193,7 +193,7 @@ bool SimulatedBus::exchange( std::vector<BusMessage> &messages ) {
 SimulatedBus::Result SimulatedBus::executeOnce( const Bus::Transfer &transfer ) {
    Result result;
    try {
-      Cycle cycle( segment_, transfer.address );
+      Cycle cycle( segment_, transfer.address, chips_ );
       try {
          result.outcome.data = execute( cycle, transfer );
       } catch ( const BusFault &fault ) {

@@ -45,6 +45,7 @@ class SimulatedBus final : public Bus::RootBus {
    const BusSegment &segment_;
    std::mutex &mutex_;
    const Observer observer_;
+   Cycle::Chips chips_;
 };
 
 } // namespace Simulator

@@ -52,7 +52,8 @@ void BusAccount::begin( const Peer &peer ) {
    const std::lock_guard lock( mutex_ );
    peer_ = peer;
    segment_ = 0;
-   ++clientOf( peer ).transactions;
+   client_ = &clientOf( peer );
+   ++client_->transactions;
 }
 
 size_t BusAccount::segmentBehind( uint8_t mux, uint8_t select ) {
@@ -76,7 +77,7 @@ void BusAccount::add( const Bus::Transfer &transfer, const Bus::Outcome &outcome
    totals_.add( count, took, !outcome.ok() );
    segments_[segment_].totals.add( count, took, !outcome.ok() );
    segments_[segment_].chips[transfer.address].add( count, took, !outcome.ok() );
-   clientOf( peer_ ).totals.add( count, took, !outcome.ok() );
+   client_->totals.add( count, took, !outcome.ok() );
    if ( !outcome.ok() )
       ++errors_[static_cast<size_t>( errorKindOf( outcome.error ) )];
    passed_.add( begun, took, transfer, outcome, segment_, peer_ );
@@ -94,7 +95,7 @@ void BusAccount::end( bool failed, Time latency ) {
    const std::lock_guard lock( mutex_ );
    ++transactions_;
    failedTransactions_ += failed;
-   clientOf( peer_ ).failedTransactions += failed;
+   client_->failedTransactions += failed;
    latencies_.add( latency );
    if ( failed )
       passed_.keepFailure();

@@ -109,6 +109,7 @@ class BusAccount {
    PassedTransfers passed_;
    // of the present transaction:
    Peer peer_;
+   Client *client_ = &others_;
    size_t segment_ = 0;
 };
 

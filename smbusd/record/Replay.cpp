@@ -30,19 +30,21 @@ class RecordedBus final : public Executor {
          { recorded.response(), Bus::Clock::Time( recorded.took_ns() ) } );
    }
 
-   Smbus::TransactionResponse run( const Bus::Transaction &transaction ) override {
+   void run( const Bus::Transaction &transaction, Smbus::TransactionResponse &response ) override {
       const auto found = answers_.find( keyOf( transaction ) );
-      if ( found == answers_.end() )
-         return Bus::failure( fmt::format( "request 1 of {}: {} on {}: the recording has no such "
-                                           "transaction",
-                                           transaction.transfers.size(),
-                                           describe( transaction.transfers.front() ),
-                                           toString( transaction.bus ) ) );
+      if ( found == answers_.end() ) {
+         response = Bus::failure( fmt::format( "request 1 of {}: {} on {}: the recording has no "
+                                               "such transaction",
+                                               transaction.transfers.size(),
+                                               describe( transaction.transfers.front() ),
+                                               toString( transaction.bus ) ) );
+         return;
+      }
       const Answer answer = found->second.front();
       if ( found->second.size() > 1 )
          found->second.pop_front();
       wait_( answer.took );
-      return answer.response;
+      response = answer.response;
    }
 
  private:

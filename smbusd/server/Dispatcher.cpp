@@ -48,45 +48,41 @@ std::vector<const BusAccount *> Dispatcher::accounts() const {
    return accounts;
 }
 
-Smbus::TransactionResponse Dispatcher::run( Root &root, const Bus::Transaction &transaction,
-                                            const Smbus::TransactionRequest &message,
-                                            const Peer &peer, Bus::Clock::Time arrived ) {
+void Dispatcher::run( Root &root, Exchange &exchange, const Peer &peer, Bus::Clock::Time arrived ) {
    BusAccount *const account = root.executor->account();
    const Bus::Clock::Time begun = observer_ ? clock_.now() : arrived;
    if ( account )
       account->begin( peer );
-   Smbus::TransactionResponse response = root.executor->run( transaction );
+   root.executor->run( exchange.transaction, exchange.response );
    const Bus::Clock::Time ended = clock_.now();
    if ( account )
-      account->end( response.failed(), ended - arrived );
+      account->end( exchange.response.failed(), ended - arrived );
    if ( observer_ )
-      observer_( message, response, begun, ended - begun );
-   return response;
+      observer_( exchange.request, exchange.response, begun, ended - begun );
 }
 
-std::optional<Smbus::TransactionResponse>
-Dispatcher::carryOut( const Smbus::TransactionRequest &message, const Peer &peer ) {
+bool Dispatcher::carryOut( Exchange &exchange, const Peer &peer ) {
+   exchange.response.Clear();
    try {
-      const Bus::Transaction transaction = Bus::decode( message, bound_ );
-      if ( transaction.transfers.empty() )
-         return Smbus::TransactionResponse();
-      Root &root = rootOf( transaction );
+      Bus::decode( exchange.request, bound_, exchange.transaction );
+      if ( exchange.transaction.transfers.empty() )
+         return true;
+      Root &root = rootOf( exchange.transaction );
       const Bus::Clock::Time arrived = clock_.now();
       if ( !root.turns.begin( peer, arrived ) )
-         return {};
+         return false;
       const auto end = [&root]( const void * ) { root.turns.end(); };
       const std::unique_ptr<const void, decltype( end )> turn( &root, end );
-      Smbus::TransactionResponse response = run( root, transaction, message, peer, arrived );
-      if ( response.failed() )
-         spdlog::debug( "failed: {}", response.error() );
-      return response;
+      run( root, exchange, peer, arrived );
+      if ( exchange.response.failed() )
+         spdlog::debug( "failed: {}", exchange.response.error() );
    } catch ( const Bus::Refused &reason ) {
       spdlog::warn( "refused: {}", reason.what() );
-      Smbus::TransactionResponse refusal = Bus::failure( reason.what() );
+      exchange.response = Bus::failure( reason.what() );
       if ( observer_ )
-         observer_( message, refusal, clock_.now(), Bus::Clock::Time( 0 ) );
-      return refusal;
+         observer_( exchange.request, exchange.response, clock_.now(), Bus::Clock::Time( 0 ) );
    }
+   return true;
 }
 
 } // namespace Smbusd

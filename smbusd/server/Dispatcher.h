@@ -8,7 +8,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace Smbusd {
@@ -30,9 +29,17 @@ class Dispatcher {
    Dispatcher( Bus::Busses busses, const Bus::Clock &clock, std::chrono::milliseconds bound )
       : Dispatcher( executorsOn( std::move( busses ), clock ), clock, bound ) {}
 
-   // The answer. None when the peer disconnects before its turn, or after stop().
-   std::optional<Smbus::TransactionResponse> carryOut( const Smbus::TransactionRequest &,
-                                                       const Peer & );
+   // What a client asks for, and its answer. Used again, it needs no memory for what is like
+   // before.
+   struct Exchange {
+      Smbus::TransactionRequest request{};
+      Bus::Transaction transaction{}; // of the request
+      Smbus::TransactionResponse response{};
+   };
+
+   // Carries out the request and fills the response. False when the peer disconnects before its
+   // turn, or after stop().
+   bool carryOut( Exchange &, const Peer & );
 
    // Starts no more transactions and waits for the running ones. Returns false if that takes longer
    // than patience; then only the end of the process can end them.
@@ -52,9 +59,7 @@ class Dispatcher {
       Turns turns;
    };
    Root &rootOf( const Bus::Transaction & );
-   Smbus::TransactionResponse run( Root &, const Bus::Transaction &,
-                                   const Smbus::TransactionRequest &, const Peer &,
-                                   Bus::Clock::Time arrived );
+   void run( Root &, Exchange &, const Peer &, Bus::Clock::Time arrived );
 
    const Bus::Clock &clock_;
    const std::chrono::milliseconds bound_;

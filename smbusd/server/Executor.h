@@ -15,8 +15,9 @@ namespace Smbusd {
 class Executor {
  public:
    virtual ~Executor() = default;
-   // Only the thread of this bus calls it.
-   virtual Smbus::TransactionResponse run( const Bus::Transaction & ) = 0;
+   // Only the thread that has the bus calls it. The response is empty, but may have memory of an
+   // earlier one.
+   virtual void run( const Bus::Transaction &, Smbus::TransactionResponse & ) = 0;
    // What passed on the bus; null where there is none, as in a recording.
    virtual BusAccount *account() { return nullptr; }
 };
@@ -30,8 +31,8 @@ class BusExecutor final : public Executor {
    BusExecutor( const Bus::RootBusId &id, std::unique_ptr<Bus::RootBus> bus,
                 const Bus::Clock &clock, uint32_t wireClock )
       : bus_( std::move( bus ) ), account_( id, wireClock ), runner_( *bus_, clock, &account_ ) {}
-   Smbus::TransactionResponse run( const Bus::Transaction &transaction ) override {
-      return runner_.run( transaction );
+   void run( const Bus::Transaction &transaction, Smbus::TransactionResponse &response ) override {
+      runner_.run( transaction, response );
    }
    BusAccount *account() override { return &account_; }
 

@@ -43,7 +43,7 @@ void SmbusConversation::take( std::string_view message, Buffers::Part &memory ) 
    memory.holds( message.size() + requestBytes_ );
    wrong_.clear();
    try {
-      Bus::parse( message, request_ );
+      Bus::parse( message, exchange_.request );
    } catch ( const Bus::Refused &reason ) {
       wrong_ = reason.what();
    }
@@ -55,13 +55,14 @@ std::optional<std::string> SmbusConversation::answer( Buffers::Part &memory ) {
       return refusal( wrong_ );
    }
    // The request as a message and as transfers, the answer as a message and as a frame.
-   memory.holds( 2 * requestBytes_ + 2 * bytesOfAnswer( request_ ) );
-   const auto response = dispatcher_.carryOut( request_, peer_ );
-   if ( request_.SpaceUsedLong() > Buffers::keptBytes )
-      request_ = {};
-   if ( !response )
+   const size_t bytes = 2 * requestBytes_ + 2 * bytesOfAnswer( exchange_.request );
+   memory.holds( bytes );
+   if ( !dispatcher_.carryOut( exchange_, peer_ ) )
       return {};
-   return Sockets::framed( *response );
+   std::string frame = Sockets::framed( exchange_.response );
+   if ( bytes > Buffers::keptBytes )
+      exchange_ = {};
+   return frame;
 }
 
 std::string SmbusConversation::refusal( const std::string &reason ) const {

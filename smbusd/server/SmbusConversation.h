@@ -18,7 +18,7 @@ class SmbusConversation final : public Conversation {
  private:
    Dispatcher &dispatcher_;
    const Peer peer_;
-   Smbus::TransactionRequest request_; // used again, so that its memory is, too
+   Dispatcher::Exchange exchange_; // used again, so that its memory is, too
    size_t requestBytes_ = 0;
    std::string wrong_; // why the message is not a transaction
 };

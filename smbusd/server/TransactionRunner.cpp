@@ -39,11 +39,11 @@ std::array<size_t, 128> lastSends( const Bus::Transaction &transaction ) {
 
 } // namespace
 
-Smbus::TransactionResponse TransactionRunner::run( const Bus::Transaction &transaction ) {
+void TransactionRunner::run( const Bus::Transaction &transaction,
+                             Smbus::TransactionResponse &response ) {
    now_ = clock_.now();
    retryPendingDeselects();
    const Bus::Clock::Time end = now_ + transaction.limit;
-   Smbus::TransactionResponse response;
    std::bitset<128> sentTo; // by address
    const std::array<size_t, 128> lastSend = lastSends( transaction );
    for ( size_t i = 0; i < transaction.transfers.size(); ++i ) {
@@ -71,7 +71,6 @@ Smbus::TransactionResponse TransactionRunner::run( const Bus::Transaction &trans
       else if ( !response.failed() )
          response.add_response()->set_data( std::move( outcome.data ) );
    }
-   return response;
 }
 
 Bus::Outcome TransactionRunner::attempt( const Bus::Transfer &transfer,

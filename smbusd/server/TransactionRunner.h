@@ -21,9 +21,9 @@ class TransactionRunner {
    TransactionRunner( Bus::RootBus &bus, const Bus::Clock &clock, BusAccount *account = nullptr )
       : bus_( bus ), clock_( clock ), account_( account ) {}
 
-   // On failure the answer has the responses up to the failed request. Its error names that request
-   // and the reason.
-   Smbus::TransactionResponse run( const Bus::Transaction & );
+   // Fills an empty response. On failure it has the answers up to the failed request, and its error
+   // names that request and the reason.
+   void run( const Bus::Transaction &, Smbus::TransactionResponse & );
 
  private:
    void retryPendingDeselects();

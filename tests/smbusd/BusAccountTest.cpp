@@ -49,9 +49,10 @@ class BusAccountTest : public ::testing::Test {
    bool run( const Peer &peer, const Requests &...requests ) {
       const auto arrived = clock.now();
       account.begin( peer );
-      const bool failed = runner.run( Bus::decode( transaction( requests... ), 2s ) ).failed();
-      account.end( failed, clock.now() - arrived );
-      return !failed;
+      Smbus::TransactionResponse response;
+      runner.run( Bus::decode( transaction( requests... ), 2s ), response );
+      account.end( response.failed(), clock.now() - arrived );
+      return !response.failed();
    }
    static std::vector<std::string> operations( const BusAccount &account, bool failures ) {
       std::vector<std::string> found;
@@ -144,7 +145,8 @@ TEST_F( BusAccountTest, EveryRetryIsATransfer ) {
    slow.errors[0x48] = Bus::noAddressAcknowledge;
    Smbus::TransactionRequest message = transaction( read( 0x48, 0, 2 ) );
    message.set_retries( 2 );
-   runner.run( Bus::decode( message, 2s ) );
+   Smbus::TransactionResponse response;
+   runner.run( Bus::decode( message, 2s ), response );
    EXPECT_EQ( account.figures().totals.wires, ( Bus::WireCount{ 3, 3, 3 } ) );
 }
 

@@ -54,7 +54,8 @@ class RecordingTest : public ::testing::Test {
    // The first response's bytes, or the error.
    std::string ask( Executors &executors, const Smbus::TransactionRequest &request ) {
       const Transaction transaction = decode( request, 2s );
-      const auto response = executors.at( transaction.bus )->run( transaction );
+      Smbus::TransactionResponse response;
+      executors.at( transaction.bus )->run( transaction, response );
       return response.failed() ? response.error() : response.response( 0 ).data();
    }
    TestSupport::PrivateFolder folder;

@@ -45,7 +45,9 @@ class TransactionRunnerTest : public ::testing::Test {
       bus.log.clear();
       Smbus::TransactionRequest message = transaction( requests... );
       message.set_retries( retries );
-      return runner.run( decode( message, 2s ) );
+      Smbus::TransactionResponse response;
+      runner.run( decode( message, 2s ), response );
+      return response;
    }
    ManualClock clock;
    ScriptedBus bus;

@@ -79,7 +79,9 @@ Smbusd::Executors BoardInOneProcess::executors() {
 
 Smbus::TransactionResponse BoardInOneProcess::run( const Smbus::TransactionRequest &request ) {
    const Bus::Transaction transaction = Bus::decode( request, limit );
-   return executors_.at( transaction.bus )->run( transaction );
+   Smbus::TransactionResponse response;
+   executors_.at( transaction.bus )->run( transaction, response );
+   return response;
 }
 
 void BoardInOneProcess::start() {
