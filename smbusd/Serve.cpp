@@ -51,7 +51,7 @@ struct Simulation {
 // Adds the clocks of the wires that the routes say.
 Bus::Busses routed( const BoardFiles::RoutesFile &routes, Bus::Busses simulated,
                     WireClocks &wireClocks ) {
-   RoutedBusses busses( std::move( simulated ), {} );
+   RoutedBusses busses( std::move( simulated ), {}, RoutedBusses::Use::Serves );
    for ( const BoardFiles::Route &route : routes.routes ) {
       busses.add( route,
                   []( const std::string &why ) { spdlog::warn( "not available yet: {}", why ); } );
@@ -180,7 +180,7 @@ bool checkRoutes( const Options &options ) {
    const auto routes = BoardFiles::loadRoutes( options.routesToCheck );
    if ( options.elsewhere )
       return true;
-   RoutedBusses busses( {}, {} );
+   RoutedBusses busses( {}, {}, RoutedBusses::Use::Looks );
    bool valid = true;
    for ( const BoardFiles::Route &route : routes.routes ) {
       const auto print = [&]( const std::string &what ) {

@@ -2,15 +2,20 @@
 
 #include <fmt/format.h>
 
+#include <fcntl.h>
 #include <grp.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 namespace Sockets {
@@ -38,6 +43,51 @@ sockaddr_un addressOf( const std::string &path ) {
 
 int newSocket( int flags = 0 ) { return socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0 ); }
 
+struct Answer {
+   int error;         // an errno value, or 0
+   pid_t process = 0; // that listens; 0: unknown
+};
+
+Answer connectTo( const std::string &path ) {
+   const sockaddr_un address = addressOf( path );
+   const int fd = newSocket( SOCK_NONBLOCK );
+   Answer answer{ 0 };
+   if ( connect( fd, reinterpret_cast<const sockaddr *>( &address ), sizeof address ) != 0 )
+      answer.error = errno;
+   ucred listener{};
+   socklen_t size = sizeof listener;
+   if ( answer.error == 0 && getsockopt( fd, SOL_SOCKET, SO_PEERCRED, &listener, &size ) == 0 )
+      answer.process = listener.pid;
+   close( fd );
+   return answer;
+}
+
+// Locks the socket's folder, which leaves no file behind. If the folder can't be locked, goes on
+// without: then the system will say what is wrong with it.
+class StartLock {
+ public:
+   explicit StartLock( const std::string &path )
+      : fd_( open( folderOf( path ).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC ) ) {
+      // A start takes milliseconds. Another program that holds the lock for longer is no server.
+      for ( int tries = 0; fd_ >= 0 && flock( fd_, LOCK_EX | LOCK_NB ) != 0 && tries < 200;
+            ++tries )
+         std::this_thread::sleep_for( std::chrono::milliseconds( 10 ) );
+   }
+   ~StartLock() {
+      if ( fd_ >= 0 )
+         close( fd_ );
+   }
+   StartLock( const StartLock & ) = delete;
+   StartLock &operator=( const StartLock & ) = delete;
+
+ private:
+   static std::string folderOf( const std::string &path ) {
+      const std::string folder = std::filesystem::path( path ).parent_path();
+      return folder.empty() ? "." : folder;
+   }
+   const int fd_;
+};
+
 gid_t groupNamed( const std::string &name ) {
    const group *found = getgrnam( name.c_str() );
    if ( !found )
@@ -47,16 +97,11 @@ gid_t groupNamed( const std::string &name ) {
 
 } // namespace
 
-int tryToConnect( const std::string &path ) {
-   const sockaddr_un address = addressOf( path );
-   const int fd = newSocket( SOCK_NONBLOCK );
-   const int result = connect( fd, reinterpret_cast<const sockaddr *>( &address ), sizeof address );
-   const int error = result == 0 ? 0 : errno;
-   close( fd );
-   return error;
-}
+int tryToConnect( const std::string &path ) { return connectTo( path ).error; }
 
 SocketFile::SocketFile( const std::string &path, const std::string &group ) : path_( path ) {
+   // Of servers that start together, one at a time looks for another and takes its place.
+   const StartLock lock( path );
    removeStaleFile();
    fd_ = newSocket();
    try {
@@ -73,10 +118,12 @@ void SocketFile::removeStaleFile() const {
       return;
    if ( !S_ISSOCK( status.st_mode ) )
       throw std::runtime_error( path_ + ": not a socket" );
-   const int error = tryToConnect( path_ );
-   if ( error == 0 || error == EAGAIN )
-      throw std::runtime_error( path_ + ": another server is running" );
-   if ( error == ECONNREFUSED )
+   const Answer answer = connectTo( path_ );
+   if ( answer.error == 0 || answer.error == EAGAIN )
+      throw std::runtime_error(
+         fmt::format( "{}: another server is running{}; stop it first, or use another path", path_,
+                      answer.process > 0 ? fmt::format( ", process {}", answer.process ) : "" ) );
+   if ( answer.error == ECONNREFUSED )
       unlink( path_.c_str() );
 }
 

@@ -14,8 +14,8 @@ int tryToConnect( const std::string &path );
 class SocketFile {
  public:
    // The file has mode 0660 and belongs to the group, unless that is empty. Throws
-   // std::runtime_error: another server is running, the file is not a socket, there is no such
-   // group, or the system's reason.
+   // std::runtime_error: another server is running (and which), the file is not a socket, there is
+   // no such group, or the system's reason.
    SocketFile( const std::string &path, const std::string &group );
    // Removes the file, unless another one has taken its place.
    ~SocketFile();

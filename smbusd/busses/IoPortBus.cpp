@@ -1,5 +1,7 @@
 #include "smbusd/busses/IoPortBus.h"
 
+#include "smbusd/busses/linux/Claim.h"
+
 #include <fmt/format.h>
 
 #include <fcntl.h>
@@ -16,12 +18,18 @@ IoPortBus::~IoPortBus() {
 }
 
 void IoPortBus::open() {
-   fd_ = ::open( file_.c_str(), O_RDWR | O_CLOEXEC );
-   if ( fd_ >= 0 )
-      return;
-   const bool permitted = errno != EACCES && errno != EPERM;
-   throw PortError( fmt::format( "{}: {}{}", file_, std::strerror( errno ),
-                                 permitted ? "" : "; needs root and CAP_SYS_RAWIO" ) );
+   if ( fd_ < 0 )
+      fd_ = ::open( file_.c_str(), O_RDWR | O_CLOEXEC );
+   if ( fd_ < 0 ) {
+      const bool permitted = errno != EACCES && errno != EPERM;
+      throw PortError( fmt::format( "{}: {}{}", file_, std::strerror( errno ),
+                                    permitted ? "" : "; needs root and CAP_SYS_RAWIO" ) );
+   }
+   // If not, the file stays open: to close it would end the claims of this process's other ranges.
+   const std::string others = claims_ ? claim( fd_, base_, size_ ) : "";
+   if ( !others.empty() )
+      throw PortError( fmt::format( "{}: {}", file_, others ) );
+   usable_ = true;
 }
 
 Bus::Outcome IoPortBus::transfer( const Bus::Transfer &transfer ) {
@@ -37,7 +45,7 @@ Bus::Outcome IoPortBus::transfer( const Bus::Transfer &transfer ) {
    if ( transfer.offset >= size_ || transfer.length > size_ - transfer.offset )
       return refused( fmt::format( "outside the range of {} ports from {:#06x}", size_, base_ ) );
    try {
-      if ( fd_ < 0 )
+      if ( !usable_ )
          open();
    } catch ( const PortError &error ) {
       return refused( error.what() );

@@ -17,9 +17,10 @@ struct PortError : std::runtime_error {
 // reads and writes byte by byte.
 class IoPortBus final : public Bus::RootBus {
  public:
-   // The file is /dev/port; tests use another. The first transfer opens it.
-   IoPortBus( uint32_t base, uint32_t size, std::string file = "/dev/port" )
-      : base_( base ), size_( size ), file_( std::move( file ) ) {}
+   // The file is /dev/port; tests use another. The first transfer opens it. A range that claims its
+   // ports is refused while another process has claimed some of them.
+   IoPortBus( uint32_t base, uint32_t size, std::string file = "/dev/port", bool claims = true )
+      : base_( base ), size_( size ), file_( std::move( file ) ), claims_( claims ) {}
    ~IoPortBus() override;
    IoPortBus( const IoPortBus & ) = delete;
    IoPortBus &operator=( const IoPortBus & ) = delete;
@@ -35,7 +36,9 @@ class IoPortBus final : public Bus::RootBus {
    const uint32_t base_;
    const uint32_t size_;
    const std::string file_;
+   const bool claims_;
    int fd_ = -1;
+   bool usable_ = false;
 };
 
 } // namespace Smbusd

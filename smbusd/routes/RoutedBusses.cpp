@@ -35,8 +35,8 @@ std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route
 std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route,
                                                   const BoardFiles::AdapterRoute &to,
                                                   const Warn &warn ) {
-   const auto open = [wanted = to.adapter, places = places_] {
-      return openDevAdapter( findAdapter( wanted, places ), places );
+   const auto open = [wanted = to.adapter, places = places_, claims = claims_] {
+      return openDevAdapter( findAdapter( wanted, places ), places, claims );
    };
    auto bus = std::make_unique<LinuxBus>( open, to.chips );
    try {
@@ -60,7 +60,7 @@ std::unique_ptr<Bus::RootBus> RoutedBusses::make( const BoardFiles::Route &route
                                                   const BoardFiles::PortsRoute &to,
                                                   const Warn &warn ) {
    description_ = fmt::format( "{} ports from {:#06x} on", to.size, to.base );
-   auto bus = std::make_unique<IoPortBus>( to.base, to.size );
+   auto bus = std::make_unique<IoPortBus>( to.base, to.size, "/dev/port", claims_ );
    try {
       bus->open();
    } catch ( const PortError &error ) {

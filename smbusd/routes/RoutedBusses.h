@@ -13,9 +13,12 @@ namespace Smbusd {
 // be used.
 class RoutedBusses {
  public:
-   // Without a simulated board its busses are none.
-   RoutedBusses( Bus::Busses simulated, Linux::Places places )
-      : simulated_( std::move( simulated ) ), places_( std::move( places ) ) {}
+   // Without a simulated board its busses are none. Real busses that are served are claimed for
+   // this process; those that are only looked at may be another's.
+   enum class Use { Serves, Looks };
+   RoutedBusses( Bus::Busses simulated, Linux::Places places, Use use )
+      : simulated_( std::move( simulated ) ), places_( std::move( places ) ),
+        claims_( use == Use::Serves ) {}
 
    // What is said of an optional route whose bus is not to be had yet.
    using Warn = std::function<void( const std::string & )>;
@@ -40,6 +43,7 @@ class RoutedBusses {
 
    Bus::Busses simulated_;
    const Linux::Places places_;
+   const bool claims_;
    std::map<unsigned, std::string> adapters_; // by number, the place of the route there
    Bus::Busses busses_;
    std::map<Bus::RootBusId, uint32_t> wireClocks_;

@@ -21,7 +21,7 @@ Server::Server( asio::io_context &context, std::unique_ptr<Sockets::SocketFile> 
 
 void Server::accept() {
    acceptor_.async_accept( [this]( error_code error, Protocol::socket socket ) {
-      if ( error == asio::error::operation_aborted )
+      if ( !acceptor_.is_open() )
          return;
       if ( error )
          return pause( error.message() );
@@ -43,7 +43,7 @@ void Server::pause( const std::string &reason ) {
                      reason );
    pause_.expires_after( std::chrono::milliseconds( 100 ) );
    pause_.async_wait( [this]( error_code stopped ) {
-      if ( !stopped )
+      if ( !stopped && acceptor_.is_open() )
          accept();
    } );
 }
@@ -109,11 +109,11 @@ bool Server::makePlace() {
 Server::~Server() { sessions_.clear(); }
 
 void Server::stop() {
+   file_.reset(); // first, so that it is not the file of a server that comes now
    acceptor_.close();
    pause_.cancel();
    for ( const auto &[key, session] : sessions_ )
       session->end();
-   file_.reset();
 }
 
 } // namespace Smbusd

@@ -9,8 +9,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <barrier>
 #include <filesystem>
 #include <memory>
+#include <thread>
+#include <vector>
 
 namespace PlatformTest {
 
@@ -25,6 +29,13 @@ class SocketFileTest : public ::testing::Test {
       } catch ( const std::runtime_error &error ) {
          return error.what();
       }
+   }
+   void leaveADeadServersFile() const {
+      {
+         const Sockets::SocketFile dead( path, "" );
+         std::filesystem::create_hard_link( path, folder.file( "kept" ) );
+      }
+      std::filesystem::rename( folder.file( "kept" ), path );
    }
    struct stat status() const {
       struct stat found {};
@@ -75,17 +86,15 @@ TEST_F( SocketFileTest, KeepsAFileThatReplacedItsOwn ) {
 }
 
 TEST_F( SocketFileTest, ReplacesTheFileOfADeadServer ) {
-   {
-      Sockets::SocketFile dead( path, "" );
-      std::filesystem::create_hard_link( path, folder.file( "kept" ) );
-   }
-   std::filesystem::rename( folder.file( "kept" ), path );
+   leaveADeadServersFile();
    EXPECT_EQ( refusal( path ), "none" );
 }
 
 TEST_F( SocketFileTest, RefusesTheFileOfARunningServerAndKeepsIt ) {
    const Sockets::SocketFile living( path, "" );
-   EXPECT_EQ( refusal( path ), path + ": another server is running" );
+   EXPECT_EQ( refusal( path ), path + ": another server is running, process " +
+                                  std::to_string( getpid() ) +
+                                  "; stop it first, or use another path" );
    EXPECT_TRUE( S_ISSOCK( status().st_mode ) );
 }
 
@@ -94,8 +103,33 @@ TEST_F( SocketFileTest, RefusesTheFileOfAServerThatIsTooBusyToAnswer ) {
    const int listener = busy.release();
    listen( listener, 0 ); // room for one
    const TestSupport::RawClient waiting( path );
-   EXPECT_EQ( refusal( path ), path + ": another server is running" );
+   EXPECT_EQ( refusal( path ),
+              path + ": another server is running; stop it first, or use another path" );
    close( listener );
+}
+
+// Each finds the file of the dead server.
+TEST_F( SocketFileTest, OfServersThatStartTogetherOneRuns ) {
+   for ( int round = 0; round < 20; ++round ) {
+      leaveADeadServersFile();
+      std::atomic<int> running = 0;
+      std::vector<std::unique_ptr<Sockets::SocketFile>> files( 8 );
+      std::vector<std::thread> starters;
+      std::barrier start( 8 );
+      for ( auto &file : files )
+         starters.emplace_back( [&] {
+            start.arrive_and_wait();
+            try {
+               file = std::make_unique<Sockets::SocketFile>( path, "" );
+               ++running;
+            } catch ( const std::runtime_error & ) { // another one is
+            }
+         } );
+      for ( std::thread &starter : starters )
+         starter.join();
+      EXPECT_EQ( running, 1 );
+      EXPECT_EQ( Sockets::tryToConnect( path ), 0 );
+   }
 }
 
 TEST_F( SocketFileTest, RefusesAFileThatIsNotASocketAndKeepsIt ) {

@@ -38,7 +38,7 @@ class RoutedBussesTest : public ::testing::Test {
    Busses route( const std::string &routes, Busses simulatedBusses ) {
       file = loadRoutes( folder.write( "routes.json", "{ \"routes\": [" + routes + "] }" ) );
       RoutedBusses routed( std::move( simulatedBusses ),
-                           { folder.file( "sys" ), folder.file( "" ) } );
+                           { folder.file( "sys" ), folder.file( "" ) }, RoutedBusses::Use::Serves );
       for ( const Route &each : file.routes )
          routed.add( each, [this]( const std::string &why ) { missing = why; } );
       return routed.take();

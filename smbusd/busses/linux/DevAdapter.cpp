@@ -1,5 +1,7 @@
 #include "smbusd/busses/linux/DevAdapter.h"
 
+#include "smbusd/busses/linux/Claim.h"
+
 #include <fmt/format.h>
 
 #include <fcntl.h>
@@ -65,7 +67,7 @@ class DevAdapter final : public Adapter {
 
 } // namespace
 
-std::unique_ptr<Adapter> openDevAdapter( unsigned number, const Places &places ) {
+std::unique_ptr<Adapter> openDevAdapter( unsigned number, const Places &places, bool claims ) {
    const std::string path = fmt::format( "{}/i2c-{}", places.dev, number );
    const int fd = open( path.c_str(), O_RDWR | O_CLOEXEC );
    if ( fd < 0 ) {
@@ -76,8 +78,13 @@ std::unique_ptr<Adapter> openDevAdapter( unsigned number, const Places &places )
          hint = "; only its owner and group may open it";
       throw AdapterError( fmt::format( "{}: {}{}", path, std::strerror( errno ), hint ) );
    }
-   return std::make_unique<DevAdapter>(
+   auto adapter = std::make_unique<DevAdapter>(
       fd, fmt::format( "{}/bus/i2c/devices/{}", places.sys, number ) );
+   constexpr off_t whole = 0;
+   const std::string others = claims ? claim( fd, 0, whole ) : "";
+   if ( !others.empty() )
+      throw AdapterError( fmt::format( "{}: {}", path, others ) );
+   return adapter;
 }
 
 } // namespace Smbusd::Linux
