@@ -16,8 +16,13 @@ struct RecordingError : std::runtime_error {
 
 using HandleEntry = std::function<void( const SmbusRecording::Entry & )>;
 
-// Calls back with each entry in order. Throws RecordingError when the file can't be opened, and
-// after the last valid entry of a damaged file.
+// A recording of bounded size consists of two files: this one has the entries before those of the
+// other.
+std::string earlierFile( const std::string &path );
+
+// Calls back with each entry in order, those of the earlier file first. A start that only shows
+// that the same run goes on in the next file is left out. Throws RecordingError when the file can't
+// be opened, and after the last valid entry of a damaged file.
 void readRecording( const std::string &path, const HandleEntry & );
 
 // Where the last whole entry ends. What follows is the beginning of an entry, whose writer ended

@@ -4,6 +4,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
+#include <string>
+
 namespace Smbusd {
 
 namespace {
@@ -72,6 +75,23 @@ void describeSockets( CLI::App &app, Options &options ) {
       ->capture_default_str();
 }
 
+void describeRecording( CLI::App &app, Options &options ) {
+   auto *record = app.add_option( "--record", options.recordTo,
+                                  "Add every transaction with its answer and times to this file" )
+                     ->option_text( "FILE" );
+   app.add_option( "--record-keep", options.recordKeep,
+                   "Keep the newest part of the recording, at most SIZE (64M or more; units K, M, "
+                   "G), in FILE and FILE.1. What is around a failure is kept in FILE.failed-TIME" )
+      ->transform( CLI::AsSizeValue( false ) )
+      ->check( []( const std::string &bytes ) -> std::string {
+         constexpr uint64_t least = 64u << 20; // half of it has room for the largest transaction
+         return std::stoull( bytes ) < least ? "less than 64M has no room for large transactions"
+                                             : "";
+      } )
+      ->option_text( "SIZE" )
+      ->needs( record );
+}
+
 void describeChecks( CLI::App &app, Options &options ) {
    auto *check = app.add_subcommand(
       "check-routes", "Check a routes file and print what each bus is on this machine" );
@@ -94,9 +114,7 @@ void describe( CLI::App &app, Options &options ) {
                    "The least level that is logged to standard error" )
       ->check( CLI::IsMember( { "trace", "debug", "info", "warn", "error", "critical", "off" } ) )
       ->capture_default_str();
-   app.add_option( "--record", options.recordTo,
-                   "Add every transaction with its answer and times to this file" )
-      ->option_text( "FILE" );
+   describeRecording( app, options );
    describeChecks( app, options );
    app.footer( "Exit codes: 0 stopped by SIGTERM or SIGINT, 1 could not start, 2 wrong usage." );
 }

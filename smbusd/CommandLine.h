@@ -2,6 +2,7 @@
 
 #include "smbus/RootBusId.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,14 +20,15 @@ struct Options {
    std::string simulation;
    std::string routes;
    std::string recordTo;
+   std::optional<uint64_t> recordKeep; // bytes
    std::string replayFrom;
    std::vector<Bus::RootBusId> exported; // as adapters of this machine
    bool asSlow = false;                  // as the recording
    std::string logLevel = "info";
    unsigned transactionLimit = 2000; // ms
    unsigned clientsPerProcess = 16;
-   double speed = 1;                 // of the simulation
-   bool wireTime = false;            // its transfers take as long as on real wires
+   double speed = 1;      // of the simulation
+   bool wireTime = false; // its transfers take as long as on real wires
 
    std::string routesToCheck; // empty: serve
    bool elsewhere = false;    // the routes are another machine's

@@ -139,7 +139,7 @@ void serve( const Options &options ) {
    std::optional<Recorder> recorder;
    Dispatcher::Observer observer;
    if ( !options.recordTo.empty() ) {
-      recorder.emplace( options.recordTo, ORBIS_VERSION, clock );
+      recorder.emplace( options.recordTo, ORBIS_VERSION, clock, options.recordKeep );
       observer = std::bind_front( &Recorder::write, &*recorder );
    }
    boost::asio::io_context context( 1 );

@@ -36,38 +36,72 @@ void prepare( const std::string &path ) {
    std::filesystem::resize_file( path, end );
 }
 
-} // namespace
-
-Recorder::Recorder( const std::string &path, const std::string &version, const Bus::Clock &clock )
-   : path_( path ), start_( clock.now() ) {
-   prepare( path );
-   file_.open( path, std::ios::binary | std::ios::app );
+std::string startOf( const std::string &version ) {
    SmbusRecording::Entry entry;
    entry.mutable_start()->set_unix_seconds( std::time( nullptr ) );
    entry.mutable_start()->set_version( version );
-   if ( !append( entry ) )
-      throw std::runtime_error(
-         fmt::format( "{}: can't write: {}", path, std::strerror( errno ) ) );
+   return Sockets::framed( entry );
 }
 
-bool Recorder::append( const SmbusRecording::Entry &entry ) {
-   file_ << Sockets::framed( entry );
+} // namespace
+
+Recorder::Recorder( const std::string &path, const std::string &version, const Bus::Clock &clock,
+                    std::optional<uint64_t> kept )
+   : path_( path ), clock_( clock ), start_( clock.now() ), kept_( kept ),
+     startFrame_( startOf( version ) ) {
+   open();
+   if ( !append( startFrame_ ) )
+      throw std::runtime_error(
+         fmt::format( "{}: can't write: {}", path, std::strerror( errno ) ) );
+   if ( kept_ )
+      failures_.emplace( path, startFrame_ );
+}
+
+void Recorder::open() {
+   prepare( path_ );
+   file_.open( path_, std::ios::binary | std::ios::app );
+   std::error_code unknown;
+   written_ = std::filesystem::is_regular_file( path_, unknown )
+                 ? std::filesystem::file_size( path_, unknown )
+                 : 0;
+}
+
+void Recorder::startAnew() {
+   file_.close();
+   if ( std::rename( path_.c_str(), Bus::earlierFile( path_ ).c_str() ) != 0 ) {
+      file_.setstate( std::ios::failbit );
+      return;
+   }
+   open();
+   append( startFrame_ );
+}
+
+bool Recorder::append( const std::string &frame ) {
+   file_ << frame;
    file_.flush();
+   written_ += frame.size();
    return file_.good();
 }
 
 void Recorder::write( const Smbus::TransactionRequest &request,
                       const Smbus::TransactionResponse &response, Bus::Clock::Time begun,
                       Bus::Clock::Time took ) {
+   const std::lock_guard lock( mutex_ ); // so that there is one copy of a large transaction
+   if ( !file_.good() )
+      return;
    SmbusRecording::Entry entry;
    SmbusRecording::Transaction &transaction = *entry.mutable_transaction();
    transaction.set_begun_ns( static_cast<uint64_t>( ( begun - start_ ).count() ) );
    transaction.set_took_ns( static_cast<uint64_t>( took.count() ) );
    *transaction.mutable_request() = request;
    *transaction.mutable_response() = response;
-   const std::lock_guard lock( mutex_ );
-   if ( file_.good() && !append( entry ) )
+   const std::string frame = Sockets::framed( entry );
+   if ( kept_ && written_ + frame.size() > *kept_ / 2 )
+      startAnew();
+   if ( !file_.good() || !append( frame ) )
       spdlog::error( "{}: recording stopped: {}", path_, std::strerror( errno ) );
+   if ( failures_ )
+      failures_->add( frame, response.failed() ? response.error() : "", clock_.now() );
 }
 
 } // namespace Smbusd

@@ -35,7 +35,7 @@ class OtherProcess {
          _exit( 0 );
       }
       char done = 0;
-      EXPECT_EQ( read( ends[0], &done, 1 ), 1 );
+      EXPECT_EQ( ::read( ends[0], &done, 1 ), 1 );
       EXPECT_EQ( done, 'y' );
       close( ends[0] );
       close( ends[1] );
@@ -113,7 +113,7 @@ TEST_F( ClaimTest, OfServersThatStartTogetherOneGetsIt ) {
    }
    std::string won( starters.size(), ' ' );
    for ( char &each : won )
-      ASSERT_EQ( read( winners[0], &each, 1 ), 1 );
+      ASSERT_EQ( ::read( winners[0], &each, 1 ), 1 );
    EXPECT_EQ( std::count( won.begin(), won.end(), 'y' ), 1 );
    for ( const pid_t starter : starters ) {
       kill( starter, SIGKILL );
