@@ -214,8 +214,10 @@ class JsonWriter {
       add( to, "transfers", load.transfers );
       add( to, "failures", load.failures );
       add( to, "bytes", since( before.bytes(), now.bytes() ) );
-      add( to, "wireSeconds", load.wires * seconds_ );
-      add( to, "busySeconds", load.busy * seconds_ );
+      add( to, "wireSeconds",
+           static_cast<double>( since( before.wire_ns(), now.wire_ns() ) ) / 1e9 );
+      add( to, "busySeconds",
+           static_cast<double>( since( before.busy_ns(), now.busy_ns() ) ) / 1e9 );
    }
    void addBus( Json &to, const BusLoad &bus ) const {
       const BusLoad &before = busIn( before_, bus );

@@ -68,12 +68,21 @@ Session::~Session() {
 // Wakes the thread wherever it waits at the socket.
 void Session::end() { shutdown( peer_.socket, SHUT_RDWR ); }
 
-// Bytes that have come stay there to be received.
-void Session::giveWay() { shutdown( peer_.socket, SHUT_RD ); }
+// Bytes that have come stay there to be received. If there are none, the client has to see at once
+// that the connection has ended: it looks before it sends.
+void Session::giveWay() {
+   shutdown( peer_.socket, SHUT_RD );
+   if ( !hasUnread() )
+      shutdown( peer_.socket, SHUT_WR );
+}
+
+bool Session::hasUnread() const {
+   int unread = 0;
+   return ioctl( peer_.socket, FIONREAD, &unread ) != 0 || unread > 0;
+}
 
 std::optional<Session::Clock::time_point> Session::idleSince() const {
-   int unread = 0;
-   if ( !idle_ || ioctl( peer_.socket, FIONREAD, &unread ) != 0 || unread > 0 )
+   if ( !idle_ || hasUnread() )
       return {};
    return idleSince_;
 }

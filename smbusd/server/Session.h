@@ -48,6 +48,7 @@ class Session {
  private:
    void serve();
    void converse();
+   bool hasUnread() const;
    bool waitForBytes();
    bool sendFromOutbox( Outbox &outbox );
    bool receiveMore();
