@@ -42,8 +42,8 @@ void Session::pump() {
 }
 
 void Session::noteOperation() {
-   if ( const auto operation = child_ ? child_->operation() : std::nullopt )
-      supervisor_.operationBegan( operation->name, operation->since );
+   if ( child_ )
+      supervisor_.operationIs( child_->operation(), Clock::now() );
 }
 
 std::string Session::operation() {

@@ -67,6 +67,14 @@ void Supervisor::heard( const Event &event, Time now ) {
    }
 }
 
+// Between two operations the next one still has all of its time.
+void Supervisor::operationIs( const std::optional<SharedPage::Operation> &operation, Time now ) {
+   if ( operation )
+      current_.operationBegins( operation->name, operation->since );
+   else if ( !current_.operation().empty() )
+      current_.operationBegins( "", now );
+}
+
 void Supervisor::heardReading( Reading reading, Time now ) {
    if ( current_.as<ReadCommand>() ) {
       const size_t object = current_.object().value();

@@ -2,6 +2,7 @@
 
 #include "boardfiles/Board.h"
 #include "host/plugin/Messages.h"
+#include "host/plugin/SharedPage.h"
 #include "host/session/BoardRecord.h"
 #include "host/session/ChildDeaths.h"
 #include "host/session/CurrentCommand.h"
@@ -41,11 +42,10 @@ class Supervisor {
    // The command to send now; nothing while one is running or none is due.
    std::optional<Command> next( Time now );
    void heard( const Event &event, Time now );
-   // The child is in this operation. To be told before anything is asked that depends on it:
-   // tick(), overdue(), childDied() and operation().
-   void operationBegan( const std::string &operation, Time since ) {
-      current_.operationBegins( operation, since );
-   }
+   // The operation in which the child is, or was when it died; nothing between operations. To be
+   // told before anything is asked that depends on it: tick(), overdue(), childDied() and
+   // operation().
+   void operationIs( const std::optional<SharedPage::Operation> &operation, Time now );
    // `why` becomes the fault of the object whose operation was running.
    void childDied( const std::string &why, Time now );
 

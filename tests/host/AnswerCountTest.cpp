@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -28,8 +29,10 @@ class AnswerCountTest : public ::testing::Test {
       const int limit = 10; // seconds
       const timeval longest{ .tv_sec = limit, .tv_usec = 0 };
       ::setsockopt( socket_, SOL_SOCKET, SO_RCVTIMEO, &longest, sizeof longest );
+      const int errors = ::open( folder_.file( "errors" ).c_str(), O_WRONLY | O_CREAT, 0600 );
       child_ = ::fork();
       if ( child_ == 0 ) {
+         ::dup2( errors, STDERR_FILENO );
          ::dup2( page_.descriptor(), 101 ); // out of the way of the two numbers
          ::dup2( ends[1], childSocket );
          ::dup2( 101, childPage );
@@ -38,6 +41,7 @@ class AnswerCountTest : public ::testing::Test {
          ::_exit( 127 );
       }
       ::close( ends[1] );
+      ::close( errors );
       EXPECT_EQ( answerTo( LoadCommand{ SCRIPTED_PLUGIN, "[]", traces_ } ).size(), 1u );
    }
    ~AnswerCountTest() override {

@@ -75,6 +75,24 @@ TEST_F( SupervisorDeathTest, EndsAnOperationThatDoesNotReturn ) {
    EXPECT_EQ( supervisor->overdue( now + 1h ), std::nullopt );
 }
 
+TEST_F( SupervisorDeathTest, DoesNotEndAChildThatIsBetweenTwoOperations ) {
+   runTo( "read 0" );
+   now += 12s;
+   supervisor->operationIs( {}, now ); // the one that was running has just returned
+   EXPECT_FALSE( supervisor->overdue( now ) );
+   EXPECT_FALSE( supervisor->overdue( now + 12s - 1ms ) );
+   EXPECT_TRUE( supervisor->overdue( now + 12s ) );
+}
+
+TEST_F( SupervisorDeathTest, EndsAChildThatDoesNotBeginItsCommand ) {
+   runAll();
+   now += 1s;
+   EXPECT_EQ( next(), "read 0" ); // a timer of the plug-in does not return
+   now += 12s;
+   supervisor->operationIs( {}, now );
+   EXPECT_TRUE( supervisor->overdue( now ) );
+}
+
 TEST_F( SupervisorDeathTest, LetsAnInitTryForLongerThanAnOperation ) {
    runTo( "init temp_sensor" );
    EXPECT_FALSE( supervisor->overdue( now + 39s ) );

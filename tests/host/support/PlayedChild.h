@@ -39,7 +39,9 @@ class PlayedChild : public ::testing::Test {
       }
       return "load";
    }
-   void begin( const char *operation = "op" ) { supervisor->operationBegan( operation, now ); }
+   void begin( const char *operation = "op" ) {
+      supervisor->operationIs( SharedPage::Operation{ operation, now }, now );
+   }
    void hear( const Event &event ) { supervisor->heard( event, now ); }
    void good() { hear( Done{} ); }
 
