@@ -197,6 +197,8 @@ class Child {
 
 int runChild( int socket, int page ) {
    ::prctl( PR_SET_PDEATHSIG, SIGKILL ); // also when a call of the plug-in hangs
+   // Tools that list processes, and the accounts of the server, would show what /proc/self/exe is.
+   ::prctl( PR_SET_NAME, "orbis-host" );
    const rlimit noCores{ 0, 0 }; // failed assertions are common here, and need no core files
    ::setrlimit( RLIMIT_CORE, &noCores );
    Child( socket, page ).run();
