@@ -2,47 +2,16 @@
 // same number of bytes sent and returned over the same kind of socket. What is above one is the
 // cost of plug-in, messages and server. Rounds of both alternate, so that what else the machine
 // does hits both.
+#include "Measuring.h"
 #include "PingPong.h"
 #include "SimulatedServer.h"
 
-#include <algorithm>
 #include <benchmark/benchmark.h>
-#include <ctime>
-#include <filesystem>
-#include <sched.h>
-#include <string>
-#include <unistd.h>
 #include <vector>
 
 extern long allocations; // of this process so far, in CountingAllocator.cpp
 
 namespace {
-
-// Where this process and the other one run.
-enum Placement { OneCore, Apart, Free };
-
-void runOn( pid_t process, int core ) {
-   cpu_set_t cores;
-   CPU_ZERO( &cores );
-   for ( long i = 0; i < sysconf( _SC_NPROCESSORS_ONLN ); ++i )
-      if ( core < 0 || i == core )
-         CPU_SET( static_cast<size_t>( i ), &cores );
-   // Each thread has its own: those that the server made for a client, too.
-   const std::string tasks = "/proc/" + std::to_string( process ) + "/task";
-   for ( const auto &task : std::filesystem::directory_iterator( tasks ) )
-      sched_setaffinity( std::stoi( task.path().filename() ), sizeof cores, &cores );
-}
-
-void place( Placement placement, pid_t other ) {
-   runOn( getpid(), placement == Free ? -1 : 0 );
-   runOn( other, placement == Free ? -1 : placement == Apart ? 1 : 0 );
-}
-
-double secondsOf( clockid_t clock ) {
-   timespec time{};
-   clock_gettime( clock, &time );
-   return static_cast<double>( time.tv_sec ) + static_cast<double>( time.tv_nsec ) / 1e9;
-}
 
 // Real time and processor time of both ends.
 struct Cost {
@@ -63,14 +32,6 @@ Cost costOf( pid_t other, Call call ) {
             ( secondsOf( CLOCK_PROCESS_CPUTIME_ID ) + secondsOf( others ) - processor ) / calls };
 }
 
-double median( std::vector<double> values ) {
-   const auto middle = values.begin() + static_cast<long>( values.size() / 2 );
-   std::nth_element( values.begin(), middle, values.end() );
-   return *middle;
-}
-
-constexpr unsigned configuration = 1; // the LM75's only register with one byte
-
 void ReadOverPingPong( benchmark::State &state ) {
    SimulatedServer &server = SimulatedServer::running();
    Ham::OrbisSmbusHam &ham = state.range( 1 ) ? server.ham( 2, 73 ) : server.ham( 1, 72 );
@@ -88,7 +49,7 @@ void ReadOverPingPong( benchmark::State &state ) {
       processor.push_back( reading.processor / bare.processor );
       microseconds.push_back( reading.real * 1e6 );
    }
-   runOn( getpid(), -1 );
+   place( Free, getpid() );
    state.counters["ratio"] = median( real );
    state.counters["cpu_ratio"] = median( processor );
    state.counters["us"] = median( microseconds );

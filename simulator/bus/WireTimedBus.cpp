@@ -2,8 +2,6 @@
 
 #include "smbus/WireTime.h"
 
-#include <sys/prctl.h>
-
 #include <chrono>
 #include <thread>
 
@@ -11,12 +9,13 @@ namespace Simulator {
 
 namespace {
 
-// The kernel lets a thread sleep up to 50 us longer than it wants to, unless it asks for less. That
-// is as long as five bits.
-void sleepUntil( std::chrono::steady_clock::time_point end ) {
-   thread_local const int asked = prctl( PR_SET_TIMERSLACK, 1ul );
-   static_cast<void>( asked );
-   std::this_thread::sleep_until( end );
+// A thread wakes up some 50 us later than it wants to, which is as long as five bits. So it wakes up
+// before the end, and waits for that.
+void waitUntil( std::chrono::steady_clock::time_point end ) {
+   constexpr std::chrono::microseconds late( 100 );
+   std::this_thread::sleep_until( end - late );
+   while ( std::chrono::steady_clock::now() < end ) {
+   }
 }
 
 } // namespace
@@ -24,7 +23,7 @@ void sleepUntil( std::chrono::steady_clock::time_point end ) {
 Bus::Outcome WireTimedBus::transfer( const Bus::Transfer &transfer ) {
    const auto begun = std::chrono::steady_clock::now();
    Bus::Outcome outcome = bus_->transfer( transfer );
-   sleepUntil( begun + Bus::wireTime( Bus::onTheWires( transfer, outcome ), clock_ ) );
+   waitUntil( begun + Bus::wireTime( Bus::onTheWires( transfer, outcome ), clock_ ) );
    return outcome;
 }
 
