@@ -96,7 +96,7 @@ class SimulationCheck {
          checkModule( module );
       for ( const auto &[bus, wires] : simulation_.wires )
          if ( std::none_of( topology_.roots.begin(), topology_.roots.end(),
-                            [&]( const TopologyRoot &root ) { return root.id == bus; } ) )
+                            [&id = bus]( const TopologyRoot &root ) { return root.id == id; } ) )
             report( findings_, wires.place,
                     fmt::format( "{} has no bus {}", topology_.path, toString( bus ) ) );
    }
