@@ -1,6 +1,7 @@
 #include "smbusd/server/Session.h"
 
 #include "smbusd/server/Outbox.h"
+#include "smbusd/server/Transport.h"
 #include "sockets/Frames.h"
 
 #include <fmt/format.h>
@@ -19,32 +20,6 @@ namespace Smbusd {
 namespace {
 
 constexpr size_t chunkBytes = 16384;
-
-// For poll(): at least a millisecond while there is time, so that it doesn't spin.
-int millisecondsUntil( Session::Clock::time_point end ) {
-   const auto left = end - Session::Clock::now();
-   return static_cast<int>( std::max( std::chrono::ceil<std::chrono::milliseconds>( left ),
-                                      std::chrono::milliseconds( 0 ) )
-                               .count() );
-}
-
-// False when the end comes first.
-bool waitFor( int socket, short events, Session::Clock::time_point end ) {
-   pollfd watched{ socket, events, 0 };
-   int count = -1;
-   do
-      count = poll( &watched, 1, millisecondsUntil( end ) );
-   while ( count < 0 && errno == EINTR );
-   return count > 0;
-}
-
-ssize_t receive( int socket, char *chunk, size_t size ) {
-   ssize_t count = -1;
-   do
-      count = recv( socket, chunk, size, 0 );
-   while ( count < 0 && errno == EINTR );
-   return count;
-}
 
 } // namespace
 
@@ -179,8 +154,8 @@ bool Session::handleFrames( std::string_view bytes ) {
          conversation_->take( frame.message, memory_ );
          bytes.remove_prefix( frame.size );
          frameEnd_.reset();
-         if ( received_.capacity() >
-              Buffers::keptBytes ) { // not needed any more, and the answer may be
+         // Its memory is not needed any more, and the answer may need some.
+         if ( received_.capacity() > Buffers::keptBytes ) {
             std::string( bytes ).swap( received_ );
             bytes = received_;
          }
@@ -221,47 +196,26 @@ bool Session::answer( bool isLast ) {
 }
 
 bool Session::send( std::string_view bytes ) {
-   std::optional<Clock::time_point> end;
-   while ( !bytes.empty() ) {
-      const ssize_t count =
-         ::send( peer_.socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT );
-      if ( count >= 0 ) {
-         bytes.remove_prefix( static_cast<size_t>( count ) );
-         continue;
-      }
-      if ( errno == EINTR )
-         continue;
-      if ( errno != EAGAIN )
-         return false;
-      if ( !end )
-         end = Clock::now() + limits_.sendTime;
-      if ( !waitFor( peer_.socket, POLLOUT, *end ) ) {
-         spdlog::warn( "process {} did not read its answer within {} ms: its connection ends",
-                       peer_.process, limits_.sendTime.count() );
-         return false;
-      }
-   }
-   return true;
+   const Sent sent = sendAll( peer_.socket, bytes, limits_.sendTime );
+   if ( sent == Sent::Late )
+      spdlog::warn( "process {} did not read its answer within {} ms: its connection ends",
+                    peer_.process, limits_.sendTime.count() );
+   return sent == Sent::All;
 }
 
 void Session::refuse( const std::string &reason ) {
    spdlog::warn( "refused process {}: {}", peer_.process, reason );
-   const std::string frame = conversation_->refusal( reason );
+   const std::string frame = std::exchange( unsent_, {} ) + conversation_->refusal( reason );
    conversation_.reset();
    std::string().swap( received_ );
    memory_.holds( 0 );
-   if ( send( frame ) )
-      discard();
-}
-
-// A client that still sends its frame would not look for an answer if that failed.
-void Session::discard() {
+   idleSince_ = Clock::time_point::min(); // the first to give way
+   idle_ = true;
+   if ( !send( frame ) )
+      return;
+   // A client that still sends its frame would not look for an answer if that failed.
    shutdown( peer_.socket, SHUT_WR );
-   const Clock::time_point end = Clock::now() + limits_.frameTime;
-   char chunk[chunkBytes];
-   while ( waitFor( peer_.socket, POLLIN, end ) &&
-           receive( peer_.socket, chunk, sizeof chunk ) > 0 ) {
-   }
+   discard( peer_.socket, Clock::now() + limits_.frameTime );
 }
 
 } // namespace Smbusd

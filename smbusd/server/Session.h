@@ -2,6 +2,7 @@
 
 #include "smbusd/server/Conversation.h"
 #include "smbusd/server/Limits.h"
+#include "smbusd/server/Transport.h"
 
 #include <atomic>
 #include <chrono>
@@ -20,7 +21,7 @@ namespace Smbusd {
 // answer, and the connection ends. It also ends when the client doesn't read an answer in time.
 class Session {
  public:
-   using Clock = std::chrono::steady_clock;
+   using Clock = SocketClock;
    using Ended = std::function<void( Session & )>;
 
    // Owns the socket of the peer. With a refusal, the first frame gets that as its answer, and the
@@ -57,7 +58,6 @@ class Session {
    bool answer( bool isLast );
    bool send( std::string_view bytes );
    void refuse( const std::string &reason );
-   void discard();
 
    const Peer peer_;
    const Limits limits_;

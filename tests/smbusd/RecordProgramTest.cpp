@@ -68,6 +68,21 @@ TEST_F( RecordProgramTest, ReplaysARecordingWithoutTheBoard ) {
                            "\"written\":[],\"read\":[24,128]}" ) );
 }
 
+TEST_F( RecordProgramTest, AReplayHasAControlSocketButNoBoard ) {
+   serve( { "--simulate", KELT_BOARD "/topology.json", "--simulation",
+            KELT_BOARD "/simulation.json", "--record", recording },
+          {} );
+   EXPECT_EQ( serve( { "--replay", recording }, { { "sim", "list" } } ),
+              "1: orbis-smbus: no board is simulated\n" );
+}
+
+TEST_F( RecordProgramTest, RefusesARoomThatIsTooSmallForLargeTransactions ) {
+   StartedProgram small( { ORBIS_SMBUSD, "--replay", recording, "--record", folder.file( "new" ),
+                           "--record-keep", "63M" } );
+   EXPECT_EQ( small.wait(), 2 );
+   EXPECT_THAT( small.errors(), HasSubstr( "--record-keep: less than 64M has no room" ) );
+}
+
 TEST_F( RecordProgramTest, NamesTheByteWhereAFileIsNotARecording ) {
    const std::string file = folder.write( "text", std::string( 1, '\0' ) );
    EXPECT_THAT( ask( { "trace", file } ),
