@@ -98,11 +98,11 @@ bool Server::makePlace() {
    }
    if ( !longest )
       return false;
+   leaving_.insert( longest );
+   longest->giveWay();
    spdlog::warn( "{} clients are connected: process {}, which was idle for the longest time, gives "
                  "way to another",
                  limits_.clients, longest->peer().process );
-   leaving_.insert( longest );
-   longest->giveWay();
    return true;
 }
 

@@ -43,17 +43,16 @@ Session::~Session() {
 // Wakes the thread wherever it waits at the socket.
 void Session::end() { shutdown( peer_.socket, SHUT_RDWR ); }
 
-// Bytes that have come stay there to be received. If there are none, the client has to see at once
-// that the connection has ended: it looks before it sends.
+// The client sees the end at once, before it sends more.
 void Session::giveWay() {
-   shutdown( peer_.socket, SHUT_RD );
-   if ( !hasUnread() )
-      shutdown( peer_.socket, SHUT_WR );
+   leaves_ = true;
+   if ( !sending_ && !hasUnread() )
+      end();
 }
 
 bool Session::hasUnread() const {
    int unread = 0;
-   return ioctl( peer_.socket, FIONREAD, &unread ) != 0 || unread > 0;
+   return ioctl( peer_.socket, FIONREAD, &unread ) == 0 && unread > 0;
 }
 
 std::optional<Session::Clock::time_point> Session::idleSince() const {
@@ -184,15 +183,18 @@ bool Session::answer( bool isLast ) {
       return false;
    if ( isLast ) { // and not later, since the client may look at once
       idleSince_ = Clock::now();
+      sending_ = true;
       idle_ = true;
    }
    if ( !unsent_.empty() )
       frame->insert( 0, std::exchange( unsent_, {} ) );
-   if ( !send( *frame ) )
+   const bool sent = send( *frame );
+   sending_ = false;
+   if ( !sent )
       return false;
    frame.reset();
    memory_.holds( 0 );
-   return true;
+   return !leaves_ || !isLast || hasUnread();
 }
 
 bool Session::send( std::string_view bytes ) {

@@ -43,10 +43,11 @@ class Session {
 
    // Ends the connection. A running transaction is finished.
    void end();
-   // Ends an idle connection. What has come from the client before is still answered.
+   // Ends an idle connection. What its client has sent by then is still answered.
    void giveWay();
 
  private:
+   bool hasUnread() const;
    void serve();
    void converse();
    bool hasUnread() const;
@@ -71,6 +72,8 @@ class Session {
    std::string unsent_;                        // from the outbox
    std::atomic<Clock::time_point> idleSince_;
    std::atomic<bool> idle_ = true;
+   std::atomic<bool> sending_ = false; // the answer of a client that is idle apart from that
+   std::atomic<bool> leaves_ = false;  // gives way
    std::thread thread_;
 };
 
