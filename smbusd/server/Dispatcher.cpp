@@ -81,6 +81,9 @@ bool Dispatcher::carryOut( Exchange &exchange, const Peer &peer ) {
       exchange.response = Bus::failure( reason.what() );
       if ( observer_ )
          observer_( exchange.request, exchange.response, clock_.now(), Bus::Clock::Time( 0 ) );
+   } catch ( const std::system_error &lacking ) {
+      spdlog::warn( "refused: {}", lacking.what() );
+      exchange.response = Bus::failure( lacking.what() );
    }
    return true;
 }

@@ -50,7 +50,6 @@ class Session {
    bool hasUnread() const;
    void serve();
    void converse();
-   bool hasUnread() const;
    bool waitForBytes();
    bool sendFromOutbox( Outbox &outbox );
    bool receiveMore();

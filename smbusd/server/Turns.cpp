@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <system_error>
 #include <tuple>
 
 namespace Smbusd {
@@ -22,6 +24,8 @@ bool Turns::begin( const Peer &peer, Time now ) {
          return true;
       }
       waiter.wake = eventfd( 0, EFD_CLOEXEC );
+      if ( waiter.wake < 0 )
+         throw std::system_error( errno, std::generic_category(), "can't wait for the bus" );
       arrives( peer );
       waiting_.push_back( &waiter );
    }

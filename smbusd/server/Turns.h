@@ -24,7 +24,8 @@ class Turns {
    explicit Turns( const Bus::Clock &clock ) : clock_( clock ) {}
 
    // Waits for the peer's turn, which then lasts until end(). False when there won't be one: the
-   // peer has disconnected while it waited, or the turns are stopped.
+   // peer has disconnected while it waited, or the turns are stopped. Throws std::system_error when
+   // there is no descriptor to wait with.
    bool begin( const Peer &peer, Time now );
    void end();
 

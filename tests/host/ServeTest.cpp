@@ -1,6 +1,6 @@
+#include "NoDescriptors.h"
 #include "host/serve/Client.h"
 #include "host/serve/HttpServer.h"
-#include "support/NoDescriptors.h"
 #include "support/NoRights.h"
 #include "support/ScriptedHost.h"
 

@@ -1,7 +1,7 @@
 #include "host/session/Session.h"
 
+#include "NoDescriptors.h"
 #include "PrivateFolder.h"
-#include "support/NoDescriptors.h"
 
 #include <cstdlib>
 #include <gmock/gmock.h>
