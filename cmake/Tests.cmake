@@ -36,4 +36,12 @@ function( orbis_add_test name )
    gtest_discover_tests( ${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES
       WORKING_DIRECTORY ${CMAKE_SOURCE_DIR} PROPERTIES TIMEOUT ${arg_TIMEOUT} )
 endfunction()
+# As orbis_add_test, for tests that replace operator new, and functions of libraries, to count their
+# calls. ThreadSanitizer replaces operator new itself.
+function( orbis_add_counting_test name )
+   if( NOT ORBIS_SANITIZE MATCHES thread )
+      orbis_add_test( ${name} ${ARGN} )
+      set_target_properties( ${name} PROPERTIES ENABLE_EXPORTS ON )
+   endif()
+endfunction()
 include( GoogleTest )
