@@ -3,6 +3,7 @@
 #include "sockets/Frames.h"
 
 #include <boost/asio/post.hpp>
+#include <spdlog/spdlog.h>
 
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -56,6 +57,9 @@ std::vector<std::string> StoppableBus::log() const {
 }
 
 RunningServer::RunningServer( const ServerSettings &settings ) : buffers_( settings.buffers ) {
+   // As in the program, the log is there before the threads. ThreadSanitizer doesn't see how the
+   // library guards its first use.
+   spdlog::default_logger_raw();
    Busses busses;
    for ( const char *name : { "scd(4):1:2", "i2c:0" } ) {
       auto bus = std::make_unique<StoppableBus>( name );
