@@ -33,27 +33,19 @@ BoardFiles::Board load( const std::vector<std::string> &objects ) {
 
 } // namespace
 
-// A bus of the board on which the test's transfers are missed, and those of readings counted.
+// A bus of the board on which the test's transfers are missed.
 class BoardInOneProcess::FaultyBus final : public Bus::RootBus {
  public:
-   FaultyBus( std::unique_ptr<Bus::RootBus> bus, const Bus::RootBusId &id,
-              BoardInOneProcess &board )
-      : bus_( std::move( bus ) ), id_( id ), board_( board ) {}
+   FaultyBus( std::unique_ptr<Bus::RootBus> bus, BoardInOneProcess &board )
+      : bus_( std::move( bus ) ), board_( board ) {}
    Bus::Outcome transfer( const Bus::Transfer &transfer ) override {
       if ( board_.miss_( transfer ) )
          return { {}, std::string( Bus::noAddressAcknowledge ) };
-      const Bus::Outcome outcome = bus_->transfer( transfer );
-      if ( board_.isReading_ ) {
-         BoardFiles::WireCost &cost = board_.wires_[id_];
-         cost.transfers += 1;
-         cost.bits += static_cast<double>( Bus::onTheWires( transfer, outcome ).bits() );
-      }
-      return outcome;
+      return bus_->transfer( transfer );
    }
 
  private:
    const std::unique_ptr<Bus::RootBus> bus_;
-   const Bus::RootBusId id_;
    BoardInOneProcess &board_;
 };
 
@@ -73,14 +65,22 @@ BoardInOneProcess::~BoardInOneProcess() { theBoard = nullptr; }
 Smbusd::Executors BoardInOneProcess::executors() {
    Bus::Busses faulty;
    for ( auto &[id, bus] : simulated_.busses() )
-      faulty.emplace( id, std::make_unique<FaultyBus>( std::move( bus ), id, *this ) );
+      faulty.emplace( id, std::make_unique<FaultyBus>( std::move( bus ), *this ) );
    return Smbusd::executorsOn( std::move( faulty ), clock_ );
 }
 
 Smbus::TransactionResponse BoardInOneProcess::run( const Smbus::TransactionRequest &request ) {
    const Bus::Transaction transaction = Bus::decode( request, limit );
    Smbus::TransactionResponse response;
-   executors_.at( transaction.bus )->run( transaction, response );
+   Smbusd::Executor &executor = *executors_.at( transaction.bus );
+   const Smbusd::Totals before = executor.account()->figures().totals;
+   executor.run( transaction, response );
+   if ( isReading_ ) {
+      const Smbusd::Totals now = executor.account()->figures().totals;
+      BoardFiles::WireCost &cost = wires_[transaction.bus];
+      cost.transfers += static_cast<double>( now.transfers - before.transfers );
+      cost.bits += static_cast<double>( now.wires.bits() - before.wires.bits() );
+   }
    return response;
 }
 

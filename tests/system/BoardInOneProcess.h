@@ -49,7 +49,7 @@ class BoardInOneProcess {
    // How often it was read in the last round.
    unsigned readsOf( const std::string &object ) const;
 
-   // What readings and timers have put on each root bus.
+   // What readings and timers have put on each root bus, as the server counts it.
    const std::map<Bus::RootBusId, BoardFiles::WireCost> &onTheWires() const { return wires_; }
    // Waits until so many timers of the plug-in have run.
    void waitForTimers( unsigned count );

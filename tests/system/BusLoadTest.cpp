@@ -1,4 +1,4 @@
-// What a check of the board's files says of its busses is what the plug-in puts on them.
+// What a check of the board's files says of its busses is what the server counts on them.
 #include "BoardInOneProcess.h"
 
 #include <gtest/gtest.h>

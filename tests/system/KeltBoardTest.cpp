@@ -115,6 +115,12 @@ TEST_F( KeltBoardTest, TheEnvironmentNamesABoardOnlyWhereNoneIsNamed ) {
    EXPECT_EQ( read(), 2 );
 }
 
+TEST_F( KeltBoardTest, TheServerKnowsTheHostByItsName ) {
+   board.show();
+   EXPECT_THAT( board.smbus( { "top", "--count", "1" } ),
+                ::testing::HasSubstr( "\norbis-host (" ) );
+}
+
 TEST_F( KeltBoardTest, ASupplyOfAnUnknownModelIsUnmanaged ) {
    board.smbus( { "sim", "pull", "psu1" } );
    board.smbus( { "sim", "insert", "spare1" } );
