@@ -8,3 +8,13 @@ function( orbis_sources variable )
    list( SORT all )
    set( ${variable} ${all} PARENT_SCOPE )
 endfunction()
+
+# orbis_quick( SOURCE... ): sources that run seldom and include a large library, CLI11 or Beast. Optimising
+# takes most of the time to compile them, so it is as little as the build type allows (_FORTIFY_SOURCE needs
+# some).
+function( orbis_quick )
+   set_source_files_properties( ${ARGN} PROPERTIES
+      SKIP_UNITY_BUILD_INCLUSION ON
+      SKIP_PRECOMPILE_HEADERS ON
+      COMPILE_OPTIONS $<IF:$<CONFIG:Debug>,-O0,-O1> )
+endfunction()

@@ -73,7 +73,7 @@ TEST_F( RingTest, TakesAtMostTheGivenRoomAndHasTheNewestEntriesWithoutAGap ) {
    for ( int i = 1; i <= 500; ++i ) {
       write( i );
       const size_t earlier = fs::exists( path + ".1" ) ? fs::file_size( path + ".1" ) : 0;
-      largest = std::max( largest, fs::file_size( path ) + earlier );
+      largest = std::max<uintmax_t>( largest, fs::file_size( path ) + earlier );
       const std::vector<int> all = numbers( path );
       ASSERT_EQ( all, range( all.at( 1 ), i ) );
    }
