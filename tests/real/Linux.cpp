@@ -85,7 +85,7 @@ KernelDriver::KernelDriver( unsigned adapter, const std::string &type, uint8_t a
 KernelDriver::~KernelDriver() { writeFile( adapter_ + "/delete_device", address_ ); }
 
 long long KernelDriver::hwmon( const std::string &name ) const {
-   const std::string text = readFile( hwmon_ + "/" + name );
+   const std::string text = readFile( hwmonFile( name ) );
    return text.empty() ? 0 : std::stoll( text );
 }
 

@@ -31,6 +31,7 @@ class KernelDriver {
    // A file of the device, such as eeprom; a number in a file of its hwmon, such as temp1_input.
    std::string file( const std::string &name ) const { return readFile( device_ + "/" + name ); }
    long long hwmon( const std::string &name ) const;
+   std::string hwmonFile( const std::string &name ) const { return hwmon_ + "/" + name; }
    // The input with this label.
    long long labelled( const std::string &label ) const;
 
