@@ -53,12 +53,14 @@ class ExportedAdapterTest : public ::testing::Test {
       driving = startServer( linux(), {} );
    }
    static void TearDownTestSuite() {
-      for ( auto *server : { &driving, &exporting } ) {
-         ( *server )->signal( SIGTERM );
-         EXPECT_EQ( ( *server )->wait(), 0 ) << ( *server )->errors();
-         server->reset();
-      }
+      stop( driving );
+      stop( exporting );
       folder.reset();
+   }
+   static void stop( std::unique_ptr<StartedProgram> &server ) {
+      server->signal( SIGTERM );
+      EXPECT_EQ( server->wait(), 0 ) << server->errors();
+      server.reset();
    }
 
    static std::string exporter() { return folder->file( "exporter.sock" ); }
@@ -140,8 +142,9 @@ TEST_F( ExportedAdapterTest, TheKernelFindsOurThermometersByItself ) {
 // The clock is stopped, so nothing changes between the two. Another test replays this recording
 // without the kernel.
 TEST_F( ExportedAdapterTest, TheBoardShowsTheSameThroughTheKernelAsDirectly ) {
+   stop( driving ); // adapters have one server
    const std::string socket = folder->file( "recorded.sock" );
-   const auto recorded = startServer( socket, { "--record", OUT "/kelt-through-linux.rec" } );
+   auto recorded = startServer( socket, { "--record", OUT "/kelt-through-linux.rec" } );
    const Shown direct = showBoard( BOARDS "/kelt", exporter() );
    const Shown throughLinux = showBoard( BOARDS "/kelt", socket );
    EXPECT_EQ( throughLinux.exitCode, 0 );
@@ -152,8 +155,8 @@ TEST_F( ExportedAdapterTest, TheBoardShowsTheSameThroughTheKernelAsDirectly ) {
    // It identifies itself in PMBus blocks.
    EXPECT_THAT( throughLinux.texts.at( "psu1-slot" ), HasSubstr( "P2306A0017" ) );
    smbus( socket, { "read", "scd(4):1:2:0x55", "0", "--via", "0x70=1" }, 1 );
-   recorded->signal( SIGTERM );
-   EXPECT_EQ( recorded->wait(), 0 ) << recorded->errors();
+   stop( recorded );
+   driving = startServer( linux(), {} );
 }
 
 TEST_F( ExportedAdapterTest, TheKernelsLm75ReadsOurThermometersBehindOurMux ) {
