@@ -45,6 +45,16 @@ std::string run( const std::vector<std::string> &command, int exitCode ) {
    return program.output() + program.errors();
 }
 
+unsigned long waitsOf( pid_t process ) {
+   const std::string label = "voluntary_ctxt_switches:";
+   unsigned long waits = 0;
+   for ( const auto &task : fs::directory_iterator( fmt::format( "/proc/{}/task", process ) ) ) {
+      const std::string status = readFile( task.path() / "status" );
+      waits += std::stoul( status.substr( status.find( label ) + label.size() ) );
+   }
+   return waits;
+}
+
 void loadModule( const std::string &name, const std::vector<std::string> &parameters ) {
    std::vector<std::string> command{ "/bin/modprobe", name };
    command.insert( command.end(), parameters.begin(), parameters.end() );

@@ -1,6 +1,8 @@
 // The Linux on which the tests run.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -12,6 +14,9 @@ void writeFile( const std::string &path, const std::string &text );
 
 // The output and errors of a program. Fails the test when the exit code differs.
 std::string run( const std::vector<std::string> &command, int exitCode = 0 );
+
+// How often the threads of a process have waited for something so far.
+unsigned long waitsOf( pid_t process );
 
 void loadModule( const std::string &name, const std::vector<std::string> &parameters = {} );
 // The number of the adapter whose name starts with this. Fails the test when there is none.

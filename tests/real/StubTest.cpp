@@ -99,6 +99,21 @@ TEST_F( StubTest, TheKernelsLm75ReadsTheSameTemperatures ) {
    EXPECT_GE( table.words(), 200u );
 }
 
+// One thread takes a transaction from the socket to the adapter and back.
+TEST_F( StubTest, TheServerWaitsOnceForAReading ) {
+   StubChip( adapter, 0x48 ).wordIs( 0, 0x8018 );
+   pl_temp_sensor *ours = plugin<decltype( pl_temp_sensor_add )>( "pl_temp_sensor_add" )(
+      kept( document( 1, "LM75", 72, "" ) ), 60, 70 );
+   ASSERT_TRUE( ours );
+   float degrees = NAN;
+   ASSERT_EQ( ours->ops->get_temperature( ours, &degrees ), PL_STATUS_OK ); // connects
+   const unsigned long before = waitsOf( server->pid() );
+   for ( int i = 0; i < 1000; ++i )
+      ASSERT_EQ( ours->ops->get_temperature( ours, &degrees ), PL_STATUS_OK );
+   EXPECT_EQ( degrees, 24.5f );
+   EXPECT_LT( waitsOf( server->pid() ) - before, 1100u ); // some are of its timers
+}
+
 // The kernel rounds down to its unit: a thousandth or a millionth.
 double inUnits( float value, double units ) { return std::floor( value * units ); }
 
