@@ -9,12 +9,11 @@ function( orbis_sources variable )
    set( ${variable} ${all} PARENT_SCOPE )
 endfunction()
 
-# orbis_quick( SOURCE... ): sources that run seldom and include a large library, CLI11 or Beast. Optimising
-# takes most of the time to compile them, so it is as little as the build type allows (_FORTIFY_SOURCE needs
-# some).
+# orbis_quick( SOURCE... ): sources that run seldom and include a large library, CLI11 or Beast. Under
+# sanitizers, optimising takes most of the time to compile them, so they are not optimised there.
 function( orbis_quick )
-   set_source_files_properties( ${ARGN} PROPERTIES
-      SKIP_UNITY_BUILD_INCLUSION ON
-      SKIP_PRECOMPILE_HEADERS ON
-      COMPILE_OPTIONS $<IF:$<CONFIG:Debug>,-O0,-O1> )
+   if( ORBIS_SANITIZE )
+      set_source_files_properties( ${ARGN} PROPERTIES
+         SKIP_UNITY_BUILD_INCLUSION ON SKIP_PRECOMPILE_HEADERS ON COMPILE_OPTIONS -O0 )
+   endif()
 endfunction()

@@ -64,6 +64,13 @@ void Api::handle( const Request &request, const Reply &reply ) const {
       reply( isGet ? Response{ .json = toJson( name_, source_.report() ) } : wrongMethod( "GET" ) );
    else if ( request.path == "/v1/topology" )
       reply( isGet ? Response{ .json = board_.topology } : wrongMethod( "GET" ) );
+   else if ( request.path == "/v1/busses" && !isGet )
+      reply( wrongMethod( "GET" ) );
+   else if ( request.path == "/v1/busses" )
+      source_.busses( [reply]( std::string json, const std::string &error ) {
+         reply( error.empty() ? Response{ .json = std::move( json ) }
+                              : errorResponse( HttpStatus::unavailable, error ) );
+      } );
    else if ( request.path.starts_with( objectsPath ) )
       handleObject( request, request.path.substr( objectsPath.size() ), reply );
    else

@@ -29,6 +29,8 @@ class Api {
       std::function<BoardReport()> report{};
       std::function<void( size_t object, const Action &, std::function<void( const Reading & )> )>
          ask{};
+      // Calls back with JSON, or with the reason why there is none.
+      std::function<void( std::function<void( std::string json, std::string error )> )> busses{};
    };
 
    // `name` is the board's name for clients: its folder.

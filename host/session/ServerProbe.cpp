@@ -8,9 +8,13 @@
 
 namespace Host {
 
-std::string whyNoServer( const BoardFiles::PluginServer &server ) {
+std::string serverSocket( const BoardFiles::PluginServer &server ) {
    const char *named = server.variable.empty() ? nullptr : std::getenv( server.variable.c_str() );
-   const std::string path = named && *named ? named : server.socket;
+   return named && *named ? named : server.socket;
+}
+
+std::string whyNoServer( const BoardFiles::PluginServer &server ) {
+   const std::string path = serverSocket( server );
    if ( path.empty() )
       return {};
    try {

@@ -66,6 +66,7 @@ class ApiTest : public ::testing::Test {
                                       { .kind = BoardFiles::Kind::Psu, .name = "psu" } } };
    Action asked_;
    Reading result_{ .name = "set_light_setting" };
+   std::string busses_, whyNoBusses_;
    const Api api_{ board_,
                    "/b",
                    { .report =
@@ -77,7 +78,9 @@ class ApiTest : public ::testing::Test {
                         [this]( size_t, const Action &action, const auto &answer ) {
                            asked_ = action;
                            answer( result_ );
-                        } } };
+                        },
+                     .busses =
+                        [this]( const auto &answer ) { answer( busses_, whyNoBusses_ ); } } };
    const rapidjson::Document document_ = parsedFile( DOCS "/openapi.json" );
 };
 
@@ -92,6 +95,16 @@ TEST_F( ApiTest, GivesOneObjectAndTheTopology ) {
    const auto object = documented( "GET", "/v1/objects/psu", "", "/v1/objects/{name}" );
    EXPECT_THAT( object.json, HasSubstr( R"({"name":"psu","type":"psu","state":"ok")" ) );
    EXPECT_EQ( documented( "GET", "/v1/topology", "", "/v1/topology" ).json, "[ 5 ]" );
+}
+
+TEST_F( ApiTest, GivesTheLoadsOfTheServersBussesOrWhyThereAreNone ) {
+   busses_ = "{\"busses\":[]}";
+   EXPECT_EQ( documented( "GET", "/v1/busses", "", "/v1/busses" ).json, busses_ );
+   whyNoBusses_ = "no answer in time";
+   const auto none = documented( "GET", "/v1/busses", "", "/v1/busses" );
+   EXPECT_EQ( none.status, 503u );
+   EXPECT_EQ( none.json, R"({"error":"no answer in time"})" );
+   EXPECT_EQ( ask( "POST", "/v1/busses" ).allow, "GET" );
 }
 
 TEST_F( ApiTest, HasAnObjectDoWhatTheWordsSay ) {
@@ -142,7 +155,7 @@ TEST_F( ApiTest, IsDocumentedPathByPath ) {
          << real;
       EXPECT_EQ( ask( isPost ? "GET" : "POST", real ).status, 405u ) << real;
    }
-   EXPECT_EQ( paths->MemberCount(), 4u );
+   EXPECT_EQ( paths->MemberCount(), 5u );
 }
 
 } // namespace

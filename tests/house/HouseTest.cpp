@@ -16,7 +16,7 @@ const std::vector<Allowance> houseRooms{
    // A program that loads the plug-in must not link the SMBus messages a second time.
    { "host",
      { "commandline/", "boardfiles/", "platform/pl.h", "platform/sockets/",
-       "smbus/Control.proto" } },
+       "smbus/BusLoads.h", "smbus/Control.proto" } },
    { "OrbisGeneric", { "platform/pl.h", "platform/OrbisUtil/", "platform/PlatformLibrary/" } },
 };
 
