@@ -9,8 +9,8 @@ namespace Simulator {
 
 namespace {
 
-// A thread wakes up some 50 us later than it wants to, which is as long as five bits. So it wakes up
-// before the end, and waits for that.
+// A thread wakes up some 50 us later than it wants to, which is as long as five bits. So it wakes
+// up before the end, and waits for that.
 void waitUntil( std::chrono::steady_clock::time_point end ) {
    constexpr std::chrono::microseconds late( 100 );
    std::this_thread::sleep_until( end - late );

@@ -60,8 +60,7 @@ std::string FailureFiles::newFile() {
    number_ = time == time_ ? number_ + 1 : 0;
    time_ = std::move( time );
    for ( ;; ++number_ ) {
-      std::string path =
-         prefix_ + time_ + ( number_ > 0 ? fmt::format( "-{:03}", number_ ) : "" );
+      std::string path = prefix_ + time_ + ( number_ > 0 ? fmt::format( "-{:03}", number_ ) : "" );
       const int fd =
          open( path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR );
       if ( fd >= 0 ) {

@@ -15,8 +15,8 @@ const std::vector<Allowance> houseRooms{
    { "orbis-smbus", { "smbus/", "commandline/", "boardfiles/", "platform/" } },
    // A program that loads the plug-in must not link the SMBus messages a second time.
    { "host",
-     { "commandline/", "boardfiles/", "platform/pl.h", "platform/sockets/",
-       "smbus/BusLoads.h", "smbus/Control.proto" } },
+     { "commandline/", "boardfiles/", "platform/pl.h", "platform/sockets/", "smbus/BusLoads.h",
+       "smbus/Control.proto" } },
    { "OrbisGeneric", { "platform/pl.h", "platform/OrbisUtil/", "platform/PlatformLibrary/" } },
 };
 
