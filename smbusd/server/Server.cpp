@@ -106,14 +106,19 @@ bool Server::makePlace() {
    return true;
 }
 
-Server::~Server() { sessions_.clear(); }
+Server::~Server() {
+   const auto limit = Session::Clock::now() + std::chrono::milliseconds( 200 );
+   for ( const auto &[key, session] : sessions_ )
+      session->waitUntil( limit );
+   sessions_.clear();
+}
 
 void Server::stop() {
    file_.reset(); // first, so that it is not the file of a server that comes now
    acceptor_.close();
    pause_.cancel();
    for ( const auto &[key, session] : sessions_ )
-      session->end();
+      session->stop();
 }
 
 } // namespace Smbusd

@@ -43,6 +43,11 @@ Session::~Session() {
 // Wakes the thread wherever it waits at the socket.
 void Session::end() { shutdown( peer_.socket, SHUT_RDWR ); }
 
+// It sees the end of what its client sends.
+void Session::stop() { shutdown( peer_.socket, SHUT_RD ); }
+
+void Session::waitUntil( Clock::time_point limit ) { ( void )done_.try_acquire_until( limit ); }
+
 // The client sees the end at once, before it sends more.
 void Session::giveWay() {
    leaves_ = true;
@@ -71,12 +76,17 @@ void Session::serve() {
       refuse( full.what() );
    }
    end();
+   done_.release();
    ended_( *this );
 }
 
 void Session::converse() {
    while ( waitForBytes() && receiveMore() ) {
    }
+   // A client that traces gets what passed before the server stopped.
+   Outbox *const outbox = conversation_ ? conversation_->outbox() : nullptr;
+   if ( outbox && sendFromOutbox( *outbox ) && unsent_.empty() )
+      sendFromOutbox( *outbox );
 }
 
 // Meanwhile the client gets what is in the outbox. Returns false when the connection has to end.

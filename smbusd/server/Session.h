@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <semaphore>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -43,6 +44,10 @@ class Session {
 
    // Ends the connection. A running transaction is finished.
    void end();
+   // Receives no more. What is in the outbox by then is still sent, as far as the client reads.
+   void stop();
+   // Waits until it has ended, or for the limit.
+   void waitUntil( Clock::time_point limit );
    // Ends an idle connection. What its client has sent by then is still answered.
    void giveWay();
 
@@ -73,6 +78,7 @@ class Session {
    std::atomic<bool> idle_ = true;
    std::atomic<bool> sending_ = false; // the answer of a client that is idle apart from that
    std::atomic<bool> leaves_ = false;  // gives way
+   std::binary_semaphore done_{ 0 };
    std::thread thread_;
 };
 

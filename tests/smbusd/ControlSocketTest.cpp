@@ -162,6 +162,25 @@ TEST_F( ControlSocketTest, ATraceThatIsNotReadStaysAndCountsWhatIsLost ) {
    EXPECT_TRUE( server.tracer().hasListeners() );
 }
 
+TEST_F( ControlSocketTest, ATraceGetsWhatPassedBeforeTheServerStopped ) {
+   auto server = std::make_unique<RunningServer>( ServerSettings{
+      .answerControl = []( const SmbusControl::Request & ) { return SmbusControl::Response(); } } );
+   RawClient client( server->controlPath() );
+   SmbusControl::Request trace;
+   trace.set_trace( true );
+   EXPECT_EQ( errorOf( client, trace ), "" );
+   constexpr int all = 500;
+   SmbusControl::Transfer transfer;
+   transfer.set_operation( std::string( 100, 'x' ) );
+   for ( int i = 0; i < all; ++i )
+      server->tracer().report( transfer );
+   server.reset();
+   int received = 0;
+   while ( receive( client ) )
+      ++received;
+   EXPECT_EQ( received, all );
+}
+
 } // namespace
 
 } // namespace SmbusdTest
