@@ -10,13 +10,14 @@ const std::vector<Allowance> houseRooms{
    { "smbus", { "platform/" } },
    { "boardfiles", { "smbus/" } },
    { "commandline", { "boardfiles/" } },
+   { "health", { "boardfiles/" } },
    { "simulator", { "boardfiles/", "smbus/" } },
    { "smbusd", { "simulator/", "commandline/", "boardfiles/", "smbus/", "platform/" } },
    { "orbis-smbus", { "smbus/", "commandline/", "boardfiles/", "platform/" } },
    // A program that loads the plug-in must not link the SMBus messages a second time.
    { "host",
-     { "commandline/", "boardfiles/", "platform/pl.h", "platform/sockets/", "smbus/BusLoads.h",
-       "smbus/Control.proto" } },
+     { "health/", "commandline/", "boardfiles/", "platform/pl.h", "platform/sockets/",
+       "smbus/BusLoads.h", "smbus/Control.proto" } },
    { "OrbisGeneric", { "platform/pl.h", "platform/OrbisUtil/", "platform/PlatformLibrary/" } },
 };
 
@@ -25,6 +26,7 @@ const std::vector<Order> folderOrders{
    { "smbus", { "." } },
    { "boardfiles", { "." } },
    { "commandline", { "." } },
+   { "health", { "." } },
    { "simulator", { "chips", "bus", "board" } },
    { "smbusd",
      { ".", "accounts", "server", "busses/linux", "busses", "record", "routes", "export",
