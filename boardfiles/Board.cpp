@@ -33,16 +33,26 @@ void nameFindings( const std::vector<BoardObject> &objects, Findings &findings, 
    }
 }
 
-ObjectDescription describe( const BoardObject &object, const DriverTable &table ) {
+ObjectDescription describe( const BoardObject &object, const DriverTable &table,
+                            const ChipPlaces &places ) {
    ObjectDescription description{ .kind = *object.kind,
                                   .name = object.name,
                                   .text = object.label.value_or( "" ),
                                   .alert = static_cast<float>( object.alert.value_or( 0 ) ),
                                   .critical = static_cast<float>( object.critical.value_or( 0 ) ),
-                                  .value = object.value.value_or( 0 ) };
+                                  .value = object.value.value_or( 0 ),
+                                  .health = object.health };
+   if ( object.alert && object.critical ) {
+      ValueLimits &limits = description.health.limits["temperature"];
+      limits.highWarning = object.alert;
+      limits.highCritical = object.critical;
+   }
+   if ( object.label )
+      description.chips = places.of( *object.label );
    if ( object.device ) {
       const DeviceDocument &device = *object.device;
       description.text = device.text;
+      description.chips = places.of( device );
       description.did = device.did->number;
       description.address = device.address->number;
       const DriverRule &driver = table.drivers.find( device.driver )->second;
@@ -65,11 +75,11 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
    const bool hasWiring = topology && !topology->roots.empty();
    if ( hasWiring && objects && table ) {
       DeviceCheck devices( *table, *topology, found );
-      for ( const BoardObject &object : *objects )
+      for ( const BoardObject &object : objects->objects )
          checkObject( object, devices );
    }
    if ( objects )
-      nameFindings( *objects, found, beforeObjects );
+      nameFindings( objects->objects, found, beforeObjects );
    const auto simulationPath = folder / "simulation.json";
    std::unique_ptr<const SimulationFile> simulation;
    if ( std::filesystem::exists( simulationPath ) ) {
@@ -87,10 +97,12 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
                 .traces = table->traces,
                 .server = table->server,
                 .busses =
-                   busLoads( *topology, *objects, *table,
+                   busLoads( *topology, objects->objects, *table,
                              simulation ? simulation->wires : decltype( simulation->wires )() ) };
-   for ( const BoardObject &object : *objects )
-      board.objects.push_back( describe( object, *table ) );
+   const ChipPlaces places( *topology );
+   for ( const BoardObject &object : objects->objects )
+      board.objects.push_back( describe( object, *table, places ) );
+   board.rules = objects->rules;
    return board;
 }
 

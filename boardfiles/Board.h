@@ -1,6 +1,7 @@
 #pragma once
 
 #include "boardfiles/BusLoad.h"
+#include "boardfiles/ChipPlaces.h"
 #include "boardfiles/DriverTable.h"
 #include "boardfiles/Finding.h"
 #include "boardfiles/Kind.h"
@@ -20,10 +21,12 @@ struct ObjectDescription {
    std::string text{}; // the device document, or a topology label; empty for the system
    float alert = 0;    // degrees Celsius, of temperature sensors
    float critical = 0;
-   uint8_t value = 0;             // of SMBus objects given by a label
-   std::optional<uint32_t> did{}; // of the driver object that it is made by
-   unsigned address = 0;          // of its chip, seven bits
-   double fullScale = 0;          // rpm, a fan's highest; 0 when that isn't known
+   uint8_t value = 0;              // of SMBus objects given by a label
+   std::optional<uint32_t> did{};  // of the driver object that it is made by
+   unsigned address = 0;           // of its chip, seven bits
+   double fullScale = 0;           // rpm, a fan's highest; 0 when that isn't known
+   HealthKeys health{};            // with the limits of temperature sensors
+   std::vector<ChipPlace> chips{}; // on its busses; none for the system
 };
 
 // A board whose files are known to be good.
@@ -31,6 +34,7 @@ struct Board {
    std::string folder{};
    std::string topology{}; // the text of topology.json
    std::vector<ObjectDescription> objects{};
+   std::vector<BoardRule> rules{};
    PluginTraces traces{};
    PluginServer server{};
    std::vector<BusLoad> busses{};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "boardfiles/DeviceDocument.h"
+#include "boardfiles/HealthKeys.h"
 #include "boardfiles/Kind.h"
 
 #include <filesystem>
@@ -21,13 +22,20 @@ struct BoardObject {
    Place valuePlace{};
    std::optional<double> alert{}; // degrees Celsius, of temperature sensors
    std::optional<double> critical{};
+   HealthKeys health{};
    Place place{};
 };
 
+// A board's objects, and the rules over them.
+struct ObjectsFile {
+   std::vector<BoardObject> objects{};
+   std::vector<BoardRule> rules{};
+};
+
 // Reads the file and reports what its schema refuses and what is wrong with objects by themselves:
-// names that are there twice, a label without a value, an alert above critical. Nothing when it
-// can't be read as JSON; what the schema refuses is left out of the result.
-std::optional<std::vector<BoardObject>> readObjects( const std::filesystem::path &path,
-                                                     Findings &findings );
+// names that are there twice, a label without a value, limits that contradict each other. And what
+// is wrong between them: objects that are on each other, members of rules that don't exist. Nothing
+// when it can't be read as JSON; what the schema refuses is left out of the result.
+std::optional<ObjectsFile> readObjects( const std::filesystem::path &path, Findings &findings );
 
 } // namespace BoardFiles

@@ -73,7 +73,7 @@ TEST_F( BusLoadTest, ABusIsAsFastAsItsClock ) {
 TEST_F( BusLoadTest, ADeviceThatDoesNotPollPutsNothingOnTheBusByItself ) {
    Findings findings;
    const auto wiring = readTopology( board_.folder().path() / "topology.json", findings );
-   auto things = readObjects( board_.folder().path() / "objects.json", findings ).value();
+   auto things = readObjects( board_.folder().path() / "objects.json", findings )->objects;
    const auto table = readDriverTable( BOARDS "/libOrbisDriversKelt.drivers.json", findings );
    std::erase_if( things, []( const BoardObject &object ) { return object.kind == Kind::Xcvr; } );
    for ( const BusLoad &each : busLoads( *wiring, things, table.value(), {} ) )
