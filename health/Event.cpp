@@ -1,16 +1,15 @@
 #include "health/Event.h"
 
+#include "boardfiles/EnumNames.h"
+
 namespace Health {
 
-std::string_view nameOf( Event::What what ) {
-   switch ( what ) {
-   case Event::What::Set:
-      return "set";
-   case Event::What::Clear:
-      return "clear";
-   default:
-      return "acknowledged";
-   }
-}
+namespace {
+
+constexpr BoardFiles::EnumNames<Event::What, 3> whatNames{ { "set", "clear", "acknowledged" } };
+
+} // namespace
+
+std::string_view nameOf( Event::What what ) { return whatNames[what]; }
 
 } // namespace Health

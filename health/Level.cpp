@@ -1,23 +1,17 @@
 #include "health/Level.h"
 
-#include <algorithm>
-#include <array>
+#include "boardfiles/EnumNames.h"
 
 namespace Health {
 
 namespace {
 
-constexpr std::array<std::string_view, 4> names{ "ok", "warning", "critical", "indeterminate" };
+constexpr BoardFiles::EnumNames<Level, 4> levelNames{ { "ok", "warning", "critical", "indeterminate" } };
 
 } // namespace
 
-std::string_view nameOf( Level level ) { return names.at( static_cast<size_t>( level ) ); }
+std::string_view nameOf( Level level ) { return levelNames[level]; }
 
-std::optional<Level> levelOf( std::string_view name ) {
-   const auto known = std::find( names.begin(), names.end(), name );
-   if ( known == names.end() )
-      return {};
-   return static_cast<Level>( known - names.begin() );
-}
+std::optional<Level> levelOf( std::string_view name ) { return levelNames.find( name ); }
 
 } // namespace Health

@@ -16,7 +16,7 @@ namespace {
 
 int print( const BoardFiles::Board &board, const Options &options, const BoardReport &report ) {
    if ( options.json )
-      fmt::print( "{}\n", toJson( board.folder, report ) );
+      fmt::print( "{}\n", Host::toJson( board.folder, report ) );
    else
       fmt::print( "{}\n", fmt::join( tableOf( report ), "\n" ) );
    return hasUnreadable( report ) ? exitUnreadable : exitOk;

@@ -13,6 +13,8 @@
 // Helpers to call the operations of an object's table, and to turn their results into readings.
 namespace Host {
 
+static_assert( Health::namedStatuses == PL_STATUS_TRANSACTION + 1 );
+
 // Whether a table has an operation. A table of an older plug-in is shorter, as its `size` says.
 template <class Ops, class Operation>
 bool provides( const Ops &ops, Operation Ops::*operation ) {

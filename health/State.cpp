@@ -1,23 +1,21 @@
-#include "host/State.h"
+#include "health/State.h"
 
 #include "boardfiles/EnumNames.h"
 
 #include <algorithm>
 #include <array>
 #include <fmt/format.h>
-#include <pl.h>
 
-namespace Host {
+namespace Health {
 namespace {
 
 constexpr BoardFiles::EnumNames<State, 6> stateNames{ { "ok", "stale", "unreadable", "absent",
                                                         "unmanaged", "unsupported" } };
 
 // The names of pl_status, as pl.h has them.
-constexpr std::array<std::string_view, 7> statusNames{ "ok",          "not managed", "device fault",
-                                                       "unsupported", "socket",      "not provided",
-                                                       "transaction" };
-static_assert( statusNames.size() == PL_STATUS_TRANSACTION + 1 );
+constexpr std::array<std::string_view, namedStatuses> statusNames{
+   "ok", "not managed", "device fault", "unsupported", "socket", "not provided", "transaction"
+};
 
 std::string nameOfStatus( int status ) {
    const auto index = static_cast<size_t>( status );
@@ -40,6 +38,13 @@ std::string toText( const Fault &fault ) {
                        fault.words.empty() ? "" : ": ", fault.words );
 }
 
+const ValueReport *ObjectReport::find( std::string_view value ) const {
+   const auto found = std::find_if( values.begin(), values.end(), [&]( const ValueReport &one ) {
+      return one.reading.name == value;
+   } );
+   return found == values.end() ? nullptr : &*found;
+}
+
 bool hasUnreadable( const BoardReport &board ) {
    return std::any_of( board.begin(), board.end(), []( const ObjectReport &object ) {
       return isBad( object.state ) ||
@@ -48,4 +53,4 @@ bool hasUnreadable( const BoardReport &board ) {
    } );
 }
 
-} // namespace Host
+} // namespace Health
