@@ -6,7 +6,8 @@ namespace Health {
 
 namespace {
 
-constexpr BoardFiles::EnumNames<Level, 4> levelNames{ { "ok", "warning", "critical", "indeterminate" } };
+constexpr BoardFiles::EnumNames<Level, 4> levelNames{ { "ok", "warning", "critical",
+                                                        "indeterminate" } };
 
 } // namespace
 

@@ -23,9 +23,9 @@ std::string nameOfStatus( int status ) {
                                                     : "";
 }
 
-bool isBad( State state ) { return state == State::Unreadable || state == State::Stale; }
-
 } // namespace
+
+bool isBad( State state ) { return state == State::Unreadable || state == State::Stale; }
 
 std::string_view nameOf( State state ) { return stateNames[state]; }
 

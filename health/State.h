@@ -25,6 +25,8 @@ enum class State {
 // "ok", "stale" and so on.
 std::string_view nameOf( State state );
 std::optional<State> stateOf( std::string_view name );
+// Unreadable or stale.
+bool isBad( State state );
 
 // Why something is not ok: the pl_status of an operation, if there is one, and an explanation.
 struct Fault {

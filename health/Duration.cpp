@@ -1,0 +1,21 @@
+#include "health/Duration.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+namespace Health {
+
+std::string durationText( double seconds ) {
+   const auto whole = static_cast<long long>( std::floor( seconds ) );
+   const long long minutes = whole / 60, hours = minutes / 60, days = hours / 24;
+   if ( minutes == 0 )
+      return fmt::format( "{} s", whole );
+   if ( hours == 0 )
+      return fmt::format( "{} min {} s", minutes, whole % 60 );
+   if ( days == 0 )
+      return fmt::format( "{} h {} min", hours, minutes % 60 );
+   return fmt::format( "{} d {} h", days, hours % 24 );
+}
+
+} // namespace Health

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace Health {
+
+// "42 s", "3 min 5 s", "2 h 10 min", "3 d 4 h".
+std::string durationText( double seconds );
+
+} // namespace Health

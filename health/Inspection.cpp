@@ -1,0 +1,321 @@
+#include "health/Inspection.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Health {
+
+namespace {
+
+constexpr auto presence = "presence";
+constexpr auto target = "target";
+
+std::optional<double> numberIn( const Scalar &value ) {
+   if ( const auto *whole = std::get_if<int64_t>( &value ) )
+      return static_cast<double>( *whole );
+   if ( const auto *number = std::get_if<double>( &value ) )
+      return *number;
+   return {};
+}
+
+} // namespace
+
+Links::Links( const BoardFiles::Board &board ) {
+   const auto numberOf = [&board]( const std::string &name ) -> std::optional<size_t> {
+      for ( size_t i = 0; i < board.objects.size(); ++i )
+         if ( board.objects[i].name == name )
+            return i;
+      return {};
+   };
+   for ( const BoardFiles::ObjectDescription &object : board.objects ) {
+      on.push_back( object.health.in ? numberOf( *object.health.in ) : std::nullopt );
+      fan.push_back( object.health.follows ? numberOf( object.health.follows->fan )
+                                           : std::nullopt );
+   }
+   for ( const BoardFiles::BoardRule &rule : board.rules ) {
+      members.emplace_back();
+      for ( const std::string &member : rule.members )
+         if ( const auto number = numberOf( member ) )
+            members.back().push_back( *number );
+   }
+   std::vector<size_t> depths;
+   for ( size_t i = 0; i < on.size(); ++i ) {
+      order.push_back( i );
+      depths.push_back( 0 );
+      for ( auto at = on[i]; at; at = on[*at] )
+         ++depths.back();
+   }
+   std::stable_sort( order.begin(), order.end(),
+                     [&]( size_t one, size_t other ) { return depths[one] < depths[other]; } );
+}
+
+Inspection::Inspection( const BoardFiles::Board &board, const Links &links,
+                        const BoardReport &report, const Surroundings &surroundings,
+                        Watches &watches, const Instant &now )
+   : board_( board ), links_( links ), report_( report ), surroundings_( surroundings ),
+     watches_( watches ), now_( now ), wiring_( board ) {
+   findReaches();
+   const bool anyFailed = std::find( reach_.begin(), reach_.end(), Reach::Failed ) != reach_.end();
+   if ( anyFailed )
+      wiring_.look( reach_, surroundings.evidence ? &*surroundings.evidence : nullptr );
+   if ( !surroundings.plugIn.empty() )
+      add( { .kind = Finding::Kind::PlugIn,
+             .key = "plug-in",
+             .level = Level::Critical,
+             .words = surroundings.plugIn } );
+   else if ( anyFailed && !surroundings.server.empty() )
+      add( { .kind = Finding::Kind::Server,
+             .key = "server",
+             .level = Level::Critical,
+             .words = surroundings.server } );
+   for ( size_t i = 0; i < report.size(); ++i )
+      inspectSupply( i );
+   for ( const size_t object : links.order )
+      inspect( object );
+   for ( size_t i = 0; i < board.rules.size(); ++i )
+      inspectRule( i );
+}
+
+void Inspection::findReaches() {
+   for ( const ObjectReport &object : report_ ) {
+      const ValueReport *there = object.find( presence );
+      if ( isBad( object.state ) )
+         reach_.push_back( Reach::Failed );
+      else if ( there && there->reading.state == State::Absent )
+         reach_.push_back( Reach::Absent );
+      else if ( object.values.empty() )
+         reach_.push_back( Reach::NotRead );
+      else
+         reach_.push_back( Reach::Good );
+   }
+   // What is on an absent module is absent, too.
+   for ( size_t i = 0; i < reach_.size(); ++i )
+      if ( absentAt( i ) )
+         reach_[i] = Reach::Absent;
+}
+
+// The absent module that the object is on, or is.
+std::optional<size_t> Inspection::absentAt( size_t object ) const {
+   for ( std::optional<size_t> at = object; at; at = links_.on[*at] ) {
+      const ValueReport *there = report_[*at].find( presence );
+      if ( there && there->reading.state == State::Absent )
+         return at;
+   }
+   return {};
+}
+
+// The finding of the supply without output that the object is on, or is.
+std::optional<size_t> Inspection::deadAt( size_t object ) const {
+   for ( std::optional<size_t> at = object; at; at = links_.on[*at] )
+      if ( const auto dead = dead_.find( *at ); dead != dead_.end() )
+         return dead->second;
+   return {};
+}
+
+bool Inspection::isKnown( size_t object, const std::string &value ) const {
+   if ( reach_[object] != Reach::Good )
+      return false;
+   const ValueReport *read = value.empty() ? nullptr : report_[object].find( value );
+   return value.empty() || ( read && read->reading.state == State::Ok );
+}
+
+size_t Inspection::add( Finding finding ) {
+   byKey_.emplace( finding.key, findings_.size() );
+   findings_.push_back( std::move( finding ) );
+   return findings_.size() - 1;
+}
+
+size_t Inspection::addOnce( const Finding &finding ) {
+   const auto known = byKey_.find( finding.key );
+   return known == byKey_.end() ? add( finding ) : known->second;
+}
+
+// Why the object can't be read, where that isn't its own fault.
+std::optional<size_t> Inspection::explanationOf( size_t object ) {
+   for ( const char *all : { "plug-in", "server" } )
+      if ( const auto known = byKey_.find( all ); known != byKey_.end() )
+         return known->second;
+   if ( const auto wiring = wiring_.explain( object ) )
+      return addOnce( *wiring );
+   if ( const auto dead = deadAt( object ) )
+      return dead;
+   for ( auto at = links_.on[object]; at; at = links_.on[*at] )
+      if ( const auto above = byKey_.find( report_[*at].name + " unreadable" );
+           above != byKey_.end() )
+         return above->second;
+   // While one bus keeps the plug-in busy, the values of others get old.
+   if ( report_[object].state == State::Stale )
+      for ( size_t i = 0; i < findings_.size(); ++i )
+         if ( findings_[i].kind == Finding::Kind::Bus )
+            return i;
+   return {};
+}
+
+void Inspection::inspect( size_t object ) {
+   const ObjectReport &report = report_[object];
+   watch( object );
+   if ( reach_[object] == Reach::Absent ) {
+      const size_t module = *absentAt( object );
+      if ( !board_.objects[module].health.wanted )
+         return;
+      const size_t absence = addOnce( { .kind = Finding::Kind::Absent,
+                                        .key = report_[module].name + " absent",
+                                        .object = module,
+                                        .value = presence,
+                                        .words = "there is no module" } );
+      if ( object != module )
+         add( { .key = report.name + " absent", .object = object, .explainedBy = { absence } } );
+      return;
+   }
+   if ( reach_[object] == Reach::Failed ) {
+      const auto explanation = explanationOf( object );
+      Finding finding{ .key = report.name + " unreadable",
+                       .object = object,
+                       .words = report.state == State::Stale
+                                   ? "its values are old"
+                                   : "can't be read: " + toText( report.fault ),
+                       .needsTime = true };
+      if ( explanation )
+         finding.explainedBy = { *explanation };
+      add( finding );
+      return;
+   }
+   inspectValues( object );
+   inspectFollowing( object );
+}
+
+// Gives the watches what was read.
+void Inspection::watch( size_t object ) {
+   std::vector<WatchedValue> &watched = watches_[object];
+   const auto &values = report_[object].values;
+   for ( size_t i = 0; i < values.size(); ++i ) {
+      const Reading &reading = values[i].reading;
+      if ( i == watched.size() || watched[i].name != reading.name ) {
+         const auto &all = board_.objects[object].health.limits;
+         const auto limits = all.find( reading.name );
+         watched.insert( watched.begin() + static_cast<std::ptrdiff_t>( i ),
+                         { reading.name, ValueWatch( limits == all.end() ? BoardFiles::ValueLimits()
+                                                                         : limits->second ) } );
+      }
+      const bool isThere = reach_[object] == Reach::Good && reading.state == State::Ok;
+      if ( !isThere )
+         watched[i].watch.unknown( now_ );
+      else
+         watched[i].watch.known( numberIn( reading.value ), now_ );
+   }
+}
+
+void Inspection::inspectValues( size_t object ) {
+   const ObjectReport &report = report_[object];
+   for ( size_t i = 0; i < report.values.size(); ++i ) {
+      const Reading &reading = report.values[i].reading;
+      const ValueWatch &watch = watches_[object][i].watch;
+      Finding finding{ .object = object, .value = reading.name, .unit = reading.unit };
+      if ( isBad( reading.state ) ) {
+         finding.key = fmt::format( "{} {} unreadable", report.name, reading.name );
+         finding.words = "can't be read: " + toText( reading.fault );
+         finding.needsTime = true;
+         if ( const auto explanation = explanationOf( object ) )
+            finding.explainedBy = { *explanation };
+         add( finding );
+      } else if ( watch.level() == Level::Warning || watch.level() == Level::Critical ) {
+         finding.kind = Finding::Kind::Limit;
+         finding.key = fmt::format( "{} {} limit", report.name, reading.name );
+         finding.level = watch.level();
+         finding.number = numberIn( reading.value );
+         finding.limit = watch.limit();
+         finding.words = fmt::format( "{} {} is {}", finding.number.value_or( 0 ), reading.unit,
+                                      watch.crossed( reading.unit ) );
+         if ( const auto dead = deadAt( object ) )
+            finding.explainedBy = { *dead };
+         add( finding );
+      }
+   }
+}
+
+// A rotor needs some time to get from one speed to another.
+void Inspection::inspectFollowing( size_t object ) {
+   const auto &rule = board_.objects[object].health.follows;
+   const ValueReport *speed = report_[object].find( "speed" );
+   if ( !rule || !speed || speed->reading.state != State::Ok )
+      return;
+   const ValueReport *set = report_[*links_.fan[object]].find( target );
+   const auto wanted = set ? numberIn( set->reading.value ) : std::nullopt;
+   const auto is = numberIn( speed->reading.value );
+   if ( !wanted || !is || set->age < rule->seconds ||
+        std::abs( *is - *wanted ) <= *wanted * rule->percent / 100 )
+      return;
+   Finding finding{ .kind = Finding::Kind::Follows,
+                    .key = report_[object].name + " follows",
+                    .object = object,
+                    .value = "speed",
+                    .level = Level::Critical,
+                    .words = fmt::format( "runs at {} rpm, {} rpm was set", *is, *wanted ),
+                    .number = is,
+                    .limit = wanted,
+                    .unit = "rpm" };
+   if ( const auto dead = deadAt( object ) )
+      finding.explainedBy = { *dead };
+   add( finding );
+}
+
+void Inspection::inspectSupply( size_t ) {}
+
+void Inspection::inspectRule( size_t number ) {
+   const BoardFiles::BoardRule &rule = board_.rules[number];
+   Finding finding{ .kind = Finding::Kind::Rule, .key = rule.name };
+   size_t good = 0, unknown = 0;
+   std::map<std::string, std::string> words; // by the word that a member has
+   for ( const size_t member : links_.members[number] ) {
+      bool isBadMember = reach_[member] == Reach::Absent, isUnknown = false;
+      for ( size_t i = 0; i < findings_.size(); ++i ) {
+         const Finding &one = findings_[i];
+         std::optional<size_t> at =
+            one.object == noObject ? std::nullopt : std::optional( one.object );
+         while ( at && *at != member )
+            at = links_.on[*at];
+         if ( !at )
+            continue;
+         const bool isOnly =
+            one.kind == Finding::Kind::Unreadable || one.kind == Finding::Kind::Chip;
+         if ( isOnly && one.object == member && !isBadMember )
+            isUnknown = true;
+         else if ( !isOnly && ( one.object == member || one.level == Level::Critical ) )
+            isBadMember = true;
+         else
+            continue;
+         finding.explainedBy.push_back( i );
+      }
+      good += !isBadMember && !isUnknown;
+      unknown += !isBadMember && isUnknown;
+      const ValueReport *text = report_[member].find( presence );
+      const auto *says = text ? std::get_if<std::string>( &text->reading.value ) : nullptr;
+      for ( const std::string &word : rule.same )
+         if ( says && reach_[member] == Reach::Good && says->find( word ) != std::string::npos )
+            words[word] += ( words[word].empty() ? "" : ", " ) + report_[member].name;
+   }
+   if ( rule.wanted > good ) {
+      const bool isSure = rule.wanted > good + unknown;
+      finding.level = rule.needed > good + unknown ? Level::Critical
+                      : isSure                     ? Level::Warning
+                                                   : Level::Indeterminate;
+      finding.words =
+         fmt::format( "{} of {} wanted, {} good", rule.wanted, rule.members.size(), good );
+      if ( unknown > 0 )
+         finding.words += fmt::format( ", {} not known", unknown );
+      add( finding );
+   }
+   if ( words.size() < 2 )
+      return;
+   std::vector<std::string> parts;
+   for ( const auto &[word, who] : words )
+      parts.push_back( fmt::format( "{}: {}", word, who ) );
+   add( { .kind = Finding::Kind::Rule,
+          .key = rule.name,
+          .words = fmt::format( "not all are the same: {}", fmt::join( parts, "; " ) ) } );
+}
+
+} // namespace Health

@@ -1,0 +1,85 @@
+// What is wrong with a board at one moment.
+#pragma once
+
+#include "boardfiles/Board.h"
+#include "health/Evidence.h"
+#include "health/Finding.h"
+#include "health/Instant.h"
+#include "health/State.h"
+#include "health/ValueWatch.h"
+#include "health/Wiring.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Health {
+
+// What is known beside the readings.
+struct Surroundings {
+   std::string plugIn{}; // why its process doesn't run; empty: it does
+   std::string
+      server{}; // why the plug-in's server can't be reached; empty: it can, or nobody knows
+   std::optional<Evidence> evidence{}; // nothing: the server gives none
+};
+
+// The watch over each value of an object, in the order of its report.
+struct WatchedValue {
+   std::string name{};
+   ValueWatch watch;
+};
+using Watches = std::vector<std::vector<WatchedValue>>;
+
+// What the objects of a board have to do with each other, by their numbers.
+struct Links {
+   explicit Links( const BoardFiles::Board &board );
+
+   std::vector<std::optional<size_t>> on{};    // which object each one is on
+   std::vector<std::optional<size_t>> fan{};   // which fan each one follows
+   std::vector<std::vector<size_t>> members{}; // of each rule
+   std::vector<size_t> order{};                // what others are on comes before these
+};
+
+// Finds all that is wrong, and what explains it: a module that isn't there what is on it, a part of
+// the wiring what is behind it, and so on. It has no memory but the watches.
+class Inspection {
+ public:
+   // All must outlive this object.
+   Inspection( const BoardFiles::Board &board, const Links &links, const BoardReport &report,
+               const Surroundings &surroundings, Watches &watches, const Instant &now );
+
+   const Findings &findings() const { return findings_; }
+   Reach reach( size_t object ) const { return reach_[object]; }
+   // Whether it can be said now that the value is good: it was read. Empty: any of the object.
+   bool isKnown( size_t object, const std::string &value ) const;
+
+ private:
+   void findReaches();
+   void inspect( size_t object );
+   void inspectValues( size_t object );
+   void inspectFollowing( size_t object );
+   void inspectSupply( size_t object );
+   void inspectRule( size_t rule );
+   void watch( size_t object );
+
+   size_t add( Finding finding );
+   size_t addOnce( const Finding &finding );
+   std::optional<size_t> explanationOf( size_t object );
+   std::optional<size_t> absentAt( size_t object ) const;
+   std::optional<size_t> deadAt( size_t object ) const;
+
+   const BoardFiles::Board &board_;
+   const Links &links_;
+   const BoardReport &report_;
+   const Surroundings &surroundings_;
+   Watches &watches_;
+   const Instant now_;
+   std::vector<Reach> reach_{};
+   Wiring wiring_;
+   Findings findings_{};
+   std::map<std::string, size_t, std::less<>> byKey_{};
+   std::map<size_t, size_t> dead_{}; // findings of supplies without output, by object
+};
+
+} // namespace Health

@@ -1,0 +1,231 @@
+#include "health/Monitor.h"
+
+#include "health/Duration.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <set>
+
+namespace Health {
+
+namespace {
+
+int badness( Level level ) {
+   switch ( level ) {
+   case Level::Critical:
+      return 3;
+   case Level::Warning:
+      return 2;
+   case Level::Indeterminate:
+      return 1;
+   default:
+      return 0;
+   }
+}
+
+Level worse( Level one, Level other ) { return badness( other ) > badness( one ) ? other : one; }
+
+bool isTold( const Finding &finding ) {
+   return finding.explainedBy.empty() && finding.level != Level::Indeterminate;
+}
+
+} // namespace
+
+Monitor::Monitor( const BoardFiles::Board &board, double settle )
+   : board_( board ), links_( board ), settle_( settle ), watches_( board.objects.size() ) {}
+
+std::vector<Event> Monitor::update( const BoardReport &report, const Surroundings &surroundings,
+                                    const Instant &now ) {
+   const Inspection inspection( board_, links_, report, surroundings, watches_, now );
+   const Findings &findings = inspection.findings();
+   link( inspection );
+   std::erase_if( pending_, [&]( const auto &pending ) {
+      return std::none_of( findings.begin(), findings.end(), [&]( const Finding &one ) {
+         return one.key == pending.first && isTold( one );
+      } );
+   } );
+   events_.clear();
+   clear( inspection, now );
+   for ( size_t i = 0; i < findings.size(); ++i )
+      if ( isTold( findings[i] ) )
+         tell( inspection, i, now );
+   return std::move( events_ );
+}
+
+// Finds the roots of each finding, and what is wrong with each object.
+void Monitor::link( const Inspection &inspection ) {
+   const Findings &findings = inspection.findings();
+   roots_.assign( findings.size(), {} );
+   causeOf_.assign( board_.objects.size(), "" );
+   levels_.assign( board_.objects.size(), Level::Ok );
+   for ( size_t i = 0; i < board_.objects.size(); ++i )
+      if ( inspection.reach( i ) == Reach::Failed || inspection.reach( i ) == Reach::Absent )
+         levels_[i] = Level::Indeterminate;
+   // What explains another finding stands before it.
+   for ( size_t i = 0; i < findings.size(); ++i ) {
+      std::set<size_t> roots;
+      for ( const size_t other : findings[i].explainedBy )
+         roots.insert( roots_[other].begin(), roots_[other].end() );
+      if ( findings[i].explainedBy.empty() )
+         roots.insert( i );
+      roots_[i].assign( roots.begin(), roots.end() );
+      const size_t object = findings[i].object;
+      if ( object == noObject )
+         continue;
+      if ( causeOf_[object].empty() )
+         causeOf_[object] = findings[roots_[i].front()].key;
+      if ( levels_[object] != Level::Indeterminate )
+         levels_[object] = worse( levels_[object], findings[i].level );
+   }
+}
+
+void Monitor::tell( const Inspection &inspection, size_t root, const Instant &now ) {
+   const Findings &findings = inspection.findings();
+   const Finding &finding = findings[root];
+   Level level = finding.level;
+   std::vector<std::string> explains;
+   std::vector<size_t> members;
+   for ( size_t i = 0; i < findings.size(); ++i ) {
+      const Finding &one = findings[i];
+      if ( std::find( roots_[i].begin(), roots_[i].end(), root ) == roots_[i].end() )
+         continue;
+      if ( one.kind == Finding::Kind::Rule )
+         level = worse( level, one.level );
+      if ( one.object != noObject )
+         members.push_back( one.object );
+      const std::string &name = one.object == noObject ? one.key : board_.objects[one.object].name;
+      if ( i != root && one.object != finding.object &&
+           std::find( explains.begin(), explains.end(), name ) == explains.end() )
+         explains.push_back( name );
+   }
+   const auto known = open_.find( finding.key );
+   if ( known == open_.end() && finding.needsTime ) {
+      const auto found = pending_.emplace( finding.key, now ).first;
+      if ( secondsBetween( found->second, now ) < settle_ )
+         return;
+   }
+   const auto pending = pending_.find( finding.key );
+   const Instant begun = pending == pending_.end() ? now : pending->second;
+   const bool isNews = known == open_.end() || known->second.cause.level != level;
+   Open &open = open_[finding.key];
+   if ( known == open_.end() ) {
+      open.begun = begun;
+      open.cause.since = begun.wall;
+   }
+   open.kind = finding.kind;
+   open.object = finding.object;
+   open.members = std::move( members );
+   open.cause.key = finding.key;
+   open.cause.object = finding.object == noObject ? "" : board_.objects[finding.object].name;
+   open.cause.value = finding.value;
+   open.cause.level = level;
+   open.cause.words = finding.words;
+   open.cause.explains = std::move( explains );
+   open.cause.isHidden = false;
+   if ( isNews )
+      events_.push_back( { .time = now.wall,
+                           .cause = finding.key,
+                           .object = open.cause.object,
+                           .value = finding.value,
+                           .level = level,
+                           .words = finding.words,
+                           .number = finding.number,
+                           .limit = finding.limit,
+                           .unit = finding.unit,
+                           .explains = open.cause.explains } );
+}
+
+// Whether it can be seen that nothing is wrong any more.
+bool Monitor::isOver( const Open &open, const Inspection &inspection ) {
+   switch ( open.kind ) {
+   case Finding::Kind::PlugIn:
+   case Finding::Kind::Server:
+   case Finding::Kind::Rule:
+      return true; // always known
+   case Finding::Kind::Bus:
+   case Finding::Kind::Multiplexer:
+   case Finding::Kind::Chip:
+      return std::any_of( open.members.begin(), open.members.end(), [&]( size_t member ) {
+         return inspection.reach( member ) == Reach::Good;
+      } );
+   case Finding::Kind::Unreadable:
+      return inspection.isKnown( open.object, open.cause.value );
+   default:
+      return inspection.isKnown( open.object, open.cause.value );
+   }
+}
+
+void Monitor::clear( const Inspection &inspection, const Instant &now ) {
+   const Findings &findings = inspection.findings();
+   for ( auto at = open_.begin(); at != open_.end(); ) {
+      Open &open = at->second;
+      const bool isFound =
+         std::any_of( findings.begin(), findings.end(),
+                      [&]( const Finding &one ) { return one.key == open.cause.key; } );
+      if ( isFound || !isOver( open, inspection ) ) {
+         open.cause.isHidden = true; // tell() knows better
+         ++at;
+         continue;
+      }
+      events_.push_back(
+         { .time = now.wall,
+           .what = Event::What::Clear,
+           .cause = open.cause.key,
+           .object = open.cause.object,
+           .value = open.cause.value,
+           .level = Level::Ok,
+           .words = "good again after " + durationText( secondsBetween( open.begun, now ) ),
+           .explains = open.cause.explains } );
+      at = open_.erase( at );
+   }
+}
+
+bool Monitor::acknowledge( const std::string &key, const Instant &now ) {
+   const auto open = open_.find( key );
+   if ( open == open_.end() )
+      return false;
+   open->second.cause.isAcknowledged = true;
+   if ( open->second.kind == Finding::Kind::Limit )
+      for ( WatchedValue &value : watches_[open->second.object] )
+         if ( value.name == open->second.cause.value )
+            value.watch.acknowledge( now );
+   return true;
+}
+
+void Monitor::knows( size_t object, const std::string &value,
+                     const BoardFiles::ValueLimits &limits ) {
+   for ( WatchedValue &watched : watches_[object] )
+      if ( watched.name == value )
+         watched.watch.knows( limits );
+}
+
+std::vector<Cause> Monitor::causes() const {
+   std::vector<Cause> causes;
+   for ( const auto &[key, open] : open_ )
+      causes.push_back( open.cause );
+   std::stable_sort( causes.begin(), causes.end(), []( const Cause &one, const Cause &other ) {
+      if ( one.level != other.level )
+         return badness( one.level ) > badness( other.level );
+      return one.since < other.since;
+   } );
+   return causes;
+}
+
+Level Monitor::level() const {
+   Level level = Level::Ok;
+   for ( const auto &[key, open] : open_ )
+      level = worse( level, open.cause.level );
+   return level;
+}
+
+void Monitor::describe( BoardReport &report ) const {
+   for ( size_t i = 0; i < report.size() && i < levels_.size(); ++i ) {
+      ObjectHealth health{ .level = levels_[i], .cause = causeOf_[i] };
+      for ( size_t j = 0; j < report[i].values.size() && j < watches_[i].size(); ++j )
+         health.values.push_back( watches_[i][j].watch.health( report[i].values[j].reading.unit ) );
+      report[i].health = std::move( health );
+   }
+}
+
+} // namespace Health
