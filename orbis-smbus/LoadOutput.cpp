@@ -31,6 +31,14 @@ std::map<std::string, Bus::Load> clientsBetween( const Response &before, const R
    return loads;
 }
 
+// Of a chip that failed since its last good transfer; else empty.
+std::string failuresOf( const ChipLoad &chip ) {
+   if ( chip.failures_in_a_row() == 0 )
+      return {};
+   return fmt::format( "  {} in a row, the last: {}", chip.failures_in_a_row(),
+                       Bus::nameOf( chip.last_failure() ) );
+}
+
 class Table {
  public:
    Table( const Response &before, const Response &now, bool chips )
@@ -67,6 +75,9 @@ class Table {
       for ( const auto &[kind, count] : Bus::errorsBetween( before.errors(), bus.errors() ) )
          if ( count > 0 )
             errors += fmt::format( "{}{} {}", errors.empty() ? "" : ", ", count, kind );
+      if ( bus.has_held() )
+         errors += fmt::format( "{}held since one {}", errors.empty() ? "" : ", ",
+                                bus.held().empty() ? "on the bus itself" : "behind " + bus.held() );
       addRow( bus.bus(), Bus::loadBetween( before.totals(), bus.totals(), seconds_ ),
               fmt::format( "{:>8.3f} ms{:>8.3f} ms{:>8.3f} ms  {}", 1e3 * times.median,
                            1e3 * times.ninetyNinth, 1e3 * times.worst, errors ),
@@ -82,7 +93,7 @@ class Table {
                addRow(
                   fmt::format( "    {:#04x}", chip.address() ),
                   Bus::loadBetween( Bus::earlier( was, chip ).totals(), chip.totals(), seconds_ ),
-                  {}, bus.wires() );
+                  failuresOf( chip ), bus.wires() );
       }
    }
 

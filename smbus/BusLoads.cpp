@@ -84,13 +84,28 @@ const Client &earlier( const BusLoad &bus, const Client &client ) {
    } );
 }
 
+const char *nameOf( ChipLoad::Failure failure ) {
+   switch ( failure ) {
+   case ChipLoad::NO_ACKNOWLEDGE:
+      return "nack";
+   case ChipLoad::PEC:
+      return "pec";
+   case ChipLoad::TIMEOUT:
+      return "timeout";
+   case ChipLoad::HELD_LOW:
+      return "held-low";
+   default: // also what a newer server tells
+      return "other";
+   }
+}
+
 std::vector<std::pair<const char *, uint64_t>> errorsBetween( const Errors &before,
                                                               const Errors &now ) {
-   return { { "nack", now.no_acknowledge() - before.no_acknowledge() },
-            { "pec", now.pec() - before.pec() },
-            { "timeout", now.timeout() - before.timeout() },
-            { "held-low", now.held_low() - before.held_low() },
-            { "other", now.other() - before.other() } };
+   return { { nameOf( ChipLoad::NO_ACKNOWLEDGE ), now.no_acknowledge() - before.no_acknowledge() },
+            { nameOf( ChipLoad::PEC ), now.pec() - before.pec() },
+            { nameOf( ChipLoad::TIMEOUT ), now.timeout() - before.timeout() },
+            { nameOf( ChipLoad::HELD_LOW ), now.held_low() - before.held_low() },
+            { nameOf( ChipLoad::OTHER ), now.other() - before.other() } };
 }
 
 namespace {
@@ -160,6 +175,8 @@ class LoadWriter {
       for ( const auto &[kind, count] : errorsBetween( before.errors(), bus.errors() ) )
          add( to, kind, count );
       to.EndObject();
+      if ( bus.has_held() )
+         add( to, "held", bus.held() );
       const WaitingTimes times = waitingTimesBetween( before, bus );
       to.Key( "latency" );
       to.StartObject();
@@ -174,6 +191,10 @@ class LoadWriter {
          addAll( to, "chips", segment.chip(), [&]( const ChipLoad &chip ) {
             add( to, "address", uint64_t{ chip.address() } );
             addTotals( to, earlier( was, chip ).totals(), chip.totals() );
+            if ( chip.failures_in_a_row() == 0 )
+               return;
+            add( to, "failuresInARow", chip.failures_in_a_row() );
+            add( to, "lastFailure", std::string( nameOf( chip.last_failure() ) ) );
          } );
       } );
       addAll( to, "clients", bus.client(), [&]( const Client &client ) {

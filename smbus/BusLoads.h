@@ -34,6 +34,8 @@ WaitingTimes waitingTimesBetween( const SmbusControl::BusLoad &before,
 std::vector<std::pair<const char *, uint64_t>> errorsBetween( const SmbusControl::Errors &before,
                                                               const SmbusControl::Errors &now );
 
+const char *nameOf( SmbusControl::ChipLoad::Failure failure );
+
 // The same entry before; an empty one when there was none.
 const SmbusControl::BusLoad &earlier( const SmbusControl::Response &before,
                                       const SmbusControl::BusLoad &bus );

@@ -14,12 +14,46 @@ namespace {
 using boost::asio::local::stream_protocol;
 using boost::system::error_code;
 
+Health::BusFault faultOf( SmbusControl::ChipLoad::Failure failure ) {
+   switch ( failure ) {
+   case SmbusControl::ChipLoad::NO_ACKNOWLEDGE:
+      return Health::BusFault::NoAcknowledge;
+   case SmbusControl::ChipLoad::PEC:
+      return Health::BusFault::Pec;
+   case SmbusControl::ChipLoad::TIMEOUT:
+      return Health::BusFault::Timeout;
+   case SmbusControl::ChipLoad::HELD_LOW:
+      return Health::BusFault::HeldLow;
+   default: // also what a newer server tells
+      return Health::BusFault::Other;
+   }
+}
+
+} // namespace
+
+Health::Evidence evidenceOf( const SmbusControl::Response &response ) {
+   Health::Evidence evidence;
+   for ( const SmbusControl::BusLoad &load : response.bus() ) {
+      Health::BusEvidence &bus = evidence.emplace_back();
+      bus.bus = load.bus();
+      bus.isHeld = load.has_held();
+      bus.heldPath = load.held();
+      for ( const SmbusControl::Segment &segment : load.segment() )
+         for ( const SmbusControl::ChipLoad &chip : segment.chip() )
+            bus.chips.push_back( { .path = segment.path(),
+                                   .address = chip.address(),
+                                   .transfers = chip.totals().transfers(),
+                                   .failuresInARow = chip.failures_in_a_row(),
+                                   .last = faultOf( chip.last_failure() ) } );
+   }
+   return evidence;
+}
+
 // One question, on a connection of its own. It lives as long as it has to call back.
-class Question : public std::enable_shared_from_this<Question> {
+class ServerAccounts::Question : public std::enable_shared_from_this<Question> {
  public:
-   Question( boost::asio::io_context &loop, std::string path, ServerAccounts::Answer answer )
-      : path_( std::move( path ) ), socket_( loop ), limit_( loop ),
-        answer_( std::move( answer ) ) {}
+   Question( boost::asio::io_context &loop, std::string path, Ended ended )
+      : path_( std::move( path ) ), socket_( loop ), limit_( loop ), ended_( std::move( ended ) ) {}
 
    void ask( std::chrono::milliseconds limit ) {
       limit_.expires_after( limit );
@@ -66,34 +100,47 @@ class Question : public std::enable_shared_from_this<Question> {
          return end( {}, path_ + ": the answer is not valid" );
       if ( !response.error().empty() )
          return end( {}, path_ + ": " + response.error() );
-      end( Bus::loadsAsJson( {}, response ), {} );
+      end( response, {} );
    }
    // What comes after the first end counts no more.
-   void end( std::string json, std::string error ) {
+   void end( const SmbusControl::Response &response, std::string error ) {
       limit_.cancel();
       error_code ignored;
       socket_.close( ignored );
-      if ( const auto answer = std::exchange( answer_, {} ) )
-         answer( std::move( json ), std::move( error ) );
+      if ( const auto ended = std::exchange( ended_, {} ) )
+         ended( response, std::move( error ) );
    }
 
    const std::string path_;
    stream_protocol::socket socket_;
    boost::asio::steady_timer limit_;
-   ServerAccounts::Answer answer_;
+   Ended ended_;
    std::string bytes_{};
    std::array<char, 16384> chunk_{};
 };
 
-} // namespace
-
 void ServerAccounts::ask( Answer answer ) const {
+   askFor(
+      [answer = std::move( answer )]( const SmbusControl::Response &response, std::string error ) {
+         answer( error.empty() ? Bus::loadsAsJson( {}, response ) : std::string(),
+                 std::move( error ) );
+      } );
+}
+
+void ServerAccounts::askEvidence( EvidenceAnswer answer ) const {
+   askFor(
+      [answer = std::move( answer )]( const SmbusControl::Response &response, std::string error ) {
+         answer( evidenceOf( response ), std::move( error ) );
+      } );
+}
+
+void ServerAccounts::askFor( Ended ended ) const {
    if ( serverSocket_.empty() )
-      return answer( {}, "the plug-in's data does not name its server's socket" );
+      return ended( {}, "the plug-in's data does not name its server's socket" );
    try {
-      std::make_shared<Question>( loop_, serverSocket_ + ".control", answer )->ask( limit_ );
+      std::make_shared<Question>( loop_, serverSocket_ + ".control", ended )->ask( limit_ );
    } catch ( const boost::system::system_error &wrong ) { // the path can't be that of a socket
-      answer( {}, serverSocket_ + ".control: " + wrong.code().message() );
+      ended( {}, serverSocket_ + ".control: " + wrong.code().message() );
    }
 }
 

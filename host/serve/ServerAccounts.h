@@ -1,13 +1,22 @@
 #pragma once
 
+#include "health/Evidence.h"
+
 #include <boost/asio/io_context.hpp>
 #include <chrono>
 #include <functional>
 #include <string>
 
+namespace SmbusControl {
+class Response;
+}
+
 namespace Host {
 
-// Asks the plug-in's server at its control socket how busy its busses are.
+// What the plug-in's server knows of failures, from its answer to a request for load.
+Health::Evidence evidenceOf( const SmbusControl::Response &response );
+
+// Asks the plug-in's server at its control socket what passed on its busses.
 class ServerAccounts {
  public:
    // The loads of all busses since the server's start as a JSON object; or why there are none.
@@ -19,10 +28,19 @@ class ServerAccounts {
                    std::chrono::milliseconds limit = std::chrono::seconds( 2 ) )
       : loop_( loop ), serverSocket_( std::move( serverSocket ) ), limit_( limit ) {}
 
-   // Calls back once, on the loop. Questions don't wait for each other.
+   // What it knows of failures; or why that is not known. Without an error it is all of it.
+   using EvidenceAnswer = std::function<void( Health::Evidence evidence, std::string error )>;
+
+   // Both call back once, on the loop. Questions don't wait for each other.
    void ask( Answer answer ) const;
+   void askEvidence( EvidenceAnswer answer ) const;
 
  private:
+   // The error, or the answer.
+   using Ended = std::function<void( const SmbusControl::Response &, std::string error )>;
+   void askFor( Ended ended ) const;
+
+   class Question;
    boost::asio::io_context &loop_;
    const std::string serverSocket_;
    const std::chrono::milliseconds limit_;

@@ -25,9 +25,10 @@ ErrorKind errorKindOf( std::string_view error ) {
       return ErrorKind::NoAcknowledge;
    if ( has( "PEC" ) )
       return ErrorKind::Pec;
-   if ( has( "held low" ) )
+   // To an adapter a line that stays low is a bus that stays busy.
+   if ( has( "held low" ) || has( "stays busy" ) )
       return ErrorKind::HeldLow;
-   return has( "timed out" ) ? ErrorKind::Timeout : ErrorKind::Other;
+   return has( "timed out" ) || has( "timeout is over" ) ? ErrorKind::Timeout : ErrorKind::Other;
 }
 
 void Totals::add( const Bus::WireCount &count, Bus::Clock::Time took, bool failed ) {
@@ -76,19 +77,30 @@ void BusAccount::add( const Bus::Transfer &transfer, const Bus::Outcome &outcome
    const std::lock_guard lock( mutex_ );
    totals_.add( count, took, !outcome.ok() );
    segments_[segment_].totals.add( count, took, !outcome.ok() );
-   segments_[segment_].chips[transfer.address].add( count, took, !outcome.ok() );
+   Chip &chip = segments_[segment_].chips[transfer.address];
+   chip.totals.add( count, took, !outcome.ok() );
    client_->totals.add( count, took, !outcome.ok() );
-   if ( !outcome.ok() )
-      ++errors_[static_cast<size_t>( errorKindOf( outcome.error ) )];
    passed_.add( begun, took, transfer, outcome, segment_, peer_ );
-   if ( !outcome.ok() )
+   if ( !outcome.ok() ) {
+      addFailure( chip, errorKindOf( outcome.error ) );
       return;
+   }
+   chip.failuresInARow = 0;
+   heldSegment_.reset();
    if ( mux == Mux::Select )
       segment_ = segmentBehind( transfer.address, static_cast<uint8_t>( transfer.offset ) );
    else if ( mux == Mux::Deselect )
       for ( size_t behind = segment_; behind != 0; behind = segments_[behind].before )
          if ( segments_[behind].mux == transfer.address )
             segment_ = segments_[behind].before;
+}
+
+void BusAccount::addFailure( Chip &chip, ErrorKind kind ) {
+   ++errors_[static_cast<size_t>( kind )];
+   ++chip.failuresInARow;
+   chip.lastFailure = kind;
+   if ( !heldSegment_ && ( kind == ErrorKind::HeldLow || kind == ErrorKind::Timeout ) )
+      heldSegment_ = segment_;
 }
 
 void BusAccount::end( bool failed, Time latency ) {
@@ -129,7 +141,8 @@ BusAccount::Figures BusAccount::figures() const {
                     .failedTransactions = failedTransactions_,
                     .latencies = latencies_,
                     .segments = segments_,
-                    .clients = { clients_.begin(), clients_.end() } };
+                    .clients = { clients_.begin(), clients_.end() },
+                    .heldSegment = heldSegment_ };
    if ( others_.transactions > 0 )
       figures.clients.push_back( others_ );
    return figures;

@@ -10,6 +10,7 @@
 #include <list>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,13 +44,18 @@ class BusAccount {
    // What a transfer does to a multiplexer.
    enum class Mux { None, Select, Deselect };
 
+   struct Chip {
+      Totals totals{};
+      uint64_t failuresInARow = 0; // since its last good transfer
+      ErrorKind lastFailure{};     // of these
+   };
    // The segment that the selections lead to; the first one is the root bus itself.
    struct Segment {
       size_t before = 0; // the segment that the multiplexer is on
       uint8_t mux = 0;
       uint8_t select = 0; // the byte
       Totals totals{};
-      std::map<uint8_t, Totals> chips{}; // by address
+      std::map<uint8_t, Chip> chips{}; // by address
    };
    struct Client {
       uid_t user = 0;
@@ -81,6 +87,7 @@ class BusAccount {
       Latencies latencies{};
       std::vector<Segment> segments{};
       std::vector<Client> clients{};
+      std::optional<size_t> heldSegment{};
    };
    Figures figures() const;
 
@@ -92,6 +99,7 @@ class BusAccount {
    std::vector<Segment> segments() const;
 
  private:
+   void addFailure( Chip &, ErrorKind );
    size_t segmentBehind( uint8_t mux, uint8_t select );
    Client &clientOf( const Peer & );
 
@@ -104,6 +112,10 @@ class BusAccount {
    uint64_t failedTransactions_ = 0;
    Latencies latencies_;
    std::vector<Segment> segments_;
+   // While a line is held or transfers run out of time, and none was good since: the segment of the
+   // first of them. A chip behind a multiplexer that holds a line also keeps the multiplexer from
+   // its release, so that later failures don't tell where it is.
+   std::optional<size_t> heldSegment_;
    std::list<Client> clients_; // the one that came last is the first
    Client others_;
    PassedTransfers passed_;

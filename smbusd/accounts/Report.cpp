@@ -34,6 +34,21 @@ void describe( const Totals &totals, uint32_t clock, SmbusControl::Totals &to ) 
    to.set_busy_ns( static_cast<uint64_t>( totals.busy.count() ) );
 }
 
+SmbusControl::ChipLoad::Failure failureOf( ErrorKind kind ) {
+   switch ( kind ) {
+   case ErrorKind::NoAcknowledge:
+      return SmbusControl::ChipLoad::NO_ACKNOWLEDGE;
+   case ErrorKind::Pec:
+      return SmbusControl::ChipLoad::PEC;
+   case ErrorKind::Timeout:
+      return SmbusControl::ChipLoad::TIMEOUT;
+   case ErrorKind::HeldLow:
+      return SmbusControl::ChipLoad::HELD_LOW;
+   default:
+      return SmbusControl::ChipLoad::OTHER;
+   }
+}
+
 void describe( const BusAccount::Figures &figures, uint32_t clock, SmbusControl::BusLoad &to ) {
    describe( figures.totals, clock, *to.mutable_totals() );
    to.set_transactions( figures.transactions );
@@ -56,12 +71,16 @@ void describe( const BusAccount::Figures &figures, uint32_t clock, SmbusControl:
       SmbusControl::Segment &segment = *to.add_segment();
       segment.set_path( names.of( i ) );
       describe( figures.segments[i].totals, clock, *segment.mutable_totals() );
-      for ( const auto &[address, totals] : figures.segments[i].chips ) {
+      for ( const auto &[address, account] : figures.segments[i].chips ) {
          SmbusControl::ChipLoad &chip = *segment.add_chip();
          chip.set_address( address );
-         describe( totals, clock, *chip.mutable_totals() );
+         describe( account.totals, clock, *chip.mutable_totals() );
+         chip.set_failures_in_a_row( account.failuresInARow );
+         chip.set_last_failure( failureOf( account.lastFailure ) );
       }
    }
+   if ( figures.heldSegment )
+      to.set_held( names.of( *figures.heldSegment ) );
    for ( const BusAccount::Client &from : figures.clients ) {
       SmbusControl::Client &client = *to.add_client();
       client.set_user( from.user );

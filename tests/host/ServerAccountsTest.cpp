@@ -66,6 +66,66 @@ TEST_F( ServerAccountsTest, GivesWhatTheServerHasCounted ) {
                                   R"("wireSeconds":0.00144,)" ) );
 }
 
+TEST_F( ServerAccountsTest, GivesWhatTheServerKnowsOfFailures ) {
+   SmbusControl::Response response;
+   SmbusControl::BusLoad &bus = *response.add_bus();
+   bus.set_bus( "scd(4):1:2" );
+   bus.set_held( "0x70=1" );
+   bus.add_segment()->add_chip()->set_address( 0x70 );
+   SmbusControl::Segment &behind = *bus.add_segment();
+   behind.set_path( "0x70=1" );
+   SmbusControl::ChipLoad &chip = *behind.add_chip();
+   chip.set_address( 0x48 );
+   chip.mutable_totals()->set_transfers( 7 );
+   chip.set_failures_in_a_row( 3 );
+   chip.set_last_failure( SmbusControl::ChipLoad::HELD_LOW );
+   response.add_bus()->set_bus( "i2c:0" );
+   answerWith( Sockets::framed( response ) );
+   Health::Evidence evidence;
+   bool answered = false;
+   ServerAccounts( loop_, path_ ).askEvidence( [&]( Health::Evidence known, std::string error ) {
+      EXPECT_EQ( error, "" );
+      evidence = std::move( known );
+      answered = true;
+   } );
+   while ( !answered )
+      loop_.run_one();
+   ASSERT_EQ( evidence.size(), 2u );
+   EXPECT_EQ( evidence[0].bus, "scd(4):1:2" );
+   EXPECT_TRUE( evidence[0].isHeld );
+   EXPECT_EQ( evidence[0].heldPath, "0x70=1" );
+   ASSERT_EQ( evidence[0].chips.size(), 2u );
+   EXPECT_EQ( evidence[0].chips[0].path, "" );
+   EXPECT_EQ( evidence[0].chips[0].failuresInARow, 0u );
+   EXPECT_EQ( evidence[0].chips[1].path, "0x70=1" );
+   EXPECT_EQ( evidence[0].chips[1].address, 0x48u );
+   EXPECT_EQ( evidence[0].chips[1].transfers, 7u );
+   EXPECT_EQ( evidence[0].chips[1].failuresInARow, 3u );
+   EXPECT_EQ( evidence[0].chips[1].last, Health::BusFault::HeldLow );
+   EXPECT_FALSE( evidence[1].isHeld );
+}
+
+TEST_F( ServerAccountsTest, EachKindOfFailureIsOneOfTheEvidence ) {
+   using Load = SmbusControl::ChipLoad;
+   using enum Health::BusFault;
+   for ( const auto &[failure, fault] :
+         { std::pair( Load::NO_ACKNOWLEDGE, NoAcknowledge ), std::pair( Load::PEC, Pec ),
+           std::pair( Load::TIMEOUT, Timeout ), std::pair( Load::HELD_LOW, HeldLow ),
+           std::pair( Load::OTHER, Other ) } ) {
+      SmbusControl::Response response;
+      response.add_bus()->add_segment()->add_chip()->set_last_failure( failure );
+      EXPECT_EQ( evidenceOf( response ).at( 0 ).chips.at( 0 ).last, fault ) << failure;
+   }
+}
+
+TEST_F( ServerAccountsTest, SaysWhyTheFailuresAreNotKnown ) {
+   std::string why;
+   ServerAccounts( loop_, "" ).askEvidence( [&]( Health::Evidence, std::string error ) {
+      why = std::move( error );
+   } );
+   EXPECT_EQ( why, "the plug-in's data does not name its server's socket" );
+}
+
 TEST_F( ServerAccountsTest, SaysWhyItCanNotBeAsked ) {
    ask();
    EXPECT_EQ( error_, path_ + ".control: there is no such socket; is its server running?" );

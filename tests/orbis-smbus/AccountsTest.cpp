@@ -55,6 +55,23 @@ TEST_F( AccountsTest, TopTellsErrorsByTheirReason ) {
    EXPECT_THAT( run( { "top", "--count", "1" } ), ContainsRegex( "\ni2c:0 .* 1 +1 .*  1 nack\n" ) );
 }
 
+TEST_F( AccountsTest, TopTellsHowOftenAChipFailedInARow ) {
+   for ( int i = 0; i < 2; ++i )
+      run( { "read", "i2c:0:0x4f", "0" } );
+   EXPECT_THAT( run( { "top", "--count", "1", "--chips" } ),
+                ContainsRegex( "\n    0x4f .* 2 +2  2 in a row, the last: nack\n" ) );
+   EXPECT_THAT( run( { "--json", "top", "--count", "1" } ),
+                HasSubstr( "\"failuresInARow\":2,\"lastFailure\":\"nack\"}" ) );
+}
+
+TEST_F( AccountsTest, TopTellsBehindWhatALineIsHeld ) {
+   run( { "sim", "stuck", "temp-front" } );
+   readBehindAMux();
+   EXPECT_THAT( run( { "top", "--count", "1" } ),
+                ContainsRegex( "\nscd\\(4\\):1:2 .* 2 held-low, held since one behind 0x70=1\n" ) );
+   EXPECT_THAT( run( { "--json", "top", "--count", "1" } ), HasSubstr( "\"held\":\"0x70=1\"," ) );
+}
+
 TEST_F( AccountsTest, TopIsAnObjectForScripts ) {
    readBehindAMux();
    const std::string json = run( { "--json", "top", "--count", "1" } );

@@ -2,6 +2,7 @@
 #include "ManualClock.h"
 #include "Requests.h"
 #include "smbus/Decode.h"
+#include "smbusd/accounts/Report.h"
 #include "smbusd/server/TransactionRunner.h"
 
 #include <gmock/gmock.h>
@@ -9,6 +10,7 @@
 
 #include <unistd.h>
 
+#include <functional>
 #include <map>
 
 namespace SmbusdTest {
@@ -30,12 +32,15 @@ class SlowBus final : public Bus::RootBus {
    explicit SlowBus( ManualClock &clock ) : clock_( clock ) {}
    Bus::Outcome transfer( const Bus::Transfer &transfer ) override {
       clock_.advance( 1ms );
+      if ( onTransfer )
+         onTransfer( transfer );
       const auto found = errors.find( transfer.address );
       if ( found != errors.end() )
          return { .error = found->second };
       return { .data = std::string( transfer.isSendByte() ? 0 : transfer.length, 'x' ) };
    }
    std::map<uint8_t, std::string> errors;
+   std::function<void( const Bus::Transfer & )> onTransfer;
 
  private:
    ManualClock &clock_;
@@ -53,6 +58,14 @@ class BusAccountTest : public ::testing::Test {
       runner.run( Bus::decode( transaction( requests... ), 2s ), response );
       account.end( response.failed(), clock.now() - arrived );
       return !response.failed();
+   }
+   // From the reading behind it on; so the mux can't be released.
+   void holdALineBehindTheMux() {
+      slow.onTransfer = [this]( const Bus::Transfer &transfer ) {
+         if ( transfer.address == 0x48 )
+            slow.errors[0x70] = slow.errors[0x48] = "the data line is held low by temp-front";
+      };
+      run( me, sendByte( 0x70, 1 ), read( 0x48, 0, 2 ), sendByte( 0x70, 0 ) );
    }
    static std::vector<std::string> operations( const BusAccount &account, bool failures ) {
       std::vector<std::string> found;
@@ -97,7 +110,7 @@ TEST_F( BusAccountTest, ATransferBelongsToTheSegmentOfTheSelectionsBeforeIt ) {
    EXPECT_EQ( segments[0].totals.transfers, 1u );
    EXPECT_EQ( segments[1].totals.transfers, 3u );
    EXPECT_EQ( segments[2].totals.transfers, 2u );
-   EXPECT_EQ( segments[2].chips.at( 0x48 ).wires, ( Bus::WireCount{ 2, 5, 1 } ) );
+   EXPECT_EQ( segments[2].chips.at( 0x48 ).totals.wires, ( Bus::WireCount{ 2, 5, 1 } ) );
 }
 
 TEST_F( BusAccountTest, TheSameSegmentIsFoundAgain ) {
@@ -122,7 +135,7 @@ TEST_F( BusAccountTest, TooManySegmentsAreCountedWhereTheyBranchOff ) {
       run( me, sendByte( 0x70, select ), read( 0x48, 0, 2 ), sendByte( 0x70, 0 ) );
    const auto figures = account.figures();
    EXPECT_EQ( figures.segments.size(), BusAccount::maxSegments );
-   EXPECT_EQ( figures.segments[0].chips.at( 0x48 ).transfers, 1u );
+   EXPECT_EQ( figures.segments[0].chips.at( 0x48 ).totals.transfers, 1u );
 }
 
 TEST_F( BusAccountTest, CountsErrorsByTheirReason ) {
@@ -139,6 +152,63 @@ TEST_F( BusAccountTest, CountsErrorsByTheirReason ) {
    EXPECT_EQ( errors( ErrorKind::Timeout ), 1u );
    EXPECT_EQ( errors( ErrorKind::Other ), 1u );
    EXPECT_EQ( account.figures().failedTransactions, 6u );
+}
+
+TEST_F( BusAccountTest, AnAdaptersWordsForATimeoutAndAHeldLineAreKnown ) {
+   EXPECT_EQ( errorKindOf( "the adapter's timeout is over" ), ErrorKind::Timeout );
+   EXPECT_EQ( errorKindOf( "the bus stays busy" ), ErrorKind::HeldLow );
+   EXPECT_EQ( errorKindOf( "the address is held by the kernel driver lm75" ), ErrorKind::Other );
+}
+
+TEST_F( BusAccountTest, CountsTheFailuresOfAChipSinceItsLastGoodTransfer ) {
+   const auto chip = [this] { return account.figures().segments[0].chips.at( 0x48 ); };
+   slow.errors[0x48] = Bus::noAddressAcknowledge;
+   run( me, read( 0x48, 0, 2 ) );
+   slow.errors[0x48] = "PEC is 0x01, expected 0x02";
+   run( me, read( 0x48, 0, 2 ) );
+   run( me, read( 0x49, 0, 2 ) ); // another chip's says nothing of this one
+   EXPECT_EQ( chip().failuresInARow, 2u );
+   EXPECT_EQ( chip().lastFailure, ErrorKind::Pec );
+   slow.errors.clear();
+   run( me, read( 0x48, 0, 2 ) );
+   EXPECT_EQ( chip().failuresInARow, 0u );
+   EXPECT_EQ( chip().totals.failures, 2u );
+}
+
+TEST_F( BusAccountTest, KnowsWhereTheFirstTransferOfAHeldBusWasUntilOneIsGood ) {
+   const auto held = [this]() -> std::string {
+      const auto figures = account.figures();
+      return figures.heldSegment ? BusAccount::pathTo( figures.segments, *figures.heldSegment )
+                                 : "not held";
+   };
+   slow.errors[0x49] = Bus::noAddressAcknowledge;
+   run( me, read( 0x49, 0, 2 ) );
+   EXPECT_EQ( held(), "not held" );
+   holdALineBehindTheMux();
+   run( me, read( 0x48, 0, 2 ) );
+   run( me, read( 0x49, 0, 2 ) );
+   EXPECT_EQ( held(), "0x70=1" );
+   slow.errors.clear();
+   slow.onTransfer = {};
+   run( me, read( 0x49, 0, 2 ) );
+   EXPECT_EQ( held(), "not held" );
+   slow.errors[0x49] = "timed out";
+   run( me, read( 0x49, 0, 2 ) );
+   EXPECT_EQ( held(), "" ); // on the bus itself
+}
+
+TEST_F( BusAccountTest, TellsTheControlSocketsClientsOfFailuresAndAHeldBus ) {
+   SmbusControl::Request request;
+   request.set_load( true );
+   run( me, read( 0x48, 0, 2 ) );
+   EXPECT_FALSE( report( request, { &account }, 0s ).bus( 0 ).has_held() );
+   holdALineBehindTheMux();
+   const auto bus = report( request, { &account }, 0s ).bus( 0 );
+   EXPECT_EQ( bus.held(), "0x70=1" );
+   EXPECT_EQ( bus.segment( 0 ).chip( 0 ).failures_in_a_row(), 0u );
+   EXPECT_EQ( bus.segment( 1 ).path(), "0x70=1" );
+   EXPECT_EQ( bus.segment( 1 ).chip( 0 ).failures_in_a_row(), 1u );
+   EXPECT_EQ( bus.segment( 1 ).chip( 0 ).last_failure(), SmbusControl::ChipLoad::HELD_LOW );
 }
 
 TEST_F( BusAccountTest, EveryRetryIsATransfer ) {
