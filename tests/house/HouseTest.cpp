@@ -26,7 +26,7 @@ const std::vector<Order> folderOrders{
    { "smbus", { "." } },
    { "boardfiles", { "." } },
    { "commandline", { "." } },
-   { "health", { "." } },
+   { "health", { ".", "pmbus" } },
    { "simulator", { "chips", "bus", "board" } },
    { "smbusd",
      { ".", "accounts", "server", "busses/linux", "busses", "record", "routes", "export",
