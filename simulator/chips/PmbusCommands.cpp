@@ -11,6 +11,7 @@ constexpr int voutExponent = -9; // VOUT_MODE 0x17: linear
 std::string byte( unsigned value ) { return std::string( 1, static_cast<char>( value ) ); }
 std::string word( unsigned value ) { return byte( value & 0xFF ) + byte( value >> 8 ); }
 std::string linear11( double value ) { return word( toLinear11( value ) ); }
+std::string volts( double value ) { return word( toLinear16( value, voutExponent ) ); }
 std::string block( const std::string &text ) {
    return byte( static_cast<unsigned>( text.size() ) ) + text;
 }
@@ -63,6 +64,24 @@ const std::map<uint8_t, PmbusSupply::Command> &PmbusSupply::commands() {
       { 0x3C,
         { 2, []( Self &self ) { return word( self.fanCommand_[1] ); },
           []( Self &self, Data &data ) { return self.commandFan( 1, data ); } } },
+      // VOUT_OV_FAULT_LIMIT, _OV_WARN_, _UV_WARN_, _UV_FAULT_
+      { 0x40, { 0, []( Self &self ) { return volts( self.limits_.highOutputVolts.fault ); } } },
+      { 0x42, { 0, []( Self &self ) { return volts( self.limits_.highOutputVolts.warning ); } } },
+      { 0x43, { 0, []( Self &self ) { return volts( self.limits_.lowOutputVolts.warning ); } } },
+      { 0x44, { 0, []( Self &self ) { return volts( self.limits_.lowOutputVolts.fault ); } } },
+      // IOUT_OC_FAULT_LIMIT, _OC_WARN_, OT_FAULT_LIMIT, OT_WARN_
+      { 0x46, { 0, []( Self &self ) { return linear11( self.limits_.amperes.fault ); } } },
+      { 0x4A, { 0, []( Self &self ) { return linear11( self.limits_.amperes.warning ); } } },
+      { 0x4F, { 0, []( Self &self ) { return linear11( self.limits_.celsius.fault ); } } },
+      { 0x51, { 0, []( Self &self ) { return linear11( self.limits_.celsius.warning ); } } },
+      // VIN_OV_FAULT_LIMIT, _OV_WARN_, _UV_WARN_, _UV_FAULT_
+      { 0x55, { 0, []( Self &self ) { return linear11( self.limits_.highLine.fault ); } } },
+      { 0x57, { 0, []( Self &self ) { return linear11( self.limits_.highLine.warning ); } } },
+      { 0x58, { 0, []( Self &self ) { return linear11( self.limits_.lowLine.warning ); } } },
+      { 0x59, { 0, []( Self &self ) { return linear11( self.limits_.lowLine.fault ); } } },
+      // POUT_OP_WARN_LIMIT, PIN_OP_WARN_
+      { 0x6A, { 0, []( Self &self ) { return linear11( self.limits_.outputWatts ); } } },
+      { 0x6B, { 0, []( Self &self ) { return linear11( self.limits_.inputWatts ); } } },
       { 0x78, { 0, []( Self &self ) { return byte( self.statusWord() & 0xFF ); } } }, // STATUS_BYTE
       { 0x79, { 0, []( Self &self ) { return word( self.statusWord() ); } } },        // STATUS_WORD
       { 0x7A, { 0, []( Self &self ) { return byte( self.status_[Vout] ); } } },
@@ -74,11 +93,7 @@ const std::map<uint8_t, PmbusSupply::Command> &PmbusSupply::commands() {
       // READ_VIN, _IIN, _VOUT, _IOUT, _TEMPERATURE_1 and _2, _FAN_SPEED_1 and _2, _POUT, _PIN
       { 0x88, { 0, []( Self &self ) { return linear11( self.model_.line() ); } } },
       { 0x89, { 0, []( Self &self ) { return linear11( self.model_.inputAmperes() ); } } },
-      { 0x8B,
-        { 0,
-          []( Self &self ) {
-             return word( toLinear16( self.model_.outputVolts(), voutExponent ) );
-          } } },
+      { 0x8B, { 0, []( Self &self ) { return volts( self.model_.outputVolts() ); } } },
       { 0x8C, { 0, []( Self &self ) { return linear11( self.model_.outputAmperes() ); } } },
       { 0x8D, { 0, []( Self &self ) { return linear11( self.model_.inletCelsius() ); } } },
       { 0x8E, { 0, []( Self &self ) { return linear11( self.model_.hotSpotCelsius() ); } } },

@@ -12,12 +12,27 @@ constexpr uint8_t invalidData = 0x40;
 constexpr uint8_t pecFailed = 0x20;
 constexpr uint8_t otherCommunication = 0x02;
 
+// STATUS_INPUT: the unit is off for insufficient input voltage.
+constexpr uint8_t offForLowInput = 0x08;
+
+// The bits of a warning and of a fault.
+struct Bits {
+   uint8_t warning, fault;
+};
+
+uint8_t above( double value, const SupplyLimits::Pair &limits, Bits bits ) {
+   return value > limits.fault ? bits.fault : value > limits.warning ? bits.warning : uint8_t{ 0 };
+}
+uint8_t below( double value, const SupplyLimits::Pair &limits, Bits bits ) {
+   return value < limits.fault ? bits.fault : value < limits.warning ? bits.warning : uint8_t{ 0 };
+}
+
 } // namespace
 
 PmbusSupply::PmbusSupply( std::string name, uint8_t address, const Bus::Clock &clock,
                           const SupplyModel::Rating &rating, Identity identity )
    : Chip( std::move( name ) ), address_( address ), identity_( std::move( identity ) ),
-     model_( clock, rating ) {}
+     model_( clock, rating ), limits_( rating ) {}
 
 void PmbusSupply::reset() {
    status_ = {};
@@ -32,18 +47,30 @@ void PmbusSupply::reset() {
 void PmbusSupply::powerLost() { model_.cutOffIs( true ); }
 
 void PmbusSupply::latchStatus() {
-   if ( model_.failed() )
-      status_[Vout] |= 0x10; // undervoltage fault
-   if ( model_.outputAmperes() > model_.rating().maxAmperes )
-      status_[Iout] |= 0x20; // overcurrent warning
-   if ( !model_.lineGood() )
-      status_[Input] |= 0x18; // undervoltage fault, off for it
-   if ( model_.hotSpotCelsius() > 95 )
-      status_[Temperature] |= 0x40; // overtemperature warning
+   latchOutput();
+   latchInput();
+   status_[Temperature] |= above( model_.hotSpotCelsius(), limits_.celsius, { 0x40, 0x80 } );
    for ( unsigned fan = 0; fan < 2; ++fan ) {
       if ( model_.fanStalled( fan ) )
          status_[Fans] |= static_cast<uint8_t>( 0x80 >> fan );
    }
+}
+
+void PmbusSupply::latchOutput() {
+   if ( model_.isOn() ) {
+      status_[Vout] |= below( model_.outputVolts(), limits_.lowOutputVolts, { 0x20, 0x10 } );
+      status_[Vout] |= above( model_.outputVolts(), limits_.highOutputVolts, { 0x40, 0x80 } );
+   }
+   status_[Iout] |= above( model_.outputAmperes(), limits_.amperes, { 0x20, 0x80 } );
+   if ( model_.outputWatts() > limits_.outputWatts )
+      status_[Iout] |= 0x01;
+}
+
+void PmbusSupply::latchInput() {
+   status_[Input] |= below( model_.line(), limits_.lowLine, { 0x20, 0x10 | offForLowInput } );
+   status_[Input] |= above( model_.line(), limits_.highLine, { 0x40, 0x80 } );
+   if ( model_.inputWatts() > limits_.inputWatts )
+      status_[Input] |= 0x01;
 }
 
 // OFF and POWER_GOOD# show the present state. The other bits are latched.
@@ -56,10 +83,13 @@ uint16_t PmbusSupply::statusWord() {
    word |= model_.delivers() ? 0 : 0x0800u; // POWER_GOOD#
    word |= status_[Fans] ? 0x0400u : 0;
    word |= off ? 0x0040u : 0;
+   word |= status_[Vout] & 0x80 ? 0x0020u : 0;  // VOUT_OV_FAULT
+   word |= status_[Iout] & 0x80 ? 0x0010u : 0;  // IOUT_OC_FAULT
    word |= status_[Input] & 0x10 ? 0x0008u : 0; // VIN_UV_FAULT
    word |= status_[Temperature] ? 0x0004u : 0;
    word |= status_[Cml] ? 0x0002u : 0;
-   const bool other = status_[Vout] || status_[Iout] || status_[Fans];
+   const bool other = ( status_[Vout] & ~0x80 ) || ( status_[Iout] & ~0x80 ) || status_[Fans] ||
+                      ( status_[Input] & ~( 0x10 | offForLowInput ) );
    word |= other ? 0x0001u : 0; // none of the above
    return static_cast<uint16_t>( word );
 }
@@ -91,6 +121,14 @@ std::vector<Quantity> PmbusSupply::quantities() {
       all.push_back( { fanName + " stalled", "", [=, this] { return model_.fanStalled( fan ); },
                        [=, this]( double on ) { model_.fanStalledIs( fan, on != 0 ); } } );
    }
+   // Between two changes everything moves one way only, so that nothing is missed in between.
+   for ( Quantity &quantity : all )
+      if ( quantity.set )
+         quantity.set = [this, set = quantity.set]( double value ) {
+            latchStatus();
+            set( value );
+            latchStatus();
+         };
    return all;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/chips/ChipKind.h"
+#include "simulator/chips/SupplyLimits.h"
 #include "simulator/chips/SupplyModel.h"
 
 #include <map>
@@ -10,7 +11,8 @@ namespace Simulator {
 // A power supply with PMBus 1.1 (PMBus Power System Management Protocol, Parts I and II). Words are
 // sent low byte first. It does not acknowledge unknown commands, data for read-only commands, or a
 // wrong packet error code, and reports each of these in STATUS_CML. After the data of a read comes
-// the packet error code. Status bits stay set until CLEAR_FAULTS.
+// the packet error code. Status bits are set when something happens and stay set until
+// CLEAR_FAULTS; of a fault and its warning only the fault is.
 class PmbusSupply final : public Chip {
  public:
    struct Identity {
@@ -44,13 +46,16 @@ class PmbusSupply final : public Chip {
    static const std::map<uint8_t, Command> &commands(); // in PmbusCommands.cpp, with commandFan()
 
    enum Status { Vout, Iout, Input, Temperature, Cml, Fans, StatusCount };
-   void latchStatus(); // sets the bits of present faults
+   void latchStatus(); // sets the bits of what is wrong now
+   void latchOutput();
+   void latchInput();
    uint16_t statusWord();
    bool commandFan( unsigned fan, const std::string &data );
 
    const uint8_t address_;
    const Identity identity_;
    SupplyModel model_;
+   const SupplyLimits limits_;
    std::array<uint8_t, StatusCount> status_{};
    std::array<uint16_t, 2> fanCommand_{}; // as it was written
    uint8_t operation_ = 0x80;

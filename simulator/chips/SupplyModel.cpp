@@ -4,7 +4,6 @@ namespace Simulator {
 
 namespace {
 
-constexpr double ownWatts = 8;        // controller and standby converter
 constexpr double degreesAWatt = 0.12; // of loss, with the fans at full speed
 constexpr std::chrono::seconds ofHeat( 20 );
 constexpr std::chrono::milliseconds ofFan( 1200 );

@@ -18,6 +18,9 @@ class SupplyModel {
       std::array<double, 2> maxRpm{}; // zero: there is no such fan
    };
 
+   static constexpr double leastLine = 85;
+   static constexpr double ownWatts = 8; // of the controller and the standby converter
+
    // Starts with final temperature and fan speeds. The clock outlives it.
    SupplyModel( const Bus::Clock &, const Rating & );
 
@@ -38,8 +41,9 @@ class SupplyModel {
    bool enabled() const { return enabled_; }
    bool fanStalled( unsigned fan ) const { return stalled_[fan]; }
 
-   bool lineGood() const { return line_ >= 85; }
-   bool delivers() const { return enabled_ && lineGood() && !failed_ && !cutOff_; }
+   bool lineGood() const { return line_ >= leastLine; }
+   bool isOn() const { return enabled_ && lineGood() && !cutOff_; }
+   bool delivers() const { return isOn() && !failed_; }
    double outputVolts() const { return delivers() ? rating_.nominalVolts - 0.002 * load_ : 0; }
    double outputAmperes() const { return delivers() ? load_ : 0; }
    double outputWatts() const { return outputVolts() * outputAmperes(); }

@@ -180,6 +180,101 @@ TEST_F( PmbusSupplyTest, ReportsAStalledFanAndAnOverload ) {
    EXPECT_EQ( status( 0x7B ), 0x20 );
 }
 
+// Nominal 12 V, 70 A, efficiency 0.8.
+TEST_F( PmbusSupplyTest, HasLimitsInTheirFormats ) {
+   const struct {
+      uint32_t command;
+      Bytes bytes;
+   } rows[] = {
+      { 0x40, { 0x66, 0x1A } }, // VOUT_OV_FAULT_LIMIT, 13.2 V
+      { 0x42, { 0x33, 0x19 } }, // VOUT_OV_WARN_LIMIT, 12.6 V
+      { 0x43, { 0xCD, 0x16 } }, // VOUT_UV_WARN_LIMIT, 11.4 V
+      { 0x44, { 0x9A, 0x15 } }, // VOUT_UV_FAULT_LIMIT, 10.8 V
+      { 0x46, { 0xA0, 0xEA } }, // IOUT_OC_FAULT_LIMIT, 84 A
+      { 0x4A, { 0x30, 0xEA } }, // IOUT_OC_WARN_LIMIT, 70 A
+      { 0x4F, { 0x70, 0xEB } }, // OT_FAULT_LIMIT, 110 degrees
+      { 0x51, { 0xF8, 0xEA } }, // OT_WARN_LIMIT, 95 degrees
+      { 0x55, { 0x38, 0xFA } }, // VIN_OV_FAULT_LIMIT, 284 V
+      { 0x57, { 0x10, 0xFA } }, // VIN_OV_WARN_LIMIT, 264 V
+      { 0x58, { 0xD0, 0xEA } }, // VIN_UV_WARN_LIMIT, 90 V
+      { 0x59, { 0xA8, 0xEA } }, // VIN_UV_FAULT_LIMIT, 85 V
+      { 0x6A, { 0x72, 0x03 } }, // POUT_OP_WARN_LIMIT, 882 W
+      { 0x6B, { 0x2B, 0x0A } }, // PIN_OP_WARN_LIMIT, 1,110 W
+   };
+   for ( const auto &row : rows ) {
+      EXPECT_EQ( readFrom( chip, row.command, 2 ), row.bytes ) << row.command;
+      EXPECT_EQ( writeTo( chip, row.command, { 0, 0 } ), 1 ) << row.command; // read-only
+   }
+}
+
+TEST_F( PmbusSupplyTest, SetsTheBitsOfTheLimitsThatItsValuesCross ) {
+   const struct {
+      const char *quantity;
+      double value;
+      uint32_t command;
+      int bits;
+      Bytes word;
+   } rows[] = {
+      { "load", 70, 0x7B, 0x00, { 0x00, 0x00 } },
+      { "load", 70.5, 0x7B, 0x20, { 0x01, 0x40 } }, // IOUT_OC_WARNING
+      { "load", 84, 0x7B, 0x21, { 0x01, 0x60 } },   // and POUT_OP_WARNING, PIN_OP_WARNING
+      { "load", 84.5, 0x7B, 0x81, { 0x11, 0x60 } }, // IOUT_OC_FAULT
+      { "line", 264, 0x7C, 0x00, { 0x00, 0x00 } },
+      { "line", 265, 0x7C, 0x40, { 0x01, 0x20 } }, // VIN_OV_WARNING
+      { "line", 285, 0x7C, 0x80, { 0x01, 0x20 } }, // VIN_OV_FAULT
+      { "line", 90, 0x7C, 0x00, { 0x00, 0x00 } },
+      { "line", 89, 0x7C, 0x20, { 0x01, 0x20 } }, // VIN_UV_WARNING
+      { "line", 85, 0x7C, 0x20, { 0x01, 0x20 } },
+      { "line", 84, 0x7C, 0x18, { 0x48, 0x28 } }, // VIN_UV_FAULT, off for it
+      { "line", 0, 0x7C, 0x18, { 0x48, 0x28 } },
+      { "failed", 1, 0x7A, 0x10, { 0x01, 0x88 } }, // VOUT_UV_FAULT
+      { "psu.fan1 stalled", 1, 0x81, 0x80, { 0x01, 0x04 } },
+   };
+   for ( const auto &row : rows ) {
+      quantity( chip, row.quantity ).set( row.value );
+      EXPECT_EQ( readFrom( chip, 0x79, 2 ), row.word ) << row.quantity << row.value;
+      EXPECT_EQ( status( row.command ), row.bits ) << row.quantity << row.value;
+      quantity( chip, "load" ).set( 50 );
+      quantity( chip, "line" ).set( 230 );
+      quantity( chip, "failed" ).set( 0 );
+      quantity( chip, "psu.fan1 stalled" ).set( 0 );
+      writeTo( chip, 0x03, {} ); // CLEAR_FAULTS
+      EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x00, 0x00 } ) ) << row.quantity << row.value;
+   }
+}
+
+TEST_F( PmbusSupplyTest, SetsTheBitsOfTheTemperaturesThatItCrosses ) {
+   const double ambient = quantity( chip, "ambient" ).get();
+   const auto hotSpotIs = [&]( double celsius ) {
+      chip.model().ambientIs( ambient );
+      chip.model().settle();
+      chip.model().ambientIs( ambient + celsius - chip.model().hotSpotCelsius() );
+      chip.model().settle();
+   };
+   hotSpotIs( 94 );
+   EXPECT_EQ( status( 0x7D ), 0x00 );
+   hotSpotIs( 96 );
+   EXPECT_EQ( status( 0x7D ), 0x40 ); // OT_WARNING
+   EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x04, 0x00 } ) );
+   writeTo( chip, 0x03, {} );
+   hotSpotIs( 111 );
+   EXPECT_EQ( status( 0x7D ), 0x80 ); // OT_FAULT
+}
+
+// Nobody reads anything while the fault is there.
+TEST_F( PmbusSupplyTest, KeepsAFaultThatWasOverBeforeAnythingWasRead ) {
+   quantity( chip, "line" ).set( 0 );
+   quantity( chip, "line" ).set( 230 );
+   EXPECT_EQ( readFrom( chip, 0x79, 2 ), ( Bytes{ 0x08, 0x20 } ) ); // on, and good
+   EXPECT_EQ( status( 0x7C ), 0x18 );
+}
+
+TEST_F( PmbusSupplyTest, SetsABitAgainThatWasClearedDuringItsFault ) {
+   quantity( chip, "psu.fan1 stalled" ).set( 1 );
+   writeTo( chip, 0x03, {} );
+   EXPECT_EQ( status( 0x81 ), 0x80 );
+}
+
 TEST_F( PmbusSupplyTest, WarmsUpSlowlyWithItsLoad ) {
    const double before = chip.model().hotSpotCelsius();
    EXPECT_NEAR( before, 54.22, 0.01 );
