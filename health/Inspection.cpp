@@ -1,5 +1,7 @@
 #include "health/Inspection.h"
 
+#include "health/pmbus/Conditions.h"
+
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -12,6 +14,22 @@ namespace {
 
 constexpr auto presence = "presence";
 constexpr auto target = "target";
+constexpr auto registers = "status_registers";
+
+struct NamedCondition {
+   Pmbus::Condition::Kind kind;
+   std::string_view name;
+   bool takesOutput;
+};
+
+constexpr NamedCondition conditionNames[] = {
+   { Pmbus::Condition::Kind::InputLost, "input lost", true },
+   { Pmbus::Condition::Kind::OutputFailed, "output failed", true },
+   { Pmbus::Condition::Kind::OverTemperature, "too hot", false },
+   { Pmbus::Condition::Kind::FanFailed, "fan failed", false },
+   { Pmbus::Condition::Kind::Communication, "communication", false },
+   { Pmbus::Condition::Kind::Other, "fault", false }
+};
 
 std::optional<double> numberIn( const Scalar &value ) {
    if ( const auto *whole = std::get_if<int64_t>( &value ) )
@@ -107,11 +125,23 @@ std::optional<size_t> Inspection::absentAt( size_t object ) const {
    return {};
 }
 
-// The finding of the supply without output that the object is on, or is.
-std::optional<size_t> Inspection::deadAt( size_t object ) const {
+// One of the findings of supplies: of that which the object is on, or is.
+std::optional<size_t> Inspection::supplyOf( size_t object,
+                                            const std::map<size_t, size_t> &findings ) const {
    for ( std::optional<size_t> at = object; at; at = links_.on[*at] )
-      if ( const auto dead = dead_.find( *at ); dead != dead_.end() )
-         return dead->second;
+      if ( const auto finding = findings.find( *at ); finding != findings.end() )
+         return finding->second;
+   return {};
+}
+
+// What the supply that the object is on says of itself.
+std::optional<size_t> Inspection::explanationOfLimit( size_t object ) const {
+   if ( const auto dead = supplyOf( object, dead_ ) )
+      return dead;
+   if ( board_.objects[object].kind == BoardFiles::Kind::Fan )
+      return supplyOf( object, fansFailed_ );
+   if ( board_.objects[object].kind == BoardFiles::Kind::TempSensor )
+      return supplyOf( object, hot_ );
    return {};
 }
 
@@ -120,6 +150,13 @@ bool Inspection::isKnown( size_t object, const std::string &value ) const {
       return false;
    const ValueReport *read = value.empty() ? nullptr : report_[object].find( value );
    return value.empty() || ( read && read->reading.state == State::Ok );
+}
+
+bool Inspection::isKnownOfSupply( size_t supply ) const {
+   for ( size_t i = 0; i < report_.size(); ++i )
+      if ( links_.on[i].value_or( i ) == supply && report_[i].find( registers ) )
+         return isKnown( i, registers );
+   return false;
 }
 
 size_t Inspection::add( Finding finding ) {
@@ -140,7 +177,7 @@ std::optional<size_t> Inspection::explanationOf( size_t object ) {
          return known->second;
    if ( const auto wiring = wiring_.explain( object ) )
       return addOnce( *wiring );
-   if ( const auto dead = deadAt( object ) )
+   if ( const auto dead = supplyOf( object, dead_ ) )
       return dead;
    for ( auto at = links_.on[object]; at; at = links_.on[*at] )
       if ( const auto above = byKey_.find( report_[*at].name + " unreadable" );
@@ -229,8 +266,8 @@ void Inspection::inspectValues( size_t object ) {
          finding.limit = watch.limit();
          finding.words = fmt::format( "{} {} is {}", finding.number.value_or( 0 ), reading.unit,
                                       watch.crossed( reading.unit ) );
-         if ( const auto dead = deadAt( object ) )
-            finding.explainedBy = { *dead };
+         if ( const auto explanation = explanationOfLimit( object ) )
+            finding.explainedBy = { *explanation };
          add( finding );
       }
    }
@@ -257,12 +294,49 @@ void Inspection::inspectFollowing( size_t object ) {
                     .number = is,
                     .limit = wanted,
                     .unit = "rpm" };
-   if ( const auto dead = deadAt( object ) )
-      finding.explainedBy = { *dead };
+   if ( const auto explanation = explanationOfLimit( object ) )
+      finding.explainedBy = { *explanation };
    add( finding );
 }
 
-void Inspection::inspectSupply( size_t ) {}
+// What a supply says of itself, in the order in which one explains the other. One finding for each
+// kind, with the words of all of that kind.
+void Inspection::inspectSupply( size_t object ) {
+   const ValueReport *read = report_[object].find( registers );
+   const auto *text = read && reach_[object] == Reach::Good && read->reading.state == State::Ok
+                         ? std::get_if<std::string>( &read->reading.value )
+                         : nullptr;
+   if ( !text )
+      return;
+   const size_t supply = links_.on[object].value_or( object );
+   const auto conditions = Pmbus::describe( Pmbus::registersIn( *text ) );
+   for ( const NamedCondition &named : conditionNames ) {
+      std::vector<Pmbus::Condition> own;
+      Finding finding{ .kind = Finding::Kind::Supply,
+                       .key = fmt::format( "{} {}", report_[supply].name, named.name ),
+                       .object = supply,
+                       .value = registers };
+      for ( const Pmbus::Condition &condition : conditions )
+         if ( condition.kind == named.kind && condition.level != Level::Ok ) {
+            own.push_back( condition );
+            if ( condition.level == Level::Critical )
+               finding.level = Level::Critical;
+         }
+      if ( own.empty() )
+         continue;
+      finding.words = Pmbus::sentence( own );
+      if ( const auto dead = supplyOf( supply, dead_ ) )
+         finding.explainedBy = { *dead };
+      const bool isOff = finding.level == Level::Critical;
+      const size_t number = add( std::move( finding ) );
+      if ( named.kind == Pmbus::Condition::Kind::FanFailed )
+         fansFailed_.emplace( supply, number );
+      else if ( named.kind == Pmbus::Condition::Kind::OverTemperature )
+         hot_.emplace( supply, number );
+      else if ( named.takesOutput && isOff )
+         dead_.emplace( supply, number );
+   }
+}
 
 void Inspection::inspectRule( size_t number ) {
    const BoardFiles::BoardRule &rule = board_.rules[number];

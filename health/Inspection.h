@@ -53,6 +53,8 @@ class Inspection {
    Reach reach( size_t object ) const { return reach_[object]; }
    // Whether it can be said now that the value is good: it was read. Empty: any of the object.
    bool isKnown( size_t object, const std::string &value ) const;
+   // Whether the supply's registers were read.
+   bool isKnownOfSupply( size_t supply ) const;
 
  private:
    void findReaches();
@@ -67,7 +69,8 @@ class Inspection {
    size_t addOnce( const Finding &finding );
    std::optional<size_t> explanationOf( size_t object );
    std::optional<size_t> absentAt( size_t object ) const;
-   std::optional<size_t> deadAt( size_t object ) const;
+   std::optional<size_t> supplyOf( size_t object, const std::map<size_t, size_t> &findings ) const;
+   std::optional<size_t> explanationOfLimit( size_t object ) const;
 
    const BoardFiles::Board &board_;
    const Links &links_;
@@ -79,7 +82,9 @@ class Inspection {
    Wiring wiring_;
    Findings findings_{};
    std::map<std::string, size_t, std::less<>> byKey_{};
-   std::map<size_t, size_t> dead_{}; // findings of supplies without output, by object
+   std::map<size_t, size_t> dead_{};       // findings of supplies without output, by object
+   std::map<size_t, size_t> fansFailed_{}; // of supplies that tell of a fan
+   std::map<size_t, size_t> hot_{};        // of supplies that tell that they are too hot
 };
 
 } // namespace Health

@@ -149,8 +149,8 @@ bool Monitor::isOver( const Open &open, const Inspection &inspection ) {
       return std::any_of( open.members.begin(), open.members.end(), [&]( size_t member ) {
          return inspection.reach( member ) == Reach::Good;
       } );
-   case Finding::Kind::Unreadable:
-      return inspection.isKnown( open.object, open.cause.value );
+   case Finding::Kind::Supply:
+      return inspection.isKnownOfSupply( open.object );
    default:
       return inspection.isKnown( open.object, open.cause.value );
    }

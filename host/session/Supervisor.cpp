@@ -64,7 +64,24 @@ void Supervisor::heard( const Event &event, Time now ) {
       deaths_.commandEnded();
       std::visit( [&]( const auto &what ) { ended( what, *done, now ); }, *command );
       classifier_.operationBegins();
+      forgetDeath( now );
    }
+}
+
+std::string Supervisor::plugInFault() const {
+   if ( loadFault_ )
+      return "the plug-in can't be loaded: " + toText( *loadFault_ );
+   return startFault_ ? toText( *startFault_ ) : death_;
+}
+
+// Once each object is up again, or has failed by itself.
+void Supervisor::forgetDeath( Time now ) {
+   if ( death_.empty() )
+      return;
+   for ( size_t i = 0; i < board_.objects.size(); ++i )
+      if ( !schedule_.isUp( i ) && !schedule_.mustWait( i, now ) )
+         return;
+   death_.clear();
 }
 
 // Between two operations the next one still has all of its time.
@@ -162,6 +179,8 @@ void Supervisor::childDied( const std::string &why, Time now ) {
       failConnection( connectionFault( fault ), now );
    else if ( cause.what == DeathCause::What::Plugin )
       failPlugin( fault );
+   else if ( cause.what == DeathCause::What::Unknown )
+      death_ = "the plug-in's process ended: " + fault.words;
 }
 
 void Supervisor::failPlugin( const Fault &fault ) {

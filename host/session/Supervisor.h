@@ -69,10 +69,14 @@ class Supervisor {
    bool roundDone() const { return !current_.isRunning() && schedule_.roundDone(); }
    // Set when the plug-in can't be loaded. Nothing is tried after that.
    const std::optional<Fault> &loadFault() const { return loadFault_; }
+   // Why the plug-in can't be used: it can't be loaded; or its process can't be started, or has
+   // ended for no reason that an object gave, and the next one isn't as far yet. Empty: it can.
+   std::string plugInFault() const;
    // The running operation as pl.h names it; empty when none runs.
    std::string operation() const { return current_.operation(); }
 
  private:
+   void forgetDeath( Time now );
    void ended( const LoadCommand &, const Done &, Time );
    void ended( const InitCommand &command, const Done &done, Time now );
    void ended( const AddCommand &command, const Done &done, Time now );
@@ -97,6 +101,7 @@ class Supervisor {
    PendingActions actions_{};
    std::optional<Fault> loadFault_{};
    std::optional<Fault> startFault_{}; // why there is no child
+   std::string death_{};               // how the last child ended, until the next is as far
    std::optional<Reading> result_{};   // of the running action
 };
 
