@@ -1,5 +1,7 @@
 #include "host/JsonReader.h"
 
+#include "host/Times.h"
+
 namespace Host {
 namespace {
 
@@ -31,14 +33,70 @@ Fault toFault( const Json &json ) {
    return fault;
 }
 
+Health::WallTime timeOf( const Json &json, const char *key ) {
+   return timeIn( json.textOf( key ).value_or( "" ) ).value_or( Health::WallTime() );
+}
+
+Health::Level levelIn( const Json &json ) {
+   return Health::levelOf( json.textOf( "level" ).value_or( "" ) )
+      .value_or( Health::Level::Indeterminate );
+}
+
+std::optional<Health::Extreme> extremeIn( const Json *json ) {
+   if ( !json )
+      return {};
+   return Health::Extreme{ json->numberOf( "value" ).value_or( 0 ), timeOf( *json, "at" ) };
+}
+
+Health::ValueHealth toHealth( const Json &json ) {
+   Health::ValueHealth health{ .level = levelIn( json ),
+                               .since = timeOf( json, "since" ),
+                               .changes =
+                                  static_cast<uint64_t>( json.numberOf( "changes" ).value_or( 0 ) ),
+                               .crossed = json.textOf( "crossed" ).value_or( "" ),
+                               .lowest = extremeIn( json.find( "lowest" ) ),
+                               .highest = extremeIn( json.find( "highest" ) ) };
+   if ( const Json *limits = json.find( "limits" ) )
+      health.limits =
+         BoardFiles::ValueLimits{ .lowCritical = limits->numberOf( "low_critical" ),
+                                  .lowWarning = limits->numberOf( "low_warning" ),
+                                  .highWarning = limits->numberOf( "high_warning" ),
+                                  .highCritical = limits->numberOf( "high_critical" ) };
+   return health;
+}
+
+Health::Cause toCause( const Json &json ) {
+   const auto flag = [&json]( const char *key ) {
+      const Json *value = json.find( key );
+      return value && value->isTrue();
+   };
+   Health::Cause cause{ .key = json.textOf( "cause" ).value_or( "" ),
+                        .object = json.textOf( "object" ).value_or( "" ),
+                        .value = json.textOf( "value" ).value_or( "" ),
+                        .level = levelIn( json ),
+                        .words = json.textOf( "words" ).value_or( "" ),
+                        .since = timeOf( json, "since" ),
+                        .isAcknowledged = flag( "acknowledged" ),
+                        .isHidden = flag( "hidden" ) };
+   for ( const Json &object : json.elementsOf( "explains" ) )
+      cause.explains.emplace_back( object.toText().value_or( "" ) );
+   return cause;
+}
+
 ObjectReport toObject( const Json &json ) {
    ObjectReport object{ .name = json.textOf( "name" ).value_or( "" ),
                         .type = json.textOf( "type" ).value_or( "" ),
                         .state = stateIn( json ),
                         .fault = toFault( json ),
                         .age = json.numberOf( "age" ).value_or( 0 ) };
-   for ( const Json &value : json.elementsOf( "values" ) )
+   if ( json.find( "level" ) )
+      object.health = Health::ObjectHealth{ .level = levelIn( json ),
+                                            .cause = json.textOf( "cause" ).value_or( "" ) };
+   for ( const Json &value : json.elementsOf( "values" ) ) {
       object.values.push_back( { toReading( value ), value.numberOf( "age" ).value_or( 0 ) } );
+      if ( object.health )
+         object.health->values.push_back( toHealth( value ) );
+   }
    return object;
 }
 
@@ -61,6 +119,19 @@ std::optional<BoardText> readBoard( const std::string &text ) {
    for ( const Json &object : json->elementsOf( "objects" ) )
       board.objects.push_back( toObject( object ) );
    return board;
+}
+
+std::optional<HealthReport> readHealth( const std::string &text ) {
+   BoardFiles::Findings findings;
+   const auto json = BoardFiles::parseJson( text, "health", findings );
+   if ( !json || !json->find( "causes" ) )
+      return {};
+   HealthReport report{ .level = levelIn( *json ),
+                        .objects = json->unsignedOf( "objects" ).value_or( 0 ),
+                        .good = json->unsignedOf( "good" ).value_or( 0 ) };
+   for ( const Json &cause : json->elementsOf( "causes" ) )
+      report.causes.push_back( toCause( cause ) );
+   return report;
 }
 
 } // namespace Host

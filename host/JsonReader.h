@@ -1,6 +1,7 @@
 #pragma once
 
 #include "boardfiles/Json.h"
+#include "host/HealthReport.h"
 #include "host/State.h"
 
 #include <optional>
@@ -18,5 +19,8 @@ struct BoardText {
 };
 // Nothing when the text is not such an output.
 std::optional<BoardText> readBoard( const std::string &text );
+
+// The output of toJson() for the health of a board. Nothing when the text is not such an output.
+std::optional<HealthReport> readHealth( const std::string &text );
 
 } // namespace Host

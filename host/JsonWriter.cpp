@@ -1,11 +1,59 @@
 #include "host/JsonWriter.h"
 
+#include "host/Times.h"
+
 #include <cmath>
 
 namespace Host {
 namespace {
 
 double toMilliseconds( double seconds ) { return std::round( seconds * 1000 ) / 1000; }
+
+void write( JsonWriter &json, const BoardFiles::ValueLimits &limits ) {
+   json.key( "limits" ).beginObject();
+   const auto limit = [&json]( const char *name, const std::optional<double> &number ) {
+      if ( number )
+         json.member( name, *number );
+   };
+   limit( "low_critical", limits.lowCritical );
+   limit( "low_warning", limits.lowWarning );
+   limit( "high_warning", limits.highWarning );
+   limit( "high_critical", limits.highCritical );
+   json.endObject();
+}
+
+void write( JsonWriter &json, const Health::ValueHealth &health ) {
+   json.member( "level", nameOf( health.level ) ).member( "since", timeText( health.since ) );
+   json.member( "changes", static_cast<int64_t>( health.changes ) );
+   if ( !health.crossed.empty() )
+      json.member( "crossed", health.crossed );
+   if ( health.limits )
+      write( json, *health.limits );
+   const auto extreme = [&json]( const char *name, const std::optional<Health::Extreme> &what ) {
+      if ( what )
+         json.key( name )
+            .beginObject()
+            .member( "value", what->number )
+            .member( "at", timeText( what->at ) )
+            .endObject();
+   };
+   extreme( "lowest", health.lowest );
+   extreme( "highest", health.highest );
+}
+
+void write( JsonWriter &json, const Health::Cause &cause ) {
+   json.beginObject().member( "cause", cause.key );
+   if ( !cause.object.empty() )
+      json.member( "object", cause.object );
+   if ( !cause.value.empty() )
+      json.member( "value", cause.value );
+   json.member( "level", nameOf( cause.level ) ).member( "words", cause.words );
+   json.member( "since", timeText( cause.since ) ).member( "acknowledged", cause.isAcknowledged );
+   json.member( "hidden", cause.isHidden ).key( "explains" ).beginList();
+   for ( const std::string &object : cause.explains )
+      json.value( object );
+   json.endList().endObject();
+}
 
 } // namespace
 
@@ -30,10 +78,20 @@ JsonWriter &JsonWriter::reading( const Reading &reading ) {
 JsonWriter &JsonWriter::object( const ObjectReport &object ) {
    beginObject().member( "name", object.name ).member( "type", object.type );
    member( "state", nameOf( object.state ) ).member( "age", toMilliseconds( object.age ) );
-   fault( object.fault ).key( "values" ).beginList();
-   for ( const ValueReport &value : object.values ) {
+   fault( object.fault );
+   if ( object.health ) {
+      member( "level", nameOf( object.health->level ) );
+      if ( !object.health->cause.empty() )
+         member( "cause", object.health->cause );
+   }
+   key( "values" ).beginList();
+   for ( size_t i = 0; i < object.values.size(); ++i ) {
+      const ValueReport &value = object.values[i];
       beginObject().reading( value.reading ).member( "age", toMilliseconds( value.age ) );
-      fault( value.reading.fault ).endObject();
+      fault( value.reading.fault );
+      if ( object.health && i < object.health->values.size() )
+         write( *this, object.health->values[i] );
+      endObject();
    }
    return endList().endObject();
 }
@@ -49,6 +107,16 @@ std::string toJson( std::string_view board, const BoardReport &report ) {
    json.beginObject().member( "board", board ).key( "objects" ).beginList();
    for ( const ObjectReport &object : report )
       json.object( object );
+   return json.endList().endObject().text();
+}
+
+std::string toJson( std::string_view board, const HealthReport &report ) {
+   JsonWriter json;
+   json.beginObject().member( "board", board ).member( "level", nameOf( report.level ) );
+   json.member( "objects", static_cast<int64_t>( report.objects ) );
+   json.member( "good", static_cast<int64_t>( report.good ) ).key( "causes" ).beginList();
+   for ( const Health::Cause &cause : report.causes )
+      write( json, cause );
    return json.endList().endObject().text();
 }
 

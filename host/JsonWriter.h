@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/HealthReport.h"
 #include "host/State.h"
 
 #include <rapidjson/stringbuffer.h>
@@ -54,5 +55,8 @@ std::string toJson( const ObjectReport &object );
 
 // A whole board, by boards/state.schema.json.
 std::string toJson( std::string_view board, const BoardReport &report );
+
+// What is wrong with a board, by boards/health.schema.json.
+std::string toJson( std::string_view board, const HealthReport &report );
 
 } // namespace Host

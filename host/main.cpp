@@ -18,10 +18,12 @@ int run( const Options &options ) {
    for ( const BoardFiles::Finding &finding : findings )
       fmt::print( stderr, "{}\n", BoardFiles::toText( finding ) );
    if ( !board )
-      return Host::exitBadBoard;
+      return options.command == Options::Command::Health ? Host::exitUnknown : Host::exitBadBoard;
    switch ( options.command ) {
    case Options::Command::Show:
       return Host::show( *board, options );
+   case Options::Command::Health:
+      return Host::health( *board, options );
    case Options::Command::Watch:
       return Host::watch( *board, options );
    case Options::Command::Serve:
@@ -46,6 +48,6 @@ int main( int argc, char **argv ) {
       return run( options );
    } catch ( const std::exception &exception ) {
       spdlog::error( "{}", exception.what() );
-      return Host::exitNoChild;
+      return options.command == Options::Command::Health ? Host::exitUnknown : Host::exitNoChild;
    }
 }

@@ -29,7 +29,7 @@ constexpr auto footer =
    "the latest.\n"
    "\nExit codes: 0 success; 1 something can't be read or done; 2 wrong usage; 3 errors in the\n"
    "board's files; 4 the plug-in can't be loaded; 5 its process can't be run, or serve can't\n"
-   "listen at its socket.\n"
+   "listen at its socket. Those of health are told there.\n"
    "\nEnvironment: ORBIS_BOARD, ORBIS_HOST_SOCKET, ORBIS_PLUGIN, ORBIS_SMBUS_SOCKET,\n"
    "ORBIS_SMBUS_TIMEOUT_MS.\n";
 
@@ -132,6 +132,14 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
    check->add_flag( "--strict", options.strict, "End with an error after a warning, too" );
    addBoardCommand( app, options, Show, "show", "Show every object once" )
       ->add_flag( "--json", options.json, "Print JSON; its schema is boards/state.schema.json" );
+   CLI::App *health =
+      addBoardCommand( app, options, Health, "health",
+                       "Tell what is wrong with the board, and why; exit codes as those of "
+                       "monitoring plugins: 0 ok, 1 warning, 2 critical, 3 unknown" );
+   health->add_flag( "--brief", options.brief, "Print one line" );
+   health->add_flag( "--perfdata", options.perfdata, "Add all numbers with their limits" );
+   health->add_flag( "--json", options.json,
+                     "Print JSON; its schema is boards/health.schema.json" );
    CLI::App *watch = addBoardCommand( app, options, Watch, "watch",
                                       "Show every object in every period, until q or Ctrl-C" );
    CLI::App *serve =
@@ -159,7 +167,8 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
    try {
       app.parse( argc, argv );
    } catch ( const CLI::ParseError &end ) {
-      exitCode = CommandLine::report( app, end ) ? exitOk : exitUsage;
+      const int wrong = app.got_subcommand( health ) ? exitUnknown : exitUsage;
+      exitCode = CommandLine::report( app, end ) ? exitOk : wrong;
       return {};
    }
    if ( options.drivers.empty() )

@@ -17,11 +17,12 @@ enum ExitCode {
    exitBadBoard = 3, // the board's files, or the plug-in's data file
    exitNoPlugin = 4, // the plug-in can't be loaded
    exitNoChild = 5,  // the plug-in's process can't be run, or serve has no socket
+   exitUnknown = 3,  // of health: it can't be told
 };
 
 // The command line.
 struct Options {
-   enum class Command { Nothing, Check, Show, Watch, Serve, Act, Child };
+   enum class Command { Nothing, Check, Show, Health, Watch, Serve, Act, Child };
    Command command = Command::Nothing;
    std::filesystem::path board{};
    std::string plugin{};            // file name for dlopen()
@@ -29,6 +30,8 @@ struct Options {
    int traceLevel = -1;             // print the traces up to this level
    bool verbose = false;
    bool json = false;
+   bool brief = false;                           // one line
+   bool perfdata = false;                        // with numbers for a monitoring system
    bool strict = false;                          // a warning about a board is an error
    double period = 1;                            // seconds between two readings
    double limit = 12;                            // seconds for one operation of an object

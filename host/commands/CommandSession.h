@@ -30,6 +30,8 @@ class CommandSession {
    boost::asio::io_context &loop() { return loop_; }
    // Whether every object was read once, or failed. Only with Source::Own.
    bool hadRound() const { return hadRound_; }
+   // As Supervisor's. Only with Source::Own.
+   std::string plugInFault() const { return session_->supervisor().plugInFault(); }
    // The board as it is known now. If the serve has ended, this brings the board up itself.
    BoardReport report();
    // Has an object do something. Only with Source::Own.

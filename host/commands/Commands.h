@@ -18,6 +18,7 @@ constexpr auto totalLimit = std::chrono::seconds( 30 );
 int check( const Options &options );
 int show( const BoardFiles::Board &board, const Options &options );
 int watch( const BoardFiles::Board &board, const Options &options );
+int health( const BoardFiles::Board &board, const Options &options );
 int serve( const BoardFiles::Board &board, const Options &options );
 int act( const BoardFiles::Board &board, const Options &options );
 

@@ -1,6 +1,7 @@
 #include "host/commands/CommandSession.h"
 #include "host/commands/Commands.h"
 #include "host/serve/Client.h"
+#include "host/serve/HealthWatch.h"
 #include "host/serve/HttpServer.h"
 #include "host/serve/ServerAccounts.h"
 #include "host/serve/StateLog.h"
@@ -13,9 +14,18 @@ namespace Host {
 int serve( const BoardFiles::Board &board, const Options &options ) {
    CommandSession session( board, options, CommandSession::Source::Own );
    const ServerAccounts accounts( session.loop(), serverSocket( board.server ) );
+   // So long everything that a fault takes with it was read, and an empty slot was recognised.
+   constexpr int settlePeriods = 3;
+   HealthWatch watch( board, accounts, settlePeriods * options.period, []( const auto & ) {} );
+   const auto report = [&] {
+      BoardReport described = session.report();
+      watch.monitor().describe( described );
+      return described;
+   };
    const Api api(
       board, serveName( board.folder ),
-      { .report = [&session] { return session.report(); },
+      { .report = report,
+        .health = [&] { return healthOf( watch.monitor(), report() ); },
         .ask =
            [&session]( size_t object, const Action &action,
                        std::function<void( const Reading & )> answer ) {
@@ -29,11 +39,14 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
                  serveSocket().string() );
    session.onUpdate(
       [&] {
-         for ( const StateLog::Line &line : log.changes( session.report(), session.hadRound() ) )
+         const BoardReport now = session.report();
+         for ( const StateLog::Line &line : log.changes( now, session.hadRound() ) )
             spdlog::log( line.isFault ? spdlog::level::warn : spdlog::level::info, "{}",
                          line.text );
+         if ( session.hadRound() )
+            watch.look( now, session.plugInFault() );
       },
-      false );
+      true );
    return session.run();
 }
 

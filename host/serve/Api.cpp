@@ -62,6 +62,8 @@ void Api::handle( const Request &request, const Reply &reply ) const {
    const bool isGet = request.method == "GET";
    if ( request.path == "/v1/board" )
       reply( isGet ? Response{ .json = toJson( name_, source_.report() ) } : wrongMethod( "GET" ) );
+   else if ( request.path == "/v1/health" )
+      reply( isGet ? Response{ .json = toJson( name_, source_.health() ) } : wrongMethod( "GET" ) );
    else if ( request.path == "/v1/topology" )
       reply( isGet ? Response{ .json = board_.topology } : wrongMethod( "GET" ) );
    else if ( request.path == "/v1/busses" && !isGet )

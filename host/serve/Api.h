@@ -1,6 +1,7 @@
 #pragma once
 
 #include "boardfiles/Board.h"
+#include "host/HealthReport.h"
 #include "host/State.h"
 #include "host/plugin/Action.h"
 
@@ -27,6 +28,7 @@ class Api {
    // Gives the answers' content.
    struct Source {
       std::function<BoardReport()> report{};
+      std::function<HealthReport()> health{};
       std::function<void( size_t object, const Action &, std::function<void( const Reading & )> )>
          ask{};
       // Calls back with JSON, or with the reason why there is none.

@@ -58,6 +58,11 @@ std::optional<BoardReport> Client::report( std::string *board ) const {
    return std::move( known->objects );
 }
 
+std::optional<HealthReport> Client::health() const {
+   const auto answer = call( false, "/v1/health", {}, reportLimit );
+   return answer ? readHealth( *answer ) : std::nullopt;
+}
+
 Reading Client::act( const std::string &object, const std::vector<std::string> &words ) const {
    JsonWriter body;
    body.beginObject().key( "words" ).beginList();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/HealthReport.h"
 #include "host/State.h"
 
 #include <chrono>
@@ -27,6 +28,9 @@ class Client {
 
    // The objects of the served board, and its name in `board`. Nothing without an answer.
    std::optional<BoardReport> report( std::string *board = nullptr ) const;
+
+   // What is wrong with the served board. Nothing without an answer.
+   std::optional<HealthReport> health() const;
 
    // Has an object do something, and returns the result.
    Reading act( const std::string &object, const std::vector<std::string> &words ) const;

@@ -37,6 +37,22 @@ std::string ageText( double age ) { return fmt::format( "{:.1f} s", age ); }
 
 std::string orDash( std::string text ) { return text.empty() ? "-" : text; }
 
+// A value beyond a limit has that level in place of "ok".
+std::string stateText( const Reading &reading, const Health::ValueHealth &health ) {
+   const bool isBeyond = reading.state == State::Ok && health.level != Health::Level::Ok &&
+                         health.level != Health::Level::Indeterminate;
+   return std::string( isBeyond ? nameOf( health.level ) : nameOf( reading.state ) );
+}
+
+// Its own, or the limit that it crossed, or what explains the state of its object.
+std::string faultText( const ObjectReport &object, size_t value ) {
+   const Reading &reading = object.values[value].reading;
+   const std::string own = toText( reading.fault );
+   if ( const std::string &crossed = object.health->values[value].crossed; !crossed.empty() )
+      return crossed;
+   return orDash( own );
+}
+
 std::vector<Row> rowsOf( const BoardReport &board ) {
    std::vector<Row> rows{ { "NAME", "TYPE", "READING", "VALUE", "STATE", "AGE", "FAULT" } };
    for ( const ObjectReport &object : board ) {
@@ -46,10 +62,16 @@ std::vector<Row> rowsOf( const BoardReport &board ) {
          rows.push_back( { object.name, object.type, "-", "-",
                            std::string( nameOf( object.state ) ), ageText( object.age ),
                            orDash( toText( object.fault ) ) } );
-      for ( const ValueReport &value : object.values )
-         rows.push_back( { object.name, object.type, value.reading.name, withUnit( value.reading ),
-                           std::string( nameOf( value.reading.state ) ), ageText( value.age ),
-                           orDash( toText( value.reading.fault ) ) } );
+      for ( size_t i = 0; i < object.values.size(); ++i ) {
+         const ValueReport &value = object.values[i];
+         const bool isWatched = object.health && i < object.health->values.size();
+         rows.push_back(
+            { object.name, object.type, value.reading.name, withUnit( value.reading ),
+              isWatched ? stateText( value.reading, object.health->values[i] )
+                        : std::string( nameOf( value.reading.state ) ),
+              ageText( value.age ),
+              isWatched ? faultText( object, i ) : orDash( toText( value.reading.fault ) ) } );
+      }
    }
    return rows;
 }
