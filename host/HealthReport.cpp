@@ -1,17 +1,19 @@
 #include "host/HealthReport.h"
 
-#include <algorithm>
-
 namespace Host {
 
 HealthReport healthOf( const Health::Monitor &monitor, const Health::BoardReport &board ) {
-   const auto isGood = []( const Health::ObjectReport &object ) {
-      return object.health && object.health->level == Health::Level::Ok;
-   };
-   return { .level = monitor.level(),
-            .causes = monitor.causes(),
-            .objects = board.size(),
-            .good = static_cast<size_t>( std::count_if( board.begin(), board.end(), isGood ) ) };
+   HealthReport report{ .level = monitor.level(), .causes = monitor.causes() };
+   for ( const Health::ObjectReport &object : board ) {
+      const Health::ObjectHealth health = object.health.value_or( Health::ObjectHealth() );
+      if ( health.level == Health::Level::Indeterminate && health.cause.empty() ) {
+         ++report.absent;
+         continue;
+      }
+      ++report.objects;
+      report.good += health.level == Health::Level::Ok;
+   }
+   return report;
 }
 
 } // namespace Host

@@ -128,7 +128,8 @@ std::optional<HealthReport> readHealth( const std::string &text ) {
       return {};
    HealthReport report{ .level = levelIn( *json ),
                         .objects = json->unsignedOf( "objects" ).value_or( 0 ),
-                        .good = json->unsignedOf( "good" ).value_or( 0 ) };
+                        .good = json->unsignedOf( "good" ).value_or( 0 ),
+                        .absent = json->unsignedOf( "absent" ).value_or( 0 ) };
    for ( const Json &cause : json->elementsOf( "causes" ) )
       report.causes.push_back( toCause( cause ) );
    return report;

@@ -114,7 +114,8 @@ std::string toJson( std::string_view board, const HealthReport &report ) {
    JsonWriter json;
    json.beginObject().member( "board", board ).member( "level", nameOf( report.level ) );
    json.member( "objects", static_cast<int64_t>( report.objects ) );
-   json.member( "good", static_cast<int64_t>( report.good ) ).key( "causes" ).beginList();
+   json.member( "good", static_cast<int64_t>( report.good ) );
+   json.member( "absent", static_cast<int64_t>( report.absent ) ).key( "causes" ).beginList();
    for ( const Health::Cause &cause : report.causes )
       write( json, cause );
    return json.endList().endObject().text();

@@ -21,9 +21,12 @@ std::string_view wordOf( Health::Level level ) {
 }
 
 std::string fine( const HealthReport &health ) {
-   return health.good == health.objects
-             ? fmt::format( "all {} objects are good", health.objects )
-             : fmt::format( "{} of {} objects are good", health.good, health.objects );
+   std::string text = health.good == health.objects
+                         ? fmt::format( "all {} objects are good", health.objects )
+                         : fmt::format( "{} of {} objects are good", health.good, health.objects );
+   if ( health.absent > 0 )
+      text += fmt::format( "; {} more are of modules that are not there", health.absent );
+   return text;
 }
 
 // At blanks. Lines but the first begin with `indent` blanks.
