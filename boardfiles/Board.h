@@ -27,6 +27,9 @@ struct ObjectDescription {
    double fullScale = 0;           // rpm, a fan's highest; 0 when that isn't known
    HealthKeys health{};            // with the limits of temperature sensors
    std::vector<ChipPlace> chips{}; // on its busses; none for the system
+
+   // Whether there is anything to read. LEDs and SMBus objects have operations alone.
+   bool hasValues() const { return kind != Kind::Led && kind != Kind::Smbus; }
 };
 
 // A board whose files are known to be good.

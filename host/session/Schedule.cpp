@@ -1,5 +1,7 @@
 #include "host/session/Schedule.h"
 
+#include "host/session/ReadGroups.h"
+
 #include <algorithm>
 
 namespace Host {
@@ -12,7 +14,8 @@ constexpr unsigned triesAtMost = 4;
 } // namespace
 
 Schedule::Schedule( const BoardFiles::Board &board, const Limits &limits, Time now )
-   : board_( board ), limits_( limits ), objects_( board.objects.size() ) {
+   : board_( board ), limits_( limits ), groups_( readGroups( board.objects ) ),
+     objects_( board.objects.size() ) {
    for ( size_t i = 0; i < objects_.size(); ++i ) {
       if ( !needs( i ) )
          objects_[i].backOff.giveUp();
@@ -137,14 +140,13 @@ void Schedule::startRounds( Time now ) {
 }
 
 // Starts behind the object that was read last. Else, where a round takes longer than a period, the
-// last objects would never be read. Objects of one device are read together: each command wakes two
-// processes, and what makes one of them wait would make all of them wait.
+// last objects would never be read.
 std::optional<Command> Schedule::nextRead() {
    for ( size_t k = 0; k < objects_.size(); ++k ) {
       const size_t i = ( nextRead_ + k ) % objects_.size();
       if ( isDue( i ) ) {
          nextRead_ = i + 1;
-         return ReadCommand{ dueOfDevice( i ) };
+         return ReadCommand{ dueOfGroup( i ) };
       }
    }
    nextRead_ = 0;
@@ -155,11 +157,10 @@ bool Schedule::isDue( size_t object ) const {
    return objects_[object].up && objects_[object].pending;
 }
 
-std::vector<size_t> Schedule::dueOfDevice( size_t object ) const {
+std::vector<size_t> Schedule::dueOfGroup( size_t object ) const {
    std::vector<size_t> due = { object };
-   const auto did = board_.objects[object].did;
-   for ( size_t i = 0; did && i < objects_.size(); ++i )
-      if ( i != object && board_.objects[i].did == did && isDue( i ) )
+   for ( size_t i = 0; i < objects_.size(); ++i )
+      if ( i != object && groups_[i] == groups_[object] && isDue( i ) )
          due.push_back( i );
    return due;
 }

@@ -72,12 +72,13 @@ class Schedule {
    void startRounds( Time now );
    std::optional<Command> nextRead();
    bool isDue( size_t object ) const;
-   // The object, and the others of its device that are due.
-   std::vector<size_t> dueOfDevice( size_t object ) const;
+   // The object, and the others of its group that are due.
+   std::vector<size_t> dueOfGroup( size_t object ) const;
    void backOff( BackOff &of, Time now ) const;
 
    const BoardFiles::Board &board_;
    const Limits &limits_;
+   const std::vector<size_t> groups_; // of the objects that are read together
    std::vector<Object> objects_;
    std::map<BoardFiles::Kind, Kind> kinds_{};
    std::vector<BoardFiles::Kind> kindOrder_{}; // as the board's files name them first

@@ -98,7 +98,7 @@ TEST_F( ScheduleTest, ReadsTheObjectsOfADeviceTogetherThatAreDue ) {
    EXPECT_EQ( next<ReadCommand>().value().objects, Objects{ 0 } ); // the sensor has a longer period
 }
 
-TEST( KeltScheduleTest, ARoundOfThe132ObjectsIs27Commands ) {
+TEST( KeltScheduleTest, ARoundOfThe132ObjectsIs15Commands ) {
    BoardFiles::Findings findings;
    const auto kelt =
       BoardFiles::loadBoard( BOARDS "/kelt", BOARDS "/libOrbisDriversKelt.drivers.json", findings );
@@ -117,7 +117,7 @@ TEST( KeltScheduleTest, ARoundOfThe132ObjectsIs27Commands ) {
       for ( const size_t object : std::get<ReadCommand>( *command ).objects )
          schedule.objectRead( object );
    }
-   EXPECT_EQ( commands, 27u );
+   EXPECT_EQ( commands, 15u );
    EXPECT_TRUE( schedule.roundDone() );
 }
 
