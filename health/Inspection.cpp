@@ -353,11 +353,11 @@ void Inspection::inspectRule( size_t number ) {
             at = links_.on[*at];
          if ( !at )
             continue;
-         const bool isOnly =
+         const bool isUnread =
             one.kind == Finding::Kind::Unreadable || one.kind == Finding::Kind::Chip;
-         if ( isOnly && one.object == member && !isBadMember )
+         if ( isUnread && one.object == member )
             isUnknown = true;
-         else if ( !isOnly && ( one.object == member || one.level == Level::Critical ) )
+         else if ( !isUnread && ( one.object == member || one.level == Level::Critical ) )
             isBadMember = true;
          else
             continue;

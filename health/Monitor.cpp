@@ -84,21 +84,24 @@ void Monitor::tell( const Inspection &inspection, size_t root, const Instant &no
    const Findings &findings = inspection.findings();
    const Finding &finding = findings[root];
    Level level = finding.level;
-   std::vector<std::string> explains;
-   std::vector<size_t> members;
+   std::set<size_t> members; // in the order of the board
+   std::vector<std::string> rules;
    for ( size_t i = 0; i < findings.size(); ++i ) {
       const Finding &one = findings[i];
       if ( std::find( roots_[i].begin(), roots_[i].end(), root ) == roots_[i].end() )
          continue;
-      if ( one.kind == Finding::Kind::Rule )
-         level = worse( level, one.level );
       if ( one.object != noObject )
-         members.push_back( one.object );
-      const std::string &name = one.object == noObject ? one.key : board_.objects[one.object].name;
-      if ( i != root && one.object != finding.object &&
-           std::find( explains.begin(), explains.end(), name ) == explains.end() )
-         explains.push_back( name );
+         members.insert( one.object );
+      else if ( i != root && one.kind == Finding::Kind::Rule ) {
+         level = worse( level, one.level );
+         rules.push_back( one.key );
+      }
    }
+   std::vector<std::string> explains;
+   for ( const size_t member : members )
+      if ( member != finding.object )
+         explains.push_back( board_.objects[member].name );
+   explains.insert( explains.end(), rules.begin(), rules.end() );
    const auto known = open_.find( finding.key );
    if ( known == open_.end() && finding.needsTime ) {
       const auto found = pending_.emplace( finding.key, now ).first;
@@ -115,7 +118,7 @@ void Monitor::tell( const Inspection &inspection, size_t root, const Instant &no
    }
    open.kind = finding.kind;
    open.object = finding.object;
-   open.members = std::move( members );
+   open.members.assign( members.begin(), members.end() );
    open.cause.key = finding.key;
    open.cause.object = finding.object == noObject ? "" : board_.objects[finding.object].name;
    open.cause.value = finding.value;

@@ -173,6 +173,10 @@ Finding Wiring::guess( const Place &chip ) const {
       key = "bus " + chip.bus;
       finding.kind = Finding::Kind::Bus;
    }
+   const auto known = chips_.find( chip );
+   if ( finding.kind == Finding::Kind::Chip && known != chips_.end() &&
+        known->second.objects.size() == 1 )
+      finding.object = known->second.objects.front();
    finding.key = key + " perhaps";
    finding.words = fmt::format( "can't be read: {} (the server doesn't tell which)", may );
    return finding;

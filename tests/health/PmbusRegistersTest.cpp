@@ -33,7 +33,7 @@ TEST( PmbusRegistersTest, AreOneTextAndComeBackFromIt ) {
    const Registers registers{ { 0x7C, 0x18 }, { 0x79, 0x2848 } };
    EXPECT_EQ( toText( registers ), "0x79=0x2848 0x7c=0x18" );
    EXPECT_EQ( registersIn( "0x79=0x2848 0x7c=0x18" ), registers );
-   EXPECT_EQ( toText( {} ), "" );
+   EXPECT_EQ( toText( Health::Pmbus::Registers{} ), "" );
    EXPECT_THAT( registersIn( "" ), IsEmpty() );
 }
 

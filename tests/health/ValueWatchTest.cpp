@@ -5,7 +5,7 @@
 
 #include <random>
 
-namespace HealthTest {
+namespace ValueWatchTests {
 
 namespace {
 
@@ -219,4 +219,4 @@ TEST( ValueWatchTest, AgreesWithAModelOnARandomWalk ) {
 
 } // namespace
 
-} // namespace HealthTest
+} // namespace ValueWatchTests
