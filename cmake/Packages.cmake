@@ -14,6 +14,7 @@ target_link_libraries( asio PUBLIC Boost::headers Threads::Threads )
 target_compile_options( asio PRIVATE $<$<CONFIG:Release>:-O1> ) # no transaction passes through it
 
 find_package( CLI11 REQUIRED )
+find_package( SQLite3 3.35 REQUIRED ) # RETURNING
 
 # libi2c has neither a CMake package nor one for pkg-config.
 find_library( I2C_LIBRARY i2c REQUIRED )

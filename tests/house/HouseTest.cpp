@@ -32,7 +32,7 @@ const std::vector<Order> folderOrders{
      { ".", "accounts", "server", "busses/linux", "busses", "record", "routes", "export",
        "control" } },
    { "orbis-smbus", { "." } },
-   { "host", { ".", "plugin", "session", "serve", "terminal", "commands" } },
+   { "host", { ".", "plugin", "session", "journal", "serve", "terminal", "commands" } },
    { "OrbisGeneric", { ".", "Ham", "Components", "Drivers", "Drivers/Kelt" } },
 };
 
