@@ -1,7 +1,7 @@
 #include "host/journal/EventJson.h"
 
 #include "host/JsonWriter.h"
-#include "host/journal/Times.h"
+#include "host/Times.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "host/journal/Times.h"
+#include "host/Times.h"
 
 #include <cstdlib>
 #include <ctime>
