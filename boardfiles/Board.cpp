@@ -41,6 +41,7 @@ ObjectDescription describe( const BoardObject &object, const DriverTable &table,
                                   .alert = static_cast<float>( object.alert.value_or( 0 ) ),
                                   .critical = static_cast<float>( object.critical.value_or( 0 ) ),
                                   .value = object.value.value_or( 0 ),
+                                  .reads = object.reads,
                                   .health = object.health };
    if ( object.alert && object.critical ) {
       ValueLimits &limits = description.health.limits["temperature"];

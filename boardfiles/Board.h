@@ -22,14 +22,15 @@ struct ObjectDescription {
    float alert = 0;    // degrees Celsius, of temperature sensors
    float critical = 0;
    uint8_t value = 0;              // of SMBus objects given by a label
+   std::string reads{};            // of SMBus objects: "pmbus", the status of a supply; or empty
    std::optional<uint32_t> did{};  // of the driver object that it is made by
    unsigned address = 0;           // of its chip, seven bits
    double fullScale = 0;           // rpm, a fan's highest; 0 when that isn't known
    HealthKeys health{};            // with the limits of temperature sensors
    std::vector<ChipPlace> chips{}; // on its busses; none for the system
 
-   // Whether there is anything to read. LEDs and SMBus objects have operations alone.
-   bool hasValues() const { return kind != Kind::Led && kind != Kind::Smbus; }
+   // Whether there is anything to read. LEDs and most SMBus objects have operations alone.
+   bool hasValues() const { return kind != Kind::Led && ( kind != Kind::Smbus || !reads.empty() ); }
 };
 
 // A board whose files are known to be good.

@@ -75,7 +75,8 @@ class LoadCounter {
       }
    }
 
-   void count( const DeviceDocument &device, std::string_view kind ) {
+   void count( const DeviceDocument &device, std::string_view kind,
+               const std::string &reads = "" ) {
       const DriverRule &driver = table_.drivers.find( device.driver )->second;
       const KindRule &rule = driver.makes.find( kind )->second;
       const bool isFirst = made_.insert( device.did->number ).second;
@@ -83,6 +84,8 @@ class LoadCounter {
          count( device, driver.poll->transfers, 1 / driver.poll->seconds, &BusLoad::polls );
       if ( !rule.transfers.once || shared_.emplace( device.did->number, kind ).second )
          count( device, rule.transfers, 1, &BusLoad::reads );
+      if ( const auto own = rule.reads.find( reads ); own != rule.reads.end() )
+         count( device, own->second, 1, &BusLoad::reads );
       for ( const auto &[part, partKind] : rule.nested )
          countPart( device, part, partKind );
    }
@@ -160,7 +163,7 @@ std::vector<BusLoad> busLoads( const TopologyFile &topology,
    LoadCounter counter( topology, table, wires );
    for ( const BoardObject &object : objects )
       if ( object.device )
-         counter.count( *object.device, nameOf( *object.kind ) );
+         counter.count( *object.device, nameOf( *object.kind ), object.reads );
    return std::move( counter ).loads();
 }
 

@@ -81,6 +81,8 @@ KindRule kindRuleIn( const Json &json ) {
    for ( const auto &[key, kind, place] : membersOf( json, "nested" ) )
       rule.nested[key] = *kind.toText();
    rule.transfers = transfersIn( json.find( "transfers" ) );
+   for ( const auto &[word, transfers, place] : membersOf( json, "reads" ) )
+      rule.reads[word] = transfersIn( &transfers );
    return rule;
 }
 

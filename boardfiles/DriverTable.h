@@ -55,6 +55,7 @@ struct KindRule {
    std::string fullScale{}; // the argument that holds a fan's highest speed; or empty
    std::map<std::string, std::string, std::less<>> nested{}; // key of a part, and its kind
    TransfersRule transfers{};
+   std::map<std::string, TransfersRule, std::less<>> reads{}; // by the objects' key of this name
 };
 
 // What a driver object can make that was made by a document with certain arguments.

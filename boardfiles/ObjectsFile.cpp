@@ -27,6 +27,7 @@ BoardObject objectIn( const Json &json, Findings &findings ) {
    if ( const auto value = json.unsignedOf( "value" ) )
       object.value = static_cast<uint8_t>( *value );
    object.valuePlace = placeOf( "value" );
+   object.reads = json.textOf( "reads" ).value_or( "" );
    object.alert = json.numberOf( "alert" );
    object.critical = json.numberOf( "critical" );
    object.health = healthKeysIn( json, object.kind, findings );

@@ -20,6 +20,7 @@ struct BoardObject {
    Place labelPlace{};
    std::optional<uint8_t> value{}; // beside a label
    Place valuePlace{};
+   std::string reads{};           // of SMBus objects: what the host reads of them; or empty
    std::optional<double> alert{}; // degrees Celsius, of temperature sensors
    std::optional<double> critical{};
    HealthKeys health{};
