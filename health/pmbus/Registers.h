@@ -11,8 +11,10 @@
 // formats".
 namespace Health::Pmbus {
 
-// Commands that read a status register. STATUS_WORD is a word, the others are bytes.
+// STATUS_WORD is a word, the other status registers and VOUT_MODE are bytes. CLEAR_FAULTS has no
+// data.
 enum Command : uint8_t {
+   ClearFaults = 0x03,
    VoutMode = 0x20,
    StatusWord = 0x79,
    StatusVout = 0x7A,

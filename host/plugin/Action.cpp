@@ -76,6 +76,7 @@ constexpr std::array verbs{
          "block_process_call",
          { commandArgument },
          true },
+   Verb{ BoardFiles::Kind::Smbus, "clear-faults", clearFaults },
    Verb{ BoardFiles::Kind::System, "reload-cause", "get_reload_cause" },
    Verb{ BoardFiles::Kind::System, "powercycle", "powercycle" },
    Verb{ BoardFiles::Kind::System, "poweroff", "poweroff" },

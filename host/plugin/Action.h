@@ -17,6 +17,9 @@ struct Action {
    bool operator==( const Action & ) const = default;
 };
 
+// The operation of SMBus objects that read a supply's status: it sends CLEAR_FAULTS.
+inline constexpr auto clearFaults = "clear_faults";
+
 // The action for the words behind an object's name on the command line: "reset", "on". For wrong
 // words the result is an error text.
 std::variant<Action, std::string> parseAction( BoardFiles::Kind kind,

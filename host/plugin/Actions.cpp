@@ -1,5 +1,6 @@
 #include "host/plugin/ObjectCalls.h"
 
+#include "health/pmbus/Registers.h"
 #include "host/plugin/Operation.h"
 
 #include <algorithm>
@@ -65,6 +66,8 @@ class ActionVisitor {
 
  private:
    void writes( pl_smbus *proxy ) {
+      call( *proxy->ops, proxy, clearFaults, &pl_smbus_ops::send_byte,
+            uint8_t{ Health::Pmbus::ClearFaults } );
       call( *proxy->ops, proxy, "quick_command", &pl_smbus_ops::quick_command, number<int>( 0 ) );
       call( *proxy->ops, proxy, "send_byte", &pl_smbus_ops::send_byte, byte( 0 ) );
       call( *proxy->ops, proxy, "write_byte", &pl_smbus_ops::write_byte, byte( 0 ), byte( 1 ) );

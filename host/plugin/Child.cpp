@@ -6,6 +6,7 @@
 #include "host/plugin/Plugin.h"
 #include "host/plugin/Services.h"
 #include "host/plugin/SharedPage.h"
+#include "host/plugin/SupplyReader.h"
 
 #include <algorithm>
 #include <array>
@@ -139,6 +140,9 @@ class Child {
          if ( isNull( record ) )
             return Done{ Fault{ .words = operation + " returned no object" } };
          records_.insert_or_assign( add.object, record );
+         supplies_.erase( add.object );
+         if ( auto *const *proxy = std::get_if<pl_smbus *>( &record ); proxy && readsPmbus( kept ) )
+            supplies_.emplace( add.object, *proxy );
          return Done{};
       } );
    }
@@ -149,7 +153,10 @@ class Child {
          if ( done )
             end( *done );
          done = guard( [&] {
-            read( records_.at( object ), sink() );
+            if ( const auto supply = supplies_.find( object ); supply == supplies_.end() )
+               read( records_.at( object ), sink() );
+            else if ( const auto limits = supply->second.read( sink() ) )
+               sendLater( *limits );
             return Done{};
          } );
       }
@@ -157,10 +164,18 @@ class Child {
    }
 
    Done execute( const ActCommand &command ) {
+      if ( command.action.operation == clearFaults && !supplies_.contains( command.object ) ) {
+         sendLater( Reading{ .name = clearFaults, .state = State::Unsupported } );
+         return {};
+      }
       return guard( [&] {
          act( records_.at( command.object ), command.action, sink() );
          return Done{};
       } );
+   }
+
+   static bool readsPmbus( const BoardFiles::ObjectDescription &object ) {
+      return object.reads == "pmbus";
    }
 
    ReadingSink sink() {
@@ -191,6 +206,7 @@ class Child {
    std::optional<Plugin> plugin_{};
    std::map<size_t, BoardFiles::ObjectDescription> descriptions_{};
    std::map<size_t, Record> records_{};
+   std::map<size_t, SupplyReader> supplies_{};
 };
 
 } // namespace

@@ -30,6 +30,7 @@ void fill( HostChild::Command &message, const AddCommand &command ) {
    add.set_alert( object.alert );
    add.set_critical( object.critical );
    add.set_value( object.value );
+   add.set_reads( object.reads );
 }
 
 void fill( HostChild::Command &message, const ReadCommand &read ) {
@@ -76,6 +77,12 @@ void fill( HostChild::Event &message, const Reading &what ) {
    fill( *reading.mutable_fault(), what.fault );
 }
 
+void fill( HostChild::Event &message, const SupplyLimits &limits ) {
+   auto &registers = *message.mutable_supply_limits()->mutable_registers();
+   for ( const auto &[command, value] : limits.registers )
+      registers[command] = value;
+}
+
 void fill( HostChild::Event &message, const Done &done ) {
    message.mutable_done();
    if ( done.fault )
@@ -97,7 +104,8 @@ std::optional<Command> toCommand( const HostChild::Command::Add &add ) {
                         .text = add.text(),
                         .alert = add.alert(),
                         .critical = add.critical(),
-                        .value = static_cast<uint8_t>( add.value() ) } };
+                        .value = static_cast<uint8_t>( add.value() ),
+                        .reads = add.reads() } };
 }
 
 ActCommand toCommand( const HostChild::Command::Act &act ) {
@@ -142,6 +150,17 @@ Trace toEvent( const HostChild::Event::Trace &trace ) {
    if ( trace.has_timer_owner() )
       event.timerOwner = trace.timer_owner();
    return event;
+}
+
+std::optional<Event> toEvent( const HostChild::Event::SupplyLimits &message ) {
+   SupplyLimits limits;
+   for ( const auto &[command, value] : message.registers() ) {
+      if ( command > std::numeric_limits<uint8_t>::max() ||
+           value > std::numeric_limits<uint16_t>::max() )
+         return {};
+      limits.registers[static_cast<uint8_t>( command )] = static_cast<uint16_t>( value );
+   }
+   return limits;
 }
 
 Done toEvent( const HostChild::Event::Done &done ) {
@@ -202,6 +221,8 @@ std::optional<Event> decodeEvent( std::string_view bytes ) {
       return toEvent( message.reading() );
    case HostChild::Event::kDone:
       return toEvent( message.done() );
+   case HostChild::Event::kSupplyLimits:
+      return toEvent( message.supply_limits() );
    default:
       return {};
    }

@@ -2,6 +2,7 @@
 
 #include "boardfiles/Board.h"
 #include "boardfiles/Kind.h"
+#include "health/pmbus/Registers.h"
 #include "host/State.h"
 #include "host/plugin/Action.h"
 
@@ -53,11 +54,15 @@ struct Trace {
    // For traces of a timer: the object for which the plug-in made the timer.
    std::optional<size_t> timerOwner{};
 };
+// What a supply said of its limits, behind the reading of its status.
+struct SupplyLimits {
+   Health::Pmbus::Registers registers{};
+};
 // The end of a command, or of one object's reading. Without a fault it succeeded.
 struct Done {
    std::optional<Fault> fault{};
 };
-using Event = std::variant<Trace, Reading, Done>;
+using Event = std::variant<Trace, Reading, Done, SupplyLimits>;
 
 // A message with its length in front, ready to send.
 std::string encode( const Command &command );

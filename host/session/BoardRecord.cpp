@@ -1,8 +1,11 @@
 #include "host/session/BoardRecord.h"
 
+#include "health/pmbus/Conditions.h"
 #include "host/plugin/Action.h"
+#include "host/plugin/SupplyReader.h"
 
 #include <cmath>
+#include <fmt/format.h>
 #include <pl.h>
 
 namespace Host {
@@ -19,6 +22,22 @@ Reading dutyOf( Reading speed, double highestRpm ) {
    return speed;
 }
 
+// What the registers say. Where they couldn't be read, a reading with the same fault.
+Reading statusOf( Reading registers ) {
+   if ( const auto *text = std::get_if<std::string>( &registers.value ) )
+      registers.value =
+         Health::Pmbus::sentence( Health::Pmbus::describe( Health::Pmbus::registersIn( *text ) ) );
+   registers.name = "status";
+   return registers;
+}
+Reading statusWordOf( Reading registers ) {
+   if ( const auto *text = std::get_if<std::string>( &registers.value ) )
+      registers.value =
+         fmt::format( "{:#06x}", Health::Pmbus::registersIn( *text )[Health::Pmbus::StatusWord] );
+   registers.name = "status_word";
+   return registers;
+}
+
 } // namespace
 
 BoardRecord::BoardRecord( const BoardFiles::Board &board, const Limits &limits, Time now )
@@ -27,6 +46,10 @@ BoardRecord::BoardRecord( const BoardFiles::Board &board, const Limits &limits, 
 void BoardRecord::read( size_t object, const Reading &reading, Time at ) {
    const BoardFiles::ObjectDescription &description = board_.objects[object];
    // What was in a slot is known also while it can't be read. A measured value would be misleading.
+   if ( reading.name == statusRegistersName ) {
+      objects_[object].read( statusOf( reading ), at );
+      objects_[object].read( statusWordOf( reading ), at );
+   }
    if ( description.kind == BoardFiles::Kind::Slot && reading.state == State::Unreadable )
       objects_[object].missed( reading, at );
    else
@@ -43,6 +66,12 @@ void BoardRecord::ledWasSet( size_t object, int64_t number, Time now ) {
 bool BoardRecord::blinks( size_t object ) const {
    const Reading *last = objects_[object].find( settingName );
    return last && last->value == Scalar( std::string( nameOfSetting( PL_LED_BEACON ) ) );
+}
+
+const std::vector<Health::Pmbus::Limit> &BoardRecord::limits( size_t object ) const {
+   static const std::vector<Health::Pmbus::Limit> none;
+   const auto known = supplyLimits_.find( object );
+   return known == supplyLimits_.end() ? none : known->second;
 }
 
 BoardReport BoardRecord::report( Time now ) const {

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "boardfiles/Board.h"
+#include "health/pmbus/Limits.h"
 #include "host/State.h"
 #include "host/session/Limits.h"
 #include "host/session/ObjectRecord.h"
 
+#include <map>
 #include <vector>
 
 namespace Host {
@@ -22,8 +24,12 @@ class BoardRecord {
       objects_[object].failed( fault, now );
    }
    // A value that was measured at `at`. A fan's speed also gives its duty, in percent of its
-   // highest speed.
+   // highest speed. A supply's status registers also give its STATUS_WORD, and a sentence.
    void read( size_t object, const Reading &reading, Time at );
+   // The registers with a supply's limits.
+   void limitsWere( size_t object, const Health::Pmbus::Registers &registers ) {
+      supplyLimits_[object] = Health::Pmbus::limitsIn( registers );
+   }
    // An LED took a setting: a number of pl_led_status.
    void ledWasSet( size_t object, int64_t setting, Time now );
 
@@ -31,12 +37,15 @@ class BoardRecord {
    bool blinks( size_t object ) const;
    // Why the object can't be used.
    const Fault &fault( size_t object ) const { return objects_[object].fault(); }
+   // The limits that the supply behind the object has. They stay while it can't be read.
+   const std::vector<Health::Pmbus::Limit> &limits( size_t object ) const;
    BoardReport report( Time now ) const;
 
  private:
    const BoardFiles::Board &board_;
    const Limits &limits_;
    std::vector<ObjectRecord> objects_;
+   std::map<size_t, std::vector<Health::Pmbus::Limit>> supplyLimits_{};
 };
 
 } // namespace Host

@@ -59,6 +59,9 @@ void Supervisor::heard( const Event &event, Time now ) {
    if ( const auto *reading = std::get_if<Reading>( &event ) ) {
       heardReading( *reading, now );
       classifier_.operationBegins(); // traces from here on belong to the next one
+   } else if ( const auto *limits = std::get_if<SupplyLimits>( &event ) ) {
+      if ( current_.as<ReadCommand>() )
+         record_.limitsWere( current_.object().value(), limits->registers );
    } else if ( const auto *done = std::get_if<Done>( &event ) ) {
       const auto command = current_.end( now );
       deaths_.commandEnded();

@@ -61,6 +61,10 @@ class Supervisor {
    void ask( size_t object, const Action &action, Answer answer, Time now );
 
    BoardReport report( Time now ) const { return record_.report( now ); }
+   // The limits of the supply behind an SMBus object that reads its status.
+   const std::vector<Health::Pmbus::Limit> &limits( size_t object ) const {
+      return record_.limits( object );
+   }
    // How many objects were brought up, or failed, at least once.
    size_t settled() const { return schedule_.settled(); }
    // Whether the child has a command that it did not answer yet.

@@ -44,9 +44,9 @@ TEST_F( BusLoadTest, AFanWithTwoRotorsIsTheReadsOfBoth ) {
 }
 
 TEST_F( BusLoadTest, ASupplysSlotIsReadAsItsModuleIsIdentified ) {
-   constexpr double supply = 7 * 48 + 39, fansAndSensors = 4 * 48;
+   constexpr double supply = 7 * 48 + 39, fansAndSensors = 4 * 48, status = 48;
    constexpr double pmbus = 2 * 39 + 2 * 129, ipmi = 6 * 39 + 2 * 120;
-   EXPECT_EQ( bits( "scd(4):1:4" ), 2 * ( supply + fansAndSensors ) + pmbus + ipmi );
+   EXPECT_EQ( bits( "scd(4):1:4" ), 2 * ( supply + fansAndSensors + status ) + pmbus + ipmi );
 }
 
 TEST_F( BusLoadTest, ARegisterBeyond255TakesTwoBytes ) {

@@ -47,6 +47,7 @@ TEST( ActionTest, TakesEveryOperationOfAProxyWithDecimalAndHexNumbers ) {
       { { "block-write", "1", "2", "3" }, { "block_write", { 1, 2, 3 } } },
       { { "i2c-block-read", "1", "16" }, { "i2c_block_read", { 1, 16 } } },
       { { "i2c-block-write", "1" }, { "i2c_block_write", { 1 } } },
+      { { "clear-faults" }, { "clear_faults", {} } },
       { { "process-call", "1", "2" }, { "process_call", { 1, 2 } } },
       { { "block-process-call", "1", "2" }, { "block_process_call", { 1, 2 } } },
    };

@@ -16,10 +16,12 @@ class BoardRecordTest : public ::testing::Test {
       record.read( fan, { .name = "speed", .unit = "rpm", .value = rpm }, now );
    }
 
-   const BoardFiles::Board board{ .objects = {
-                                     { .kind = Kind::Fan, .name = "fan", .fullScale = 18000 },
-                                     { .kind = Kind::Fan, .name = "unknown" },
-                                     { .kind = Kind::Led, .name = "led" } } };
+   const BoardFiles::Board board{
+      .objects = { { .kind = Kind::Fan, .name = "fan", .fullScale = 18000 },
+                   { .kind = Kind::Fan, .name = "unknown" },
+                   { .kind = Kind::Led, .name = "led" },
+                   { .kind = Kind::Smbus, .name = "supply", .reads = "pmbus" } }
+   };
    const Limits limits{ .period = 1s, .periods = { { Kind::Led, 5s } }, .staleAfter = 3 };
    Time now{ 1h };
    BoardRecord record{ board, limits, now };
@@ -63,6 +65,45 @@ TEST_F( BoardRecordTest, KnowsWhetherAnLedBlinksAlsoAfterAFault ) {
    record.ledWasSet( 2, PL_LED_GOOD, now );
    EXPECT_FALSE( record.blinks( 2 ) );
    EXPECT_EQ( object( 2 ).values.size(), 1u );
+}
+
+TEST_F( BoardRecordTest, TellsWhatASuppliesRegistersSay ) {
+   record.read( 3, { .name = "status_registers", .value = "0x79=0x2848 0x7c=0x18" }, now );
+   const auto values = object( 3 ).values;
+   ASSERT_EQ( values.size(), 3u );
+   EXPECT_EQ( values[0].reading.name, "status" );
+   EXPECT_EQ( values[0].reading.value,
+              Scalar( "input undervoltage, unit off for insufficient input voltage" ) );
+   EXPECT_EQ( values[1].reading.name, "status_word" );
+   EXPECT_EQ( values[1].reading.value, Scalar( "0x2848" ) );
+   EXPECT_EQ( values[2].reading.value, Scalar( "0x79=0x2848 0x7c=0x18" ) );
+   record.read( 3, { .name = "status_registers", .value = "0x79=0x0000" }, now );
+   EXPECT_EQ( object( 3 ).values[0].reading.value, Scalar( "ok" ) );
+   EXPECT_EQ( object( 3 ).values[1].reading.value, Scalar( "0x0000" ) );
+}
+
+TEST_F( BoardRecordTest, ASuppliesStatusThatCouldNotBeReadHasItsFaultInEachValue ) {
+   record.read(
+      3,
+      { .name = "status_registers", .state = State::Unreadable, .fault = { 6, "no acknowledge" } },
+      now );
+   ASSERT_EQ( object( 3 ).values.size(), 3u );
+   for ( const ValueReport &value : object( 3 ).values ) {
+      EXPECT_EQ( value.reading.state, State::Unreadable ) << value.reading.name;
+      EXPECT_EQ( value.reading.value, Scalar() ) << value.reading.name;
+      EXPECT_EQ( value.reading.fault, ( Fault{ 6, "no acknowledge" } ) ) << value.reading.name;
+   }
+}
+
+TEST_F( BoardRecordTest, KeepsTheLimitsOfASupplyUntilItHasOthers ) {
+   using Health::Pmbus::Limit;
+   EXPECT_TRUE( record.limits( 3 ).empty() );
+   record.limitsWere( 3, { { 0x51, 0x005F } } );
+   record.failed( 3, { .words = "x" }, now );
+   EXPECT_EQ( record.limits( 3 ),
+              std::vector( { Limit{ "temperature", true, Health::Level::Warning, 95, "°C" } } ) );
+   record.limitsWere( 3, {} );
+   EXPECT_TRUE( record.limits( 3 ).empty() );
 }
 
 } // namespace

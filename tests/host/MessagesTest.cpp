@@ -41,7 +41,8 @@ TEST( MessagesTest, CarryEveryCommandThrough ) {
                                                .text = "{}",
                                                .alert = -3.5f,
                                                .critical = 70.25f,
-                                               .value = 255 };
+                                               .value = 255,
+                                               .reads = "pmbus" };
    const auto add = std::get<AddCommand>( *sent( AddCommand{ 7, sensor } ) );
    EXPECT_EQ( add.object, 7u );
    EXPECT_EQ( add.description.kind, BoardFiles::Kind::TempSensor );
@@ -49,6 +50,7 @@ TEST( MessagesTest, CarryEveryCommandThrough ) {
    EXPECT_EQ( add.description.alert, -3.5f );
    EXPECT_EQ( add.description.critical, 70.25f );
    EXPECT_EQ( add.description.value, 255 );
+   EXPECT_EQ( add.description.reads, "pmbus" );
 }
 
 TEST( MessagesTest, CarryAnActionThrough ) {
@@ -68,6 +70,20 @@ TEST( MessagesTest, CarryEveryEventThrough ) {
    EXPECT_EQ( std::get<Done>( *sent( Done{ Fault{ 4, "w" } } ) ).fault, ( Fault{ 4, "w" } ) );
    EXPECT_EQ( std::get<Done>( *sent( Done{ Fault{} } ) ).fault, Fault{} );
    EXPECT_EQ( std::get<Done>( *sent( Done{ Fault{ 0, "" } } ) ).fault, ( Fault{ 0, "" } ) );
+}
+
+TEST( MessagesTest, CarryTheLimitsOfASupplyThrough ) {
+   const Health::Pmbus::Registers registers{ { 0x20, 0x17 }, { 0x40, 0x1A66 } };
+   EXPECT_EQ( std::get<SupplyLimits>( *sent( SupplyLimits{ registers } ) ).registers, registers );
+   HostChild::Event event;
+   auto &more = *event.mutable_supply_limits()->mutable_registers();
+   more[0xFF] = 0xFFFF;
+   EXPECT_TRUE( decodeEvent( event.SerializeAsString() ) );
+   more[0x100] = 0; // no command has this number
+   EXPECT_FALSE( decodeEvent( event.SerializeAsString() ) );
+   more.erase( 0x100 );
+   more[0x40] = 0x10000; // more than a word
+   EXPECT_FALSE( decodeEvent( event.SerializeAsString() ) );
 }
 
 TEST( MessagesTest, CarryBytesThroughThatAreNotUtf8 ) {

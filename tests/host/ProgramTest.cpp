@@ -56,10 +56,10 @@ TEST_F( ProgramTest, CheckTellsHowBusyEachRootBusIs ) {
       return words;
    };
    EXPECT_EQ( run( check ), 0 );
-   EXPECT_THAT( out, HasSubstr( "scd(4):1:4       36 transfers    19.4 ms of 1000 ms    2 %\n" ) );
+   EXPECT_THAT( out, HasSubstr( "scd(4):1:4       38 transfers    20.4 ms of 1000 ms    2 %\n" ) );
    EXPECT_THAT( out, HasSubstr( "celestica:1:1    56 transfers    26.9 ms of 1000 ms    3 %\n" ) );
    EXPECT_EQ( run( with( { "--period", "0.1" } ) ), 0 );
-   EXPECT_THAT( out, HasSubstr( "scd(4):1:4       36 transfers    19.4 ms of 100 ms   19 %\n" ) );
+   EXPECT_THAT( out, HasSubstr( "scd(4):1:4       38 transfers    20.4 ms of 100 ms   20 %\n" ) );
    EXPECT_EQ( run( with( { "--json" } ) ), 0 );
    EXPECT_THAT( out,
                 HasSubstr( R"({"bus":"scd(4):1:2","wires":true,"transfers":11.0,"bits":304.0,)"

@@ -20,7 +20,7 @@ Host::Record kept( Host::Record record ) {
    return all->emplace_back( record );
 }
 
-BoardFiles::Board load( const std::vector<std::string> &objects ) {
+BoardFiles::Board load( const std::vector<std::string> &objects, bool isTurnedRound ) {
    BoardFiles::Findings findings;
    auto board =
       BoardFiles::loadBoard( BOARDS "/kelt", BOARDS "/libOrbisDriversKelt.drivers.json", findings );
@@ -28,6 +28,8 @@ BoardFiles::Board load( const std::vector<std::string> &objects ) {
       std::erase_if( board.value().objects, [&objects]( const auto &object ) {
          return std::find( objects.begin(), objects.end(), object.name ) == objects.end();
       } );
+   if ( isTurnedRound )
+      std::reverse( board->objects.begin(), board->objects.end() );
    return board.value();
 }
 
@@ -49,13 +51,13 @@ class BoardInOneProcess::FaultyBus final : public Bus::RootBus {
    BoardInOneProcess &board_;
 };
 
-BoardInOneProcess::BoardInOneProcess( const std::vector<std::string> &objects )
+BoardInOneProcess::BoardInOneProcess( const std::vector<std::string> &objects, bool isTurnedRound )
    : simulated_( BOARDS "/kelt/topology.json", BOARDS "/kelt/simulation.json", clock_ ),
      executors_( executors() ), services_( loop_,
                                            [this]( int level, std::string text ) {
                                               hear( Host::Trace{ level, std::move( text ), {} } );
                                            } ),
-     board_( load( objects ) ) {
+     board_( load( objects, isTurnedRound ) ) {
    theBoard = this;
    supervisor_.emplace( board_, Host::Limits{ .period = period }, now_ );
 }
@@ -113,21 +115,32 @@ void BoardInOneProcess::carryOut( const Host::Command &command ) {
    if ( const auto *init = std::get_if<Host::InitCommand>( &command ) ) {
       plugin_.init( init->kind, board_.topology.c_str() );
    } else if ( const auto *added = std::get_if<Host::AddCommand>( &command ) ) {
-      records_[added->object] = kept( plugin_.add( board_.objects[added->object] ) );
+      const BoardFiles::ObjectDescription &description = board_.objects[added->object];
+      records_[added->object] = kept( plugin_.add( description ) );
+      if ( !description.reads.empty() )
+         supplies_.emplace( added->object, std::get<pl_smbus *>( records_[added->object] ) );
    } else if ( const auto *read = std::get_if<Host::ReadCommand>( &command ) ) {
       for ( const size_t object : read->objects )
          this->read( object );
       return;
-   }
+   } else if ( const auto *asked = std::get_if<Host::ActCommand>( &command ) )
+      Host::act( records_.at( asked->object ), asked->action, sink() );
    hear( Host::Done{} );
+}
+
+Host::ReadingSink BoardInOneProcess::sink() {
+   // A supply's limits are no part of a round: they are read once.
+   return { .begun = [this]( std::string_view name ) { isReading_ = name != "limits"; },
+            .done = [this]( const Host::Reading &reading ) { hear( reading ); } };
 }
 
 void BoardInOneProcess::read( size_t object ) {
    ++reads_[board_.objects[object].name];
    isReading_ = true;
-   Host::read( records_.at( object ),
-               { .begun = []( std::string_view ) {},
-                 .done = [this]( const Host::Reading &reading ) { hear( reading ); } } );
+   if ( const auto supply = supplies_.find( object ); supply == supplies_.end() )
+      Host::read( records_.at( object ), sink() );
+   else if ( const auto limits = supply->second.read( sink() ) )
+      hear( *limits );
    isReading_ = false;
    hear( Host::Done{} );
 }
@@ -139,12 +152,42 @@ Host::ObjectReport BoardInOneProcess::object( const std::string &name ) const {
    throw std::out_of_range( name );
 }
 
+size_t BoardInOneProcess::indexOf( const std::string &name ) const {
+   for ( size_t i = 0; i < board_.objects.size(); ++i )
+      if ( board_.objects[i].name == name )
+         return i;
+   throw std::out_of_range( name );
+}
+
+const std::vector<Health::Pmbus::Limit> &
+BoardInOneProcess::limits( const std::string &name ) const {
+   return supervisor_->limits( indexOf( name ) );
+}
+
+bool BoardInOneProcess::act( const std::string &name, const Host::Action &action ) {
+   bool isDone = false;
+   supervisor_->ask(
+      indexOf( name ), action,
+      [&isDone]( const Host::Reading &result ) { isDone = result.state == Host::State::Ok; },
+      now_ );
+   runAll();
+   return isDone;
+}
+
 Host::Reading BoardInOneProcess::presence( const std::string &slot ) const {
    return object( slot ).values.at( 0 ).reading;
 }
 
 double BoardInOneProcess::ageOf( const std::string &slot ) const {
    return object( slot ).values.at( 0 ).age;
+}
+
+std::string BoardInOneProcess::text( const std::string &name, const std::string &reading ) const {
+   for ( const Host::ValueReport &value : object( name ).values )
+      if ( const auto *text = std::get_if<std::string>( &value.reading.value );
+           text && value.reading.name == reading )
+         return *text;
+   return {};
 }
 
 unsigned BoardInOneProcess::readsOf( const std::string &object ) const {

@@ -7,6 +7,7 @@
 #include "host/plugin/ObjectCalls.h"
 #include "host/plugin/Plugin.h"
 #include "host/plugin/Services.h"
+#include "host/plugin/SupplyReader.h"
 #include "host/session/Supervisor.h"
 #include "simulator/board/SimulatedBoard.h"
 #include "smbusd/server/Executor.h"
@@ -20,8 +21,10 @@
 
 class BoardInOneProcess {
  public:
-   // With these objects of the board; with all where none is named. One at a time.
-   explicit BoardInOneProcess( const std::vector<std::string> &objects = {} );
+   // With these objects of the board; with all where none is named. The last one of the board's
+   // file comes first where it is turned round. One at a time.
+   explicit BoardInOneProcess( const std::vector<std::string> &objects = {},
+                               bool isTurnedRound = false );
    ~BoardInOneProcess();
    BoardInOneProcess( const BoardInOneProcess & ) = delete;
    BoardInOneProcess &operator=( const BoardInOneProcess & ) = delete;
@@ -49,7 +52,17 @@ class BoardInOneProcess {
    // How often it was read in the last round.
    unsigned readsOf( const std::string &object ) const;
 
-   // What readings and timers have put on each root bus, as the server counts it.
+   // What is known of any object.
+   Host::ObjectReport object( const std::string &name ) const;
+   const std::vector<Health::Pmbus::Limit> &limits( const std::string &object ) const;
+   // Has the object do something. Returns whether it did.
+   bool act( const std::string &object, const Host::Action &action );
+   // A reading's text; empty where it has none.
+   std::string text( const std::string &object, const std::string &reading ) const;
+
+   // What readings and timers have put on each root bus since forgetWires(), as the server counts
+   // it.
+   void forgetWires() { wires_.clear(); }
    const std::map<Bus::RootBusId, BoardFiles::WireCost> &onTheWires() const { return wires_; }
    // Waits until so many timers of the plug-in have run.
    void waitForTimers( unsigned count );
@@ -61,8 +74,9 @@ class BoardInOneProcess {
  private:
    class FaultyBus;
 
-   Host::ObjectReport object( const std::string &name ) const;
    Smbusd::Executors executors();
+   Host::ReadingSink sink();
+   size_t indexOf( const std::string &object ) const;
    void carryOut( const Host::Command & );
    void read( size_t object );
    void hear( const Host::Event &event ) { supervisor_->heard( event, now_ ); }
@@ -79,6 +93,7 @@ class BoardInOneProcess {
    std::optional<Host::Supervisor> supervisor_;
    const Host::Plugin plugin_{ "" }; // this program
    std::map<size_t, Host::Record> records_;
+   std::map<size_t, Host::SupplyReader> supplies_;
    std::map<Bus::RootBusId, BoardFiles::WireCost> wires_;
    bool isReading_ = false; // what is on the busses counts
    std::map<std::string, unsigned> reads_;
