@@ -241,7 +241,8 @@ void Inspection::watch( size_t object ) {
       if ( !isThere )
          watched[i].watch.unknown( now_ );
       else
-         watched[i].watch.known( numberIn( reading.value ), now_ );
+         watched[i].watch.known( reading.unit.empty() ? std::nullopt : numberIn( reading.value ),
+                                 now_ );
    }
 }
 

@@ -198,7 +198,7 @@ bool Monitor::acknowledge( const std::string &key, const Instant &now ) {
 
 void Monitor::knows( size_t object, const std::string &value,
                      const BoardFiles::ValueLimits &limits ) {
-   for ( WatchedValue &watched : watches_[object] )
+   for ( WatchedValue &watched : watches_[links_.on[object].value_or( object )] )
       if ( watched.name == value )
          watched.watch.knows( limits );
 }

@@ -37,7 +37,8 @@ class Monitor {
    // A person has seen it. Returns whether there is such a cause. A latched limit that is good
    // again is gone with the next update.
    bool acknowledge( const std::string &key, const Instant &now );
-   // Limits that the object's device itself knows, by value.
+   // Limits of a value that the device behind the object knows: of the object itself, or of the one
+   // that it is on. For values that were read before.
    void knows( size_t object, const std::string &value, const BoardFiles::ValueLimits &limits );
 
    // The worst first, then the oldest.

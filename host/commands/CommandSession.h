@@ -32,6 +32,9 @@ class CommandSession {
    bool hadRound() const { return hadRound_; }
    // As Supervisor's. Only with Source::Own.
    std::string plugInFault() const { return session_->supervisor().plugInFault(); }
+   const std::vector<Health::Pmbus::Limit> &limits( size_t object ) const {
+      return session_->supervisor().limits( object );
+   }
    // The board as it is known now. If the serve has ended, this brings the board up itself.
    BoardReport report();
    // Has an object do something. Only with Source::Own.

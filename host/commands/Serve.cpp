@@ -45,6 +45,9 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
                          line.text );
          if ( session.hadRound() )
             watch.look( now, session.plugInFault() );
+         for ( size_t i = 0; i < board.objects.size(); ++i )
+            if ( const auto &limits = session.limits( i ); !limits.empty() )
+               watch.knows( i, limits );
       },
       true );
    return session.run();

@@ -17,6 +17,18 @@ HealthWatch::HealthWatch( const BoardFiles::Board &board, const ServerAccounts &
    : board_( board ), accounts_( accounts ), monitor_( board, settle ), told_( std::move( told ) ) {
 }
 
+void HealthWatch::knows( size_t object, const std::vector<Health::Pmbus::Limit> &limits ) {
+   std::map<std::string, BoardFiles::ValueLimits> byQuantity;
+   for ( const Health::Pmbus::Limit &limit : limits ) {
+      BoardFiles::ValueLimits &own = byQuantity[limit.quantity];
+      const bool isCritical = limit.level == Health::Level::Critical;
+      ( limit.isHigh ? ( isCritical ? own.highCritical : own.highWarning )
+                     : ( isCritical ? own.lowCritical : own.lowWarning ) ) = limit.number;
+   }
+   for ( const auto &[quantity, own] : byQuantity )
+      monitor_.knows( object, quantity, own );
+}
+
 void HealthWatch::look( const Health::BoardReport &report, const std::string &plugInFault ) {
    if ( asks_ )
       return;

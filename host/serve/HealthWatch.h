@@ -2,6 +2,7 @@
 
 #include "boardfiles/Board.h"
 #include "health/Monitor.h"
+#include "health/pmbus/Limits.h"
 #include "host/serve/ServerAccounts.h"
 
 #include <functional>
@@ -19,6 +20,9 @@ class HealthWatch {
    // All must outlive this object. Seconds as of Health::Monitor.
    HealthWatch( const BoardFiles::Board &board, const ServerAccounts &accounts, double settle,
                 Told told );
+
+   // What a supply itself knows of limits, from an SMBus object that reads its status.
+   void knows( size_t object, const std::vector<Health::Pmbus::Limit> &limits );
 
    // `told` is called once: now, or when the server has answered. Until then another call does
    // nothing.

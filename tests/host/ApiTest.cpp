@@ -1,4 +1,5 @@
 #include "host/serve/Api.h"
+#include "host/JsonReader.h"
 
 #include "support/StateSchema.h"
 
@@ -67,6 +68,7 @@ class ApiTest : public ::testing::Test {
    Action asked_;
    Reading result_{ .name = "set_light_setting" };
    std::string busses_, whyNoBusses_;
+   HealthReport health_;
    const Api api_{ board_,
                    "/b",
                    { .report =
@@ -74,6 +76,7 @@ class ApiTest : public ::testing::Test {
                            return BoardReport{ { .name = "led", .type = "led" },
                                                { .name = "psu", .type = "psu" } };
                         },
+                     .health = [this] { return health_; },
                      .ask =
                         [this]( size_t, const Action &action, const auto &answer ) {
                            asked_ = action;
@@ -105,6 +108,26 @@ TEST_F( ApiTest, GivesTheLoadsOfTheServersBussesOrWhyThereAreNone ) {
    EXPECT_EQ( none.status, 503u );
    EXPECT_EQ( none.json, R"({"error":"no answer in time"})" );
    EXPECT_EQ( ask( "POST", "/v1/busses" ).allow, "GET" );
+}
+
+TEST_F( ApiTest, TellsWhatIsWrongByItsSchema ) {
+   health_ = { .level = Health::Level::Critical,
+               .causes = { { .key = "psu input lost",
+                             .object = "psu",
+                             .level = Health::Level::Critical,
+                             .words = "input undervoltage",
+                             .explains = { "psu-fan1" } } },
+               .objects = 2,
+               .good = 1 };
+   const auto answer = documented( "GET", "/v1/health", "", "/v1/health" );
+   EXPECT_EQ( ::schemaFault( answer.json, "health" ), "" );
+   EXPECT_THAT( answer.json, HasSubstr( R"("level":"critical","objects":2,"good":1,"absent":0)" ) );
+   EXPECT_EQ( ask( "POST", "/v1/health" ).allow, "GET" );
+   const auto read = readHealth( answer.json );
+   ASSERT_TRUE( read );
+   EXPECT_EQ( read->causes[0].key, "psu input lost" );
+   EXPECT_EQ( read->causes[0].explains, health_.causes[0].explains );
+   EXPECT_EQ( read->level, Health::Level::Critical );
 }
 
 TEST_F( ApiTest, HasAnObjectDoWhatTheWordsSay ) {
@@ -155,7 +178,7 @@ TEST_F( ApiTest, IsDocumentedPathByPath ) {
          << real;
       EXPECT_EQ( ask( isPost ? "GET" : "POST", real ).status, 405u ) << real;
    }
-   EXPECT_EQ( paths->MemberCount(), 5u );
+   EXPECT_EQ( paths->MemberCount(), 6u );
 }
 
 } // namespace

@@ -15,8 +15,10 @@ rapidjson::Document parsedFile( const std::string &path ) {
    return document;
 }
 
-std::string stateSchemaFault( const std::string &json ) {
-   const rapidjson::Document schema = parsedFile( BOARDS "/state.schema.json" );
+std::string stateSchemaFault( const std::string &json ) { return schemaFault( json, "state" ); }
+
+std::string schemaFault( const std::string &json, const std::string &name ) {
+   const rapidjson::Document schema = parsedFile( BOARDS "/" + name + ".schema.json" );
    rapidjson::Document document;
    if ( schema.HasParseError() || document.Parse( json.c_str() ).HasParseError() )
       return "doesn't parse";
