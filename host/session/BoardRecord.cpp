@@ -63,6 +63,10 @@ void BoardRecord::ledWasSet( size_t object, int64_t number, Time now ) {
                           now );
 }
 
+void BoardRecord::fanWasSet( size_t object, int64_t rpm, Time now ) {
+   objects_[object].keep( { .name = "target", .unit = "rpm", .value = rpm }, now );
+}
+
 bool BoardRecord::blinks( size_t object ) const {
    const Reading *last = objects_[object].find( settingName );
    return last && last->value == Scalar( std::string( nameOfSetting( PL_LED_BEACON ) ) );

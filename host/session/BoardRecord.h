@@ -32,6 +32,8 @@ class BoardRecord {
    }
    // An LED took a setting: a number of pl_led_status.
    void ledWasSet( size_t object, int64_t setting, Time now );
+   // A fan took a speed, in rpm.
+   void fanWasSet( size_t object, int64_t rpm, Time now );
 
    // Whether the object is an LED whose last setting was to blink.
    bool blinks( size_t object ) const;

@@ -18,11 +18,14 @@ void makeStale( Reading &reading ) {
 }
 
 // An object without a single good value is not ok itself: it has the worst of their states, and the
-// first fault in that state.
-void judgeByValues( ObjectReport &object ) {
+// first fault in that state. A setting says nothing of it.
+template <class IsSetting>
+void judgeByValues( ObjectReport &object, const IsSetting &isSetting ) {
    const Reading *worst = nullptr;
-   for ( const ValueReport &value : object.values ) {
-      const Reading &reading = value.reading;
+   for ( size_t i = 0; i < object.values.size(); ++i ) {
+      const Reading &reading = object.values[i].reading;
+      if ( isSetting( i ) )
+         continue;
       if ( wasGood( reading.state ) )
          return;
       const bool isBad = reading.state != State::Unsupported;
@@ -111,7 +114,7 @@ ObjectReport ObjectRecord::report( const BoardFiles::ObjectDescription &descript
          makeStale( report.values.back().reading );
    }
    if ( report.state == State::Ok )
-      judgeByValues( report );
+      judgeByValues( report, [this]( size_t i ) { return values_[i].isSetting; } );
    return report;
 }
 

@@ -162,6 +162,8 @@ void Supervisor::ended( const ActCommand &command, const Done &done, Time now ) 
    const Action &action = command.action;
    if ( action.operation == "set_light_setting" && result.state == State::Ok )
       record_.ledWasSet( command.object, action.arguments.at( 0 ), now );
+   else if ( action.operation == "set_rpm" && result.state == State::Ok )
+      record_.fanWasSet( command.object, action.arguments.at( 0 ), now );
    actions_.answer( command.object, result );
 }
 

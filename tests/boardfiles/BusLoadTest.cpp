@@ -40,7 +40,8 @@ TEST_F( BusLoadTest, EachMuxOnTheWayIsSetAndReleased ) {
 }
 
 TEST_F( BusLoadTest, AFanWithTwoRotorsIsTheReadsOfBoth ) {
-   EXPECT_EQ( bits( "scd(4):1:5" ), 5 * 2 * 2 * 39 + 2 * 39 ); // and the slots' two banks of pins
+   constexpr double modules = 5 * 2 * 2 * 39, rotors = modules;  // the rotors are rows of their own
+   EXPECT_EQ( bits( "scd(4):1:5" ), modules + rotors + 2 * 39 ); // and the slots' two banks of pins
 }
 
 TEST_F( BusLoadTest, ASupplysSlotIsReadAsItsModuleIsIdentified ) {

@@ -67,6 +67,32 @@ TEST_F( BoardRecordTest, KnowsWhetherAnLedBlinksAlsoAfterAFault ) {
    EXPECT_EQ( object( 2 ).values.size(), 1u );
 }
 
+TEST_F( BoardRecordTest, RemembersWhatAFanWasSetTo ) {
+   readSpeed( 1, 9135 );
+   record.fanWasSet( 1, 12000, now );
+   record.failed( 1, { .words = "x" }, now );
+   const auto values = object( 1 ).values;
+   ASSERT_EQ( values.size(), 2u );
+   EXPECT_EQ( values[1].reading.name, "target" );
+   EXPECT_EQ( values[1].reading.unit, "rpm" );
+   EXPECT_EQ( values[1].reading.state, State::Ok );
+   EXPECT_EQ( values[1].reading.value, Scalar( int64_t{ 12000 } ) );
+   now += 1h;
+   EXPECT_EQ( object( 1 ).values[1].reading.state, State::Ok ); // never stale
+   record.fanWasSet( 1, 9000, now );
+   EXPECT_EQ( object( 1 ).values.size(), 2u );
+   EXPECT_EQ( object( 1 ).values[1].reading.value, Scalar( int64_t{ 9000 } ) );
+}
+
+TEST_F( BoardRecordTest, AFanWhoseSpeedCannotBeReadIsNotOkBecauseItWasSet ) {
+   record.good( 1, now );
+   record.fanWasSet( 1, 12000, now );
+   EXPECT_EQ( object( 1 ).state, State::Ok );
+   record.read( 1, { .name = "speed", .state = State::Unreadable, .fault = { 6, "x" } }, now );
+   EXPECT_EQ( object( 1 ).state, State::Unreadable );
+   EXPECT_EQ( object( 1 ).fault, ( Fault{ 6, "x" } ) );
+}
+
 TEST_F( BoardRecordTest, TellsWhatASuppliesRegistersSay ) {
    record.read( 3, { .name = "status_registers", .value = "0x79=0x2848 0x7c=0x18" }, now );
    const auto values = object( 3 ).values;

@@ -98,12 +98,12 @@ TEST_F( ScheduleTest, ReadsTheObjectsOfADeviceTogetherThatAreDue ) {
    EXPECT_EQ( next<ReadCommand>().value().objects, Objects{ 0 } ); // the sensor has a longer period
 }
 
-TEST( KeltScheduleTest, ARoundOfThe134ObjectsIs15Commands ) {
+TEST( KeltScheduleTest, ARoundOfThe144ObjectsIs15Commands ) {
    BoardFiles::Findings findings;
    const auto kelt =
       BoardFiles::loadBoard( BOARDS "/kelt", BOARDS "/libOrbisDriversKelt.drivers.json", findings );
    const std::vector<BoardFiles::ObjectDescription> &objects = kelt.value().objects;
-   EXPECT_EQ( objects.size(), 134u );
+   EXPECT_EQ( objects.size(), 144u );
    const Limits limits{};
    Schedule schedule( *kelt, limits, Time( 1h ) );
    schedule.pluginLoaded();

@@ -243,6 +243,15 @@ TEST_F( ServeTest, CarriesActionsOutAndKeepsTheLastSetting ) {
    EXPECT_THAT( err, HasSubstr( "Assertion `chipAnswers' failed." ) );
 }
 
+TEST_F( ServeTest, RemembersTheSpeedThatAFanTookAndNoOther ) {
+   EXPECT_EQ( run( { "fan", "fan", "4200", "--board", SCRIPTED_BOARD } ), 0 ) << err;
+   folder_.write( "fan.set_rpm", "status 6 execute: gone" );
+   EXPECT_EQ( run( { "fan", "fan", "9000", "--board", SCRIPTED_BOARD } ), 1 );
+   run( { "show", SCRIPTED_BOARD } );
+   EXPECT_THAT( out, HasSubstr( "target          4200 rpm" ) );
+   EXPECT_THAT( out, Not( HasSubstr( "9000" ) ) );
+}
+
 TEST_F( ServeTest, IsWatchedAndReplacedOnceItHasGone ) {
    ScriptedHost watch( client_, { "watch", "-v", SCRIPTED_BOARD, "--period", "0.1" }, folder_ );
    client_.waitFor( "out.txt", "temp    temp_sensor" );
