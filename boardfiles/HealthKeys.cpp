@@ -74,8 +74,6 @@ ValueLimits limitsIn( const Json &json, std::optional<std::string_view> unit, Fi
    if ( const auto named = json.textOf( "unit" ); unit && named && *named != *unit )
       report( findings, json.find( "unit" )->place(),
               fmt::format( "the unit is \"{}\", not \"{}\"", *unit, *named ) );
-   if ( !limits.any() )
-      report( findings, json.place(), "has no limit" );
    return limits;
 }
 
@@ -105,14 +103,18 @@ HealthKeys healthKeysIn( const Json &json, std::optional<Kind> kind, Findings &f
       keys.inPlace = in->place();
    const Json *wanted = json.find( "wanted" );
    keys.wanted = wanted && wanted->isTrue();
-   if ( const Json *limits = json.find( "limits" ) )
-      for ( const Json::Member &member : limits->members() ) {
+   if ( const Json *all = json.find( "limits" ) )
+      for ( const Json::Member &member : all->members() ) {
          const auto unit = kind ? unitOf( *kind, member.key ) : std::nullopt;
          if ( kind && !unit )
             report( findings, member.place,
                     fmt::format( "an object of type \"{}\" has no number \"{}\"{}", nameOf( *kind ),
                                  member.key, didYouMean( member.key, valuesOf( *kind ) ) ) );
-         keys.limits[member.key] = limitsIn( member.value, unit, findings );
+         const ValueLimits &limits = keys.limits[member.key] =
+            limitsIn( member.value, unit, findings );
+         // Of a temperature there are "alert" and "critical", too.
+         if ( !limits.any() && kind != Kind::TempSensor )
+            report( findings, member.value.place(), "has no limit" );
       }
    if ( const Json *follows = json.find( "follows" ) ) {
       const Json *fan = follows->find( "fan" );

