@@ -23,6 +23,13 @@ add_library( i2c::i2c UNKNOWN IMPORTED )
 set_target_properties( i2c::i2c PROPERTIES
    IMPORTED_LOCATION ${I2C_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES ${I2C_INCLUDE_DIR} )
 
+# Nor has libsystemd a CMake package.
+find_library( SYSTEMD_LIBRARY systemd REQUIRED )
+find_path( SYSTEMD_INCLUDE_DIR systemd/sd-journal.h REQUIRED )
+add_library( systemd::systemd UNKNOWN IMPORTED )
+set_target_properties( systemd::systemd PROPERTIES
+   IMPORTED_LOCATION ${SYSTEMD_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES ${SYSTEMD_INCLUDE_DIR} )
+
 find_package( fmt REQUIRED )
 find_package( spdlog REQUIRED )
 if( BUILD_TESTING AND CMAKE_SIZEOF_VOID_P EQUAL 8 )

@@ -13,6 +13,10 @@ int run( const Options &options ) {
    Host::setUpLog( options );
    if ( options.command == Options::Command::Check )
       return Host::check( options );
+   if ( options.command == Options::Command::Events )
+      return Host::events( options );
+   if ( options.command == Options::Command::Acknowledge )
+      return Host::acknowledge( options );
    BoardFiles::Findings findings;
    const auto board = BoardFiles::loadBoard( options.board, options.drivers, findings );
    for ( const BoardFiles::Finding &finding : findings )

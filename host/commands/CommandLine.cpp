@@ -1,6 +1,7 @@
 #include "host/commands/CommandLine.h"
 
 #include "commandline/WrongUsage.h"
+#include "host/Times.h"
 #include "host/plugin/Action.h"
 
 #include <CLI/CLI.hpp>
@@ -17,8 +18,9 @@ constexpr auto programDescription =
    "temperature sensors, the port LEDs, and the pin directions of expanders.\n";
 
 constexpr auto footer =
-   "\nWithout BOARD, or --board for fan, led, xcvr, gpio, smbus and system, the board is that of\n"
-   "ORBIS_BOARD.\n"
+   "\nWithout BOARD, or --board for acknowledge, fan, led, xcvr, gpio, smbus and system, the "
+   "board\n"
+   "is that of ORBIS_BOARD.\n"
    "led NAME beacon runs until Ctrl-C, because the program itself makes the LED blink.\n"
    "\nIf serve runs for the board, the other commands send their requests to it; -v shows this.\n"
    "The socket of serve is ORBIS_HOST_SOCKET, or /run/orbis/host.sock.\n"
@@ -30,8 +32,8 @@ constexpr auto footer =
    "\nExit codes: 0 success; 1 something can't be read or done; 2 wrong usage; 3 errors in the\n"
    "board's files; 4 the plug-in can't be loaded; 5 its process can't be run, or serve can't\n"
    "listen at its socket. Those of health are told there.\n"
-   "\nEnvironment: ORBIS_BOARD, ORBIS_HOST_SOCKET, ORBIS_PLUGIN, ORBIS_SMBUS_SOCKET,\n"
-   "ORBIS_SMBUS_TIMEOUT_MS.\n";
+   "\nEnvironment: ORBIS_BOARD, ORBIS_HOST_EVENTS, ORBIS_HOST_SOCKET, ORBIS_PLUGIN,\n"
+   "ORBIS_SMBUS_SOCKET, ORBIS_SMBUS_TIMEOUT_MS.\n";
 
 // The plug-in in ../lib beside the program, if it is there. Else the loader searches for it.
 std::string defaultPlugin() {
@@ -68,13 +70,17 @@ CLI::App *addBoardCommand( CLI::App &app, Options &options, Options::Command com
    return sub;
 }
 
+void addBoard( CLI::App &sub, Options &options ) {
+   sub.add_option( "--board", options.board, "The board's folder; without this ORBIS_BOARD" )
+      ->check( CLI::ExistingDirectory );
+}
+
 // A sub-command for the actions of a kind.
 void addAction( CLI::App &app, Options &options, BoardFiles::Kind kind, const char *what ) {
    CLI::App *sub = app.add_subcommand( std::string( nameOf( kind ) ), what );
    sub->fallthrough();
    sub->footer( fmt::format( "{}", fmt::join( usageOf( kind ), "\n" ) ) );
-   sub->add_option( "--board", options.board, "The board's folder; without this ORBIS_BOARD" )
-      ->check( CLI::ExistingDirectory );
+   addBoard( *sub, options );
    if ( kind == BoardFiles::Kind::System )
       sub->add_flag( "-y,--yes", options.yes, "Cut power without a question" );
    else
@@ -84,6 +90,43 @@ void addAction( CLI::App &app, Options &options, BoardFiles::Kind kind, const ch
       boardFromEnvironment( options, "--board" );
       options.command = Options::Command::Act;
       options.kind = kind;
+   } );
+}
+
+// The command, and the journal's file for it and serve.
+void addEvents( CLI::App &app, Options &options, CLI::App &serve ) {
+   CLI::App *events = addBoardCommand( app, options, Options::Command::Events, "events",
+                                       "Print what has happened to the board: from serve, or from "
+                                       "its journal" );
+   events->add_option( "--since", options.since, fmt::format( "Only since then: {}", sinceForms ) )
+      ->check( []( const std::string &text ) {
+         const auto now =
+            std::chrono::floor<std::chrono::milliseconds>( std::chrono::system_clock::now() );
+         return sinceOf( text, now ) ? "" : fmt::format( "{} is not {}", text, sinceForms );
+      } );
+   events->add_option( "--object", options.object, "Only about this object" );
+   events->add_flag( "--json", options.json, "Print JSON: an object for each event, on one line" );
+   events->add_flag( "-f,--follow", options.follow,
+                     "Then print events as they come, until Ctrl-C" );
+   for ( CLI::App *sub : { events, &serve } )
+      sub->add_option( "--events", options.events,
+                       "The journal's file; without this host.events beside the socket" )
+         ->envname( "ORBIS_HOST_EVENTS" );
+}
+
+void addAcknowledge( CLI::App &app, Options &options ) {
+   CLI::App *sub = app.add_subcommand(
+      "acknowledge", "Tell serve that a person has seen what is wrong, by its cause" );
+   sub->fallthrough();
+   addBoard( *sub, options );
+   CLI::Option *causes =
+      sub->add_option( "CAUSE", options.words, "A cause that events prints" )->expected( 0, -1 );
+   sub->add_flag( "--all", options.all, "Every cause that is there" )->excludes( causes );
+   sub->callback( [&options] {
+      if ( options.words.empty() && !options.all )
+         throw CLI::RequiredError( "CAUSE or --all" );
+      boardFromEnvironment( options, "--board" );
+      options.command = Options::Command::Acknowledge;
    } );
 }
 
@@ -156,6 +199,8 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
       ->multi_option_policy( CLI::MultiOptionPolicy::TakeAll )
       ->check(
          [&options]( const std::string &text ) { return parsePeriod( text, options.periods ); } );
+   addEvents( app, options, *serve );
+   addAcknowledge( app, options );
    addAction( app, options, BoardFiles::Kind::Fan, "Set a fan's speed" );
    addAction( app, options, BoardFiles::Kind::Led, "Set an LED" );
    addAction( app, options, BoardFiles::Kind::Xcvr, "Set a control line of a transceiver cage" );

@@ -22,7 +22,18 @@ enum ExitCode {
 
 // The command line.
 struct Options {
-   enum class Command { Nothing, Check, Show, Health, Watch, Serve, Act, Child };
+   enum class Command {
+      Nothing,
+      Check,
+      Show,
+      Health,
+      Watch,
+      Serve,
+      Events,
+      Acknowledge,
+      Act,
+      Child
+   };
    Command command = Command::Nothing;
    std::filesystem::path board{};
    std::string plugin{};            // file name for dlopen()
@@ -37,8 +48,12 @@ struct Options {
    double limit = 12;                            // seconds for one operation of an object
    std::map<BoardFiles::Kind, double> periods{}; // of kinds with their own period
    BoardFiles::Kind kind{};                      // of the object for an action
-   std::string object{};                         // the object's name; empty for the system
-   std::vector<std::string> words{};             // the action
+   std::string object{};                         // the object's name; empty for the system, or all
+   std::vector<std::string> words{};             // the action, or causes
+   std::filesystem::path events{};               // the journal's file; empty: beside the socket
+   std::string since{};                          // events since then
+   bool follow = false;                          // and those that come
+   bool all = false;                             // acknowledge every cause
    bool yes = false;                             // cut power without a question
 };
 

@@ -20,6 +20,8 @@ int show( const BoardFiles::Board &board, const Options &options );
 int watch( const BoardFiles::Board &board, const Options &options );
 int health( const BoardFiles::Board &board, const Options &options );
 int serve( const BoardFiles::Board &board, const Options &options );
+int events( const Options &options );
+int acknowledge( const Options &options );
 int act( const BoardFiles::Board &board, const Options &options );
 
 // Sets up spdlog. All its output goes to standard error.

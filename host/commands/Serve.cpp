@@ -1,22 +1,32 @@
 #include "host/commands/CommandSession.h"
 #include "host/commands/Commands.h"
 #include "host/serve/Client.h"
+#include "host/serve/Events.h"
 #include "host/serve/HealthWatch.h"
 #include "host/serve/HttpServer.h"
 #include "host/serve/ServerAccounts.h"
 #include "host/serve/StateLog.h"
+#include "host/serve/SystemLog.h"
 #include "host/session/ServerProbe.h"
 
 #include <spdlog/spdlog.h>
+#include <unistd.h>
 
 namespace Host {
 
 int serve( const BoardFiles::Board &board, const Options &options ) {
    CommandSession session( board, options, CommandSession::Source::Own );
    const ServerAccounts accounts( session.loop(), serverSocket( board.server ) );
+   Events events( options.events.empty() ? serveEvents() : options.events,
+                  isSystemLog( STDERR_FILENO ) ? Events::SystemLog( toSystemLog )
+                                               : Events::SystemLog() );
    // So long everything that a fault takes with it was read, and an empty slot was recognised.
    constexpr int settlePeriods = 3;
-   HealthWatch watch( board, accounts, settlePeriods * options.period, []( const auto & ) {} );
+   HealthWatch watch( board, accounts, settlePeriods * options.period,
+                      [&events]( const auto &news ) { events.add( news ); } );
+   events.acknowledgeWith( [&watch]( const std::string &cause ) {
+      return watch.monitor().acknowledge( cause, instantNow() );
+   } );
    const auto report = [&] {
       BoardReport described = session.report();
       watch.monitor().describe( described );
@@ -31,8 +41,9 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
                        std::function<void( const Reading & )> answer ) {
               session.ask( object, action, std::move( answer ) );
            },
-        .busses = [&accounts](
-                     ServerAccounts::Answer answer ) { accounts.ask( std::move( answer ) ); } } );
+        .busses =
+           [&accounts]( ServerAccounts::Answer answer ) { accounts.ask( std::move( answer ) ); },
+        .events = &events } );
    const HttpServer server( session.loop(), serveSocket(), api );
    StateLog log;
    spdlog::info( "serving {} with {} objects at {}", board.folder, board.objects.size(),

@@ -32,6 +32,8 @@ bool isNew( const Database &database ) {
           database.number( "SELECT count(*) FROM sqlite_schema" ) == 0;
 }
 
+std::string lastLineOf( const std::string &text ) { return text.substr( text.rfind( '\n' ) + 1 ); }
+
 // Throws for what is not a journal, or one that is not whole.
 void check( const Database &database, const fs::path &file ) {
    if ( database.number( "PRAGMA application_id" ) != applicationId )
@@ -39,7 +41,8 @@ void check( const Database &database, const fs::path &file ) {
    if ( database.number( "PRAGMA user_version" ) > version )
       refuse( file, "a newer version of orbis-host has written this journal" );
    if ( const std::string found = database.text( "PRAGMA quick_check( 1 )" ); found != "ok" )
-      throw DatabaseError( Kind::Damaged, fmt::format( "{}: {}", file.string(), found ) );
+      throw DatabaseError( Kind::Damaged,
+                           fmt::format( "{}: {}", file.string(), lastLineOf( found ) ) );
 }
 
 Database opened( const fs::path &file, Database::Use use ) {

@@ -2,6 +2,7 @@
 
 #include "boardfiles/Json.h"
 #include "host/JsonWriter.h"
+#include "host/serve/EventsApi.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -73,6 +74,11 @@ void Api::handle( const Request &request, const Reply &reply ) const {
          reply( error.empty() ? Response{ .json = std::move( json ) }
                               : errorResponse( HttpStatus::unavailable, error ) );
       } );
+   else if ( request.path == "/v1/events" )
+      reply( isGet ? answerEvents( request, board_, events() ) : wrongMethod( "GET" ) );
+   else if ( request.path == "/v1/acknowledge" )
+      reply( request.method == "POST" ? acknowledge( request.body, events() )
+                                      : wrongMethod( "POST" ) );
    else if ( request.path.starts_with( objectsPath ) )
       handleObject( request, request.path.substr( objectsPath.size() ), reply );
    else

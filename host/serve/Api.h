@@ -3,12 +3,16 @@
 #include "boardfiles/Board.h"
 #include "host/HealthReport.h"
 #include "host/State.h"
+#include "host/journal/Journal.h"
 #include "host/plugin/Action.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace Host {
+
+class Events;
 
 // Answers the HTTP requests of docs/openapi.json. Has no sockets of its own.
 class Api {
@@ -17,11 +21,15 @@ class Api {
       std::string method{}; // "GET"
       std::string path{};   // without query
       std::string body{};
+      std::string query{};       // behind the question mark
+      bool wantsStream = false;  // of events
+      std::string lastEventId{}; // the header Last-Event-ID
    };
    struct Response {
       unsigned status = 200;
       std::string json{};
-      std::string allow{}; // the right method, when the request has another one
+      std::string allow{};                    // the right method, when the request has another one
+      std::optional<Journal::Query> stream{}; // in place of the JSON: such events as they come
    };
    using Reply = std::function<void( const Response & )>;
 
@@ -33,6 +41,7 @@ class Api {
          ask{};
       // Calls back with JSON, or with the reason why there is none.
       std::function<void( std::function<void( std::string json, std::string error )> )> busses{};
+      Events *events = nullptr; // outlives the Api
    };
 
    // `name` is the board's name for clients: its folder.
@@ -40,6 +49,8 @@ class Api {
 
    // Calls `reply` once: now, or when an action has ended.
    void handle( const Request &request, const Reply &reply ) const;
+
+   Events &events() const { return *source_.events; }
 
  private:
    void handleObject( const Request &request, const std::string &rest, const Reply &reply ) const;

@@ -33,6 +33,8 @@ std::filesystem::path serveSocket() {
    return path && *path ? path : "/run/orbis/host.sock";
 }
 
+std::filesystem::path serveEvents() { return serveSocket().replace_extension( ".events" ); }
+
 std::string serveName( const std::filesystem::path &board ) {
    return std::filesystem::canonical( board ).string();
 }

@@ -14,6 +14,9 @@ namespace Host {
 // The Unix socket of `serve`: ORBIS_HOST_SOCKET, or /run/orbis/host.sock when that is not set.
 std::filesystem::path serveSocket();
 
+// Where serve keeps its events without another word: beside its socket, "/run/orbis/host.events".
+std::filesystem::path serveEvents();
+
 // The name of a board for `serve` and its clients: its folder, without symbolic links.
 std::string serveName( const std::filesystem::path &board );
 
@@ -37,11 +40,11 @@ class Client {
 
    const std::filesystem::path &socket() const { return socket_; }
 
- private:
    // The body of the answer. Nothing when it does not come within `limit`.
    std::optional<std::string> call( bool isPost, const std::string &path, const std::string &body,
                                     std::chrono::milliseconds limit ) const;
 
+ private:
    std::filesystem::path socket_;
 };
 

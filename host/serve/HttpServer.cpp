@@ -1,5 +1,8 @@
 #include "host/serve/HttpServer.h"
 
+#include "host/serve/EventStream.h"
+
+#include <algorithm>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
@@ -27,17 +30,18 @@ std::optional<Api::Response> errorOf( const error_code &failure ) {
    return {};
 }
 
+// Whether the client accepts server-sent events, by the header Accept.
+bool isEventStream( boost::beast::string_view accept ) {
+   return std::string_view( accept.data(), accept.size() ).find( "text/event-stream" ) !=
+          std::string_view::npos;
+}
+
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
    Connection( stream_protocol::socket socket, const Api &api, const HttpLimits &limits,
-               std::shared_ptr<size_t> open )
+               std::shared_ptr<void> open )
       : stream_( std::move( socket ) ), timeout_( stream_.get_executor() ), api_( api ),
-        limits_( limits ), open_( std::move( open ) ) {
-      ++*open_;
-   }
-   ~Connection() { --*open_; }
-   Connection( const Connection & ) = delete;
-   Connection &operator=( const Connection & ) = delete;
+        limits_( limits ), open_( std::move( open ) ) {}
 
    void read() {
       parser_.emplace();
@@ -76,9 +80,13 @@ class Connection : public std::enable_shared_from_this<Connection> {
                number, errorResponse( HttpStatus::timedOut, "the object did not answer in time" ) );
       } );
       const std::string target( request.target() );
+      const size_t question = std::min( target.find( '?' ), target.size() );
       api_.handle( { .method = std::string( request.method_string() ),
-                     .path = target.substr( 0, target.find( '?' ) ),
-                     .body = request.body() },
+                     .path = target.substr( 0, question ),
+                     .body = request.body(),
+                     .query = target.substr( std::min( question + 1, target.size() ) ),
+                     .wantsStream = isEventStream( request[http::field::accept] ),
+                     .lastEventId = std::string( request["Last-Event-ID"] ) },
                    [self = shared_from_this(), number]( const Api::Response &response ) {
                       self->reply( number, response );
                    } );
@@ -90,7 +98,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
          return;
       answered_ = number;
       timeout_.cancel();
-      write( response );
+      if ( response.stream )
+         streamEvents( std::move( stream_ ), api_.events(), *response.stream,
+                       { .write = limits_.idle, .comment = limits_.comment }, open_ );
+      else
+         write( response );
    }
 
    void write( const Api::Response &response ) {
@@ -117,7 +129,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
    boost::asio::steady_timer timeout_;
    const Api &api_;
    const HttpLimits &limits_;
-   const std::shared_ptr<size_t> open_;
+   const std::shared_ptr<void> open_; // counts it
    boost::beast::flat_buffer input_{};
    std::optional<http::request_parser<http::string_body>> parser_{};
    http::response<http::string_body> response_{};
@@ -155,7 +167,7 @@ void HttpServer::accept() {
       }
       isPausing_ = false;
       backOff_.succeeded();
-      const bool isFull = *open_ >= limits_.connections;
+      const bool isFull = open_.use_count() > static_cast<long>( limits_.connections );
       const auto connection =
          std::make_shared<Connection>( std::move( socket ), api_, limits_, open_ );
       isFull ? connection->refuse() : connection->read();

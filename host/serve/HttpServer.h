@@ -21,6 +21,9 @@ struct HttpLimits {
    size_t connections = 64;                    // at a time; the answer to one more is 503
    std::chrono::milliseconds idle{ 30'000 };   // a connection without a request is closed then
    std::chrono::milliseconds action{ 60'000 }; // the answer to an unfinished action is 504 then
+   // A stream of events that has none gets a comment then: so both sides see that the other is
+   // there.
+   std::chrono::milliseconds comment{ 15'000 };
 };
 
 // Serves an Api over HTTP on a Unix socket, on an event loop.
@@ -45,7 +48,8 @@ class HttpServer {
    boost::asio::steady_timer pause_;
    BackOff backOff_{ std::chrono::milliseconds( 100 ), std::chrono::seconds( 1 ) };
    bool isPausing_ = false; // the last try to accept a client failed
-   std::shared_ptr<size_t> open_ = std::make_shared<size_t>( 0 );
+   // Each connection shares it, so that its users are counted.
+   const std::shared_ptr<void> open_ = std::make_shared<bool>();
 };
 
 } // namespace Host

@@ -24,9 +24,21 @@ void write( const std::string &text ) {
    std::fflush( stdout );
 }
 
+// Of standard output, which is a terminal.
+winsize sizeOfTerminal() {
+   winsize size{};
+   if ( ::ioctl( STDOUT_FILENO, TIOCGWINSZ, &size ) != 0 || !size.ws_row || !size.ws_col )
+      size = { .ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0 };
+   return size;
+}
+
 } // namespace
 
 bool Terminal::isAvailable() { return ::isatty( STDOUT_FILENO ); }
+
+std::optional<size_t> Terminal::columns() {
+   return isAvailable() ? std::optional<size_t>( sizeOfTerminal().ws_col ) : std::nullopt;
+}
 
 Terminal::Terminal( boost::asio::io_context &loop, std::function<void( char )> key )
    : key_( std::move( key ) ), keyboard_( loop ) {
@@ -63,9 +75,7 @@ void Terminal::readKeys() {
 }
 
 void Terminal::draw( const std::vector<std::string> &lines ) const {
-   winsize size{};
-   if ( ::ioctl( STDOUT_FILENO, TIOCGWINSZ, &size ) != 0 || !size.ws_row || !size.ws_col )
-      size = { .ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0 };
+   const winsize size = sizeOfTerminal();
    std::string screen = home;
    const size_t room = std::min<size_t>( lines.size(), size.ws_row - 1u );
    for ( size_t i = 0; i < room; ++i )

@@ -17,6 +17,9 @@ class Terminal {
    // Whether standard output is a terminal.
    static bool isAvailable();
 
+   // The width of standard output, where it is a terminal.
+   static std::optional<size_t> columns();
+
    // Calls `key` for every key that is pressed.
    Terminal( boost::asio::io_context &loop, std::function<void( char )> key );
    ~Terminal();

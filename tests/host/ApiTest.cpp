@@ -1,6 +1,8 @@
 #include "host/serve/Api.h"
 #include "host/JsonReader.h"
 
+#include "PrivateFolder.h"
+#include "host/serve/Events.h"
 #include "support/StateSchema.h"
 
 #include <gmock/gmock.h>
@@ -20,17 +22,18 @@ class ApiTest : public ::testing::Test {
 
    // Sends a request.
    Api::Response ask( const std::string &method, const std::string &path,
-                      const std::string &body = "" ) {
+                      const std::string &body = "", const std::string &query = "" ) {
       Api::Response answer{ .status = 0 };
-      api_.handle( { method, path, body },
+      api_.handle( { .method = method, .path = path, .body = body, .query = query },
                    [&]( const Api::Response &response ) { answer = response; } );
       return answer;
    }
    // Sends a request, and checks that the document knows its path, method and status, and that the
    // answer fits the document's schema.
    Api::Response documented( const std::string &method, const std::string &path,
-                             const std::string &body, const std::string &documentedPath ) {
-      const Api::Response answer = ask( method, path, body );
+                             const std::string &body, const std::string &documentedPath,
+                             const std::string &query = "" ) {
+      const Api::Response answer = ask( method, path, body, query );
       const std::string lower = method == "GET" ? "get" : "post";
       const rapidjson::Value *response =
          at( { "paths", documentedPath, lower, "responses", std::to_string( answer.status ) } );
@@ -61,6 +64,7 @@ class ApiTest : public ::testing::Test {
       return document.Accept( validator ) ? "" : validator.GetInvalidSchemaKeyword();
    }
 
+   const TestSupport::PrivateFolder folder_;
    const BoardFiles::Board board_{ .topology = "[ 5 ]",
                                    .objects = {
                                       { .kind = BoardFiles::Kind::Led, .name = "led" },
@@ -69,6 +73,7 @@ class ApiTest : public ::testing::Test {
    Reading result_{ .name = "set_light_setting" };
    std::string busses_, whyNoBusses_;
    HealthReport health_;
+   Events events_{ folder_.file( "host.events" ), []( const auto & ) { return true; } };
    const Api api_{ board_,
                    "/b",
                    { .report =
@@ -82,8 +87,8 @@ class ApiTest : public ::testing::Test {
                            asked_ = action;
                            answer( result_ );
                         },
-                     .busses =
-                        [this]( const auto &answer ) { answer( busses_, whyNoBusses_ ); } } };
+                     .busses = [this]( const auto &answer ) { answer( busses_, whyNoBusses_ ); },
+                     .events = &events_ } };
    const rapidjson::Document document_ = parsedFile( DOCS "/openapi.json" );
 };
 
@@ -130,6 +135,92 @@ TEST_F( ApiTest, TellsWhatIsWrongByItsSchema ) {
    EXPECT_EQ( read->level, Health::Level::Critical );
 }
 
+TEST_F( ApiTest, GivesTheEventsInTheOrderOfTime ) {
+   using std::chrono::sys_days;
+   const Health::WallTime day = sys_days( std::chrono::year( 2026 ) / 11 / 22 );
+   for ( int i = 0; i < 4; ++i )
+      events_.add( { { .time = day + std::chrono::hours( i ),
+                       .cause = "cause",
+                       .object = i == 2 ? "psu" : "led",
+                       .number = 2.5,
+                       .explains = { "led" } } } );
+   const auto idsOf = [this]( const std::string &query ) {
+      const auto answer = documented( "GET", "/v1/events", "", "/v1/events", query );
+      rapidjson::Document json;
+      json.Parse( answer.json.c_str() );
+      std::string ids;
+      for ( const auto &event : json["events"].GetArray() )
+         ids += std::to_string( event["id"].GetInt() );
+      return ids;
+   };
+   EXPECT_EQ( idsOf( "" ), "1234" );
+   EXPECT_EQ( idsOf( "limit=2" ), "34" );         // the newest
+   EXPECT_EQ( idsOf( "since=1&limit=2" ), "23" ); // what comes behind it
+   EXPECT_EQ( idsOf( "since=2026-11-22T02%3A00:00.000Z" ), "34" );
+   EXPECT_EQ( idsOf( "object=psu" ), "3" );
+   EXPECT_EQ( idsOf( "object=led&since=3" ), "4" );
+   EXPECT_EQ( idsOf( "since=4" ), "" );
+   EXPECT_THAT(
+      ask( "GET", "/v1/events" ).json,
+      HasSubstr( R"({"events":[{"id":1,"time":"2026-11-22T00:00:00.000Z","what":"set",)" ) );
+}
+
+TEST_F( ApiTest, SaysWhatIsWrongInAQueryForEvents ) {
+   const auto errorOf = [this]( const std::string &query ) {
+      const auto answer = documented( "GET", "/v1/events", "", "/v1/events", query );
+      EXPECT_EQ( answer.status, 400u ) << query;
+      return answer.json;
+   };
+   EXPECT_THAT( errorOf( "since=soon" ), HasSubstr( R"(since is \"soon\"; it must be \"2026-)" ) );
+   for ( const char *limit : { "limit=0", "limit=10001", "limit=", "limit=-1", "limit=5x" } )
+      EXPECT_THAT( errorOf( limit ), HasSubstr( "it must be from 1 to 10000" ) );
+   EXPECT_THAT( errorOf( "object=fan" ), HasSubstr( R"(the board has no object \"fan\")" ) );
+   EXPECT_THAT( errorOf( "until=1" ), HasSubstr( "known are since, object and limit" ) );
+   EXPECT_THAT( errorOf( "since=%" ), HasSubstr( "two hexadecimal digits" ) );
+}
+
+TEST_F( ApiTest, AStreamBeginsWhereTheClientSays ) {
+   events_.add( { {}, {}, {} } );
+   const auto start = [this]( const std::string &query, const std::string &lastEventId ) {
+      Api::Response answer;
+      api_.handle( { .method = "GET",
+                     .path = "/v1/events",
+                     .query = query,
+                     .wantsStream = true,
+                     .lastEventId = lastEventId },
+                   [&]( const Api::Response &response ) { answer = response; } );
+      return answer.stream ? std::to_string( answer.stream->after ) : answer.json;
+   };
+   EXPECT_EQ( start( "", "" ), "3" ); // only what comes
+   EXPECT_EQ( start( "", "2" ), "2" );
+   EXPECT_EQ( start( "since=1", "2" ), "2" );
+   EXPECT_EQ( start( "since=1", "" ), "1" );
+   EXPECT_EQ( start( "since=2h", "" ), "0" );
+   EXPECT_EQ( start( "", "4" ), "0" ); // the journal that had it is gone
+   EXPECT_THAT( start( "", "x" ), HasSubstr( "Last-Event-ID is" ) );
+   EXPECT_THAT( start( "since=x", "" ), HasSubstr( "since is" ) );
+}
+
+TEST_F( ApiTest, ACauseIsAcknowledged ) {
+   std::string seen;
+   events_.acknowledgeWith( [&seen]( const std::string &cause ) {
+      seen = cause;
+      return cause == "psu absent";
+   } );
+   const auto post = [this]( const char *body ) {
+      return documented( "POST", "/v1/acknowledge", body, "/v1/acknowledge" );
+   };
+   EXPECT_EQ( post( R"({"cause":"psu absent"})" ).json, R"({"state":"ok"})" );
+   EXPECT_EQ( seen, "psu absent" );
+   const auto unknown = post( R"({"cause":"led absent"})" );
+   EXPECT_EQ( unknown.status, 404u );
+   EXPECT_EQ( unknown.json, R"({"error":"there is no cause \"led absent\" now"})" );
+   for ( const char *body : { "", "{}", R"({"cause":5})", R"({"cause":"a","more":1})" } )
+      EXPECT_EQ( post( body ).status, 400u ) << body;
+   EXPECT_EQ( ask( "GET", "/v1/acknowledge" ).allow, "POST" );
+   EXPECT_EQ( ask( "POST", "/v1/events" ).allow, "GET" );
+}
+
 TEST_F( ApiTest, HasAnObjectDoWhatTheWordsSay ) {
    const auto act = [this]( const char *body ) {
       return documented( "POST", "/v1/objects/led/action", body, "/v1/objects/{name}/action" );
@@ -167,6 +258,7 @@ TEST_F( ApiTest, NamesWhatIsMissingAndTheMethodOfAPath ) {
 }
 
 TEST_F( ApiTest, IsDocumentedPathByPath ) {
+   events_.acknowledgeWith( []( const auto & ) { return true; } );
    const rapidjson::Value *paths = at( { "paths" } );
    ASSERT_NE( paths, nullptr );
    for ( const auto &[path, item] : paths->GetObject() ) {
@@ -174,11 +266,12 @@ TEST_F( ApiTest, IsDocumentedPathByPath ) {
       if ( const auto place = real.find( "{name}" ); place != std::string::npos )
          real.replace( place, 6, "led" );
       const bool isPost = item.HasMember( "post" );
-      EXPECT_NE( ask( isPost ? "POST" : "GET", real, R"({"words":["off"]})" ).status, 404u )
-         << real;
+      const std::string body =
+         path == "/v1/acknowledge" ? R"({"cause":"x"})" : R"({"words":["off"]})";
+      EXPECT_NE( ask( isPost ? "POST" : "GET", real, body ).status, 404u ) << real;
       EXPECT_EQ( ask( isPost ? "GET" : "POST", real ).status, 405u ) << real;
    }
-   EXPECT_EQ( paths->MemberCount(), 6u );
+   EXPECT_EQ( paths->MemberCount(), 8u );
 }
 
 } // namespace

@@ -17,6 +17,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
@@ -210,6 +211,7 @@ TEST_F( JournalTest, ADamagedJournalIsPutAsideAndANewOneBegins ) {
                    HasSubstr( "the journal of events is damaged (" + file_.string() + ": " ) );
       EXPECT_THAT( journal.notice(),
                    HasSubstr( ") and is now " + folder_.file( name ) + "; a new one begins" ) );
+      EXPECT_THAT( journal.notice(), Not( HasSubstr( "\n" ) ) );
       EXPECT_EQ( folder_.read( name ), damaged );
       // It comes behind all that the damaged one may have had.
       EXPECT_GT( addTo( journal, eventAt( 1 ) ), 1'000'000'000u );

@@ -1,5 +1,6 @@
 #include "NoDescriptors.h"
 #include "host/serve/Client.h"
+#include "host/serve/Events.h"
 #include "host/serve/HttpServer.h"
 #include "support/NoRights.h"
 #include "support/ScriptedHost.h"
@@ -56,11 +57,13 @@ class HttpServerTest : public ::testing::Test {
       .topology = "[]", .objects = { { .kind = BoardFiles::Kind::Led, .name = "led" } }
    };
    std::vector<std::function<void( const Reading & )>> unanswered_;
+   Events events_{ folder_.path() / "host.events", []( const auto & ) { return true; } };
    const Api api_{ board_,
                    "b",
                    { .report = [] { return BoardReport{ { .name = "led", .type = "led" } }; },
                      .ask = [this]( size_t, const Action &,
-                                    auto answer ) { unanswered_.push_back( answer ); } } };
+                                    auto answer ) { unanswered_.push_back( answer ); },
+                     .events = &events_ } };
    std::optional<HttpServer> server_;
 };
 
@@ -86,6 +89,13 @@ TEST_F( HttpServerTest, RefusesWhatIsTooLongOrNotHttp ) {
    EXPECT_THAT( say( "GET / HTTP/1.1\r\nX: " + std::string( 9000, 'x' ) + "\r\n\r\n" ),
                 HasSubstr( "HTTP/1.1 431" ) );
    EXPECT_THAT( say( "what?\r\n\r\n" ), HasSubstr( "HTTP/1.1 400" ) );
+}
+
+TEST_F( HttpServerTest, AnswersAQuery ) {
+   serve();
+   events_.add( { { .cause = "led absent" } } );
+   EXPECT_THAT( get( "/v1/events?limit=5&since=0" ), HasSubstr( R"("cause":"led absent")" ) );
+   EXPECT_THAT( get( "/v1/events?limit=x" ), HasSubstr( "HTTP/1.1 400" ) );
 }
 
 TEST_F( HttpServerTest, ClosesAConnectionWithoutARequest ) {

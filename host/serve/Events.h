@@ -1,0 +1,55 @@
+#pragma once
+
+#include "health/Event.h"
+#include "host/journal/Journal.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Host {
+
+// Where serve tells what has happened to its board: in the journal, in the log, and to whoever
+// listens. Where the journal's file can't be used, it says so and keeps the events in memory.
+class Events {
+ public:
+   // Tells the system's log; returns whether it could.
+   using SystemLog = std::function<bool( const Health::Event & )>;
+
+   // `systemLog` is empty where the log is the program's own.
+   explicit Events( const std::filesystem::path &file, SystemLog systemLog = {} );
+
+   // What has happened, the first first, with the time of each. Gives each its id.
+   void add( std::vector<Health::Event> events );
+
+   // Those of the journal.
+   std::vector<Health::Event> events( const Journal::Query &query ) const;
+   uint64_t lastId() const { return lastId_; }
+
+   // Calls it after every add(), as long as it exists.
+   using Listener = std::function<void()>;
+   void tell( const std::shared_ptr<Listener> &listener );
+
+   // `acknowledge` notes that a person has seen a cause, and returns whether there is such a cause.
+   void acknowledgeWith( std::function<bool( const std::string &cause )> acknowledge ) {
+      acknowledge_ = std::move( acknowledge );
+   }
+   bool acknowledge( const std::string &cause ) const {
+      return acknowledge_ && acknowledge_( cause );
+   }
+
+ private:
+   void goOnInMemory( const std::string &why );
+   void log( const Health::Event &event ) const;
+
+   std::optional<Journal> journal_{};
+   uint64_t lastId_ = 0;
+   const SystemLog systemLog_;
+   std::vector<std::weak_ptr<Listener>> listeners_{};
+   std::function<bool( const std::string & )> acknowledge_{};
+};
+
+} // namespace Host

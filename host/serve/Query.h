@@ -1,0 +1,17 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Host {
+
+// The part of an URL behind its question mark, "since=2h&object=fan%201": the values by their
+// names, decoded. Nothing where a % has no two hexadecimal digits behind it.
+std::optional<std::map<std::string, std::string>> parseQuery( std::string_view query );
+
+// A text as it must be written in an URL.
+std::string urlEncoded( std::string_view text );
+
+} // namespace Host
