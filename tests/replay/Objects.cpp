@@ -60,6 +60,8 @@ Objects::Objects( const std::string &path, const std::string &board ) {
    std::map<std::string, Operations> byType;
    for ( const auto &object : objects.GetArray() ) {
       const std::string type = object["type"].GetString(), name = object["name"].GetString();
+      if ( type == "rule" ) // no object, but one over several
+         continue;
       const bool hasDevice = object.HasMember( "device" );
       const char *text = keep( hasDevice                     ? written( object["device"] )
                                : object.HasMember( "label" ) ? object["label"].GetString()

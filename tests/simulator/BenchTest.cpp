@@ -98,10 +98,9 @@ TEST_F( BenchTest, PutsASpareSupplyOnlyIntoAnEmptyBay ) {
 
 TEST_F( BenchTest, ShowsAFanModuleAtThePinsAndStopsItsRotorsWhenItIsPulled ) {
    EXPECT_EQ( read( fans, 0x20, 0x01, 2 ).data, std::string( "\x83", 1 ) + "\x83" );
-   EXPECT_EQ( read( fans, 0x20, 0x81, 2 ).data,
-              "\x83\x75" ); // modules 3 and 5 blow in the other direction
+   EXPECT_EQ( read( fans, 0x20, 0x81, 2 ).data, "\x83\x7f" );
    bench.pull( "fan3" );
-   EXPECT_EQ( read( fans, 0x20, 0x81, 2 ).data, "\x93\x77" );
+   EXPECT_EQ( read( fans, 0x20, 0x81, 2 ).data, "\x93\x7f" );
    EXPECT_EQ( bench.quantity( "fan3.inlet", "rpm" ).get(), 0 );
    EXPECT_EQ( bench.quantity( "fan3.outlet", "rpm" ).get(), 0 );
    bench.insert( "fan3" );
