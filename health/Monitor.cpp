@@ -59,9 +59,12 @@ void Monitor::link( const Inspection &inspection ) {
    roots_.assign( findings.size(), {} );
    causeOf_.assign( board_.objects.size(), "" );
    levels_.assign( board_.objects.size(), Level::Ok );
-   for ( size_t i = 0; i < board_.objects.size(); ++i )
-      if ( inspection.reach( i ) == Reach::Failed || inspection.reach( i ) == Reach::Absent )
+   reaches_.clear();
+   for ( size_t i = 0; i < board_.objects.size(); ++i ) {
+      reaches_.push_back( inspection.reach( i ) );
+      if ( reaches_[i] == Reach::Failed || reaches_[i] == Reach::Absent )
          levels_[i] = Level::Indeterminate;
+   }
    // What explains another finding stands before it.
    for ( size_t i = 0; i < findings.size(); ++i ) {
       std::set<size_t> roots;
@@ -224,7 +227,9 @@ Level Monitor::level() const {
 
 void Monitor::describe( BoardReport &report ) const {
    for ( size_t i = 0; i < report.size() && i < levels_.size(); ++i ) {
-      ObjectHealth health{ .level = levels_[i], .cause = causeOf_[i] };
+      ObjectHealth health{ .level = levels_[i],
+                           .cause = causeOf_[i],
+                           .isAbsent = reaches_[i] == Reach::Absent };
       for ( size_t j = 0; j < report[i].values.size() && j < watches_[i].size(); ++j )
          health.values.push_back( watches_[i][j].watch.health( report[i].values[j].reading.unit ) );
       report[i].health = std::move( health );

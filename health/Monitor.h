@@ -71,6 +71,7 @@ class Monitor {
    std::vector<std::vector<size_t>> roots_{}; // of each finding
    std::vector<std::string> causeOf_{};       // by object
    std::vector<Level> levels_{};              // by object
+   std::vector<Reach> reaches_{};             // by object
    std::vector<Event> events_{};
 };
 

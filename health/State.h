@@ -76,6 +76,7 @@ struct ValueHealth {
 struct ObjectHealth {
    Level level = Level::Ok;
    std::string cause{};               // empty: nothing is wrong, or it is not known yet why
+   bool isAbsent = false;             // the module that it is on, or is, isn't there
    std::vector<ValueHealth> values{}; // one for each value of the report
 };
 

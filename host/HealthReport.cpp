@@ -6,7 +6,7 @@ HealthReport healthOf( const Health::Monitor &monitor, const Health::BoardReport
    HealthReport report{ .level = monitor.level(), .causes = monitor.causes() };
    for ( const Health::ObjectReport &object : board ) {
       const Health::ObjectHealth health = object.health.value_or( Health::ObjectHealth() );
-      if ( health.level == Health::Level::Indeterminate && health.cause.empty() ) {
+      if ( health.isAbsent && health.cause.empty() ) {
          ++report.absent;
          continue;
       }

@@ -65,19 +65,20 @@ Health::ValueHealth toHealth( const Json &json ) {
    return health;
 }
 
+bool isTrue( const Json &json, const char *key ) {
+   const Json *value = json.find( key );
+   return value && value->isTrue();
+}
+
 Health::Cause toCause( const Json &json ) {
-   const auto flag = [&json]( const char *key ) {
-      const Json *value = json.find( key );
-      return value && value->isTrue();
-   };
    Health::Cause cause{ .key = json.textOf( "cause" ).value_or( "" ),
                         .object = json.textOf( "object" ).value_or( "" ),
                         .value = json.textOf( "value" ).value_or( "" ),
                         .level = levelIn( json ),
                         .words = json.textOf( "words" ).value_or( "" ),
                         .since = timeOf( json, "since" ),
-                        .isAcknowledged = flag( "acknowledged" ),
-                        .isHidden = flag( "hidden" ) };
+                        .isAcknowledged = isTrue( json, "acknowledged" ),
+                        .isHidden = isTrue( json, "hidden" ) };
    for ( const Json &object : json.elementsOf( "explains" ) )
       cause.explains.emplace_back( object.toText().value_or( "" ) );
    return cause;
@@ -91,7 +92,8 @@ ObjectReport toObject( const Json &json ) {
                         .age = json.numberOf( "age" ).value_or( 0 ) };
    if ( json.find( "level" ) )
       object.health = Health::ObjectHealth{ .level = levelIn( json ),
-                                            .cause = json.textOf( "cause" ).value_or( "" ) };
+                                            .cause = json.textOf( "cause" ).value_or( "" ),
+                                            .isAbsent = isTrue( json, "absent" ) };
    for ( const Json &value : json.elementsOf( "values" ) ) {
       object.values.push_back( { toReading( value ), value.numberOf( "age" ).value_or( 0 ) } );
       if ( object.health )

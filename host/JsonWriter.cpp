@@ -83,6 +83,8 @@ JsonWriter &JsonWriter::object( const ObjectReport &object ) {
       member( "level", nameOf( object.health->level ) );
       if ( !object.health->cause.empty() )
          member( "cause", object.health->cause );
+      if ( object.health->isAbsent )
+         member( "absent", true );
    }
    key( "values" ).beginList();
    for ( size_t i = 0; i < object.values.size(); ++i ) {

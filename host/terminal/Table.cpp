@@ -37,20 +37,33 @@ std::string ageText( double age ) { return fmt::format( "{:.1f} s", age ); }
 
 std::string orDash( std::string text ) { return text.empty() ? "-" : text; }
 
-// A value beyond a limit has that level in place of "ok".
-std::string stateText( const Reading &reading, const Health::ValueHealth &health ) {
-   const bool isBeyond = reading.state == State::Ok && health.level != Health::Level::Ok &&
-                         health.level != Health::Level::Indeterminate;
-   return std::string( isBeyond ? nameOf( health.level ) : nameOf( reading.state ) );
+// What is on an absent module is absent, and a value beyond a limit has that level in place of
+// "ok".
+std::string stateText( const ObjectReport &object, size_t value ) {
+   const Reading &reading = object.values[value].reading;
+   if ( !object.health || value >= object.health->values.size() )
+      return std::string( nameOf( reading.state ) );
+   if ( object.health->isAbsent )
+      return std::string( nameOf( State::Absent ) );
+   const Health::Level level = object.health->values[value].level;
+   const bool isBeyond = level == Health::Level::Warning || level == Health::Level::Critical;
+   return std::string( isBeyond ? nameOf( level ) : nameOf( reading.state ) );
 }
 
-// Its own, or the limit that it crossed, or what explains the state of its object.
+// The limit that it crossed; or its fault, and what explains that beside the object itself.
 std::string faultText( const ObjectReport &object, size_t value ) {
    const Reading &reading = object.values[value].reading;
    const std::string own = toText( reading.fault );
-   if ( const std::string &crossed = object.health->values[value].crossed; !crossed.empty() )
-      return crossed;
-   return orDash( own );
+   if ( !object.health || value >= object.health->values.size() )
+      return orDash( own );
+   const Health::ObjectHealth &health = *object.health;
+   if ( !health.values[value].crossed.empty() )
+      return health.values[value].crossed;
+   if ( health.isAbsent && !health.cause.empty() )
+      return health.cause;
+   const bool isOther = !health.cause.empty() && !health.cause.starts_with( object.name + " " );
+   return own.empty() || !isOther ? orDash( own )
+                                  : fmt::format( "{} (because of: {})", own, health.cause );
 }
 
 std::vector<Row> rowsOf( const BoardReport &board ) {
@@ -64,13 +77,8 @@ std::vector<Row> rowsOf( const BoardReport &board ) {
                            orDash( toText( object.fault ) ) } );
       for ( size_t i = 0; i < object.values.size(); ++i ) {
          const ValueReport &value = object.values[i];
-         const bool isWatched = object.health && i < object.health->values.size();
-         rows.push_back(
-            { object.name, object.type, value.reading.name, withUnit( value.reading ),
-              isWatched ? stateText( value.reading, object.health->values[i] )
-                        : std::string( nameOf( value.reading.state ) ),
-              ageText( value.age ),
-              isWatched ? faultText( object, i ) : orDash( toText( value.reading.fault ) ) } );
+         rows.push_back( { object.name, object.type, value.reading.name, withUnit( value.reading ),
+                           stateText( object, i ), ageText( value.age ), faultText( object, i ) } );
       }
    }
    return rows;
