@@ -15,13 +15,11 @@ spdlog::level::level_enum logLevelOf( const Health::Event &event ) {
 
 } // namespace
 
-Events::Events( const std::filesystem::path &file, SystemLog systemLog )
-   : systemLog_( std::move( systemLog ) ) {
+Events::Events( std::filesystem::path file, SystemLog systemLog, Clock::duration retry )
+   : file_( std::move( file ) ), retry_( retry ), systemLog_( std::move( systemLog ) ) {
    try {
-      journal_.emplace( file );
+      journal_.emplace( openFile() );
       lastId_ = journal_->lastId();
-      if ( !journal_->notice().empty() )
-         spdlog::warn( "{}", journal_->notice() );
    } catch ( const std::exception &error ) { // also of the system, from putting it aside
       goOnInMemory( error.what() );
    }
@@ -30,6 +28,8 @@ Events::Events( const std::filesystem::path &file, SystemLog systemLog )
 void Events::add( std::vector<Health::Event> events ) {
    if ( events.empty() )
       return;
+   if ( nextTry_ && Clock::now() >= *nextTry_ )
+      tryFileAgain();
    try {
       journal_->add( events );
    } catch ( const DatabaseError &error ) {
@@ -45,9 +45,32 @@ void Events::add( std::vector<Health::Event> events ) {
          ( *there )();
 }
 
+Journal Events::openFile() const {
+   Journal journal( file_ );
+   if ( !journal.notice().empty() )
+      spdlog::warn( "{}", journal.notice() );
+   return journal;
+}
+
+// With what is not in the file; usually it gets the same ids there.
+void Events::tryFileAgain() {
+   try {
+      Journal journal = openFile();
+      std::vector<Health::Event> waiting = journal_->events( { .after = lastInFile_ } );
+      journal.add( waiting );
+      journal_.emplace( std::move( journal ) );
+      nextTry_.reset();
+      spdlog::info( "the events are kept in {} again", file_.string() );
+   } catch ( const std::exception & ) { // known since the first try
+      nextTry_ = Clock::now() + retry_;
+   }
+}
+
 // With the events that are known, under their ids.
 void Events::goOnInMemory( const std::string &why ) {
    spdlog::warn( "{}; events are kept in memory, and are lost when serve ends", why );
+   nextTry_ = Clock::now() + retry_;
+   lastInFile_ = lastId_;
    std::vector<Health::Event> known;
    if ( journal_ )
       known = events( {} );

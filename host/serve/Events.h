@@ -2,6 +2,7 @@
 
 #include "health/Event.h"
 #include "host/journal/Journal.h"
+#include "host/session/BackOff.h"
 
 #include <filesystem>
 #include <functional>
@@ -13,14 +14,16 @@
 namespace Host {
 
 // Where serve tells what has happened to its board: in the journal, in the log, and to whoever
-// listens. Where the journal's file can't be used, it says so and keeps the events in memory.
+// listens. While the journal's file can't be used, it says so and keeps the events in memory.
 class Events {
  public:
    // Tells the system's log; returns whether it could.
    using SystemLog = std::function<bool( const Health::Event & )>;
 
-   // `systemLog` is empty where the log is the program's own.
-   explicit Events( const std::filesystem::path &file, SystemLog systemLog = {} );
+   // `systemLog` is empty where the log is the program's own. A file that can't be used is tried
+   // again with an event that comes so much later.
+   explicit Events( std::filesystem::path file, SystemLog systemLog = {},
+                    Clock::duration retry = std::chrono::minutes( 1 ) );
 
    // What has happened, the first first, with the time of each. Gives each its id.
    void add( std::vector<Health::Event> events );
@@ -42,10 +45,16 @@ class Events {
    }
 
  private:
+   Journal openFile() const;
    void goOnInMemory( const std::string &why );
+   void tryFileAgain();
    void log( const Health::Event &event ) const;
 
+   const std::filesystem::path file_;
+   const Clock::duration retry_;
    std::optional<Journal> journal_{};
+   std::optional<Time> nextTry_{}; // only while the journal is in memory
+   uint64_t lastInFile_ = 0;       // of the journal's ids, then
    uint64_t lastId_ = 0;
    const SystemLog systemLog_;
    std::vector<std::weak_ptr<Listener>> listeners_{};

@@ -108,8 +108,8 @@ TEST_F( EventsTest, ADamagedFileIsTold ) {
 }
 
 // No file may grow: to a program it is as a full disk is.
-TEST_F( EventsTest, WhenTheFileCanNotBeWrittenItGoesOnInMemoryWithTheSameIds ) {
-   Events events( file_ );
+TEST_F( EventsTest, WhileTheFileCanNotBeWrittenItGoesOnInMemoryWithTheSameIds ) {
+   Events events( file_, {}, Clock::duration( 0 ) );
    logOf( [&] { events.add( { absentSupply } ); } );
    rlimit before{};
    ::getrlimit( RLIMIT_FSIZE, &before );
@@ -129,6 +129,37 @@ TEST_F( EventsTest, WhenTheFileCanNotBeWrittenItGoesOnInMemoryWithTheSameIds ) {
    EXPECT_EQ( all[0].id, 1u );
    EXPECT_EQ( all[1].id, 2u );
    EXPECT_EQ( all[1].cause, "second" );
+   EXPECT_THAT( logOf( [&] { events.add( { absentSupply } ); } ),
+                HasSubstr( "the events are kept in " + file_.string() + " again\n" ) );
+   EXPECT_EQ( events.events( {} ).size(), 3u );
+   const auto kept = Journal::toRead( file_ ).events( {} );
+   ASSERT_EQ( kept.size(), 3u );
+   EXPECT_EQ( kept[1], all[1] );
+   EXPECT_EQ( kept[2].id, 3u );
+}
+
+TEST_F( EventsTest, AFileThatCanBeUsedLaterGetsTheEventsOfBefore ) {
+   folder_.write( "host.events", std::string( 200, 'x' ) );
+   std::optional<Events> events;
+   logOf( [&] {
+      events.emplace( file_, Events::SystemLog(), Clock::duration( 0 ) );
+      events->add( { absentSupply } );
+   } );
+   EXPECT_EQ( folder_.read( "host.events" ), std::string( 200, 'x' ) );
+   folder_.remove( "host.events" );
+   logOf( [&] { events->add( { absentSupply } ); } );
+   EXPECT_EQ( Journal::toRead( file_ ).events( {} ).size(), 2u );
+}
+
+TEST_F( EventsTest, AFileThatCanNotBeUsedIsTriedOnceAMinute ) {
+   folder_.write( "host.events", std::string( 200, 'x' ) );
+   std::optional<Events> events;
+   logOf( [&] {
+      events.emplace( file_ );
+      folder_.remove( "host.events" );
+      events->add( { absentSupply } );
+   } );
+   EXPECT_FALSE( std::filesystem::exists( file_ ) );
 }
 
 TEST_F( EventsTest, ACauseIsAcknowledgedByWhoKnowsIt ) {
