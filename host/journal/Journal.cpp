@@ -68,7 +68,7 @@ fs::path nameAside( const fs::path &file ) {
 
 // With the changes that are not in the file yet. Returns its new name.
 fs::path putAside( const fs::path &file ) {
-   const fs::path aside = nameAside( file );
+   fs::path aside = nameAside( file );
    fs::rename( file, aside );
    std::error_code isNotThere;
    fs::rename( file.string() + "-wal", aside.string() + "-wal", isNotThere );
