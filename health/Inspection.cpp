@@ -64,8 +64,11 @@ Links::Links( const BoardFiles::Board &board ) {
       order.push_back( i );
       depths.push_back( 0 );
       for ( auto at = on[i]; at; at = on[*at] )
-         ++depths.back();
+         depths.back() += 2;
    }
+   for ( const auto &followed : fan )
+      if ( followed )
+         depths[*followed] |= 1;
    std::stable_sort( order.begin(), order.end(),
                      [&]( size_t one, size_t other ) { return depths[one] < depths[other]; } );
 }
@@ -179,6 +182,10 @@ std::optional<size_t> Inspection::explanationOf( size_t object ) {
       return addOnce( *wiring );
    if ( const auto dead = supplyOf( object, dead_ ) )
       return dead;
+   // A fan module is as good as its rotors, which come before it.
+   for ( const Finding &one : findings_ )
+      if ( one.object != noObject && links_.fan[one.object] == object )
+         return byKey_.at( one.key );
    for ( auto at = links_.on[object]; at; at = links_.on[*at] )
       if ( const auto above = byKey_.find( report_[*at].name + " unreadable" );
            above != byKey_.end() )
@@ -267,6 +274,8 @@ void Inspection::inspectValues( size_t object ) {
          finding.limit = watch.limit();
          finding.words = fmt::format( "{} {} is {}", finding.number.value_or( 0 ), reading.unit,
                                       watch.crossed( reading.unit ) );
+         // That a module was pulled may be seen later than what that does.
+         finding.needsTime = links_.on[object].has_value();
          if ( const auto explanation = explanationOfLimit( object ) )
             finding.explainedBy = { *explanation };
          add( finding );
@@ -295,6 +304,7 @@ void Inspection::inspectFollowing( size_t object ) {
                     .number = is,
                     .limit = wanted,
                     .unit = "rpm" };
+   finding.needsTime = links_.on[object].has_value();
    if ( const auto explanation = explanationOfLimit( object ) )
       finding.explainedBy = { *explanation };
    add( finding );

@@ -108,7 +108,8 @@ void sim( const Options &options ) {
    if ( !options.scenario.empty() ) {
       const Scenario scenario( options.scenario );
       ControlConnection board( controlPath( options ) );
-      return scenario.play( board );
+      return scenario.play(
+         [&board]( const SmbusControl::Request &request ) { return board.ask( request ); } );
    }
    ControlConnection board( controlPath( options ) );
    const SmbusControl::Response response = board.ask( options.sim );

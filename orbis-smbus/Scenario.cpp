@@ -1,6 +1,6 @@
 #include "orbis-smbus/Scenario.h"
 
-#include "orbis-smbus/ServerConnection.h"
+#include "orbis-smbus/Failures.h"
 #include "orbis-smbus/SimCommands.h"
 #include "orbis-smbus/WrongCommand.h"
 
@@ -32,15 +32,15 @@ double parseSeconds( const std::string &text ) {
    throw WrongCommand( text + " is not a time such as 3s or 250ms" );
 }
 
-SmbusControl::State clockOf( ControlConnection &board ) {
+SmbusControl::State clockOf( const Scenario::Ask &ask ) {
    SmbusControl::Request request;
    request.set_time( true );
-   return board.ask( request ).state();
+   return ask( request ).state();
 }
 
-void passUntil( double seconds, ControlConnection &board ) {
+void passUntil( double seconds, const Scenario::Ask &ask ) {
    for ( ;; ) {
-      const SmbusControl::State clock = clockOf( board );
+      const SmbusControl::State clock = clockOf( ask );
       const double left = seconds - clock.seconds();
       if ( left <= 0 )
          return;
@@ -50,7 +50,7 @@ void passUntil( double seconds, ControlConnection &board ) {
       }
       SmbusControl::Request step;
       step.set_step( left + 1e-9 ); // the clock counts nanoseconds
-      board.ask( step );
+      ask( step );
    }
 }
 
@@ -105,35 +105,35 @@ Scenario::Step Scenario::parse( const std::vector<std::string> &words ) {
    return step;
 }
 
-void Scenario::play( ControlConnection &board ) const {
-   const double start = clockOf( board ).seconds();
+void Scenario::play( const Scenario::Ask &ask ) const {
+   const double start = clockOf( ask ).seconds();
    for ( const Step &step : steps_ ) {
       try {
          if ( step.expects ) {
-            expect( step, board );
+            expect( step, ask );
          } else {
-            passUntil( start + step.at, board );
-            board.ask( step.request );
+            passUntil( start + step.at, ask );
+            ask( step.request );
          }
       } catch ( const Failed &error ) {
          fail( step.line, error.what() );
       }
-      fmt::print( "{:10.3f} {}\n", clockOf( board ).seconds() - start, step.text );
+      fmt::print( "{:10.3f} {}\n", clockOf( ask ).seconds() - start, step.text );
    }
 }
 
-void Scenario::expect( const Step &step, ControlConnection &board ) const {
+void Scenario::expect( const Step &step, const Scenario::Ask &ask ) const {
    constexpr double pause = 0.05; // seconds of the simulation between two reads
-   const double start = clockOf( board ).seconds();
+   const double start = clockOf( ask ).seconds();
    for ( unsigned reads = 1;; ++reads ) {
-      const double value = board.ask( step.request ).quantity().value();
+      const double value = ask( step.request ).quantity().value();
       if ( std::abs( value - step.value ) <= step.tolerance )
          return;
       const double next = start + pause * reads;
       if ( next > start + step.within + pause / 2 )
          throw Failed( fmt::format( "{} of {} is {}, expected {}", step.request.get().name(),
                                     step.request.get().part(), value, step.value ) );
-      passUntil( next, board );
+      passUntil( next, ask );
    }
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "orbis-smbus/ControlConnection.h"
+#include "smbus/Control.pb.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,13 +18,16 @@ namespace SmbusClient {
 // quantity differs from the value by no more than the tolerance, 0.5 without one.
 class Scenario {
  public:
+   // Asks the simulated board. Throws Failed with its reason.
+   using Ask = std::function<SmbusControl::Response( const SmbusControl::Request & )>;
+
    // Throws Failed with file, line and reason.
    explicit Scenario( const std::string &path );
 
    // Prints each step when it is done. At speed 0 it moves the simulation's clock; otherwise it
    // waits. Throws Failed, with the line, at the first command that fails and at the first
    // expectation that is not met.
-   void play( ControlConnection & ) const;
+   void play( const Ask & ) const;
 
  private:
    struct Step {
@@ -37,7 +41,7 @@ class Scenario {
       double within = 0; // seconds
    };
    static Step parse( const std::vector<std::string> &words );
-   void expect( const Step &, ControlConnection & ) const;
+   void expect( const Step &, const Ask & ) const;
    [[noreturn]] void fail( size_t line, const std::string &reason ) const;
 
    const std::string path_;

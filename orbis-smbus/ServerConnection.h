@@ -2,22 +2,12 @@
 
 #include "OrbisUtil/Smbus.pb.h"
 #include "PlatformLibrary/PLSocket.h"
+#include "orbis-smbus/Failures.h"
 #include "orbis-smbus/Target.h"
 
-#include <stdexcept>
 #include <string>
 
 namespace SmbusClient {
-
-// There is no connection to the server, or it broke.
-struct Unreachable : std::runtime_error {
-   using std::runtime_error::runtime_error;
-};
-
-// What failed, as the server reports it.
-struct Failed : std::runtime_error {
-   using std::runtime_error::runtime_error;
-};
 
 // The path of the server's socket.
 std::string serverPath();

@@ -9,6 +9,7 @@
 #include "host/serve/SystemLog.h"
 #include "host/session/ServerProbe.h"
 
+#include <algorithm>
 #include <spdlog/spdlog.h>
 #include <unistd.h>
 
@@ -20,9 +21,10 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
    Events events( options.events.empty() ? serveEvents() : options.events,
                   isSystemLog( STDERR_FILENO ) ? Events::SystemLog( toSystemLog )
                                                : Events::SystemLog() );
-   // So long everything that a fault takes with it was read, and an empty slot was recognised.
-   constexpr int settlePeriods = 3;
-   HealthWatch watch( board, accounts, settlePeriods * options.period,
+   // So long everything that a fault takes with it was read, and an empty slot was recognised:
+   // drivers keep what they have read of a module's presence for a second or two.
+   const double settle = std::max( 3.0, 3 * options.period );
+   HealthWatch watch( board, accounts, settle,
                       [&events]( const auto &news ) { events.add( news ); } );
    events.acknowledgeWith( [&watch]( const std::string &cause ) {
       return watch.monitor().acknowledge( cause, instantNow() );

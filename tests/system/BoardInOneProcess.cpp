@@ -1,7 +1,9 @@
 #include "BoardInOneProcess.h"
 
 #include "PlatformLibrary/PLSocket.h"
+#include "host/serve/ServerAccounts.h"
 #include "smbus/Decode.h"
+#include "smbusd/accounts/Report.h"
 
 #include <algorithm>
 #include <pl.h>
@@ -13,6 +15,8 @@ namespace {
 constexpr std::chrono::seconds period( 1 ), limit( 10 );
 
 BoardInOneProcess *theBoard = nullptr; // for the plug-in's socket
+// The plug-in's driver objects outlive a board, and their clock doesn't go back.
+time_t boardsBegin = 1'000'000'000;
 
 // The plug-in's records stay until the process ends, as in a host.
 Host::Record kept( Host::Record record ) {
@@ -62,7 +66,10 @@ BoardInOneProcess::BoardInOneProcess( const std::vector<std::string> &objects, b
    supervisor_.emplace( board_, Host::Limits{ .period = period }, now_ );
 }
 
-BoardInOneProcess::~BoardInOneProcess() { theBoard = nullptr; }
+BoardInOneProcess::~BoardInOneProcess() {
+   boardsBegin = ::time( nullptr ) + 100;
+   theBoard = nullptr;
+}
 
 Smbusd::Executors BoardInOneProcess::executors() {
    Bus::Busses faulty;
@@ -174,6 +181,15 @@ bool BoardInOneProcess::act( const std::string &name, const Host::Action &action
    return isDone;
 }
 
+Health::Evidence BoardInOneProcess::evidence() const {
+   Smbusd::Accounts accounts;
+   for ( const auto &[bus, executor] : executors_ )
+      accounts.push_back( executor->account() );
+   SmbusControl::Request request;
+   request.set_load( true );
+   return Host::evidenceOf( Smbusd::report( request, accounts, clock_.now() ) );
+}
+
 Host::Reading BoardInOneProcess::presence( const std::string &slot ) const {
    return object( slot ).values.at( 0 ).reading;
 }
@@ -193,6 +209,15 @@ std::string BoardInOneProcess::text( const std::string &name, const std::string 
 unsigned BoardInOneProcess::readsOf( const std::string &object ) const {
    const auto read = reads_.find( object );
    return read == reads_.end() ? 0 : read->second;
+}
+
+// For what the plug-in's drivers have read before: they look at the clock in whole seconds.
+extern "C" time_t time( time_t *to ) noexcept {
+   const time_t now =
+      boardsBegin + ( theBoard ? theBoard->time().count() / 1'000'000'000 : time_t{ 0 } );
+   if ( to )
+      *to = now;
+   return now;
 }
 
 namespace PlatformLibrary {

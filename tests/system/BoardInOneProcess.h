@@ -4,11 +4,13 @@
 
 #include "ManualClock.h"
 
+#include "health/Evidence.h"
 #include "host/plugin/ObjectCalls.h"
 #include "host/plugin/Plugin.h"
 #include "host/plugin/Services.h"
 #include "host/plugin/SupplyReader.h"
 #include "host/session/Supervisor.h"
+#include "simulator/board/Controls.h"
 #include "simulator/board/SimulatedBoard.h"
 #include "smbusd/server/Executor.h"
 
@@ -33,6 +35,10 @@ class BoardInOneProcess {
    Simulator::Chip &chip( const std::string &name ) { return simulated_.bench().chip( name ); }
    void pull( const std::string &module ) { simulated_.bench().pull( module ); }
    void insert( const std::string &module ) { simulated_.bench().insert( module ); }
+   // As orbis-smbus sim asks for it; all but the clock. An error says why it can't be done.
+   SmbusControl::Response ask( const SmbusControl::Request &request ) {
+      return controls_.answer( request );
+   }
    // The address of these transfers is not acknowledged.
    void missWhere( std::function<bool( const Bus::Transfer & )> miss ) {
       miss_ = std::move( miss );
@@ -45,6 +51,11 @@ class BoardInOneProcess {
    // time.
    void start();
    void round();
+
+   // All objects, as a user is told; and what the server knows of failures.
+   Host::BoardReport report() const { return supervisor_->report( now_ ); }
+   Health::Evidence evidence() const;
+   Bus::Clock::Time time() const { return clock_.now(); }
 
    // A slot, as a user is told.
    Host::Reading presence( const std::string &slot ) const;
@@ -84,6 +95,8 @@ class BoardInOneProcess {
 
    TestSupport::ManualClock clock_;
    Simulator::SimulatedBoard simulated_;
+   Simulator::SimulationClock noClock_{ clock_, 1 };
+   Simulator::Controls controls_{ simulated_.bench(), noClock_ };
    std::function<bool( const Bus::Transfer & )> miss_ = []( const auto & ) { return false; };
    Smbusd::Executors executors_;
    boost::asio::io_context loop_;

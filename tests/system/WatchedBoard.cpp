@@ -1,0 +1,63 @@
+#include "WatchedBoard.h"
+
+#include "orbis-smbus/Failures.h"
+#include "orbis-smbus/SimCommands.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <spdlog/spdlog.h>
+
+namespace {
+
+constexpr double settle = 3; // as serve has it for its period
+
+Health::Instant instantAt( Bus::Clock::Time time ) {
+   return { std::chrono::steady_clock::time_point( time ),
+            Health::WallTime( std::chrono::duration_cast<std::chrono::milliseconds>( time ) ) };
+}
+
+} // namespace
+
+WatchedBoard::WatchedBoard() : monitor_( board_.board(), settle ) {
+   spdlog::set_level( spdlog::level::off ); // the faults are wanted
+   board_.start();
+   round();
+}
+
+void WatchedBoard::round() {
+   board_.round();
+   const Health::BoardReport report = board_.report();
+   Health::Surroundings around;
+   if ( Health::hasUnreadable( report ) )
+      around.evidence = board_.evidence();
+   for ( const Health::Event &event :
+         monitor_.update( report, around, instantAt( board_.time() ) ) )
+      told_.push_back( fmt::format(
+         "{} {}{}{}", event.what == Health::Event::What::Clear ? "clear" : nameOf( event.level ),
+         event.cause, event.explains.empty() ? "" : ": ", fmt::join( event.explains, ", " ) ) );
+}
+
+SmbusControl::Response WatchedBoard::ask( const SmbusControl::Request &request ) {
+   SmbusControl::Response response;
+   if ( request.has_step() ) {
+      behind_ += request.step();
+      for ( ; behind_ >= 1 - 1e-6; behind_ -= 1 )
+         round();
+   } else if ( request.has_time() ) {
+      response.mutable_state()->set_seconds(
+         std::chrono::duration<double>( board_.time() ).count() + behind_ );
+   } else {
+      response = board_.ask( request );
+   }
+   if ( !response.error().empty() )
+      throw SmbusClient::Failed( response.error() );
+   return response;
+}
+
+void WatchedBoard::sim( const std::vector<std::string> &words ) {
+   ask( SmbusClient::parseSimCommand( words ) );
+}
+
+void WatchedBoard::clearFaults( const std::string &supply ) {
+   board_.act( supply + "-status", { Host::clearFaults, {} } );
+}

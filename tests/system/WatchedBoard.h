@@ -1,0 +1,34 @@
+// The board in one process, and a monitor over it.
+#pragma once
+
+#include "BoardInOneProcess.h"
+#include "health/Monitor.h"
+
+#include <string>
+#include <vector>
+
+class WatchedBoard {
+ public:
+   // All objects are up and were read.
+   WatchedBoard();
+
+   // The next second.
+   void round();
+   // As orbis-smbus sim with these words would.
+   void sim( const std::vector<std::string> &words );
+   // Of a scenario: the clock goes on by rounds. Throws SmbusClient::Failed.
+   SmbusControl::Response ask( const SmbusControl::Request &request );
+   // The supply takes back what it has told.
+   void clearFaults( const std::string &supply );
+
+   BoardInOneProcess &board() { return board_; }
+   const Health::Monitor &monitor() const { return monitor_; }
+   // Each event as "critical psu1 input lost: psu1-fan1, supplies" or "clear ...".
+   const std::vector<std::string> &told() const { return told_; }
+
+ private:
+   BoardInOneProcess board_;
+   Health::Monitor monitor_;
+   std::vector<std::string> told_{};
+   double behind_ = 0; // seconds of a scenario that were no round yet
+};
