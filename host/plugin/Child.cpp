@@ -165,7 +165,11 @@ class Child {
 
    Done execute( const ActCommand &command ) {
       if ( command.action.operation == clearFaults && !supplies_.contains( command.object ) ) {
-         sendLater( Reading{ .name = clearFaults, .state = State::Unsupported } );
+         sendLater(
+            Reading{ .name = clearFaults,
+                     .state = State::Unsupported,
+                     .fault = { .words = "only an object with \"reads\": \"pmbus\" has faults to "
+                                         "clear" } } );
          return {};
       }
       return guard( [&] {

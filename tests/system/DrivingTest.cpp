@@ -57,6 +57,24 @@ TEST_F( DrivingTest, ASuppliesFan ) {
    EXPECT_TRUE( becomes( "psu1.fan1", "drive", 80 ) );
 }
 
+TEST_F( DrivingTest, TheFaultsOfASupplyUntilSomebodyClearsThem ) {
+   board.smbus( { "sim", "set", "psu1", "line", "0" } );
+   const auto shown = [this] { return board.host( { "show" } ).output; };
+   EXPECT_THAT( shown(),
+                HasSubstr( "input undervoltage, unit off for insufficient input voltage" ) );
+   board.smbus( { "sim", "set", "psu1", "line", "230" } );
+   EXPECT_THAT( shown(), HasSubstr( "input undervoltage (over)" ) );
+   drive( { "smbus", "psu1-status", "clear-faults" } );
+   EXPECT_THAT( shown(), testing::Not( HasSubstr( "input undervoltage" ) ) );
+}
+
+TEST_F( DrivingTest, NoFaultsOfAChipThatIsNoSupply ) {
+   const Ran ran = board.host( { "smbus", "psu1-fru", "clear-faults" } );
+   EXPECT_EQ( ran.exitCode, 1 );
+   EXPECT_THAT( ran.errors, HasSubstr( "psu1-fru: the driver doesn't support this: only an object "
+                                       "with \"reads\": \"pmbus\" has faults to clear\n" ) );
+}
+
 TEST_F( DrivingTest, TheControlLinesOfCages ) {
    drive( { "xcvr", "qsfp1", "lpmode", "on" } );
    EXPECT_TRUE( becomes( "qsfp1", "lpMode", 1 ) );
