@@ -53,7 +53,7 @@ Shown RunningBoard::show() { return showBoard( board_, socket_ ); }
 Ran RunningBoard::host( const std::vector<std::string> &words ) {
    std::vector<std::string> command = { ORBIS_HOST };
    command.insert( command.end(), words.begin(), words.end() );
-   if ( words.size() > 1 )
+   if ( words.size() > 1 && !words[1].starts_with( "--" ) )
       command.push_back( "--board" );
    command.push_back( board_ );
    StartedProgram host( command );
