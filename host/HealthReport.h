@@ -10,9 +10,9 @@ namespace Host {
 struct HealthReport {
    Health::Level level = Health::Level::Ok;
    std::vector<Health::Cause> causes{}; // the worst first
-   size_t objects = 0; // without those whose modules are not there and need not be
-   size_t good = 0;    // of them: those of which everything is known, and nothing is wrong
-   size_t absent = 0;  // those
+   size_t objects = 0;                  // without those whose modules are not there and need not be
+   size_t good = 0;   // of them: those of which everything is known, and nothing is wrong
+   size_t absent = 0; // those
 };
 
 // `board` was described by the monitor.
