@@ -249,7 +249,7 @@ void Inspection::watch( size_t object ) {
          watched[i].watch.unknown( now_ );
       else
          watched[i].watch.known( reading.unit.empty() ? std::nullopt : numberIn( reading.value ),
-                                 now_ );
+                                 now_, values[i].age );
    }
 }
 

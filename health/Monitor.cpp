@@ -236,4 +236,12 @@ void Monitor::describe( BoardReport &report ) const {
    }
 }
 
+void Monitor::addLast( size_t object, ObjectReport &report ) const {
+   if ( !report.health || object >= watches_.size() )
+      return;
+   std::vector<ValueHealth> &values = report.health->values;
+   for ( size_t i = 0; i < values.size() && i < watches_[object].size(); ++i )
+      values[i].last = watches_[object][i].watch.last();
+}
+
 } // namespace Health

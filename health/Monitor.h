@@ -46,6 +46,8 @@ class Monitor {
    Level level() const;
    // Puts what is known of each value and object into a report.
    void describe( BoardReport &report ) const;
+   // Adds the last numbers of each value to the report of one object, which was described.
+   void addLast( size_t object, ObjectReport &report ) const;
 
  private:
    struct Open {

@@ -70,6 +70,7 @@ struct ValueHealth {
    std::optional<BoardFiles::ValueLimits> limits{};
    std::optional<Extreme> lowest{};
    std::optional<Extreme> highest{};
+   std::vector<Extreme> last{}; // the last numbers, oldest first; only where they were asked for
 };
 
 // Of an object: what is wrong with it, and what explains that.

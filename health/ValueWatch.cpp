@@ -17,7 +17,7 @@ std::optional<double> ValueWatch::limitOf( size_t which ) const {
    }
 }
 
-void ValueWatch::known( std::optional<double> value, const Instant &now ) {
+void ValueWatch::known( std::optional<double> value, const Instant &now, double age ) {
    if ( !value ) {
       judge( now );
       return;
@@ -27,6 +27,8 @@ void ValueWatch::known( std::optional<double> value, const Instant &now ) {
       lowest_ = { number, now.wall };
    if ( !highest_ || number > highest_->number )
       highest_ = { number, now.wall };
+   keep( number, now.wall - std::chrono::round<WallTime::duration>(
+                               std::chrono::duration<double>( age ) ) );
    for ( size_t which = 0; which < Count; ++which ) {
       const auto limit = limitOf( which );
       if ( !limit )
@@ -45,6 +47,21 @@ void ValueWatch::known( std::optional<double> value, const Instant &now ) {
          side.counts = false;
    }
    judge( now );
+}
+
+// A reading is judged in every round until the next one comes.
+void ValueWatch::keep( double number, WallTime readAt ) {
+   constexpr auto shortest = std::chrono::milliseconds( 50 ); // between two readings
+   if ( read_ > 0 && readAt < last_[( read_ - 1 ) % kept].at + shortest )
+      return;
+   last_[read_++ % kept] = { number, readAt };
+}
+
+std::vector<Extreme> ValueWatch::last() const {
+   std::vector<Extreme> readings;
+   for ( size_t i = read_ > kept ? read_ - kept : 0; i < read_; ++i )
+      readings.push_back( last_[i % kept] );
+   return readings;
 }
 
 void ValueWatch::judge( const Instant &now ) {

@@ -17,8 +17,8 @@ class ValueWatch {
  public:
    explicit ValueWatch( const BoardFiles::ValueLimits &limits ) : limits_( limits ) {}
 
-   // Nothing where the value is no number.
-   void known( std::optional<double> number, const Instant &now );
+   // Nothing where the value is no number. It was read `age` seconds ago.
+   void known( std::optional<double> number, const Instant &now, double age = 0 );
    void unknown( const Instant &now );
    // Of a latched limit.
    void acknowledge( const Instant &now );
@@ -33,6 +33,9 @@ class ValueWatch {
    // "above the critical limit of 100 °C"; empty when it is good.
    std::string crossed( const std::string &unit ) const;
    ValueHealth health( const std::string &unit ) const;
+   // The last numbers that were read, oldest first.
+   static constexpr size_t kept = 8;
+   std::vector<Extreme> last() const;
 
  private:
    enum Which { LowCritical, LowWarning, HighWarning, HighCritical, Count };
@@ -44,6 +47,7 @@ class ValueWatch {
 
    std::optional<double> limitOf( size_t which ) const;
    void judge( const Instant &now );
+   void keep( double number, WallTime readAt );
    void becomes( Level level, const Instant &now );
 
    BoardFiles::ValueLimits limits_;
@@ -53,6 +57,8 @@ class ValueWatch {
    WallTime since_{};
    uint64_t changes_ = 0;
    std::optional<Extreme> lowest_{}, highest_{};
+   std::array<Extreme, kept> last_{}; // a ring
+   size_t read_ = 0;                  // how many numbers were put into it
 };
 
 } // namespace Health

@@ -42,10 +42,14 @@ Health::Level levelIn( const Json &json ) {
       .value_or( Health::Level::Indeterminate );
 }
 
+Health::Extreme toExtreme( const Json &json ) {
+   return { json.numberOf( "value" ).value_or( 0 ), timeOf( json, "at" ) };
+}
+
 std::optional<Health::Extreme> extremeIn( const Json *json ) {
    if ( !json )
       return {};
-   return Health::Extreme{ json->numberOf( "value" ).value_or( 0 ), timeOf( *json, "at" ) };
+   return toExtreme( *json );
 }
 
 Health::ValueHealth toHealth( const Json &json ) {
@@ -56,6 +60,8 @@ Health::ValueHealth toHealth( const Json &json ) {
                                .crossed = json.textOf( "crossed" ).value_or( "" ),
                                .lowest = extremeIn( json.find( "lowest" ) ),
                                .highest = extremeIn( json.find( "highest" ) ) };
+   for ( const Json &reading : json.elementsOf( "last" ) )
+      health.last.push_back( toExtreme( reading ) );
    if ( const Json *limits = json.find( "limits" ) )
       health.limits =
          BoardFiles::ValueLimits{ .lowCritical = limits->numberOf( "low_critical" ),

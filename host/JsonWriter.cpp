@@ -29,16 +29,20 @@ void write( JsonWriter &json, const Health::ValueHealth &health ) {
       json.member( "crossed", health.crossed );
    if ( health.limits )
       write( json, *health.limits );
-   const auto extreme = [&json]( const char *name, const std::optional<Health::Extreme> &what ) {
-      if ( what )
-         json.key( name )
-            .beginObject()
-            .member( "value", what->number )
-            .member( "at", timeText( what->at ) )
-            .endObject();
+   const auto extreme = [&json]( const Health::Extreme &what ) {
+      json.beginObject().member( "value", what.number ).member( "at", timeText( what.at ) );
+      json.endObject();
    };
-   extreme( "lowest", health.lowest );
-   extreme( "highest", health.highest );
+   if ( health.lowest )
+      extreme( ( json.key( "lowest" ), *health.lowest ) );
+   if ( health.highest )
+      extreme( ( json.key( "highest" ), *health.highest ) );
+   if ( health.last.empty() )
+      return;
+   json.key( "last" ).beginList();
+   for ( const Health::Extreme &reading : health.last )
+      extreme( reading );
+   json.endList();
 }
 
 void write( JsonWriter &json, const Health::Cause &cause ) {

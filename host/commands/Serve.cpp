@@ -37,6 +37,12 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
    const Api api(
       board, serveName( board.folder ),
       { .report = report,
+        .object =
+           [&]( size_t i ) {
+              ObjectReport object = report().at( i );
+              watch.monitor().addLast( i, object );
+              return object;
+           },
         .health = [&] { return healthOf( watch.monitor(), report() ); },
         .ask =
            [&session]( size_t object, const Action &action,

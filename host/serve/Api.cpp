@@ -102,7 +102,7 @@ void Api::handleObject( const Request &request, const std::string &rest,
    else if ( isAction )
       handleAction( request, index, reply );
    else
-      reply( { .json = toJson( source_.report().at( index ) ) } );
+      reply( { .json = toJson( source_.object( index ) ) } );
 }
 
 void Api::handleAction( const Request &request, size_t object, const Reply &reply ) const {

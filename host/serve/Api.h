@@ -36,6 +36,7 @@ class Api {
    // Gives the answers' content.
    struct Source {
       std::function<BoardReport()> report{};
+      std::function<ObjectReport( size_t object )> object{}; // with its last readings
       std::function<HealthReport()> health{};
       std::function<void( size_t object, const Action &, std::function<void( const Reading & )> )>
          ask{};

@@ -217,6 +217,30 @@ TEST( ValueWatchTest, AgreesWithAModelOnARandomWalk ) {
    }
 }
 
+TEST( ValueWatchTest, KeepsTheLastEightNumbersWithTheirTimes ) {
+   ValueWatch watch( four );
+   for ( int second = 1; second <= 10; ++second )
+      watch.known( 20 + second, at( second + 0.25 ), 0.25 );
+   const auto last = watch.last();
+   ASSERT_EQ( last.size(), 8u );
+   EXPECT_EQ( last.front().number, 23 );
+   EXPECT_EQ( last.front().at, at( 3 ).wall );
+   EXPECT_EQ( last.back().number, 30 );
+   EXPECT_EQ( last.back().at, at( 10 ).wall );
+   EXPECT_TRUE( watch.health( "" ).last.empty() ); // only where they are asked for
+}
+
+TEST( ValueWatchTest, KeepsAReadingOnceThatIsJudgedInSeveralRounds ) {
+   ValueWatch watch( four );
+   watch.known( 30, at( 1 ) );
+   watch.known( 30, at( 2 ), 1 );
+   watch.known( 30, at( 3 ), 2.01 );
+   watch.known( {}, at( 3 ) );
+   EXPECT_EQ( watch.last().size(), 1u );
+   watch.known( 30, at( 3.1 ) ); // the same number, read again
+   EXPECT_EQ( watch.last().size(), 2u );
+}
+
 } // namespace
 
 } // namespace ValueWatchTests

@@ -73,14 +73,16 @@ class ApiTest : public ::testing::Test {
    Reading result_{ .name = "set_light_setting" };
    std::string busses_, whyNoBusses_;
    HealthReport health_;
+   const ObjectReport led_{ .name = "led", .type = "led" };
+   ObjectReport psu_{ .name = "psu", .type = "psu" };
    Events events_{ folder_.file( "host.events" ), []( const auto & ) { return true; } };
    const Api api_{ board_,
                    "/b",
                    { .report =
-                        [] {
-                           return BoardReport{ { .name = "led", .type = "led" },
-                                               { .name = "psu", .type = "psu" } };
+                        [this] {
+                           return BoardReport{ led_, psu_ };
                         },
+                     .object = [this]( size_t object ) { return object == 1 ? psu_ : led_; },
                      .health = [this] { return health_; },
                      .ask =
                         [this]( size_t, const Action &action, const auto &answer ) {
@@ -103,6 +105,22 @@ TEST_F( ApiTest, GivesOneObjectAndTheTopology ) {
    const auto object = documented( "GET", "/v1/objects/psu", "", "/v1/objects/{name}" );
    EXPECT_THAT( object.json, HasSubstr( R"({"name":"psu","type":"psu","state":"ok")" ) );
    EXPECT_EQ( documented( "GET", "/v1/topology", "", "/v1/topology" ).json, "[ 5 ]" );
+}
+
+TEST_F( ApiTest, GivesTheLastReadingsOfOneObject ) {
+   const Health::WallTime time( std::chrono::seconds( 1 ) );
+   psu_.values = { { { .name = "temperature", .unit = "°C", .value = 25.5 } } };
+   psu_.health =
+      Health::ObjectHealth{ .values = { { .last = { { 24.5, time }, { 25.5, time } } } } };
+   const auto answer = documented( "GET", "/v1/objects/psu", "", "/v1/objects/{name}" );
+   EXPECT_THAT(
+      answer.json,
+      HasSubstr( R"("last":[{"value":24.5,"at":"1970-01-01T00:00:01.000Z"},{"value":25.5)" ) );
+   const auto board = readBoard( R"({"board":"b","objects":[)" + answer.json + "]}" );
+   ASSERT_TRUE( board );
+   ASSERT_EQ( board->objects[0].health->values[0].last.size(), 2u );
+   EXPECT_EQ( board->objects[0].health->values[0].last[1].number, 25.5 );
+   EXPECT_EQ( stateSchemaFault( R"({"board":"b","objects":[)" + answer.json + "]}" ), "" );
 }
 
 TEST_F( ApiTest, GivesTheLoadsOfTheServersBussesOrWhyThereAreNone ) {
