@@ -55,6 +55,7 @@ ObjectDescription describe( const BoardObject &object, const DriverTable &table,
       description.text = device.text;
       description.chips = places.of( device );
       description.did = device.did->number;
+      description.driver = device.driver;
       description.address = device.address->number;
       const DriverRule &driver = table.drivers.find( device.driver )->second;
       const std::string &fullScale = driver.makes.find( nameOf( *object.kind ) )->second.fullScale;
@@ -88,6 +89,9 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
       if ( simulation && topology )
          checkSimulation( *simulation, *topology, found );
    }
+   ChipRegisters registers;
+   if ( const auto path = folder / "registers.json"; table && std::filesystem::exists( path ) )
+      registers = readRegisters( path, *table, found );
    const bool usable = !hasErrors( found );
    findings.insert( findings.end(), std::make_move_iterator( found.begin() ),
                     std::make_move_iterator( found.end() ) );
@@ -99,7 +103,8 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
                 .server = table->server,
                 .busses =
                    busLoads( *topology, objects->objects, *table,
-                             simulation ? simulation->wires : decltype( simulation->wires )() ) };
+                             simulation ? simulation->wires : decltype( simulation->wires )() ),
+                .registers = std::move( registers ) };
    const ChipPlaces places( *topology );
    for ( const BoardObject &object : objects->objects )
       board.objects.push_back( describe( object, *table, places ) );

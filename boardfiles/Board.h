@@ -5,6 +5,7 @@
 #include "boardfiles/DriverTable.h"
 #include "boardfiles/Finding.h"
 #include "boardfiles/Kind.h"
+#include "boardfiles/RegistersFile.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -24,6 +25,7 @@ struct ObjectDescription {
    uint8_t value = 0;              // of SMBus objects given by a label
    std::string reads{};            // of SMBus objects: "pmbus", the status of a supply; or empty
    std::optional<uint32_t> did{};  // of the driver object that it is made by
+   std::string driver{};           // empty where a label names it
    unsigned address = 0;           // of its chip, seven bits
    double fullScale = 0;           // rpm, a fan's highest; 0 when that isn't known
    HealthKeys health{};            // with the limits of temperature sensors
@@ -42,11 +44,12 @@ struct Board {
    PluginTraces traces{};
    PluginServer server{};
    std::vector<BusLoad> busses{};
+   ChipRegisters registers{}; // of registers.json, where there is one
 };
 
-// Reads topology.json and objects.json in `folder`, simulation.json where there is one, and the
-// plug-in's table of drivers, and reports all that is wrong with them. Nothing when there is an
-// error; warnings leave the board as it is.
+// Reads topology.json and objects.json in `folder`, simulation.json and registers.json where
+// there are such, and the plug-in's table of drivers, and reports all that is wrong with them.
+// Nothing when there is an error; warnings leave the board as it is.
 std::optional<Board> loadBoard( const std::filesystem::path &folder,
                                 const std::filesystem::path &drivers, Findings &findings );
 
