@@ -76,6 +76,16 @@ bool isTrue( const Json &json, const char *key ) {
    return value && value->isTrue();
 }
 
+} // namespace
+
+Reading toReading( const Json &json ) {
+   return { .name = json.textOf( "name" ).value_or( "" ),
+            .unit = json.textOf( "unit" ).value_or( "" ),
+            .state = stateIn( json ),
+            .value = toScalar( json.find( "value" ) ),
+            .fault = toFault( json ) };
+}
+
 Health::Cause toCause( const Json &json ) {
    Health::Cause cause{ .key = json.textOf( "cause" ).value_or( "" ),
                         .object = json.textOf( "object" ).value_or( "" ),
@@ -106,16 +116,6 @@ ObjectReport toObject( const Json &json ) {
          object.health->values.push_back( toHealth( value ) );
    }
    return object;
-}
-
-} // namespace
-
-Reading toReading( const Json &json ) {
-   return { .name = json.textOf( "name" ).value_or( "" ),
-            .unit = json.textOf( "unit" ).value_or( "" ),
-            .state = stateIn( json ),
-            .value = toScalar( json.find( "value" ) ),
-            .fault = toFault( json ) };
 }
 
 std::optional<BoardText> readBoard( const std::string &text ) {

@@ -11,6 +11,9 @@ namespace Host {
 
 // Reads one reading. Its state is unreadable when it is missing or unknown.
 Reading toReading( const BoardFiles::Json &json );
+// One object of a board, and one cause.
+ObjectReport toObject( const BoardFiles::Json &json );
+Health::Cause toCause( const BoardFiles::Json &json );
 
 // The output of toJson(): the board's folder and its objects.
 struct BoardText {

@@ -45,20 +45,6 @@ void write( JsonWriter &json, const Health::ValueHealth &health ) {
    json.endList();
 }
 
-void write( JsonWriter &json, const Health::Cause &cause ) {
-   json.beginObject().member( "cause", cause.key );
-   if ( !cause.object.empty() )
-      json.member( "object", cause.object );
-   if ( !cause.value.empty() )
-      json.member( "value", cause.value );
-   json.member( "level", nameOf( cause.level ) ).member( "words", cause.words );
-   json.member( "since", timeText( cause.since ) ).member( "acknowledged", cause.isAcknowledged );
-   json.member( "hidden", cause.isHidden ).key( "explains" ).beginList();
-   for ( const std::string &object : cause.explains )
-      json.value( object );
-   json.endList().endObject();
-}
-
 } // namespace
 
 JsonWriter &JsonWriter::fault( const Fault &fault ) {
@@ -102,6 +88,20 @@ JsonWriter &JsonWriter::object( const ObjectReport &object ) {
    return endList().endObject();
 }
 
+JsonWriter &JsonWriter::cause( const Health::Cause &cause ) {
+   beginObject().member( "cause", cause.key );
+   if ( !cause.object.empty() )
+      member( "object", cause.object );
+   if ( !cause.value.empty() )
+      member( "value", cause.value );
+   member( "level", nameOf( cause.level ) ).member( "words", cause.words );
+   member( "since", timeText( cause.since ) ).member( "acknowledged", cause.isAcknowledged );
+   member( "hidden", cause.isHidden ).key( "explains" ).beginList();
+   for ( const std::string &object : cause.explains )
+      value( object );
+   return endList().endObject();
+}
+
 std::string toJson( const ObjectReport &object ) {
    JsonWriter json;
    json.object( object );
@@ -123,7 +123,7 @@ std::string toJson( std::string_view board, const HealthReport &report ) {
    json.member( "good", static_cast<int64_t>( report.good ) );
    json.member( "absent", static_cast<int64_t>( report.absent ) ).key( "causes" ).beginList();
    for ( const Health::Cause &cause : report.causes )
-      write( json, cause );
+      json.cause( cause );
    return json.endList().endObject().text();
 }
 

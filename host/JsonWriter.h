@@ -42,6 +42,13 @@ class JsonWriter {
 
    // An object of a board.
    JsonWriter &object( const ObjectReport &object );
+   // What is wrong with it.
+   JsonWriter &cause( const Health::Cause &cause );
+   // A JSON object that is already a text.
+   JsonWriter &raw( std::string_view json ) {
+      writer_.RawValue( json.data(), json.size(), rapidjson::kObjectType );
+      return *this;
+   }
 
    std::string text() const { return { buffer_.GetString(), buffer_.GetSize() }; }
 

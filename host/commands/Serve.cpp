@@ -44,6 +44,18 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
               return object;
            },
         .health = [&] { return healthOf( watch.monitor(), report() ); },
+        .why =
+           [&]( size_t i, std::function<void( const Why & )> ready ) {
+              BoardReport known = report();
+              watch.monitor().addLast( i, known.at( i ) );
+              Why why = whyOf( board, i, known, healthOf( watch.monitor(), known ) );
+              why.board = serveName( board.folder );
+              why.events = events.events( { .object = board.objects[i].name,
+                                            .limit = mostEventsOfWhy,
+                                            .newestFirst = true } );
+              std::reverse( why.events.begin(), why.events.end() );
+              accounts.addTransfers( std::move( why ), std::move( ready ) );
+           },
         .ask =
            [&session]( size_t object, const Action &action,
                        std::function<void( const Reading & )> answer ) {

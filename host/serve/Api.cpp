@@ -3,6 +3,7 @@
 #include "boardfiles/Json.h"
 #include "host/JsonWriter.h"
 #include "host/serve/EventsApi.h"
+#include "host/serve/WhyJson.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -12,6 +13,7 @@ namespace {
 
 constexpr std::string_view objectsPath = "/v1/objects/";
 constexpr std::string_view actionEnd = "/action";
+constexpr std::string_view whyEnd = "/why";
 
 Api::Response wrongMethod( const std::string &allow ) {
    Api::Response response = errorResponse( HttpStatus::methodNotAllowed, "use " + allow );
@@ -88,7 +90,9 @@ void Api::handle( const Request &request, const Reply &reply ) const {
 void Api::handleObject( const Request &request, const std::string &rest,
                         const Reply &reply ) const {
    const bool isAction = rest.ends_with( actionEnd );
-   const std::string name = rest.substr( 0, rest.size() - ( isAction ? actionEnd.size() : 0 ) );
+   const bool isWhy = rest.ends_with( whyEnd );
+   const size_t end = isAction ? actionEnd.size() : isWhy ? whyEnd.size() : 0;
+   const std::string name = rest.substr( 0, rest.size() - end );
    const auto found = std::find_if(
       board_.objects.begin(), board_.objects.end(),
       [&name]( const BoardFiles::ObjectDescription &object ) { return object.name == name; } );
@@ -101,6 +105,8 @@ void Api::handleObject( const Request &request, const std::string &rest,
       reply( wrongMethod( method ) );
    else if ( isAction )
       handleAction( request, index, reply );
+   else if ( isWhy )
+      source_.why( index, [reply]( const Why &why ) { reply( { .json = toJson( why ) } ); } );
    else
       reply( { .json = toJson( source_.object( index ) ) } );
 }

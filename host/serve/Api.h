@@ -5,6 +5,7 @@
 #include "host/State.h"
 #include "host/journal/Journal.h"
 #include "host/plugin/Action.h"
+#include "host/serve/Why.h"
 
 #include <functional>
 #include <optional>
@@ -38,6 +39,8 @@ class Api {
       std::function<BoardReport()> report{};
       std::function<ObjectReport( size_t object )> object{}; // with its last readings
       std::function<HealthReport()> health{};
+      // Calls back once, now or later.
+      std::function<void( size_t object, std::function<void( const Why & )> )> why{};
       std::function<void( size_t object, const Action &, std::function<void( const Reading & )> )>
          ask{};
       // Calls back with JSON, or with the reason why there is none.

@@ -3,6 +3,7 @@
 #include "boardfiles/Json.h"
 #include "host/JsonReader.h"
 #include "host/JsonWriter.h"
+#include "host/serve/WhyJson.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
@@ -63,6 +64,11 @@ std::optional<BoardReport> Client::report( std::string *board ) const {
 std::optional<HealthReport> Client::health() const {
    const auto answer = call( false, "/v1/health", {}, reportLimit );
    return answer ? readHealth( *answer ) : std::nullopt;
+}
+
+std::optional<Why> Client::why( const std::string &object ) const {
+   const auto answer = call( false, "/v1/objects/" + object + "/why", {}, reportLimit );
+   return answer ? readWhy( *answer ) : std::nullopt;
 }
 
 Reading Client::act( const std::string &object, const std::vector<std::string> &words ) const {

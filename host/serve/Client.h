@@ -2,6 +2,7 @@
 
 #include "host/HealthReport.h"
 #include "host/State.h"
+#include "host/serve/Why.h"
 
 #include <chrono>
 #include <filesystem>
@@ -34,6 +35,9 @@ class Client {
 
    // What is wrong with the served board. Nothing without an answer.
    std::optional<HealthReport> health() const;
+
+   // All that is known of one object. Nothing without an answer.
+   std::optional<Why> why( const std::string &object ) const;
 
    // Has an object do something, and returns the result.
    Reading act( const std::string &object, const std::vector<std::string> &words ) const;

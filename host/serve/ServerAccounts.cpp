@@ -2,8 +2,10 @@
 
 #include "smbus/BusLoads.h"
 
+#include <algorithm>
 #include <array>
 #include <boost/asio.hpp>
+#include <fmt/format.h>
 #include <memory>
 #include <sockets/Frames.h>
 #include <sockets/Unreachable.h>
@@ -29,6 +31,22 @@ Health::BusFault faultOf( SmbusControl::ChipLoad::Failure failure ) {
    }
 }
 
+// "1a 00".
+std::string hexOf( const std::string &data ) {
+   std::string text;
+   for ( const char byte : data )
+      text += fmt::format( "{}{:02x}", text.empty() ? "" : " ", static_cast<uint8_t>( byte ) );
+   return text;
+}
+
+PassedTransfer passedOf( const SmbusControl::Transfer &passed, double now ) {
+   return { .place = { passed.bus(), passed.segment(), passed.address() },
+            .age = std::max( 0.0, now - passed.seconds() ),
+            .operation = passed.operation(),
+            .data = hexOf( passed.written() + passed.read() ),
+            .error = passed.error() };
+}
+
 } // namespace
 
 Health::Evidence evidenceOf( const SmbusControl::Response &response ) {
@@ -52,8 +70,10 @@ Health::Evidence evidenceOf( const SmbusControl::Response &response ) {
 // One question, on a connection of its own. It lives as long as it has to call back.
 class ServerAccounts::Question : public std::enable_shared_from_this<Question> {
  public:
-   Question( boost::asio::io_context &loop, std::string path, Ended ended )
-      : path_( std::move( path ) ), socket_( loop ), limit_( loop ), ended_( std::move( ended ) ) {}
+   Question( boost::asio::io_context &loop, std::string path, const SmbusControl::Request &request,
+             Ended ended )
+      : path_( std::move( path ) ), socket_( loop ), limit_( loop ), ended_( std::move( ended ) ),
+        bytes_( Sockets::framed( request ) ) {}
 
    void ask( std::chrono::milliseconds limit ) {
       limit_.expires_after( limit );
@@ -69,9 +89,6 @@ class ServerAccounts::Question : public std::enable_shared_from_this<Question> {
 
  private:
    void send() {
-      SmbusControl::Request request;
-      request.set_load( true );
-      bytes_ = Sockets::framed( request );
       boost::asio::async_write( socket_, boost::asio::buffer( bytes_ ),
                                 [self = shared_from_this()]( const error_code &failure, size_t ) {
                                    self->bytes_.clear();
@@ -115,30 +132,70 @@ class ServerAccounts::Question : public std::enable_shared_from_this<Question> {
    stream_protocol::socket socket_;
    boost::asio::steady_timer limit_;
    Ended ended_;
-   std::string bytes_{};
+   std::string bytes_; // of the request, then of the answer
    std::array<char, 16384> chunk_{};
 };
 
 void ServerAccounts::ask( Answer answer ) const {
-   askFor(
-      [answer = std::move( answer )]( const SmbusControl::Response &response, std::string error ) {
-         answer( error.empty() ? Bus::loadsAsJson( {}, response ) : std::string(),
-                 std::move( error ) );
-      } );
+   SmbusControl::Request request;
+   request.set_load( true );
+   askFor( request, [answer = std::move( answer )]( const SmbusControl::Response &response,
+                                                    std::string error ) {
+      answer( error.empty() ? Bus::loadsAsJson( {}, response ) : std::string(),
+              std::move( error ) );
+   } );
 }
 
 void ServerAccounts::askEvidence( EvidenceAnswer answer ) const {
-   askFor(
-      [answer = std::move( answer )]( const SmbusControl::Response &response, std::string error ) {
-         answer( evidenceOf( response ), std::move( error ) );
+   SmbusControl::Request request;
+   request.set_load( true );
+   askFor( request, [answer = std::move( answer )]( const SmbusControl::Response &response,
+                                                    std::string error ) {
+      answer( evidenceOf( response ), std::move( error ) );
+   } );
+}
+
+void ServerAccounts::askLast( const std::string &bus, LastAnswer answer ) const {
+   SmbusControl::Request request;
+   request.mutable_last()->set_bus( bus );
+   askFor( request, [answer = std::move( answer )]( const SmbusControl::Response &response,
+                                                    std::string error ) {
+      std::vector<PassedTransfer> transfers;
+      for ( const SmbusControl::Transfer &passed : response.passed() )
+         transfers.push_back( passedOf( passed, response.seconds() ) );
+      answer( std::move( transfers ), std::move( error ) );
+   } );
+}
+
+void ServerAccounts::addTransfers( Why why, std::function<void( const Why & )> ready ) const {
+   struct Waiting {
+      Why why;
+      std::vector<PassedTransfer> all{};
+      size_t open;
+   };
+   const auto busses = bussesOf( why.chips );
+   if ( busses.empty() )
+      return ready( why );
+   const auto waiting = std::make_shared<Waiting>( Waiting{ std::move( why ), {}, busses.size() } );
+   for ( const std::string &bus : busses )
+      askLast( bus, [waiting, ready]( const std::vector<PassedTransfer> &transfers,
+                                      const std::string &error ) {
+         waiting->all.insert( waiting->all.end(), transfers.begin(), transfers.end() );
+         if ( !error.empty() )
+            waiting->why.whyNoTransfers = error;
+         if ( --waiting->open > 0 )
+            return;
+         waiting->why.transfers = lastOf( waiting->why.chips, waiting->all );
+         ready( waiting->why );
       } );
 }
 
-void ServerAccounts::askFor( Ended ended ) const {
+void ServerAccounts::askFor( const SmbusControl::Request &request, Ended ended ) const {
    if ( serverSocket_.empty() )
       return ended( {}, "the plug-in's data does not name its server's socket" );
    try {
-      std::make_shared<Question>( loop_, serverSocket_ + ".control", ended )->ask( limit_ );
+      std::make_shared<Question>( loop_, serverSocket_ + ".control", request, ended )
+         ->ask( limit_ );
    } catch ( const boost::system::system_error &wrong ) { // the path can't be that of a socket
       ended( {}, serverSocket_ + ".control: " + wrong.code().message() );
    }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "health/Evidence.h"
+#include "host/serve/Why.h"
 
 #include <boost/asio/io_context.hpp>
 #include <chrono>
@@ -8,8 +9,9 @@
 #include <string>
 
 namespace SmbusControl {
+class Request;
 class Response;
-}
+} // namespace SmbusControl
 
 namespace Host {
 
@@ -31,14 +33,21 @@ class ServerAccounts {
    // What it knows of failures; or why that is not known. Without an error it is all of it.
    using EvidenceAnswer = std::function<void( Health::Evidence evidence, std::string error )>;
 
-   // Both call back once, on the loop. Questions don't wait for each other.
+   // The transfers that it remembers of one bus, in the order of time; or why they are not known.
+   using LastAnswer =
+      std::function<void( std::vector<PassedTransfer> transfers, std::string error )>;
+
+   // All call back once, on the loop. Questions don't wait for each other.
    void ask( Answer answer ) const;
    void askEvidence( EvidenceAnswer answer ) const;
+   void askLast( const std::string &bus, LastAnswer answer ) const;
+   // Adds the last transfers of its chips. `ready` is called once, with all that is known of it.
+   void addTransfers( Why why, std::function<void( const Why & )> ready ) const;
 
  private:
    // The error, or the answer.
    using Ended = std::function<void( const SmbusControl::Response &, std::string error )>;
-   void askFor( Ended ended ) const;
+   void askFor( const SmbusControl::Request &request, Ended ended ) const;
 
    class Question;
    boost::asio::io_context &loop_;

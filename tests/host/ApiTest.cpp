@@ -3,6 +3,7 @@
 
 #include "PrivateFolder.h"
 #include "host/serve/Events.h"
+#include "host/serve/WhyJson.h"
 #include "support/StateSchema.h"
 
 #include <gmock/gmock.h>
@@ -73,6 +74,7 @@ class ApiTest : public ::testing::Test {
    Reading result_{ .name = "set_light_setting" };
    std::string busses_, whyNoBusses_;
    HealthReport health_;
+   Why why_;
    const ObjectReport led_{ .name = "led", .type = "led" };
    ObjectReport psu_{ .name = "psu", .type = "psu" };
    Events events_{ folder_.file( "host.events" ), []( const auto & ) { return true; } };
@@ -84,6 +86,7 @@ class ApiTest : public ::testing::Test {
                         },
                      .object = [this]( size_t object ) { return object == 1 ? psu_ : led_; },
                      .health = [this] { return health_; },
+                     .why = [this]( size_t, const auto &ready ) { ready( why_ ); },
                      .ask =
                         [this]( size_t, const Action &action, const auto &answer ) {
                            asked_ = action;
@@ -151,6 +154,36 @@ TEST_F( ApiTest, TellsWhatIsWrongByItsSchema ) {
    EXPECT_EQ( read->causes[0].key, "psu input lost" );
    EXPECT_EQ( read->causes[0].explains, health_.causes[0].explains );
    EXPECT_EQ( read->level, Health::Level::Critical );
+}
+
+TEST_F( ApiTest, TellsAllOfOneObjectByItsSchema ) {
+   const BoardFiles::ChipPlace place{ "scd(4):1:2", "0x70=1", 0x58 };
+   const Health::WallTime time( std::chrono::seconds( 1 ) );
+   why_ = { .board = "/b",
+            .object = psu_,
+            .chips = { place },
+            .driver = "Pmbus",
+            .did = 21,
+            .on = { "psu-slot" },
+            .chain = { { "psu", Health::Level::Critical, "unreadable" } },
+            .causes = { { .key = "psu input lost", .words = "input undervoltage" } },
+            .neighbours = { { place, { "psu", "psu-fan1" }, false }, { {}, { "led" }, {} } },
+            .transfers = { { place, 1.5, "read of 1 byte", "00", "" },
+                           { place, 0.5, "read of 1 byte", "", "no acknowledge" } },
+            .whyNoTransfers = "no answer in time",
+            .events = { { .id = 7, .time = time, .cause = "psu input lost", .words = "lost" } } };
+   const auto answer = documented( "GET", "/v1/objects/psu/why", "", "/v1/objects/{name}/why" );
+   EXPECT_EQ( answer.status, 200u );
+   EXPECT_EQ( ::schemaFault( answer.json, "why" ), "" );
+   EXPECT_EQ( documented( "GET", "/v1/objects/no/why", "", "/v1/objects/{name}/why" ).status,
+              404u );
+   EXPECT_EQ( ask( "POST", "/v1/objects/psu/why" ).allow, "GET" );
+   const auto read = readWhy( answer.json );
+   ASSERT_TRUE( read );
+   EXPECT_EQ( toJson( *read ), answer.json ); // nothing got lost
+   why_.registers = { { place, "psu-status", "", { { { 0x79, 2, "STATUS_WORD" }, 0x2848, "" } } },
+                      { place, "", "none", {} } };
+   EXPECT_EQ( ::schemaFault( toJson( why_ ), "why" ), "" );
 }
 
 TEST_F( ApiTest, GivesTheEventsInTheOrderOfTime ) {
@@ -289,7 +322,7 @@ TEST_F( ApiTest, IsDocumentedPathByPath ) {
       EXPECT_NE( ask( isPost ? "POST" : "GET", real, body ).status, 404u ) << real;
       EXPECT_EQ( ask( isPost ? "GET" : "POST", real ).status, 405u ) << real;
    }
-   EXPECT_EQ( paths->MemberCount(), 8u );
+   EXPECT_EQ( paths->MemberCount(), 9u );
 }
 
 } // namespace

@@ -66,6 +66,43 @@ TEST_F( ServerAccountsTest, GivesWhatTheServerHasCounted ) {
                                   R"("wireSeconds":0.00144,)" ) );
 }
 
+TEST_F( ServerAccountsTest, AddsTheLastTransfersOfAnObjectsChips ) {
+   SmbusControl::Response response;
+   response.set_seconds( 30 );
+   for ( int second = 1; second <= 20; ++second ) {
+      SmbusControl::Transfer &passed = *response.add_passed();
+      passed.set_seconds( second );
+      passed.set_bus( "scd(4):1:2" );
+      passed.set_segment( second == 20 ? "0x70=2" : "0x70=1" ); // of another segment
+      passed.set_address( second == 19 ? 0x49 : 0x48 );         // of another chip
+      passed.set_operation( "read" );
+      passed.set_read( "\x1A" + std::string( 1, '\0' ) );
+   }
+   answerWith( Sockets::framed( response ) );
+   std::optional<Why> why;
+   ServerAccounts( loop_, path_ )
+      .addTransfers( { .chips = { { "scd(4):1:2", "0x70=1", 0x48 } } },
+                     [&]( const Why &known ) { why = known; } );
+   while ( !why )
+      loop_.run_one();
+   EXPECT_EQ( why->whyNoTransfers, "" );
+   ASSERT_EQ( why->transfers.size(), 8u );
+   EXPECT_EQ( why->transfers.front().age, 19 );
+   EXPECT_EQ( why->transfers.back().age, 12 );
+   EXPECT_EQ( why->transfers.back().data, "1a 00" );
+}
+
+TEST_F( ServerAccountsTest, SaysWhyThereAreNoTransfers ) {
+   std::optional<Why> why;
+   ServerAccounts( loop_, path_ )
+      .addTransfers( { .chips = { { "scd(4):1:2", "", 0x48 } } },
+                     [&]( const Why &known ) { why = known; } );
+   while ( !why )
+      loop_.run_one();
+   EXPECT_THAT( why->whyNoTransfers, HasSubstr( path_ + ".control" ) );
+   EXPECT_TRUE( why->transfers.empty() );
+}
+
 TEST_F( ServerAccountsTest, GivesWhatTheServerKnowsOfFailures ) {
    SmbusControl::Response response;
    SmbusControl::BusLoad &bus = *response.add_bus();
