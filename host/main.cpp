@@ -28,6 +28,8 @@ int run( const Options &options ) {
       return Host::show( *board, options );
    case Options::Command::Health:
       return Host::health( *board, options );
+   case Options::Command::Why:
+      return Host::why( *board, options );
    case Options::Command::Watch:
       return Host::watch( *board, options );
    case Options::Command::Serve:

@@ -18,9 +18,8 @@ constexpr auto programDescription =
    "temperature sensors, the port LEDs, and the pin directions of expanders.\n";
 
 constexpr auto footer =
-   "\nWithout BOARD, or --board for acknowledge, fan, led, xcvr, gpio, smbus and system, the "
-   "board\n"
-   "is that of ORBIS_BOARD.\n"
+   "\nWithout BOARD, or --board for why, acknowledge, fan, led, xcvr, gpio, smbus and system, the\n"
+   "board is that of ORBIS_BOARD.\n"
    "led NAME beacon runs until Ctrl-C, because the program itself makes the LED blink.\n"
    "\nIf serve runs for the board, the other commands send their requests to it; -v shows this.\n"
    "The socket of serve is ORBIS_HOST_SOCKET, or /run/orbis/host.sock.\n"
@@ -90,6 +89,20 @@ void addAction( CLI::App &app, Options &options, BoardFiles::Kind kind, const ch
       boardFromEnvironment( options, "--board" );
       options.command = Options::Command::Act;
       options.kind = kind;
+   } );
+}
+
+void addWhy( CLI::App &app, Options &options ) {
+   CLI::App *sub = app.add_subcommand(
+      "why", "Tell all of one object: where it is, its values, what explains it, its neighbours,\n"
+             "its last transfers and events, and what its chip's registers hold" );
+   sub->fallthrough();
+   addBoard( *sub, options );
+   sub->add_option( "OBJECT", options.object, "The object's name" )->required();
+   sub->add_flag( "--json", options.json, "Print JSON; its schema is boards/why.schema.json" );
+   sub->callback( [&options] {
+      boardFromEnvironment( options, "--board" );
+      options.command = Options::Command::Why;
    } );
 }
 
@@ -183,6 +196,7 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
    health->add_flag( "--perfdata", options.perfdata, "Add all numbers with their limits" );
    health->add_flag( "--json", options.json,
                      "Print JSON; its schema is boards/health.schema.json" );
+   addWhy( app, options );
    CLI::App *watch = addBoardCommand( app, options, Watch, "watch",
                                       "Show every object in every period, until q or Ctrl-C" );
    CLI::App *serve =

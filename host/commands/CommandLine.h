@@ -27,6 +27,7 @@ struct Options {
       Check,
       Show,
       Health,
+      Why,
       Watch,
       Serve,
       Events,

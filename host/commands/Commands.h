@@ -17,6 +17,7 @@ constexpr auto totalLimit = std::chrono::seconds( 30 );
 // Each runs one command and returns the exit code.
 int check( const Options &options );
 int show( const BoardFiles::Board &board, const Options &options );
+int why( const BoardFiles::Board &board, const Options &options );
 int watch( const BoardFiles::Board &board, const Options &options );
 int health( const BoardFiles::Board &board, const Options &options );
 int serve( const BoardFiles::Board &board, const Options &options );

@@ -23,7 +23,6 @@ using boost::asio::local::stream_protocol;
 using boost::beast::error_code;
 
 constexpr std::chrono::seconds reportLimit( 5 );
-constexpr std::chrono::seconds actionLimit( 65 ); // longer than the server's own limit
 
 constexpr uint64_t longestAnswer = 16 * 1024 * 1024;
 
@@ -71,13 +70,14 @@ std::optional<Why> Client::why( const std::string &object ) const {
    return answer ? readWhy( *answer ) : std::nullopt;
 }
 
-Reading Client::act( const std::string &object, const std::vector<std::string> &words ) const {
+Reading Client::act( const std::string &object, const std::vector<std::string> &words,
+                     std::chrono::milliseconds limit ) const {
    JsonWriter body;
    body.beginObject().key( "words" ).beginList();
    for ( const std::string &word : words )
       body.value( word );
    body.endList().endObject();
-   const auto answer = call( true, "/v1/objects/" + object + "/action", body.text(), actionLimit );
+   const auto answer = call( true, "/v1/objects/" + object + "/action", body.text(), limit );
    BoardFiles::Findings findings;
    const auto json = answer ? BoardFiles::parseJson( *answer, "answer", findings ) : std::nullopt;
    if ( !json )

@@ -39,8 +39,9 @@ class Client {
    // All that is known of one object. Nothing without an answer.
    std::optional<Why> why( const std::string &object ) const;
 
-   // Has an object do something, and returns the result.
-   Reading act( const std::string &object, const std::vector<std::string> &words ) const;
+   // Has an object do something, and returns the result. The limit is longer than the server's own.
+   Reading act( const std::string &object, const std::vector<std::string> &words,
+                std::chrono::milliseconds limit = std::chrono::seconds( 65 ) ) const;
 
    const std::filesystem::path &socket() const { return socket_; }
 

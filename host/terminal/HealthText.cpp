@@ -1,6 +1,7 @@
 #include "host/terminal/HealthText.h"
 
 #include "host/Times.h"
+#include "host/terminal/Wrap.h"
 
 #include <fmt/ranges.h>
 
@@ -27,18 +28,6 @@ std::string fine( const HealthReport &health ) {
    if ( health.absent > 0 )
       text += fmt::format( "; {} more are of modules that are not there", health.absent );
    return text;
-}
-
-// At blanks. Lines but the first begin with `indent` blanks.
-void wrap( std::vector<std::string> &lines, std::string text, size_t indent, size_t columns ) {
-   while ( columns > 0 && text.size() > columns ) {
-      const size_t blank = text.rfind( ' ', columns );
-      if ( blank == std::string::npos || blank <= indent )
-         break;
-      lines.push_back( text.substr( 0, blank ) );
-      text = std::string( indent, ' ' ) + text.substr( blank + 1 );
-   }
-   lines.push_back( text );
 }
 
 // Of a unit that the convention has no sign for there is none.

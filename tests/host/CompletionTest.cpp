@@ -42,6 +42,8 @@ TEST_F( CompletionTest, OffersCommandsAndOptions ) {
 
 TEST_F( CompletionTest, OffersTheBoardsObjectsOfTheCommandsType ) {
    EXPECT_THAT( complete( { "fan", "--board", SCRIPTED_BOARD, "p" } ), ElementsAre( "pair" ) );
+   EXPECT_THAT( complete( { "why", "--board", SCRIPTED_BOARD, "p" } ), // of every type
+                UnorderedElementsAre( "pair", "proxy", "psu" ) );
    EXPECT_THAT( complete( { "xcvr", "--board", SCRIPTED_BOARD, "''" } ),
                 ElementsAre( "sfp", "qsfp" ) );
    EXPECT_THAT( complete( { "xcvr", "--board", SCRIPTED_BOARD, "sfp", "reset", "o" } ),
