@@ -1,5 +1,6 @@
 #include "health/Inspection.h"
 
+#include "health/Texts.h"
 #include "health/pmbus/Conditions.h"
 
 #include <fmt/format.h>
@@ -272,8 +273,8 @@ void Inspection::inspectValues( size_t object ) {
          finding.level = watch.level();
          finding.number = numberIn( reading.value );
          finding.limit = watch.limit();
-         finding.words = fmt::format( "{} {} is {}", finding.number.value_or( 0 ), reading.unit,
-                                      watch.crossed( reading.unit ) );
+         finding.words = fmt::format( "{} {} is {}", numberText( finding.number.value_or( 0 ) ),
+                                      reading.unit, watch.crossed( reading.unit ) );
          // That a module was pulled may be seen later than what that does.
          finding.needsTime = links_.on[object].has_value();
          if ( const auto explanation = explanationOfLimit( object ) )
@@ -300,7 +301,8 @@ void Inspection::inspectFollowing( size_t object ) {
                     .object = object,
                     .value = "speed",
                     .level = Level::Critical,
-                    .words = fmt::format( "runs at {} rpm, {} rpm was set", *is, *wanted ),
+                    .words = fmt::format( "runs at {} rpm, {} rpm was set", numberText( *is ),
+                                          numberText( *wanted ) ),
                     .number = is,
                     .limit = wanted,
                     .unit = "rpm" };

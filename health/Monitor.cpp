@@ -1,6 +1,6 @@
 #include "health/Monitor.h"
 
-#include "health/Duration.h"
+#include "health/Texts.h"
 
 #include <fmt/format.h>
 

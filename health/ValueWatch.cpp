@@ -1,5 +1,7 @@
 #include "health/ValueWatch.h"
 
+#include "health/Texts.h"
+
 #include <fmt/format.h>
 
 namespace Health {
@@ -122,7 +124,7 @@ std::string ValueWatch::crossed( const std::string &unit ) const {
          return fmt::format( "{} the {} limit of {} {}",
                              which == LowCritical || which == LowWarning ? "below" : "above",
                              which == LowCritical || which == HighCritical ? "critical" : "warning",
-                             *limitOf( which ), unit );
+                             numberText( *limitOf( which ) ), unit );
    return {};
 }
 

@@ -1,4 +1,4 @@
-#include "health/Duration.h"
+#include "health/Texts.h"
 
 #include <fmt/format.h>
 
@@ -16,6 +16,11 @@ std::string durationText( double seconds ) {
    if ( days == 0 )
       return fmt::format( "{} h {} min", hours, minutes % 60 );
    return fmt::format( "{} d {} h", days, hours % 24 );
+}
+
+std::string numberText( double number ) {
+   return std::abs( number ) < 1000 ? fmt::format( "{:.4g}", number )
+                                    : fmt::format( "{:.0f}", number );
 }
 
 } // namespace Health
