@@ -156,6 +156,11 @@ bool Inspection::isKnown( size_t object, const std::string &value ) const {
    return value.empty() || ( read && read->reading.state == State::Ok );
 }
 
+bool Inspection::isGone( size_t object ) const {
+   const auto module = absentAt( object );
+   return module && !board_.objects[*module].health.wanted;
+}
+
 bool Inspection::isKnownOfSupply( size_t supply ) const {
    for ( size_t i = 0; i < report_.size(); ++i )
       if ( links_.on[i].value_or( i ) == supply && report_[i].find( registers ) )

@@ -53,6 +53,8 @@ class Inspection {
    Reach reach( size_t object ) const { return reach_[object]; }
    // Whether it can be said now that the value is good: it was read. Empty: any of the object.
    bool isKnown( size_t object, const std::string &value ) const;
+   // Whether it is, or is on, a module that isn't there and need not be: it took its faults along.
+   bool isGone( size_t object ) const;
    // Whether the supply's registers were read.
    bool isKnownOfSupply( size_t supply ) const;
 

@@ -119,6 +119,9 @@ void Monitor::tell( const Inspection &inspection, size_t root, const Instant &no
       open.begun = begun;
       open.cause.since = begun.wall;
    }
+   // Who has seen less than this has not seen this.
+   if ( badness( level ) > badness( open.cause.level ) )
+      open.cause.isAcknowledged = false;
    open.kind = finding.kind;
    open.object = finding.object;
    open.members.assign( members.begin(), members.end() );
@@ -152,13 +155,16 @@ bool Monitor::isOver( const Open &open, const Inspection &inspection ) {
    case Finding::Kind::Bus:
    case Finding::Kind::Multiplexer:
    case Finding::Kind::Chip:
-      return std::any_of( open.members.begin(), open.members.end(), [&]( size_t member ) {
-         return inspection.reach( member ) == Reach::Good;
-      } );
+      return std::any_of(
+                open.members.begin(), open.members.end(),
+                [&]( size_t member ) { return inspection.reach( member ) == Reach::Good; } ) ||
+             std::all_of( open.members.begin(), open.members.end(),
+                          [&]( size_t member ) { return inspection.isGone( member ); } );
    case Finding::Kind::Supply:
-      return inspection.isKnownOfSupply( open.object );
+      return inspection.isKnownOfSupply( open.object ) || inspection.isGone( open.object );
    default:
-      return inspection.isKnown( open.object, open.cause.value );
+      return inspection.isKnown( open.object, open.cause.value ) ||
+             inspection.isGone( open.object );
    }
 }
 
@@ -174,15 +180,17 @@ void Monitor::clear( const Inspection &inspection, const Instant &now ) {
          ++at;
          continue;
       }
-      events_.push_back(
-         { .time = now.wall,
-           .what = Event::What::Clear,
-           .cause = open.cause.key,
-           .object = open.cause.object,
-           .value = open.cause.value,
-           .level = Level::Ok,
-           .words = "good again after " + durationText( secondsBetween( open.begun, now ) ),
-           .explains = open.cause.explains } );
+      events_.push_back( { .time = now.wall,
+                           .what = Event::What::Clear,
+                           .cause = open.cause.key,
+                           .object = open.cause.object,
+                           .value = open.cause.value,
+                           .level = Level::Ok,
+                           .words = ( open.object != noObject && inspection.isGone( open.object )
+                                         ? "its module was taken out after "
+                                         : "good again after " ) +
+                                    durationText( secondsBetween( open.begun, now ) ),
+                           .explains = open.cause.explains } );
       at = open_.erase( at );
    }
 }

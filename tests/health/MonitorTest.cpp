@@ -325,6 +325,30 @@ TEST_F( MonitorTest, ARotorThatDoesNotFollowIsAFaultAfterItsTime ) {
    EXPECT_THAT( seconds( 1 ), ElementsAre( "clear fan follows" ) );
 }
 
+TEST_F( MonitorTest, AFaultOfAModuleThatNeedNotBeThereGoesWithTheModule ) {
+   BoardFiles::Board another = board_;
+   another.objects[4].health.wanted = false;
+   another.rules.clear();
+   Monitor monitor( another, 0 );
+   put( "psu", "output_voltage", 5.0 );
+   EXPECT_EQ( monitor.update( report_, {}, {} ).size(), 1u );
+   absent();
+   EXPECT_EQ( monitor.update( report_, {}, {} ).size(), 1u );
+   EXPECT_THAT( monitor.causes(), IsEmpty() );
+   EXPECT_EQ( monitor.level(), Level::Ok );
+}
+
+TEST_F( MonitorTest, WhatGetsWorseHasToBeAcknowledgedAgain ) {
+   put( "front", "temperature", 65.0 );
+   seconds( 1 );
+   EXPECT_TRUE( monitor_.acknowledge( "front temperature limit", {} ) );
+   seconds( 1 );
+   EXPECT_TRUE( monitor_.causes()[0].isAcknowledged );
+   put( "front", "temperature", 75.0 );
+   EXPECT_THAT( seconds( 1 ), ElementsAre( "critical front temperature limit" ) );
+   EXPECT_FALSE( monitor_.causes()[0].isAcknowledged );
+}
+
 TEST_F( MonitorTest, ALatchedLimitStaysUntilItIsAcknowledged ) {
    BoardFiles::Board latched = board_;
    latched.objects[0].health.limits["temperature"].latched = true;
