@@ -92,6 +92,7 @@ void ValueWatch::acknowledge( const Instant &now ) {
 }
 
 void ValueWatch::knows( const BoardFiles::ValueLimits &limits ) {
+   limits_ = ofBoard_; // another device may be there now
    const auto add = []( std::optional<double> &to, const std::optional<double> &from ) {
       if ( !to )
          to = from;
@@ -100,6 +101,9 @@ void ValueWatch::knows( const BoardFiles::ValueLimits &limits ) {
    add( limits_.lowWarning, limits.lowWarning );
    add( limits_.highWarning, limits.highWarning );
    add( limits_.highCritical, limits.highCritical );
+   for ( size_t which = 0; which < Count; ++which )
+      if ( !limitOf( which ) )
+         sides_[which] = {};
 }
 
 void ValueWatch::becomes( Level level, const Instant &now ) {

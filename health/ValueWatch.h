@@ -15,14 +15,15 @@ namespace Health {
 // counted before that still counts when it is known again: nothing gets good because nobody looks.
 class ValueWatch {
  public:
-   explicit ValueWatch( const BoardFiles::ValueLimits &limits ) : limits_( limits ) {}
+   explicit ValueWatch( const BoardFiles::ValueLimits &limits )
+      : ofBoard_( limits ), limits_( limits ) {}
 
    // Nothing where the value is no number. It was read `age` seconds ago.
    void known( std::optional<double> number, const Instant &now, double age = 0 );
    void unknown( const Instant &now );
    // Of a latched limit.
    void acknowledge( const Instant &now );
-   // Limits that the device itself knows. They count where the board's files have none.
+   // All limits that the device itself knows now. They count where the board's files have none.
    void knows( const BoardFiles::ValueLimits &limits );
 
    Level level() const { return level_; }
@@ -50,7 +51,8 @@ class ValueWatch {
    void keep( double number, WallTime readAt );
    void becomes( Level level, const Instant &now );
 
-   BoardFiles::ValueLimits limits_;
+   BoardFiles::ValueLimits ofBoard_;
+   BoardFiles::ValueLimits limits_; // with those of the device
    std::array<Side, Count> sides_{};
    Level level_ = Level::Indeterminate;
    Level alarm_ = Level::Ok;

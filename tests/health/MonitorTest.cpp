@@ -349,6 +349,21 @@ TEST_F( MonitorTest, WhatGetsWorseHasToBeAcknowledgedAgain ) {
    EXPECT_FALSE( monitor_.causes()[0].isAcknowledged );
 }
 
+TEST_F( MonitorTest, TheLimitsOfAModuleGoWithTheModule ) {
+   const auto deviceSays = [&]( double limit ) {
+      monitor_.knows( 6, "output_voltage", { .highCritical = limit } );
+   };
+   seconds( 1 );
+   deviceSays( 13 );
+   absent();
+   seconds( 5 );
+   put( "slot", "presence", std::string( "KP-1100" ) );
+   seconds( 1 );
+   deviceSays( 15 ); // the next module knows better
+   put( "psu", "output_voltage", 14.0 );
+   EXPECT_THAT( seconds( 5 ), IsEmpty() );
+}
+
 TEST_F( MonitorTest, ALatchedLimitStaysUntilItIsAcknowledged ) {
    BoardFiles::Board latched = board_;
    latched.objects[0].health.limits["temperature"].latched = true;
