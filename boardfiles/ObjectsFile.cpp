@@ -107,6 +107,8 @@ class Relations {
          exists( rule.members[i], rule.memberPlaces[i] );
       if ( rule.same.empty() && rule.wanted == 0 )
          report( findings_, rule.place, "has neither \"wanted\" nor \"same\"" );
+      if ( !rule.same.empty() && rule.wanted > 0 )
+         report( findings_, rule.place, "has both \"wanted\" and \"same\": make two rules of it" );
       if ( rule.wanted > rule.members.size() )
          report( findings_, rule.place,
                  fmt::format( "\"wanted\" is {}, but it has {} members", rule.wanted,

@@ -15,7 +15,6 @@ namespace {
 
 constexpr auto presence = "presence";
 constexpr auto target = "target";
-constexpr auto registers = "status_registers";
 
 struct NamedCondition {
    Pmbus::Condition::Kind kind;
@@ -81,7 +80,7 @@ Inspection::Inspection( const BoardFiles::Board &board, const Links &links,
      watches_( watches ), now_( now ), wiring_( board ) {
    findReaches();
    const bool anyFailed = std::find( reach_.begin(), reach_.end(), Reach::Failed ) != reach_.end();
-   if ( anyFailed )
+   if ( hasUnreadable( report ) )
       wiring_.look( reach_, surroundings.evidence ? &*surroundings.evidence : nullptr );
    if ( !surroundings.plugIn.empty() )
       add( { .kind = Finding::Kind::PlugIn,

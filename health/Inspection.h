@@ -49,6 +49,9 @@ class Inspection {
    Inspection( const BoardFiles::Board &board, const Links &links, const BoardReport &report,
                const Surroundings &surroundings, Watches &watches, const Instant &now );
 
+   // The value with what a supply says of itself.
+   static constexpr auto registers = "status_registers";
+
    const Findings &findings() const { return findings_; }
    Reach reach( size_t object ) const { return reach_[object]; }
    // Whether it can be said now that the value is good: it was read. Empty: any of the object.

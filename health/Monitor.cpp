@@ -37,6 +37,9 @@ Monitor::Monitor( const BoardFiles::Board &board, double settle )
 
 std::vector<Event> Monitor::update( const BoardReport &report, const Surroundings &surroundings,
                                     const Instant &now ) {
+   if ( !first_ )
+      first_ = now;
+   isNew_ = secondsBetween( *first_, now ) < settle_;
    const Inspection inspection( board_, links_, report, surroundings, watches_, now );
    const Findings &findings = inspection.findings();
    link( inspection );
@@ -195,6 +198,47 @@ void Monitor::clear( const Inspection &inspection, const Instant &now ) {
    }
 }
 
+void Monitor::resume( const std::vector<Event> &events, const Instant &now ) {
+   const auto numberOf = [this]( const std::string &name ) {
+      for ( size_t i = 0; i < board_.objects.size(); ++i )
+         if ( board_.objects[i].name == name )
+            return i;
+      return noObject;
+   };
+   for ( const Event &event : events ) {
+      if ( event.what == Event::What::Clear ) {
+         open_.erase( event.cause );
+         continue;
+      }
+      if ( event.what == Event::What::Acknowledged ) {
+         if ( const auto known = open_.find( event.cause ); known != open_.end() )
+            known->second.cause.isAcknowledged = true;
+         continue;
+      }
+      const bool isNew = !open_.contains( event.cause );
+      Open &open = open_[event.cause];
+      open.object = numberOf( event.object );
+      open.kind = open.object != noObject ? Finding::Kind::Limit : Finding::Kind::Bus;
+      if ( event.value == Inspection::registers )
+         open.kind = Finding::Kind::Supply;
+      open.members.clear();
+      for ( const std::string &name : event.explains )
+         if ( const size_t member = numberOf( name ); member != noObject )
+            open.members.push_back( member );
+      if ( isNew ) {
+         open.begun = { now.steady - ( now.wall - event.time ), event.time };
+         open.cause.since = event.time;
+      }
+      open.cause.key = event.cause;
+      open.cause.object = event.object;
+      open.cause.value = event.value;
+      open.cause.level = event.level;
+      open.cause.words = event.words;
+      open.cause.isHidden = true;
+      open.cause.explains = event.explains;
+   }
+}
+
 bool Monitor::acknowledge( const std::string &key, const Instant &now ) {
    const auto open = open_.find( key );
    if ( open == open_.end() )
@@ -227,7 +271,8 @@ std::vector<Cause> Monitor::causes() const {
 }
 
 Level Monitor::level() const {
-   Level level = Level::Ok;
+   const bool isUnclear = !first_ || ( isNew_ && !pending_.empty() );
+   Level level = isUnclear ? Level::Indeterminate : Level::Ok;
    for ( const auto &[key, open] : open_ )
       level = worse( level, open.cause.level );
    return level;

@@ -34,6 +34,10 @@ class Monitor {
    // What has changed, in the order of the board; without ids.
    std::vector<Event> update( const BoardReport &report, const Surroundings &surroundings,
                               const Instant &now );
+   // What was open when the last monitor of this board ended, from its events in the order of time.
+   // Each is hidden until it can be seen whether it is still so.
+   void resume( const std::vector<Event> &events, const Instant &now );
+
    // A person has seen it. Returns whether there is such a cause. A latched limit that is good
    // again is gone with the next update.
    bool acknowledge( const std::string &key, const Instant &now );
@@ -43,6 +47,8 @@ class Monitor {
 
    // The worst first, then the oldest.
    std::vector<Cause> causes() const;
+   // The worst of the causes. Indeterminate as long as nothing is known, or something is wrong and
+   // there was no time yet to find out why.
    Level level() const;
    // Puts what is known of each value and object into a report.
    void describe( BoardReport &report ) const;
@@ -69,6 +75,8 @@ class Monitor {
    Watches watches_;
    std::map<std::string, Open> open_{};
    std::map<std::string, Instant> pending_{}; // since when it was found
+   std::optional<Instant> first_{};           // update
+   bool isNew_ = true;                        // it has not lasted as long as settling takes
    // of the last update:
    std::vector<std::vector<size_t>> roots_{}; // of each finding
    std::vector<std::string> causeOf_{};       // by object

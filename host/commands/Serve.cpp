@@ -26,8 +26,21 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
    const double settle = std::max( 3.0, 3 * options.period );
    HealthWatch watch( board, accounts, settle,
                       [&events]( const auto &news ) { events.add( news ); } );
-   events.acknowledgeWith( [&watch]( const std::string &cause ) {
-      return watch.monitor().acknowledge( cause, instantNow() );
+   watch.monitor().resume( events.events( {} ), instantNow() );
+   events.acknowledgeWith( [&]( const std::string &cause ) {
+      const auto causes = watch.monitor().causes();
+      const auto known = std::find_if( causes.begin(), causes.end(),
+                                       [&]( const auto &one ) { return one.key == cause; } );
+      if ( known == causes.end() || !watch.monitor().acknowledge( cause, instantNow() ) )
+         return false;
+      events.add( { { .time = instantNow().wall,
+                      .what = Health::Event::What::Acknowledged,
+                      .cause = cause,
+                      .object = known->object,
+                      .value = known->value,
+                      .level = known->level,
+                      .words = known->words } } );
+      return true;
    } );
    const auto report = [&] {
       BoardReport described = session.report();

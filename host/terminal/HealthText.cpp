@@ -37,7 +37,9 @@ std::string signOf( const std::string &unit ) { return unit == "%" ? unit : ""; 
 
 std::string summaryOf( const HealthReport &health ) {
    if ( health.causes.empty() )
-      return fmt::format( "{}: {}", wordOf( health.level ), fine( health ) );
+      return fmt::format( "{}: {}{}", wordOf( health.level ),
+                          health.level == Health::Level::Ok ? "" : "still looking for the cause; ",
+                          fine( health ) );
    std::vector<std::string> keys;
    for ( const Health::Cause &cause : health.causes )
       keys.push_back( cause.key );

@@ -67,6 +67,10 @@ INSTANTIATE_TEST_SUITE_P(
       WrongKey{ "ARuleWithoutARule", "/12",
                 R"({ "type": "rule", "name": "both", "members": [ "psu" ] })",
                 "has neither \"wanted\" nor \"same\"" },
+      WrongKey{
+         "TwoRulesInOne", "/12",
+         R"({ "type": "rule", "name": "b", "members": [ "psu" ], "wanted": 1, "same": [ "a", "b" ] })",
+         "has both \"wanted\" and \"same\": make two rules of it" },
       WrongKey{ "ARuleWithTheNameOfAnObject", "/12",
                 R"({ "type": "rule", "name": "psu", "members": [ "psu" ], "wanted": 1 })",
                 "another object has this name" } ),

@@ -378,6 +378,52 @@ TEST_F( MonitorTest, ALatchedLimitStaysUntilItIsAcknowledged ) {
    EXPECT_EQ( monitor.level(), Level::Ok );
 }
 
+TEST_F( MonitorTest, WhatIsOpenInTheJournalIsNotToldAgainAndIsClearedOnceItIsGood ) {
+   put( "front", "temperature", 75.0 );
+   fails( { "i2c:1", "", 0x70 }, BusFault::NoAcknowledge );
+   fail( "rear" );
+   std::vector<Event> journal;
+   const auto record = [&]( Monitor &monitor, int second ) {
+      const Instant now{ std::chrono::steady_clock::time_point( std::chrono::seconds( second ) ),
+                         WallTime( std::chrono::seconds( second ) ) };
+      const auto events = monitor.update( report_, around_, now );
+      journal.insert( journal.end(), events.begin(), events.end() );
+      return events.size();
+   };
+   for ( int second = 1; second < 6; ++second )
+      record( monitor_, second );
+   ASSERT_EQ( journal.size(), 2u );
+   Monitor next( board_, 3 );
+   next.resume( journal, { {}, WallTime( std::chrono::seconds( 10 ) ) } );
+   EXPECT_EQ( next.causes().size(), 2u );
+   EXPECT_EQ( next.causes()[0].since, WallTime( std::chrono::seconds( 1 ) ) );
+   for ( int second = 10; second < 16; ++second )
+      EXPECT_EQ( record( next, second ), 0u );
+   put( "front", "temperature", 30.0 );
+   put( "rear", "temperature", 30.0 );
+   EXPECT_EQ( record( next, 17 ), 2u );
+   EXPECT_TRUE( next.causes().empty() );
+   Monitor last( board_, 3 );
+   last.resume( journal, {} );
+   EXPECT_TRUE( last.causes().empty() );
+}
+
+TEST_F( MonitorTest, NothingIsSaidToBeGoodBeforeThereWasTimeToFindOut ) {
+   EXPECT_EQ( monitor_.level(), Level::Indeterminate );
+   fail( "front" );
+   around_.evidence.emplace();
+   seconds( 1 );
+   EXPECT_EQ( monitor_.level(), Level::Indeterminate );
+   seconds( 5 );
+   EXPECT_EQ( monitor_.level(), Level::Warning );
+}
+
+TEST_F( MonitorTest, ASingleValueIsExplainedByTheWiringToo ) {
+   fails( { "i2c:1", "", 0x70 }, BusFault::NoAcknowledge );
+   object( "front" ).values[0].reading.state = State::Unreadable;
+   EXPECT_THAT( seconds( 5 ), ElementsAre( "critical multiplexer 0x70 on i2c:1 silent: front" ) );
+}
+
 TEST_F( MonitorTest, DescribesEachObjectAndValue ) {
    put( "front", "temperature", 75.0 );
    absent();
