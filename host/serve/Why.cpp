@@ -142,6 +142,7 @@ std::vector<PassedTransfer> lastOf( const std::vector<ChipPlace> &chips,
       if ( std::find( chips.begin(), chips.end(), transfer->place ) != chips.end() &&
            ++counts[transfer->place] <= mostTransfersOfWhy )
          last.push_back( *transfer );
+   std::reverse( last.begin(), last.end() );
    std::stable_sort( last.begin(), last.end(),
                      []( const auto &one, const auto &other ) { return one.age > other.age; } );
    return last;

@@ -5,7 +5,9 @@
 #include "host/terminal/Table.h"
 #include "host/terminal/Wrap.h"
 
+#include <algorithm>
 #include <fmt/ranges.h>
+#include <utility>
 
 namespace Host {
 namespace {

@@ -89,6 +89,13 @@ TEST_F( WhyTest, AnObjectThatIsNotReadDoesNotTellWhetherItsChipAnswers ) {
    EXPECT_EQ( why( 0 ).neighbours[0].answers, std::nullopt );
 }
 
+TEST_F( WhyTest, TransfersOfAMomentStayInTheirOrder ) {
+   const auto &chips = board_.objects[supply].chips;
+   const auto last = lastOf( chips, { { chips[0], 1, "first" }, { chips[0], 1, "second" } } );
+   ASSERT_THAT( last, SizeIs( 2 ) );
+   EXPECT_EQ( last[0].operation, "first" );
+}
+
 TEST_F( WhyTest, OnlyRegistersThatMayBeReadAreReadThroughAnObjectOfTheSameChip ) {
    const auto chips = registersOf( board_, slot ); // the supply's driver knows them
    ASSERT_THAT( chips, SizeIs( 1 ) );
