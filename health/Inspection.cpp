@@ -1,10 +1,8 @@
 #include "health/Inspection.h"
 
 #include "health/Texts.h"
-#include "health/pmbus/Conditions.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
@@ -13,23 +11,7 @@ namespace Health {
 
 namespace {
 
-constexpr auto presence = "presence";
 constexpr auto target = "target";
-
-struct NamedCondition {
-   Pmbus::Condition::Kind kind;
-   std::string_view name;
-   bool takesOutput;
-};
-
-constexpr NamedCondition conditionNames[] = {
-   { Pmbus::Condition::Kind::InputLost, "input lost", true },
-   { Pmbus::Condition::Kind::OutputFailed, "output failed", true },
-   { Pmbus::Condition::Kind::OverTemperature, "too hot", false },
-   { Pmbus::Condition::Kind::FanFailed, "fan failed", false },
-   { Pmbus::Condition::Kind::Communication, "communication", false },
-   { Pmbus::Condition::Kind::Other, "fault", false }
-};
 
 std::optional<double> numberIn( const Scalar &value ) {
    if ( const auto *whole = std::get_if<int64_t>( &value ) )
@@ -314,103 +296,6 @@ void Inspection::inspectFollowing( size_t object ) {
    if ( const auto explanation = explanationOfLimit( object ) )
       finding.explainedBy = { *explanation };
    add( finding );
-}
-
-// What a supply says of itself, in the order in which one explains the other. One finding for each
-// kind, with the words of all of that kind.
-void Inspection::inspectSupply( size_t object ) {
-   const ValueReport *read = report_[object].find( registers );
-   const auto *text = read && reach_[object] == Reach::Good && read->reading.state == State::Ok
-                         ? std::get_if<std::string>( &read->reading.value )
-                         : nullptr;
-   if ( !text )
-      return;
-   const size_t supply = links_.on[object].value_or( object );
-   const auto conditions = Pmbus::describe( Pmbus::registersIn( *text ) );
-   for ( const NamedCondition &named : conditionNames ) {
-      std::vector<Pmbus::Condition> own;
-      Finding finding{ .kind = Finding::Kind::Supply,
-                       .key = fmt::format( "{} {}", report_[supply].name, named.name ),
-                       .object = supply,
-                       .value = registers };
-      for ( const Pmbus::Condition &condition : conditions )
-         if ( condition.kind == named.kind && condition.level != Level::Ok ) {
-            own.push_back( condition );
-            if ( condition.level == Level::Critical )
-               finding.level = Level::Critical;
-         }
-      if ( own.empty() )
-         continue;
-      finding.words = Pmbus::sentence( own );
-      if ( const auto dead = supplyOf( supply, dead_ ) )
-         finding.explainedBy = { *dead };
-      const bool isOff = finding.level == Level::Critical;
-      const size_t number = add( std::move( finding ) );
-      if ( named.kind == Pmbus::Condition::Kind::FanFailed )
-         fansFailed_.emplace( supply, number );
-      else if ( named.kind == Pmbus::Condition::Kind::OverTemperature )
-         hot_.emplace( supply, number );
-      else if ( named.takesOutput && isOff )
-         dead_.emplace( supply, number );
-   }
-}
-
-void Inspection::inspectRule( size_t number ) {
-   const BoardFiles::BoardRule &rule = board_.rules[number];
-   Finding finding{ .kind = Finding::Kind::Rule, .key = rule.name };
-   size_t good = 0, unknown = 0;
-   std::map<std::string, std::string> words; // by the word that a member has
-   for ( const size_t member : links_.members[number] ) {
-      bool isBadMember = reach_[member] == Reach::Absent, isUnknown = false;
-      for ( size_t i = 0; i < findings_.size(); ++i ) {
-         const Finding &one = findings_[i];
-         std::optional<size_t> at =
-            one.object == noObject ? std::nullopt : std::optional( one.object );
-         while ( at && *at != member )
-            at = links_.on[*at];
-         if ( !at )
-            continue;
-         const bool isUnread =
-            one.kind == Finding::Kind::Unreadable || one.kind == Finding::Kind::Chip;
-         // A supply that gives power again still tells what has been.
-         const bool isOver = one.kind == Finding::Kind::Supply && one.level != Level::Critical;
-         if ( isOver )
-            continue;
-         if ( isUnread && one.object == member )
-            isUnknown = true;
-         else if ( !isUnread && ( one.object == member || one.level == Level::Critical ) )
-            isBadMember = true;
-         else
-            continue;
-         finding.explainedBy.push_back( i );
-      }
-      good += !isBadMember && !isUnknown;
-      unknown += !isBadMember && isUnknown;
-      const ValueReport *text = report_[member].find( presence );
-      const auto *says = text ? std::get_if<std::string>( &text->reading.value ) : nullptr;
-      for ( const std::string &word : rule.same )
-         if ( says && reach_[member] == Reach::Good && says->find( word ) != std::string::npos )
-            words[word] += ( words[word].empty() ? "" : ", " ) + report_[member].name;
-   }
-   if ( rule.wanted > good ) {
-      const bool isSure = rule.wanted > good + unknown;
-      finding.level = rule.needed > good + unknown ? Level::Critical
-                      : isSure                     ? Level::Warning
-                                                   : Level::Indeterminate;
-      finding.words =
-         fmt::format( "{} of {} wanted, {} good", rule.wanted, rule.members.size(), good );
-      if ( unknown > 0 )
-         finding.words += fmt::format( ", {} not known", unknown );
-      add( finding );
-   }
-   if ( words.size() < 2 )
-      return;
-   std::vector<std::string> parts;
-   for ( const auto &[word, who] : words )
-      parts.push_back( fmt::format( "{}: {}", word, who ) );
-   add( { .kind = Finding::Kind::Rule,
-          .key = rule.name,
-          .words = fmt::format( "not all are the same: {}", fmt::join( parts, "; " ) ) } );
 }
 
 } // namespace Health

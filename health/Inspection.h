@@ -51,6 +51,8 @@ class Inspection {
 
    // The value with what a supply says of itself.
    static constexpr auto registers = "status_registers";
+   // The value of a slot or a cage that tells whether there is a module.
+   static constexpr auto presence = "presence";
 
    const Findings &findings() const { return findings_; }
    Reach reach( size_t object ) const { return reach_[object]; }
