@@ -172,6 +172,8 @@ Finding Wiring::guess( const Place &chip ) const {
       may = fmt::format( "the bus {}, or one of its chips", chip.bus );
       key = "bus " + chip.bus;
       finding.kind = Finding::Kind::Bus;
+   } else if ( areSilent( chip.bus, "", 1 ) ) { // it is the only one there
+      may += fmt::format( ", or the bus {}", chip.bus );
    }
    const auto known = chips_.find( chip );
    if ( finding.kind == Finding::Kind::Chip && known != chips_.end() &&

@@ -274,6 +274,13 @@ TEST_F( MonitorTest, WithoutTheServersWordSeveralCausesAreNamed ) {
                       "tell which)" );
 }
 
+TEST_F( MonitorTest, WithoutTheServersWordTheOnlyChipOfABusMayAlsoBeTheBus ) {
+   fail( "alone" );
+   seconds( 5 );
+   EXPECT_EQ( words_, "can't be read: the chip 0x4b on i2c:3, or the bus i2c:3 (the server doesn't "
+                      "tell which)" );
+}
+
 TEST_F( MonitorTest, WithoutTheServersWordTheMultiplexerIsNamedWhenNothingBehindItAnswers ) {
    fail( "front" );
    fail( "rear" );
