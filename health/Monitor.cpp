@@ -225,6 +225,8 @@ void Monitor::resume( const std::vector<Event> &events, const Instant &now ) {
       for ( const std::string &name : event.explains )
          if ( const size_t member = numberOf( name ); member != noObject )
             open.members.push_back( member );
+      if ( badness( event.level ) > badness( open.cause.level ) )
+         open.cause.isAcknowledged = false;
       if ( isNew ) {
          open.begun = { now.steady - ( now.wall - event.time ), event.time };
          open.cause.since = event.time;

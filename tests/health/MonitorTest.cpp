@@ -415,6 +415,17 @@ TEST_F( MonitorTest, WhatIsOpenInTheJournalIsNotToldAgainAndIsClearedOnceItIsGoo
    EXPECT_TRUE( last.causes().empty() );
 }
 
+TEST_F( MonitorTest, AnAcknowledgementInTheJournalHoldsForWhatWasSeen ) {
+   const auto event = []( Event::What what, Level level ) {
+      return Event{ .what = what, .cause = "front temperature limit", .level = level };
+   };
+   const Event seen = event( Event::What::Acknowledged, Level::Warning );
+   monitor_.resume( { event( Event::What::Set, Level::Warning ), seen }, {} );
+   EXPECT_TRUE( monitor_.causes()[0].isAcknowledged );
+   monitor_.resume( { event( Event::What::Set, Level::Critical ) }, {} );
+   EXPECT_FALSE( monitor_.causes()[0].isAcknowledged );
+}
+
 TEST_F( MonitorTest, NothingIsSaidToBeGoodBeforeThereWasTimeToFindOut ) {
    EXPECT_EQ( monitor_.level(), Level::Indeterminate );
    fail( "front" );
