@@ -28,6 +28,7 @@ bool isPresent( const Json &entry ) {
 SimulatedChip chipIn( const Json &entry ) {
    return { .did = *entry.unsignedOf( "did" ),
             .didPlace = entry.find( "did" )->place(),
+            .secondDid = entry.unsignedOf( "diagnostics" ),
             .name = *entry.textOf( "name" ),
             .kind = *entry.textOf( "chip" ),
             .present = isPresent( entry ),
@@ -41,11 +42,21 @@ SimulatedModule moduleIn( const Json &entry ) {
                            .place = entry.place() };
    for ( const Json &chip : entry.elementsOf( "chips" ) )
       module.chips.emplace_back( chip.toText().value_or( "" ) );
+   if ( const Json *cage = entry.find( "cage" ) )
+      module.cage = { cage->textOf( "chip" ).value_or( "" ), cage->textOf( "name" ).value_or( "" ),
+                      cage->place() };
    for ( const Json &set : entry.elementsOf( "sets" ) )
       module.sets.push_back(
          { set.textOf( "chip" ).value_or( "" ), set.textOf( "quantity" ).value_or( "" ),
            set.numberOf( "in" ).value_or( 0 ), set.numberOf( "out" ).value_or( 0 ), set.place() } );
    return module;
+}
+
+SimulatedFibre fibreIn( const Json &entry ) {
+   const auto ends = entry.elementsOf( "ends" );
+   return { std::string( ends[0].toText().value_or( "" ) ),
+            std::string( ends[1].toText().value_or( "" ) ), entry.numberOf( "loss" ).value_or( 0 ),
+            entry.place() };
 }
 
 void addWires( const Json &entry, SimulationFile &simulation, Findings &findings ) {
@@ -94,6 +105,8 @@ class SimulationCheck {
          checkBus( root.bus );
       for ( const SimulatedModule &module : simulation_.modules )
          checkModule( module );
+      for ( const SimulatedFibre &fibre : simulation_.fibres )
+         checkFibre( fibre );
       for ( const auto &[bus, wires] : simulation_.wires )
          if ( std::none_of( topology_.roots.begin(), topology_.roots.end(),
                             [&id = bus]( const TopologyRoot &root ) { return root.id == id; } ) )
@@ -107,11 +120,16 @@ class SimulationCheck {
    }
 
    void checkDevice( const SimulatedChip &chip ) {
-      const TopologyDevice *device = topology_.byDid( chip.did );
+      checkDid( chip.did, chip.didPlace );
+      if ( chip.secondDid )
+         checkDid( *chip.secondDid, chip.settings.find( "diagnostics" )->place() );
+   }
+
+   void checkDid( uint32_t did, const Place &place ) {
+      const TopologyDevice *device = topology_.byDid( did );
       if ( !device || !device->address )
-         report(
-            findings_, chip.didPlace,
-            fmt::format( "no device of {} has did {} and an address", topology_.path, chip.did ) );
+         report( findings_, place,
+                 fmt::format( "no device of {} has did {} and an address", topology_.path, did ) );
    }
 
    // Whether a mux's device, or another at its place on the bus, has a chip that can be one.
@@ -164,6 +182,24 @@ class SimulationCheck {
       }
       for ( const SimulatedModule::Set &set : module.sets )
          checkQuantity( set );
+      if ( module.cage )
+         checkQuantity( { .chip = module.cage->chip,
+                          .quantity = module.cage->name + " presence",
+                          .place = module.cage->place } );
+   }
+
+   void checkFibre( const SimulatedFibre &fibre ) {
+      for ( const std::string &end : { fibre.one, fibre.other } ) {
+         std::vector<std::string> names;
+         for ( const SimulatedModule &module : simulation_.modules )
+            names.push_back( module.name );
+         if ( std::find( names.begin(), names.end(), end ) == names.end() )
+            report( findings_, fibre.place,
+                    fmt::format( "no module is called {}{}", end, didYouMean( end, names ) ) );
+         else if ( const auto [first, isNew] = fibres_.try_emplace( end, fibre.place ); !isNew )
+            report( findings_, fibre.place,
+                    fmt::format( "{} has a fibre already, at {}", end, toText( first->second ) ) );
+      }
    }
 
    const SimulatedChip *chipNamed( const std::string &name, const Place &place ) {
@@ -207,6 +243,7 @@ class SimulationCheck {
    const TopologyFile &topology_;
    Findings &findings_;
    std::map<std::string, const SimulatedChip *> byName_;
+   std::map<std::string, Place> fibres_; // by their ends
 };
 
 } // namespace
@@ -236,6 +273,8 @@ std::unique_ptr<const SimulationFile> readSimulation( const std::filesystem::pat
       simulation->chips.push_back( chipIn( entry ) );
    for ( const Json &entry : json->elementsOf( "modules" ) )
       simulation->modules.push_back( moduleIn( entry ) );
+   for ( const Json &entry : json->elementsOf( "fibres" ) )
+      simulation->fibres.push_back( fibreIn( entry ) );
    return simulation;
 }
 

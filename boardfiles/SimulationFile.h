@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ class TopologyFile;
 struct SimulatedChip {
    uint32_t did = 0;
    Place didPlace{};
+   std::optional<uint32_t> secondDid{}; // of a chip with a second address
    std::string name{};
    std::string kind{};
    bool present = true;
@@ -32,10 +34,25 @@ struct SimulatedModule {
       double out = 0;
       Place place{};
    };
+   // Where a transceiver is plugged in.
+   struct Cage {
+      std::string chip{};
+      std::string name{};
+      Place place{};
+   };
    std::string name{};
    bool present = true;
    std::vector<std::string> chips{};
+   std::optional<Cage> cage{};
    std::vector<Set> sets{};
+   Place place{};
+};
+
+// Joins two modules, which are named.
+struct SimulatedFibre {
+   std::string one{};
+   std::string other{};
+   double loss = 0; // dB
    Place place{};
 };
 
@@ -51,6 +68,7 @@ struct SimulationFile {
    uint64_t seed = 0;
    std::vector<SimulatedChip> chips{};
    std::vector<SimulatedModule> modules{};
+   std::vector<SimulatedFibre> fibres{};
    std::map<Bus::RootBusId, SimulatedWires> wires{};
    Place chipsPlace{};
 };

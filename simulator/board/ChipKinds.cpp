@@ -3,12 +3,13 @@
 #include "simulator/chips/EMC2305.h"
 #include "simulator/chips/FruImage.h"
 #include "simulator/chips/LM75.h"
-#include "simulator/chips/ModuleImage.h"
 #include "simulator/chips/PCA9506.h"
 #include "simulator/chips/PCA9548.h"
 #include "simulator/chips/PmbusSupply.h"
 #include "simulator/chips/SystemCpld.h"
 #include "simulator/chips/XcvrCpld.h"
+#include "simulator/chips/modules/QsfpModule.h"
+#include "simulator/chips/modules/SfpModule.h"
 
 #include <algorithm>
 #include <stdexcept>

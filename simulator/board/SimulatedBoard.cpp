@@ -1,6 +1,8 @@
 #include "simulator/board/SimulatedBoard.h"
 
 #include "simulator/board/ChipKinds.h"
+#include "simulator/chips/XcvrCpld.h"
+#include "simulator/chips/modules/ModuleChip.h"
 
 #include <fmt/format.h>
 
@@ -41,6 +43,7 @@ SimulatedBoard::SimulatedBoard( const std::string &topologyPath, const std::stri
    seatChips( *simulation );
    joinChannels();
    addModules( *simulation );
+   layFibres( *simulation );
 }
 
 Bus::Busses SimulatedBoard::busses() {
@@ -116,6 +119,10 @@ void SimulatedBoard::seatChips( const BoardFiles::SimulationFile &simulation ) {
          Chip &chip =
             bench_.seat( { makeChip( entry, around ), entry.kind, place.segment, place.address } );
          place.segment->attach( place.address, chip );
+         if ( entry.secondDid ) {
+            const Place &second = seats_.at( *entry.secondDid ).place;
+            second.segment->attach( second.address, chip );
+         }
          if ( const auto *mux = dynamic_cast<const PCA9548 *>( &chip ) )
             muxes_.emplace( place, mux );
       } catch ( const BenchError &error ) {
@@ -143,11 +150,35 @@ void SimulatedBoard::addModules( const BoardFiles::SimulationFile &simulation ) 
                                              fmt::format( "{} can't be set", set.quantity ) );
             module.sets.push_back( { std::move( quantity ), set.in, set.out } );
          }
+         if ( entry.cage )
+            plugIn( module, *entry.cage );
       } catch ( const BenchError &error ) {
          throw BoardFiles::BoardError( entry.place, error.what() );
       }
       bench_.add( std::move( module ) );
    }
+}
+
+void SimulatedBoard::plugIn( Bench::Module &module,
+                             const BoardFiles::SimulatedModule::Cage &cage ) {
+   module.sets.push_back( { bench_.quantity( cage.chip, cage.name + " presence" ), 1, 0 } );
+   auto &cpld = dynamic_cast<XcvrCpld &>( bench_.chip( cage.chip ) );
+   for ( Chip *chip : module.chips )
+      if ( auto *pluggable = dynamic_cast<Pluggable *>( chip ) )
+         cpld.connect( cage.name, *pluggable );
+}
+
+void SimulatedBoard::layFibres( const BoardFiles::SimulationFile &simulation ) {
+   const auto endIn = [&]( const std::string &name, const BoardFiles::Place &place ) -> auto & {
+      for ( const Bench::Module &module : bench_.modules() )
+         for ( Chip *chip : module.chips )
+            if ( auto *end = dynamic_cast<ModuleChip *>( chip ); end && module.name == name )
+               return *end;
+      throw BoardFiles::BoardError( place, fmt::format( "{} has no light", name ) );
+   };
+   for ( const BoardFiles::SimulatedFibre &fibre : simulation.fibres )
+      ModuleChip::join( endIn( fibre.one, fibre.place ), endIn( fibre.other, fibre.place ),
+                        fibre.loss );
 }
 
 } // namespace Simulator

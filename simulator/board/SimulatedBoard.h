@@ -61,6 +61,8 @@ class SimulatedBoard {
    void seatChips( const BoardFiles::SimulationFile & );
    void joinChannels();
    void addModules( const BoardFiles::SimulationFile & );
+   void plugIn( Bench::Module &, const BoardFiles::SimulatedModule::Cage & );
+   void layFibres( const BoardFiles::SimulationFile & );
    void report( const Bus::RootBusId &, const Bus::Transfer &, const SimulatedBus::Result & );
 
    std::vector<std::unique_ptr<BusSegment>> segments_;

@@ -48,6 +48,22 @@ constexpr const char *frame = R"({
          "description": "What can be pulled and inserted as one.",
          "type": "array",
          "items": { "$ref": "#/definitions/module" }
+      },
+      "fibres": {
+         "description": "What carries the light of a module to another one, lane by lane and both ways.",
+         "type": "array",
+         "items": {
+            "type": "object",
+            "required": [ "ends" ],
+            "additionalProperties": false,
+            "properties": {
+               "ends": {
+                  "description": "Names of two modules.",
+                  "type": "array", "minItems": 2, "maxItems": 2, "items": { "type": "string" }
+               },
+               "loss": { "description": "In dB; 0 without it.", "type": "number", "minimum": 0, "maximum": 60 }
+            }
+         }
       }
    },
    "definitions": {
@@ -65,6 +81,16 @@ constexpr const char *frame = R"({
             "name": { "description": "What to pull and insert; unique.", "type": "string", "minLength": 1 },
             "present": { "description": "False: pulled, until it is inserted.", "type": "boolean" },
             "chips": { "description": "Names of the chips in it.", "type": "array", "items": { "type": "string" } },
+            "cage": {
+               "description": "The cage that it is plugged into: its lines go to the module, and show whether one is there.",
+               "type": "object",
+               "required": [ "chip", "name" ],
+               "additionalProperties": false,
+               "properties": {
+                  "chip": { "description": "The name of the CPLD that has the cage's lines.", "type": "string" },
+                  "name": { "description": "The cage's name there: qsfp1, sfp12.", "type": "string" }
+               }
+            },
             "sets": {
                "description": "What the rest of the board sees of it.",
                "type": "array",
@@ -120,6 +146,13 @@ class SchemaWriter {
       return Value( number );
    }
 
+   Value textValues( const std::vector<std::string> &texts ) {
+      Value values( rapidjson::kArrayType );
+      for ( const std::string &text : texts )
+         values.PushBack( textValue( text ), allocator() );
+      return values;
+   }
+
    Value definition( const ChipKind &kind ) {
       Value properties( rapidjson::kObjectType );
       Value required( rapidjson::kArrayType );
@@ -128,9 +161,7 @@ class SchemaWriter {
          required.PushBack( textValue( key ), allocator() );
       }
       Value chip( rapidjson::kObjectType );
-      Value names( rapidjson::kArrayType );
-      names.PushBack( textValue( kind.name ), allocator() );
-      add( chip, "enum", std::move( names ) );
+      add( chip, "enum", textValues( { kind.name } ) );
       add( properties, "chip", std::move( chip ) );
       required.PushBack( textValue( "chip" ), allocator() );
       add( properties, "present", reference( "present" ) );
@@ -138,12 +169,8 @@ class SchemaWriter {
       Value made = objectValue( kind.description, std::move( properties ), std::move( required ) );
       if ( kind.isMultiplexer )
          add( made, "multiplexer", Value( true ) );
-      if ( !kind.settable.empty() ) {
-         Value settable( rapidjson::kArrayType );
-         for ( const std::string &pattern : kind.settable )
-            settable.PushBack( textValue( pattern ), allocator() );
-         add( made, "settable", std::move( settable ) );
-      }
+      if ( !kind.settable.empty() )
+         add( made, "settable", textValues( kind.settable ) );
       return made;
    }
 
@@ -192,6 +219,9 @@ class SchemaWriter {
       case Type::Text:
          add( made, "type", textValue( "string" ) );
          add( made, "maxLength", Value( setting.maxLength ) );
+         break;
+      case Type::Choice:
+         add( made, "enum", textValues( setting.choices ) );
          break;
       case Type::List:
          add( made, "type", textValue( "array" ) );

@@ -32,7 +32,7 @@ void Cycle::count( uint8_t byte ) {
 void Cycle::start( Direction direction ) {
    answering_.clear();
    for ( Chip *chip : reachable_ ) {
-      if ( chip->addressed( direction ) )
+      if ( chip->addressedAt( address_, direction ) )
          answering_.push_back( chip );
    }
    if ( answering_.empty() ) {
@@ -67,7 +67,7 @@ bool Cycle::write( uint8_t byte ) {
 uint8_t Cycle::read() {
    uint8_t byte = 0xFF;
    for ( Chip *chip : answering_ )
-      byte &= chip->read();
+      byte &= chip->faults().allOnes ? 0xFF : chip->read();
    count( byte );
    return byte;
 }

@@ -52,6 +52,8 @@ class Chip {
    // The bus. command() gets the whole command, which has commandBytes() bytes on the bus.
    virtual unsigned commandBytes() const { return 1; }
    virtual bool addressed( Direction ) { return true; }
+   // The same for a chip with several addresses.
+   virtual bool addressedAt( uint8_t, Direction direction ) { return addressed( direction ); }
    virtual bool command( uint32_t ) = 0;
    virtual bool write( uint8_t ) = 0;
    virtual uint8_t read() = 0;

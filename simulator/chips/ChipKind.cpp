@@ -25,6 +25,13 @@ EntryKey text( std::string key, std::string description, unsigned maxLength ) {
             .maxLength = maxLength };
 }
 
+EntryKey choice( std::string key, std::string description, std::vector<std::string> choices ) {
+   return { .key = std::move( key ),
+            .description = std::move( description ),
+            .type = Type::Choice,
+            .choices = std::move( choices ) };
+}
+
 EntryKey list( std::string key, std::string description, EntryKey element, unsigned minItems,
                unsigned maxItems ) {
    return { .key = std::move( key ),

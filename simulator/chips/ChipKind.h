@@ -15,16 +15,17 @@ namespace Simulator {
 
 // A key of a chip's entry, or an element of a list.
 struct EntryKey {
-   enum class Type { Number, Integer, Text, List, Object };
+   enum class Type { Number, Integer, Text, Choice, List, Object };
 
    std::string key{}; // empty for the element of a list
    std::string description{};
    Type type = Type::Number;
    double least = 0; // of a number
    double most = 0;
-   unsigned maxLength = 0;        // of a text, in bytes
-   unsigned minItems = 0;         // of a list
-   unsigned maxItems = 0;         // 0: any number
+   unsigned maxLength = 0; // of a text, in bytes
+   unsigned minItems = 0;  // of a list
+   unsigned maxItems = 0;  // 0: any number
+   std::vector<std::string> choices{};
    std::vector<EntryKey> parts{}; // the one element of a list, the keys of an object
    bool required = true;
 
@@ -38,6 +39,7 @@ struct EntryKey {
 EntryKey number( std::string key, std::string description, double least, double most );
 EntryKey integer( std::string key, std::string description, double least, double most );
 EntryKey text( std::string key, std::string description, unsigned maxLength );
+EntryKey choice( std::string key, std::string description, std::vector<std::string> choices );
 EntryKey list( std::string key, std::string description, EntryKey element, unsigned minItems = 0,
                unsigned maxItems = 0 );
 EntryKey object( std::string key, std::string description, std::vector<EntryKey> keys );
@@ -66,6 +68,9 @@ class ChipEntry {
       return settings_.numberOf( key ).value_or( otherwise );
    }
    std::string text( std::string_view key ) const { return *settings_.textOf( key ); }
+   std::string text( std::string_view key, std::string otherwise ) const {
+      return settings_.textOf( key ).value_or( std::move( otherwise ) );
+   }
    std::vector<unsigned> numbers( std::string_view key ) const; // of a list; none without it
 
    const Surroundings &around;

@@ -16,11 +16,13 @@ uint64_t mixed( uint64_t word ) {
 
 } // namespace
 
+double randomShare( uint64_t seed, uint64_t number ) {
+   const uint64_t word = mixed( mixed( seed ) + number );
+   return static_cast<double>( word >> 11 ) * 0x1p-52 - 1;
+}
+
 double Drift::turningPoint( uint64_t number ) const {
-   if ( number == 0 )
-      return 0;
-   const uint64_t word = mixed( mixed( seed_ ) + number );
-   return amplitude_ * ( static_cast<double>( word >> 11 ) * 0x1p-52 - 1 );
+   return number == 0 ? 0 : amplitude_ * randomShare( seed_, number );
 }
 
 double Drift::at( Bus::Clock::Time time ) const {

@@ -6,6 +6,9 @@
 
 namespace Simulator {
 
+// Between -1 and 1: unrelated for different numbers, the same for the same ones on all machines.
+double randomShare( uint64_t seed, uint64_t number );
+
 // A slow random change around zero: in every period it moves to a new value. The values depend only
 // on the seed, so that a run can be repeated exactly. It starts at zero.
 class Drift {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "smbus/Clock.h"
+
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -18,10 +20,17 @@ struct Faults {
    std::optional<uint8_t> blockCount = {};     // the count that it sends for a block
    std::optional<unsigned> answerSize = {};    // bytes that a read returns, whatever its length
    std::map<uint32_t, uint8_t> corrupted = {}; // by register: bits to invert in its first byte
+   bool allOnes = false;                       // each byte that it sends is 0xFF
+   // Only of transceiver modules:
+   bool badChecksum = false;              // all bits of its checksums are inverted
+   Bus::Clock::Time busyUntil{ 0 };       // until then it does not acknowledge
+   std::optional<uint8_t> stuckPage = {}; // it shows this page, and says so
+   std::optional<uint8_t> wrongPage = {}; // it shows this page, and says that it's the chosen one
 
    bool any() const {
       return nacks || badPec || stuck || slow.count() || blockCount || answerSize ||
-             !corrupted.empty();
+             !corrupted.empty() || allOnes || badChecksum || busyUntil.count() || stuckPage ||
+             wrongPage;
    }
 };
 

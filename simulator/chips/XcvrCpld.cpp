@@ -1,5 +1,7 @@
 #include "simulator/chips/XcvrCpld.h"
 
+#include <stdexcept>
+
 namespace Simulator {
 
 namespace {
@@ -76,14 +78,77 @@ void XcvrCpld::presenceIs( const std::string &cage, bool present ) {
    }
 }
 
+bool XcvrCpld::isActive( const Line &line ) const {
+   const bool activeLow = line.signal == Reset || line.signal == Interrupt;
+   return bool( at( line.address ) & line.mask ) != activeLow;
+}
+
+void XcvrCpld::connect( const std::string &cage, Pluggable &module ) {
+   bool found = false;
+   for ( Line &line : lines_ ) {
+      if ( line.cage != cage )
+         continue;
+      line.modules.push_back( &module );
+      found = true;
+   }
+   if ( !found )
+      throw std::out_of_range( cage );
+   order( cage, module );
+}
+
+// What the registers say to the module in a cage.
+void XcvrCpld::order( const std::string &cage, Pluggable &module ) const {
+   Pluggable::Orders orders;
+   for ( const Line &line : lines_ ) {
+      if ( line.cage != cage || inputs_.contains( line.address ) )
+         continue;
+      bool &wanted = line.signal == Reset    ? orders.reset
+                     : line.signal == LpMode ? orders.lowPower
+                                             : orders.txDisable;
+      wanted = isActive( line );
+   }
+   module.ordersAre( orders );
+}
+
+void XcvrCpld::reset() {
+   Cpld::reset();
+   for ( const Line &line : lines_ )
+      if ( line.signal == Presence )
+         for ( Pluggable *module : line.modules )
+            order( line.cage, *module );
+}
+
+bool XcvrCpld::drives( const Pluggable::Signals &signals, Signal signal ) {
+   return signal == Interrupt ? signals.interrupt
+          : signal == RxLos   ? signals.rxLos
+          : signal == TxFault ? signals.txFault
+                              : false;
+}
+
 uint8_t XcvrCpld::at( uint16_t address ) const {
    const auto input = inputs_.find( address );
-   return input == inputs_.end() ? stored( address ) : input->second;
+   if ( input == inputs_.end() )
+      return stored( address );
+   uint8_t levels = input->second;
+   for ( const Line &line : lines_ ) {
+      if ( line.address != address || line.signal == Presence )
+         continue;
+      for ( Pluggable *module : line.modules )
+         if ( drives( module->signals(), line.signal ) )
+            levels = static_cast<uint8_t>( line.signal == Interrupt ? levels & ~line.mask
+                                                                    : levels | line.mask );
+   }
+   return levels;
 }
 
 void XcvrCpld::store( uint16_t address, uint8_t byte ) {
-   if ( !inputs_.contains( address ) )
-      Cpld::store( address, byte );
+   if ( inputs_.contains( address ) )
+      return;
+   Cpld::store( address, byte );
+   for ( const Line &line : lines_ )
+      if ( line.address == address )
+         for ( Pluggable *module : line.modules )
+            order( line.cage, *module );
 }
 
 std::vector<Quantity> XcvrCpld::quantities() {
@@ -92,9 +157,8 @@ std::vector<Quantity> XcvrCpld::quantities() {
    std::vector<Quantity> all;
    for ( const Line &line : lines_ ) {
       const bool activeLow = line.signal == Reset || line.signal == Interrupt;
-      Quantity quantity{ line.cage + " " + names[line.signal], "", [&line, activeLow, this] {
-                           return bool( at( line.address ) & line.mask ) != activeLow;
-                        } };
+      Quantity quantity{ line.cage + " " + names[line.signal], "",
+                         [&line, this] { return isActive( line ); } };
       if ( line.signal == Presence )
          quantity.set = [&line, this]( double on ) { presenceIs( line.cage, on != 0 ); };
       else if ( inputs_.contains( line.address ) )

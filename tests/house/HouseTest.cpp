@@ -27,7 +27,7 @@ const std::vector<Order> folderOrders{
    { "boardfiles", { "." } },
    { "commandline", { "." } },
    { "health", { ".", "pmbus" } },
-   { "simulator", { "chips", "bus", "board" } },
+   { "simulator", { "chips", "chips/modules", "bus", "board" } },
    { "smbusd",
      { ".", "accounts", "server", "busses/linux", "busses", "record", "routes", "export",
        "control" } },

@@ -66,7 +66,8 @@ TEST_F( BenchTest, HasDifferentValuesForAllReadings ) {
       for ( const Quantity &each : chip->quantities() ) {
          const bool compared = chip->present() && !each.unit.empty() && each.unit != "%" &&
                                each.name != "load" && !each.name.starts_with( "tOs" ) &&
-                               !each.name.starts_with( "tHyst" );
+                               !each.name.starts_with( "tHyst" ) &&
+                               !each.name.ends_with( "attenuation" );
          EXPECT_TRUE( !compared || seen.insert( each.get() ).second )
             << chip->name() << " " << each.name << " is " << each.get() << ", as another reading";
       }
@@ -114,7 +115,7 @@ TEST_F( BenchTest, ShowsATransceiverAtItsCpldAndOnItsOwnBus ) {
       return read( "scd(4):2:0", 0x50, 0, 1 );
    };
    EXPECT_EQ( read( cplds, 0x32, 0x254, 1 ).data, "\x3B" );
-   EXPECT_EQ( identifier().data, "\x0D" );
+   EXPECT_EQ( identifier().data, "\x11" );
    bench.pull( "qsfp1" );
    EXPECT_EQ( read( cplds, 0x32, 0x254, 1 ).data, "\x3A" );
    EXPECT_EQ( identifier().error, noAddressAcknowledge );

@@ -9,11 +9,12 @@ namespace SimulatorTest {
 
 using Bytes = std::vector<int>;
 
-// Writes the command, then reads after a repeated start.
-inline Bytes readFrom( Simulator::Chip &chip, uint32_t command, unsigned count ) {
+// Writes the command, then reads after a repeated start. The address matters to chips with several.
+inline Bytes readFrom( Simulator::Chip &chip, uint32_t command, unsigned count,
+                       uint8_t address = 0x50 ) {
    Bytes bytes;
-   if ( chip.addressed( Simulator::Direction::Write ) && chip.command( command ) &&
-        chip.addressed( Simulator::Direction::Read ) ) {
+   if ( chip.addressedAt( address, Simulator::Direction::Write ) && chip.command( command ) &&
+        chip.addressedAt( address, Simulator::Direction::Read ) ) {
       while ( count-- > 0 )
          bytes.push_back( chip.read() );
    }
@@ -22,9 +23,10 @@ inline Bytes readFrom( Simulator::Chip &chip, uint32_t command, unsigned count )
 }
 
 // Returns how many bytes after the address the chip acknowledges. The command counts as one.
-inline int writeTo( Simulator::Chip &chip, uint32_t command, const Bytes &bytes ) {
+inline int writeTo( Simulator::Chip &chip, uint32_t command, const Bytes &bytes,
+                    uint8_t address = 0x50 ) {
    int acknowledged = 0;
-   if ( chip.addressed( Simulator::Direction::Write ) && chip.command( command ) ) {
+   if ( chip.addressedAt( address, Simulator::Direction::Write ) && chip.command( command ) ) {
       ++acknowledged;
       for ( const int byte : bytes ) {
          if ( !chip.write( static_cast<uint8_t>( byte ) ) )

@@ -32,6 +32,8 @@ std::string sample( const EntryKey &key ) {
       return fmt::format( "{}", key.least );
    case EntryKey::Type::Text:
       return "\"1\"";
+   case EntryKey::Type::Choice:
+      return '"' + key.choices.at( 0 ) + '"';
    case EntryKey::Type::List: {
       std::string elements = sample( key.parts.at( 0 ) );
       for ( unsigned i = 1; i < key.minItems; ++i )

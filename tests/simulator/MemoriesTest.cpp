@@ -1,7 +1,6 @@
-// The 24C02 and its contents: FRU information and the serial ID of transceivers.
+// The 24C02 and its contents.
 #include "BusPins.h"
 #include "simulator/chips/FruImage.h"
-#include "simulator/chips/ModuleImage.h"
 
 #include <gtest/gtest.h>
 
@@ -12,11 +11,6 @@ namespace SimulatorTest {
 namespace {
 
 using namespace Simulator;
-
-std::string text( const EepromImage &image, size_t at, size_t length ) {
-   return { image.begin() + static_cast<long>( at ),
-            image.begin() + static_cast<long>( at + length ) };
-}
 
 unsigned sum( const EepromImage &image, size_t first, size_t last ) {
    return std::accumulate( image.begin() + static_cast<long>( first ),
@@ -66,40 +60,6 @@ TEST( FruImageTest, RefusesTooLongTexts ) {
    EXPECT_THROW( fruImage( { std::string( 64, 'x' ), "", "", "", "", "" } ), std::length_error );
    const std::string most( 63, 'x' );
    EXPECT_THROW( fruImage( { most, most, most, most, "", "" } ), std::length_error );
-}
-
-TEST( ModuleImageTest, HoldsAnSfpsSerialId ) {
-   const EepromImage image = sfpImage( { "Orbis Optics", "SR-10", "A", "S0001", "240229" } );
-   EXPECT_EQ( image[0], 0x03 );
-   EXPECT_EQ( text( image, 20, 16 ), "Orbis Optics    " );
-   EXPECT_EQ( text( image, 40, 16 ), "SR-10           " );
-   EXPECT_EQ( text( image, 56, 4 ), "A   " );
-   EXPECT_EQ( text( image, 68, 16 ), "S0001           " );
-   EXPECT_EQ( text( image, 84, 8 ), "240229  " );
-   EXPECT_EQ( image[60] << 8 | image[61], 850 );
-   EXPECT_EQ( image[16], 8 ); // 80 m of OM2 fibre
-   EXPECT_EQ( image[18], 0 ); // a length of copper, for most readers
-   EXPECT_EQ( image[19], 30 );
-   EXPECT_EQ( image[63], sum( image, 0, 62 ) );
-   EXPECT_EQ( image[95], sum( image, 64, 94 ) );
-}
-
-TEST( ModuleImageTest, HoldsAQsfpsLowerAndUpperPage ) {
-   const EepromImage image = qsfpImage( { "Orbis Optics", "SR4-40", "B", "Q0001", "240301" } );
-   EXPECT_EQ( image[0], 0x0D );
-   EXPECT_EQ( image[128], 0x0D );
-   EXPECT_EQ( image[127], 0x00 );
-   EXPECT_EQ( text( image, 148, 16 ), "Orbis Optics    " );
-   EXPECT_EQ( text( image, 168, 16 ), "SR4-40          " );
-   EXPECT_EQ( text( image, 184, 2 ), "B " );
-   EXPECT_EQ( text( image, 196, 16 ), "Q0001           " );
-   EXPECT_EQ( image[191], sum( image, 128, 190 ) );
-   EXPECT_EQ( image[223], sum( image, 192, 222 ) );
-}
-
-TEST( ModuleImageTest, RefusesATextThatIsLongerThanItsField ) {
-   EXPECT_THROW( sfpImage( { "", "", "ABCDE", "", "" } ), std::length_error );
-   EXPECT_THROW( qsfpImage( { "", "", "ABC", "", "" } ), std::length_error );
 }
 
 } // namespace

@@ -226,7 +226,7 @@ TEST_F( ChipFaultTest, ACorruptedReadingIsShown ) {
 
 TEST_F( ChipFaultTest, AWrongBlockCountReturnsThatNumberOfBytes ) {
    const Words read = { "smbus", "qsfp1-eeprom", "block-read", "0" };
-   EXPECT_EQ( board.host( read ).output.size(), size_t( 0x0d * 3 ) ); // its first byte counts
+   EXPECT_EQ( board.host( read ).output.size(), size_t( 0x11 * 3 ) ); // its first byte counts
    board.smbus( { "sim", "block-count", "qsfp1-eeprom", "3" } );
    EXPECT_EQ( board.host( read ).output.size(), size_t( 3 * 3 ) );
 }

@@ -155,7 +155,7 @@ TEST_F( DrivingTest, GpiosOfEveryCpld ) {
 }
 
 TEST_F( DrivingTest, ProxiesReadAndWriteModules ) {
-   EXPECT_EQ( answer( { "smbus", "qsfp1-eeprom", "read-byte", "0" } ), "0x0d\n" );
+   EXPECT_EQ( answer( { "smbus", "qsfp1-eeprom", "read-byte", "0" } ), "0x11\n" );
    EXPECT_EQ( answer( { "smbus", "sfp1-eeprom", "read-byte", "0" } ), "0x03\n" );
    EXPECT_EQ( answer( { "smbus", "psu1-fru", "i2c-block-read", "0", "8" } ),
               "01 00 00 00 01 00 00 fe\n" ); // the common header of a FRU
