@@ -8,6 +8,7 @@
 #include "simulator/chips/PmbusSupply.h"
 #include "simulator/chips/SystemCpld.h"
 #include "simulator/chips/XcvrCpld.h"
+#include "simulator/chips/modules/CmisModule.h"
 #include "simulator/chips/modules/QsfpModule.h"
 #include "simulator/chips/modules/SfpModule.h"
 
@@ -18,9 +19,9 @@ namespace Simulator {
 
 const std::vector<ChipKind> &chipKinds() {
    static const std::vector<ChipKind> kinds{
-      lm75Kind(),        pca9548Kind(),  emc2305Kind(),    pca9506Kind(),
-      pmbusSupplyKind(), fru24C02Kind(), sfpModuleKind(),  qsfpModuleKind(),
-      qsfpCpldKind(),    sfpCpldKind(),  systemCpldKind(),
+      lm75Kind(),        pca9548Kind(),  emc2305Kind(),   pca9506Kind(),
+      pmbusSupplyKind(), fru24C02Kind(), sfpModuleKind(), qsfpModuleKind(),
+      cmisModuleKind(),  qsfpCpldKind(), sfpCpldKind(),   systemCpldKind(),
    };
    return kinds;
 }
