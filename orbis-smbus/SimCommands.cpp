@@ -140,6 +140,26 @@ void describeNack( CLI::App &sim, Request &request ) {
    } );
 }
 
+void describeModuleFaults( CLI::App &sim, Request &request ) {
+   addFault( sim, request, "bad-checksum", "The checksums of a module are wrong", "sfp1-eeprom" )
+      .callback( [&request] { request.mutable_fault()->set_bad_checksum( true ); } );
+   addNumber( addFault( sim, request, "stuck-page", "A module shows this page, and says so",
+                        "qsfp1-eeprom 3" ),
+              "PAGE", "The page, whichever is chosen", 0, 255,
+              [&request]( uint32_t page ) { request.mutable_fault()->set_stuck_page( page ); } )
+      ->required();
+   addNumber( addFault( sim, request, "wrong-page",
+                        "A module shows this page as if it were the chosen one", "qsfp1-eeprom 3" ),
+              "PAGE", "The page, whichever is chosen", 0, 255,
+              [&request]( uint32_t page ) { request.mutable_fault()->set_wrong_page( page ); } )
+      ->required();
+   addNumber( addFault( sim, request, "busy", "A module does not acknowledge for some time",
+                        "sfp1-eeprom 500" ),
+              "MS", "Milliseconds of the simulation from now on", 0, 60000,
+              [&request]( uint32_t ms ) { request.mutable_fault()->set_busy_ms( ms ); } )
+      ->required();
+}
+
 void describeFaults( CLI::App &sim, Request &request ) {
    describeNack( sim, request );
    addFault( sim, request, "bad-pec", "Packet error codes are wrong, both ways", "psu1" )
@@ -173,6 +193,9 @@ void describeFaults( CLI::App &sim, Request &request ) {
       if ( corruption.mask() == 0 )
          corruption.set_mask( 0xFF );
    } );
+   addFault( sim, request, "all-ones", "Each byte that the chip sends is 0xff", "temp-rear" )
+      .callback( [&request] { request.mutable_fault()->set_all_ones( true ); } );
+   describeModuleFaults( sim, request );
    addText(
       addCommand( sim, "Faults of a chip", "clear", "Remove all faults of a chip", "temp-rear" ),
       "CHIP", "A chip, by the name that list shows",

@@ -1,5 +1,7 @@
 #include "simulator/board/Controls.h"
 
+#include "simulator/chips/modules/ModuleChip.h"
+
 #include <fmt/format.h>
 
 #include <cmath>
@@ -128,7 +130,32 @@ void Controls::addFault( const SmbusControl::Fault &asked ) {
    if ( asked.has_corruption() )
       faults.corrupted[asked.corruption().register_()] =
          static_cast<uint8_t>( within( asked.corruption().mask(), 1, 255, "" ) );
+   if ( asked.has_all_ones() )
+      faults.allOnes = asked.all_ones();
+   if ( asked.has_bad_checksum() || asked.has_stuck_page() || asked.has_wrong_page() ||
+        asked.has_busy_ms() )
+      addModuleFault( asked, chip, faults );
    chip.faultsAre( faults );
+}
+
+void Controls::addModuleFault( const SmbusControl::Fault &asked, const Chip &chip,
+                               Faults &faults ) const {
+   const auto *module = dynamic_cast<const ModuleChip *>( &chip );
+   if ( !module )
+      throw BenchError( fmt::format( "{} is not a transceiver module: it can't be busy, and has "
+                                     "neither pages nor checksums",
+                                     chip.name() ) );
+   if ( ( asked.has_stuck_page() || asked.has_wrong_page() ) && !module->hasPages() )
+      throw BenchError( fmt::format( "{} has no pages to choose from", chip.name() ) );
+   if ( asked.has_bad_checksum() )
+      faults.badChecksum = asked.bad_checksum();
+   if ( asked.has_stuck_page() )
+      faults.stuckPage = static_cast<uint8_t>( within( asked.stuck_page(), 0, 255, "" ) );
+   if ( asked.has_wrong_page() )
+      faults.wrongPage = static_cast<uint8_t>( within( asked.wrong_page(), 0, 255, "" ) );
+   if ( asked.has_busy_ms() )
+      faults.busyUntil = clock_.now() + std::chrono::milliseconds(
+                                           long( within( asked.busy_ms(), 0, 60000, " ms" ) ) );
 }
 
 void Controls::power( SmbusControl::Power power ) {

@@ -19,6 +19,7 @@ class Controls {
    void step( double seconds );
    void describe( SmbusControl::State &, bool whole ) const;
    void addFault( const SmbusControl::Fault & );
+   void addModuleFault( const SmbusControl::Fault &, const Chip &, Faults & ) const;
    void power( SmbusControl::Power );
 
    Bench &bench_;

@@ -84,7 +84,12 @@ TEST_F( SimulationTest, SwitchesFaultsOnAndOff ) {
                                 { "stuck", "temp-front" },
                                 { "slow", "psu1", "5" },
                                 { "block-count", "psu1", "3" },
-                                { "answer-size", "temp-cpu", "2" } } )
+                                { "answer-size", "temp-cpu", "2" },
+                                { "all-ones", "temp-rear" },
+                                { "bad-checksum", "sfp1-eeprom" },
+                                { "stuck-page", "qsfp1-eeprom", "3" },
+                                { "wrong-page", "qsfp2-eeprom", "0x02" },
+                                { "busy", "qsfp4-eeprom", "2000" } } )
       EXPECT_EQ( sim( words ), "0\n" ) << words[0];
    EXPECT_EQ( sim( { "clear", "temp-cpu" } ), "0\n" );
    EXPECT_EQ( run( { "read", "i2c:0:0x48", "0" } ), "0\n0x2f\n" );
@@ -201,6 +206,9 @@ TEST_F( SimulationTest, NamesTheArgumentThatIsWrong ) {
       { { "slow", "psu1", "60001" }, "MS: 60001 is not a number from 0 to 60000" },
       { { "block-count", "psu1", "256" }, "COUNT: 256 is not a number from 0 to 255" },
       { { "answer-size", "psu1", "8193" }, "BYTES: 8193 is not a number from 0 to 8192" },
+      { { "stuck-page", "qsfp1-eeprom", "256" }, "PAGE: 256 is not a number from 0 to 255" },
+      { { "wrong-page", "qsfp1-eeprom" }, "PAGE is required" },
+      { { "busy", "qsfp1-eeprom", "60001" }, "MS: 60001 is not a number from 0 to 60000" },
       { { "corrupt", "psu1", "0", "0" }, "MASK: 0 is not a number from 1 to 255" },
       { { "step", "-1" }, "SECONDS: -1 is not a number from 0 to 31536000" },
       { { "speed", "1000001" }, "N: 1000001 is not a number from 0 to 1000000" },

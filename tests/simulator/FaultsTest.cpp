@@ -112,6 +112,13 @@ TEST_F( FaultsTest, ReturnsAnAnswerOfTheWrongSize ) {
    EXPECT_EQ( temperature().data, std::string( "\x19\x80\x00", 3 ) );
 }
 
+TEST_F( FaultsTest, SendsOnlyOnes ) {
+   thermometer.faultsAre( { .allOnes = true } );
+   EXPECT_EQ( temperature().data, "\xFF\xFF" );
+   supply.faultsAre( { .allOnes = true } );
+   EXPECT_EQ( voutMode().error, "PEC is 0xff, expected 0x72" ); // its packet error code, too
+}
+
 TEST_F( FaultsTest, CorruptsOneRegisterWithoutAnError ) {
    thermometer.faultsAre( { .corrupted = { { 0, 0x80 } } } );
    EXPECT_EQ( temperature().data, "\x99\x80" );
