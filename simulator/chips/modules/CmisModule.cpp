@@ -73,14 +73,13 @@ bool CmisModule::emits( unsigned lane ) const {
    return states_.lane( lane ) == CmisStates::Activated;
 }
 
-void CmisModule::latch() {
+void CmisModule::latch( const Sample &words ) {
    if ( !hasPages() || !isManaged() || !answers() )
       return;
    states_.advance( now() );
    if ( states_.takeModuleChanged() )
       lower_[ModuleFlags] |= moduleStateChanged;
    laneStatus_[LaneFlags] |= states_.takeLanesChanged();
-   const Sample words = freshSample();
    lower_[MonitorFlags] |=
       static_cast<uint8_t>( mirrored( flagsOf( words.celsius, thresholds_, 128, true ) ) |
                             mirrored( flagsOf( words.volts, thresholds_, 136 ) ) << 4 );
@@ -98,7 +97,7 @@ void CmisModule::latchLimits( unsigned at, unsigned lane, unsigned flags ) {
 void CmisModule::latchLane( unsigned lane, const Sample &words ) {
    const auto bit = static_cast<uint8_t>( 1u << lane );
    latchLimits( RxPowerFlags, lane, flagsOf( words.rxPower[lane], thresholds_, 192 ) );
-   if ( loses( lane ) ) {
+   if ( isDark( words.rxPower[lane] ) ) {
       laneStatus_[RxLos] |= bit;
       laneStatus_[RxLossOfLock] |= bit;
    }
@@ -106,7 +105,7 @@ void CmisModule::latchLane( unsigned lane, const Sample &words ) {
       return;
    latchLimits( TxPowerFlags, lane, flagsOf( words.txPower[lane], thresholds_, 176 ) );
    latchLimits( BiasFlags, lane, flagsOf( words.bias[lane], thresholds_, 184 ) );
-   if ( hasFailed( lane ) )
+   if ( isDead( words.txPower[lane] ) )
       laneStatus_[TxFailure] |= bit;
 }
 
@@ -145,16 +144,16 @@ uint8_t CmisModule::lower( uint8_t address ) {
              : address < Supply ? byteOf( sample().celsius )
                                 : byteOf( sample().volts );
    if ( address >= ModuleFlags && address < ModuleFlagsEnd ) {
-      latch();
+      latchSample();
       return std::exchange( lower_[address], uint8_t{ 0 } );
    }
    switch ( address ) {
    case State:
-      latch();
+      latchSample();
       return static_cast<uint8_t>( ( hasPages() ? states_.module() : CmisStates::Ready ) << 1 |
                                    ( raisesInterrupt() ? 0 : interruptDeasserted ) );
    case Summary: {
-      latch();
+      latchSample();
       const auto isSet = [this]( unsigned at ) { return laneStatus_[at] != 0; };
       for ( unsigned at = LaneFlags; at < LaneFlagsEnd; ++at )
          if ( isSet( at ) )
@@ -199,7 +198,7 @@ uint8_t CmisModule::laneMonitor( uint8_t address ) {
 uint8_t CmisModule::laneStatus( uint8_t address ) {
    if ( address >= TxPower && address < LaneMonitorsEnd )
       return laneMonitor( address );
-   latch();
+   latchSample();
    if ( address >= LaneFlags && address < LaneFlagsEnd )
       return std::exchange( laneStatus_[address], uint8_t{ 0 } );
    if ( address < RxValid ) {

@@ -75,13 +75,16 @@ class CmisModule final : public ModuleChip {
    };
 
    void restarted() override;
-   void latch() override;
+   void latch( const Sample & ) override;
    void ordersHaveChanged() override { updateWishes(); }
    bool acknowledges( Time running ) const override { return running >= CmisStates::management; }
    bool emits( unsigned lane ) const override;
    bool raisesInterrupt() override;
    uint8_t at( uint8_t address ) override;
    void store( uint8_t address, uint8_t byte ) override;
+   bool choosesPage( uint8_t address ) const override {
+      return address == BankSelect || address == PageSelect;
+   }
    bool isChecksum( uint8_t address ) const override;
    unsigned biasScale() const override { return product_.biasScale; }
 

@@ -14,8 +14,8 @@ constexpr double failedShare = 0.1;     // of a new laser's power
 
 ModuleChip::ModuleChip( std::string name, const Bus::Clock &clock, const Optics &optics,
                         uint64_t seed )
-   : Chip( std::move( name ) ), clock_( clock ), model_( clock, optics, seed ), start_( forHours ) {
-}
+   : Chip( std::move( name ) ), clock_( clock ), model_( clock_, optics, seed ),
+     start_( forHours ) {}
 
 void ModuleChip::join( ModuleChip &one, ModuleChip &other, double lossDecibels ) {
    one.far_ = &other;
@@ -27,23 +27,29 @@ double ModuleChip::light( unsigned lane ) const {
    return answers() && lane < optics().lanes ? txPower( lane ) : 0;
 }
 
+ModuleModel::Laser ModuleChip::laser( unsigned lane, double celsius ) const {
+   return emits( lane ) ? model_.laser( lane, celsius ) : ModuleModel::Laser{ 0, 0 };
+}
+
 double ModuleChip::rxPower( unsigned lane ) const {
    return model_.received( lane,
                            far_ ? far_->light( lane ) * fibreRatio_ : model_.arriving( lane ) );
 }
 
-bool ModuleChip::loses( unsigned lane ) const {
-   return rxPower( lane ) < optics().rxLimits.lowAlarm * darkerThanAlarm;
+bool ModuleChip::isDark( uint16_t rxPower ) const {
+   return rxPower < powerWord( optics().rxLimits.lowAlarm * darkerThanAlarm );
 }
 
-bool ModuleChip::hasFailed( unsigned lane ) const {
-   return emits( lane ) && model_.txPower( lane ) < optics().txPower * failedShare;
+bool ModuleChip::isDead( uint16_t txPower ) const {
+   return txPower < powerWord( optics().txPower * failedShare );
 }
+
+bool ModuleChip::loses( unsigned lane ) const { return isDark( powerWord( rxPower( lane ) ) ); }
 
 void ModuleChip::latchBothEnds() {
-   latch();
+   latchNow();
    if ( far_ )
-      far_->latch();
+      far_->latchNow();
 }
 
 template <typename Change>
@@ -68,14 +74,15 @@ void ModuleChip::ordersAre( const Orders &orders ) {
 Pluggable::Signals ModuleChip::signals() {
    if ( !answers() )
       return {};
-   latch();
+   const HeldClock::Hold hold( clock_ );
+   latchNow();
    return { raisesInterrupt(), losesSignal(), isFaulty() };
 }
 
 void ModuleChip::restart() {
    start_ = now();
    pointers_ = {};
-   sampled_ = false;
+   sampled_ = latched_ = false;
    restarted();
 }
 
@@ -91,7 +98,7 @@ bool ModuleChip::addressedAt( uint8_t address, Direction direction ) {
 }
 
 bool ModuleChip::addressed( Direction ) {
-   sampled_ = false;
+   sampled_ = latched_ = false;
    return !orders_.reset && now() >= faults().busyUntil && acknowledges( running() );
 }
 
@@ -101,7 +108,11 @@ bool ModuleChip::command( uint32_t address ) {
 }
 
 bool ModuleChip::write( uint8_t byte ) {
-   changing( [&] { store( pointers_[device_]++, byte ); } );
+   const uint8_t address = pointers_[device_]++;
+   if ( choosesPage( address ) ) // nothing else changes
+      store( address, byte );
+   else
+      changing( [&] { store( address, byte ); } );
    return true;
 }
 
@@ -121,11 +132,20 @@ const ModuleChip::Sample &ModuleChip::sample() {
    return sample_;
 }
 
+void ModuleChip::latchSample() {
+   if ( !std::exchange( latched_, true ) )
+      latch( sample() );
+}
+
 ModuleChip::Sample ModuleChip::freshSample() const {
-   Sample fresh{ .celsius = celsiusWord( model_.celsius() ), .volts = voltsWord( model_.volts() ) };
+   const HeldClock::Hold hold( clock_ );
+   const HeldClock::Hold farHold( far_ ? far_->clock_ : clock_ );
+   const double celsius = model_.celsius();
+   Sample fresh{ .celsius = celsiusWord( celsius ), .volts = voltsWord( model_.volts() ) };
    for ( unsigned lane = 0; lane < optics().lanes; ++lane ) {
-      fresh.bias[lane] = biasWord( bias( lane ) / biasScale() );
-      fresh.txPower[lane] = powerWord( txPower( lane ) );
+      const ModuleModel::Laser now = laser( lane, celsius );
+      fresh.bias[lane] = biasWord( now.bias / biasScale() );
+      fresh.txPower[lane] = powerWord( now.power );
       fresh.rxPower[lane] = powerWord( rxPower( lane ) );
    }
    return fresh;

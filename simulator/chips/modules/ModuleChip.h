@@ -2,6 +2,7 @@
 
 #include "simulator/chips/Chip.h"
 #include "simulator/chips/Pluggable.h"
+#include "simulator/chips/modules/HeldClock.h"
 #include "simulator/chips/modules/LaggingSwitch.h"
 #include "simulator/chips/modules/ModuleModel.h"
 
@@ -28,8 +29,8 @@ class ModuleChip : public Chip, public Pluggable {
    // What leaves the connector, in milliwatts.
    double light( unsigned lane ) const;
    double rxPower( unsigned lane ) const;
-   double bias( unsigned lane ) const { return emits( lane ) ? model_.bias( lane ) : 0; }
-   double txPower( unsigned lane ) const { return emits( lane ) ? model_.txPower( lane ) : 0; }
+   double bias( unsigned lane ) const { return laser( lane, model_.celsius() ).bias; }
+   double txPower( unsigned lane ) const { return laser( lane, model_.celsius() ).power; }
 
    void ordersAre( const Orders & ) final;
    Signals signals() final;
@@ -57,7 +58,7 @@ class ModuleChip : public Chip, public Pluggable {
    virtual void restarted() = 0;
    // The flags of what is true now. Between two changes everything moves one way only, so that it
    // is enough to do so before and after a change.
-   virtual void latch() {}
+   virtual void latch( const Sample & ) {}
    virtual void ordersHaveChanged() = 0;
    virtual bool acknowledges( Time running ) const = 0;
    virtual bool emits( unsigned lane ) const = 0;
@@ -66,6 +67,7 @@ class ModuleChip : public Chip, public Pluggable {
    virtual bool isFaulty() const { return false; }
    virtual uint8_t at( uint8_t address ) = 0;
    virtual void store( uint8_t address, uint8_t byte ) = 0;
+   virtual bool choosesPage( uint8_t ) const { return false; }
    virtual bool isChecksum( uint8_t ) const { return false; }
    virtual unsigned biasScale() const { return 1; } // steps of 2 uA
 
@@ -80,8 +82,11 @@ class ModuleChip : public Chip, public Pluggable {
    // The same words all through a transfer.
    const Sample &sample();
    Sample freshSample() const;
-   bool loses( unsigned lane ) const; // its signal
-   bool hasFailed( unsigned lane ) const;
+   bool isDark( uint16_t rxPower ) const; // too dark to be a signal
+   bool isDead( uint16_t txPower ) const; // for a laser that is on
+   bool loses( unsigned lane ) const;     // its signal
+   // The flags of the words that this transfer reads. A byte that it reads twice is still clear.
+   void latchSample();
    // The page that a host gets when it has chosen this one, and what it reads as the choice.
    uint8_t shownPage( uint8_t chosen ) const;
    uint8_t toldPage( uint8_t chosen ) const { return faults().stuckPage.value_or( chosen ); }
@@ -89,10 +94,12 @@ class ModuleChip : public Chip, public Pluggable {
  private:
    template <typename Change>
    void changing( Change );
+   ModuleModel::Laser laser( unsigned lane, double celsius ) const;
+   void latchNow() { latch( freshSample() ); }
    void latchBothEnds();
    void addLane( unsigned lane, std::vector<Quantity> & );
 
-   const Bus::Clock &clock_;
+   mutable HeldClock clock_;
    ModuleModel model_;
    Orders orders_;
    Time start_;
@@ -101,6 +108,7 @@ class ModuleChip : public Chip, public Pluggable {
    unsigned device_ = 0;
    std::array<uint8_t, 2> pointers_{};
    bool sampled_ = false; // in this transfer
+   bool latched_ = false; // in this transfer
    Sample sample_;
 };
 

@@ -42,18 +42,13 @@ double ModuleModel::celsius() const {
 
 double ModuleModel::volts() const { return supply_ + voltsDrift_.at( clock_.now() ); }
 
-double ModuleModel::neededBias( unsigned lane ) const {
-   const double warm = 1 + biasShareADegree * ( celsius() - 45 );
-   return lanes_[lane].bias * warm / std::max( 1 - lanes_[lane].age, 1e-6 );
-}
-
-double ModuleModel::bias( unsigned lane ) const {
-   return std::clamp( neededBias( lane ), 0.0, optics_.bias * mostBias );
-}
-
-double ModuleModel::txPower( unsigned lane ) const {
-   const double share = std::min( 1.0, optics_.bias * mostBias / neededBias( lane ) );
-   return lanes_[lane].txPower * share * ( 1 + lanes_[lane].txDrift.at( clock_.now() ) );
+ModuleModel::Laser ModuleModel::laser( unsigned lane, double celsius ) const {
+   const Lane &its = lanes_[lane];
+   const double warm = 1 + biasShareADegree * ( celsius - 45 );
+   const double needed = its.bias * warm / std::max( 1 - its.age, 1e-6 );
+   const double most = optics_.bias * mostBias;
+   return { std::clamp( needed, 0.0, most ),
+            its.txPower * std::min( 1.0, most / needed ) * ( 1 + its.txDrift.at( clock_.now() ) ) };
 }
 
 double ModuleModel::arriving( unsigned lane ) const {

@@ -39,10 +39,13 @@ class ModuleModel {
 
    double celsius() const;
    double volts() const;
-   // Of a laser that is on. Its control holds the power as long as the current that this takes is
-   // below its limit.
-   double bias( unsigned lane ) const;
-   double txPower( unsigned lane ) const;
+   // A laser that is on, in a case of so many degrees. Its control holds the power as long as the
+   // current that this takes is below its limit.
+   struct Laser {
+      double bias;
+      double power;
+   };
+   Laser laser( unsigned lane, double celsius ) const;
    // What arrives without a fibre, and what is left of light after the connector.
    double arriving( unsigned lane ) const;
    double received( unsigned lane, double milliwatts ) const;
@@ -57,8 +60,6 @@ class ModuleModel {
       Drift txDrift{};
       Drift rxDrift{};
    };
-
-   double neededBias( unsigned lane ) const;
 
    const Bus::Clock &clock_;
    const Optics optics_;

@@ -69,10 +69,9 @@ void QsfpModule::latchNibble( unsigned address, unsigned lane, unsigned flags ) 
    lower_[address + lane / 2] |= static_cast<uint8_t>( lane % 2 ? flags : flags << 4 );
 }
 
-void QsfpModule::latch() {
+void QsfpModule::latch( const Sample &words ) {
    if ( !hasPages() || !isReady() || !answers() )
       return;
-   const Sample words = freshSample();
    lower_[TemperatureFlags] |=
       static_cast<uint8_t>( flagsOf( words.celsius, thresholds_, 128, true ) << 4 );
    lower_[SupplyFlags] |= static_cast<uint8_t>( flagsOf( words.volts, thresholds_, 144 ) << 4 );
@@ -84,7 +83,7 @@ void QsfpModule::latchLanes( const Sample &words ) {
    for ( unsigned lane = 0; lane < optics().lanes; ++lane ) {
       const auto bit = static_cast<uint8_t>( 1u << lane );
       latchNibble( RxPowerFlags, lane, flagsOf( words.rxPower[lane], thresholds_, 176 ) );
-      if ( loses( lane ) ) {
+      if ( isDark( words.rxPower[lane] ) ) {
          lower_[Los] |= bit;
          lower_[LossOfLock] |= bit;
       }
@@ -92,7 +91,7 @@ void QsfpModule::latchLanes( const Sample &words ) {
          continue;
       latchNibble( BiasFlags, lane, flagsOf( words.bias[lane], thresholds_, 184 ) );
       latchNibble( TxPowerFlags, lane, flagsOf( words.txPower[lane], thresholds_, 192 ) );
-      if ( hasFailed( lane ) )
+      if ( isDead( words.txPower[lane] ) )
          lower_[TxFault] |= bit;
    }
 }
@@ -146,7 +145,7 @@ uint8_t QsfpModule::lower( uint8_t address ) {
       return toldPage( page_ );
    if ( address < Status || address >= FlagsEnd )
       return lower_[address];
-   latch();
+   latchSample();
    if ( address > Status )
       return std::exchange( lower_[address], uint8_t{ 0 } );
    const bool interrupts = raisesInterrupt();

@@ -48,13 +48,14 @@ class QsfpModule final : public ModuleChip {
    enum Page : uint8_t { Identification = 0, UserMemory = 2, Thresholds = 3 };
 
    void restarted() override;
-   void latch() override;
+   void latch( const Sample & ) override;
    void ordersHaveChanged() override { updatePower(); }
    bool acknowledges( Time running ) const override;
    bool emits( unsigned lane ) const override;
    bool raisesInterrupt() override;
    uint8_t at( uint8_t address ) override;
    void store( uint8_t address, uint8_t byte ) override;
+   bool choosesPage( uint8_t address ) const override { return address == PageSelect; }
    bool isChecksum( uint8_t address ) const override;
 
    bool isReady() const;

@@ -45,6 +45,8 @@ bool SfpModule::losesSignal() const {
    return hasDiagnostics() && ( running() < sfpStartUp || loses( 0 ) );
 }
 
+bool SfpModule::isFaulty() const { return emits( 0 ) && isDead( powerWord( txPower( 0 ) ) ); }
+
 bool SfpModule::measures() const { return running() >= sfpFirstSample; }
 
 bool SfpModule::isChecksum( uint8_t address ) const {

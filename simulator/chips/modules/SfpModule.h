@@ -28,7 +28,7 @@ class SfpModule final : public ModuleChip {
    bool acknowledges( Time running ) const override;
    bool emits( unsigned lane ) const override;
    bool losesSignal() const override;
-   bool isFaulty() const override { return hasDiagnostics() && hasFailed( 0 ); }
+   bool isFaulty() const override;
    uint8_t at( uint8_t address ) override;
    void store( uint8_t address, uint8_t byte ) override;
    bool isChecksum( uint8_t address ) const override;
