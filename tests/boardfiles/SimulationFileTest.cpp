@@ -152,6 +152,45 @@ TEST_F( SimulationFileTest, HoldsModulesAgainstTheChips ) {
                 ElementsAre( "2:40: the name m is there twice, first at simulation.json:2:23" ) );
 }
 
+TEST_F( SimulationFileTest, HoldsASecondAddressAgainstTheWiring ) {
+   const auto with = [this]( const std::string &diagnostics ) {
+      return checkChips( R"({ "did": 10, "name": "s", "chip": "SfpModule", "media": "10GBASE-SR",
+         "vendor": "v", "partNumber": "p", "revision": "r", "serial": "s", "date": "d",
+         "ambient": 30, "diagnostics": )" +
+                         diagnostics + " }" );
+   };
+   EXPECT_THAT( with( "12" ), IsEmpty() );
+   EXPECT_THAT( with( "99" ),
+                ElementsAre( "3:40: no device of topology.json has did 99 and an address" ) );
+}
+
+TEST_F( SimulationFileTest, HoldsCagesAgainstTheChips ) {
+   const auto with = [this]( const std::string &cage ) {
+      return check( R"({ "chips": [ { "did": 10, "name": "c", "chip": "QsfpCpld" } ],
+"modules": [ { "name": "m", "cage": )" +
+                    cage + " } ] }" );
+   };
+   EXPECT_THAT( with( R"({ "chip": "c", "name": "qsfp1" })" ), IsEmpty() );
+   EXPECT_THAT( with( R"({ "chip": "d", "name": "qsfp1" })" ),
+                ElementsAre( "2:37: no chip is called d (did you mean \"c\"?)" ) );
+   EXPECT_THAT( with( R"({ "chip": "c", "name": "cage1" })" ),
+                ElementsAre( "2:37: c has no quantity \"cage1 presence\" that can be set" ) );
+}
+
+TEST_F( SimulationFileTest, HoldsFibresAgainstTheModules ) {
+   const auto with = [this]( const std::string &fibres ) {
+      return check( "{ \"chips\": [], \"modules\": [ { \"name\": \"m1\" }, { \"name\": \"m2\" }, "
+                    "{ \"name\": \"m3\" } ],\n\"fibres\": [ " +
+                    fibres + " ] }" );
+   };
+   EXPECT_THAT( with( R"({ "ends": [ "m1", "m2" ], "loss": 2.5 })" ), IsEmpty() );
+   EXPECT_THAT( with( R"({ "ends": [ "m1", "mx" ] })" ),
+                ElementsAre( "2:13: no module is called mx (did you mean \"m1\"?)" ) );
+   EXPECT_THAT( with( R"({ "ends": [ "m1", "m2" ] }, { "ends": [ "m3", "m1" ] })" ),
+                ElementsAre( "2:41: m1 has a fibre already, at simulation.json:2:13" ) );
+   EXPECT_THAT( with( R"({ "ends": [ "m1" ] })" ), ElementsAre( ::testing::HasSubstr( "2:" ) ) );
+}
+
 } // namespace
 
 } // namespace BoardFilesTest
