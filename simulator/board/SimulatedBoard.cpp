@@ -174,11 +174,16 @@ void SimulatedBoard::layFibres( const BoardFiles::SimulationFile &simulation ) {
          for ( Chip *chip : module.chips )
             if ( auto *end = dynamic_cast<ModuleChip *>( chip ); end && module.name == name )
                return *end;
-      throw BoardFiles::BoardError( place, fmt::format( "{} has no light", name ) );
+      throw BoardFiles::BoardError(
+         place, fmt::format( "module {} has no transceiver that a fibre could be put into; name "
+                             "another module, or add the chip to its \"chips\"",
+                             name ) );
    };
-   for ( const BoardFiles::SimulatedFibre &fibre : simulation.fibres )
-      ModuleChip::join( endIn( fibre.one, fibre.place ), endIn( fibre.other, fibre.place ),
-                        fibre.loss );
+   for ( const BoardFiles::SimulatedFibre &fibre : simulation.fibres ) {
+      ModuleChip &one = endIn( fibre.one, fibre.place );
+      ModuleChip &other = endIn( fibre.other, fibre.place );
+      ModuleChip::join( one, other, fibre.loss );
+   }
 }
 
 } // namespace Simulator

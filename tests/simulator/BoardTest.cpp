@@ -170,6 +170,14 @@ TEST_F( BoardTest, NamesTextsThatAChipHasNoRoomFor ) {
    EXPECT_THAT( complaintOnChips( chip + " }" ), HasSubstr( "simulation.json:1:14: " ) );
 }
 
+TEST_F( BoardTest, NamesAFibreToAModuleWithoutTransceiver ) {
+   simulation = R"({ "chips": [ { "did": 10, "name": "t", "chip": "LM75", "temperature": 1 } ],
+"modules": [ { "name": "m1", "chips": [ "t" ] }, { "name": "m2" } ],
+"fibres": [ { "ends": [ "m1", "m2" ] } ] })";
+   EXPECT_EQ( complaint(), "simulation.json:3:13: module m1 has no transceiver that a fibre could "
+                           "be put into; name another module, or add the chip to its \"chips\"" );
+}
+
 TEST_F( BoardTest, HasTheSchemaThatTheChipsDescribe ) {
    std::ifstream stream( BOARDS "/simulation.schema.json" );
    const std::string text{ std::istreambuf_iterator<char>( stream ), {} };

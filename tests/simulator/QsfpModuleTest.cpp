@@ -230,6 +230,7 @@ TEST_F( QsfpModuleTest, IsSilentInResetAndStartsAnewAfterIt ) {
    writeTo( sr4, 86, { 0x0F } );
    writeTo( sr4, 104, { 0xF0 } );
    writeTo( sr4, 127, { 0x03 } );
+   writeTo( sr4, 242, { 0xFF } ); // masks of a lane
    sr4.ordersAre( { .reset = true } );
    clock.advance( 10s );
    EXPECT_FALSE( answers( sr4 ) );
@@ -243,6 +244,7 @@ TEST_F( QsfpModuleTest, IsSilentInResetAndStartsAnewAfterIt ) {
    EXPECT_EQ( byteOf( sr4, 86 ), 0x00 );
    EXPECT_EQ( byteOf( sr4, 104 ), 0x00 );
    EXPECT_EQ( byteOf( sr4, 127 ), 0x00 );
+   EXPECT_EQ( page( sr4, 0x03, 242, 1 ), Bytes{ 0x00 } );
    EXPECT_GT( wordOf( sr4, 50 ), 8000 );
 }
 
