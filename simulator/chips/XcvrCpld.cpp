@@ -85,10 +85,10 @@ bool XcvrCpld::isActive( const Line &line ) const {
 
 void XcvrCpld::connect( const std::string &cage, Pluggable &module ) {
    bool found = false;
-   for ( Line &line : lines_ ) {
+   for ( const Line &line : lines_ ) {
       if ( line.cage != cage )
          continue;
-      line.modules.push_back( &module );
+      connections_.emplace( line.address, Connection{ &line, &module } );
       found = true;
    }
    if ( !found )
@@ -112,10 +112,9 @@ void XcvrCpld::order( const std::string &cage, Pluggable &module ) const {
 
 void XcvrCpld::reset() {
    Cpld::reset();
-   for ( const Line &line : lines_ )
-      if ( line.signal == Presence )
-         for ( Pluggable *module : line.modules )
-            order( line.cage, *module );
+   for ( const auto &[address, connection] : connections_ )
+      if ( connection.line->signal == Presence ) // once for each module
+         order( connection.line->cage, *connection.module );
 }
 
 bool XcvrCpld::drives( const Pluggable::Signals &signals, Signal signal ) {
@@ -130,13 +129,12 @@ uint8_t XcvrCpld::at( uint16_t address ) const {
    if ( input == inputs_.end() )
       return stored( address );
    uint8_t levels = input->second;
-   for ( const Line &line : lines_ ) {
-      if ( line.address != address || line.signal == Presence )
-         continue;
-      for ( Pluggable *module : line.modules )
-         if ( drives( module->signals(), line.signal ) )
-            levels = static_cast<uint8_t>( line.signal == Interrupt ? levels & ~line.mask
-                                                                    : levels | line.mask );
+   const auto [begin, end] = connections_.equal_range( address );
+   for ( auto each = begin; each != end; ++each ) {
+      const auto &[line, module] = each->second;
+      if ( line->signal != Presence && drives( module->signals(), line->signal ) )
+         levels = static_cast<uint8_t>( line->signal == Interrupt ? levels & ~line->mask
+                                                                  : levels | line->mask );
    }
    return levels;
 }
@@ -145,10 +143,9 @@ void XcvrCpld::store( uint16_t address, uint8_t byte ) {
    if ( inputs_.contains( address ) )
       return;
    Cpld::store( address, byte );
-   for ( const Line &line : lines_ )
-      if ( line.address == address )
-         for ( Pluggable *module : line.modules )
-            order( line.cage, *module );
+   const auto [begin, end] = connections_.equal_range( address );
+   for ( auto each = begin; each != end; ++each )
+      order( each->second.line->cage, *each->second.module );
 }
 
 std::vector<Quantity> XcvrCpld::quantities() {

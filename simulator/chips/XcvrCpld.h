@@ -42,7 +42,10 @@ class XcvrCpld final : public Cpld {
       Signal signal;
       uint16_t address;
       uint8_t mask;
-      std::vector<Pluggable *> modules{}; // at the other end
+   };
+   struct Connection {
+      const Line *line;
+      Pluggable *module; // at its other end
    };
 
    static Registers powerOnOf( const Groups &, Registers scratch );
@@ -56,7 +59,8 @@ class XcvrCpld final : public Cpld {
    void store( uint16_t address, uint8_t byte ) override;
    uint8_t at( uint16_t address ) const override;
 
-   std::vector<Line> lines_;
+   std::vector<Line> lines_;                         // complete from the start on
+   std::multimap<uint16_t, Connection> connections_; // by the register of the line
    Registers inputs_; // levels of the lines from the cages, whatever the modules drive
 };
 

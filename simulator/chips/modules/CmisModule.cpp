@@ -74,7 +74,7 @@ bool CmisModule::emits( unsigned lane ) const {
 }
 
 void CmisModule::latch( const Sample &words ) {
-   if ( !hasPages() || !isManaged() || !answers() )
+   if ( !isManaged() )
       return;
    states_.advance( now() );
    if ( states_.takeModuleChanged() )

@@ -46,6 +46,11 @@ bool ModuleChip::isDead( uint16_t txPower ) const {
 
 bool ModuleChip::loses( unsigned lane ) const { return isDark( powerWord( rxPower( lane ) ) ); }
 
+void ModuleChip::latchNow() {
+   if ( hasPages() && answers() )
+      latch( freshSample() );
+}
+
 void ModuleChip::latchBothEnds() {
    latchNow();
    if ( far_ )
@@ -133,7 +138,7 @@ const ModuleChip::Sample &ModuleChip::sample() {
 }
 
 void ModuleChip::latchSample() {
-   if ( !std::exchange( latched_, true ) )
+   if ( hasPages() && !std::exchange( latched_, true ) )
       latch( sample() );
 }
 

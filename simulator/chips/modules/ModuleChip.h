@@ -22,8 +22,7 @@ class ModuleChip : public Chip, public Pluggable {
    ModuleModel &model() { return model_; }
    // A fibre. Both modules outlive what is done with either.
    static void join( ModuleChip &, ModuleChip &, double lossDecibels );
-   bool isJoined() const { return far_; }
-   // Whether there are pages to choose from.
+   // Whether there are pages to choose from, and flags that stay set.
    virtual bool hasPages() const { return false; }
 
    // What leaves the connector, in milliwatts.
@@ -56,8 +55,8 @@ class ModuleChip : public Chip, public Pluggable {
 
    // The module begins anew: its settings are those after power-on.
    virtual void restarted() = 0;
-   // The flags of what is true now. Between two changes everything moves one way only, so that it
-   // is enough to do so before and after a change.
+   // Sets the flags of what is true now. Between two changes everything moves one way only, so that
+   // it is enough to do so before and after a change.
    virtual void latch( const Sample & ) {}
    virtual void ordersHaveChanged() = 0;
    virtual bool acknowledges( Time running ) const = 0;
@@ -95,7 +94,7 @@ class ModuleChip : public Chip, public Pluggable {
    template <typename Change>
    void changing( Change );
    ModuleModel::Laser laser( unsigned lane, double celsius ) const;
-   void latchNow() { latch( freshSample() ); }
+   void latchNow();
    void latchBothEnds();
    void addLane( unsigned lane, std::vector<Quantity> & );
 

@@ -15,7 +15,7 @@ constexpr uint8_t flatMemory = 0x04, noInterrupt = 0x02, dataNotReady = 0x01; //
 constexpr uint8_t powerOverride = 0x01, powerSet = 0x02;
 
 // Page 03h.
-constexpr uint8_t firstLaneControl = 224, laneMasks = 242, laneMasksEnd = 248;
+constexpr uint8_t firstLaneControl = 224, laneMasks = 242;
 
 } // namespace
 
@@ -70,7 +70,7 @@ void QsfpModule::latchNibble( unsigned address, unsigned lane, unsigned flags ) 
 }
 
 void QsfpModule::latch( const Sample &words ) {
-   if ( !hasPages() || !isReady() || !answers() )
+   if ( !isReady() )
       return;
    lower_[TemperatureFlags] |=
       static_cast<uint8_t>( flagsOf( words.celsius, thresholds_, 128, true ) << 4 );
