@@ -1,6 +1,7 @@
 #include "simulator/chips/modules/CmisModule.h"
 #include "ManualClock.h"
 #include "ModulePins.h"
+#include "simulator/chips/modules/ModuleKeys.h"
 
 #include <gtest/gtest.h>
 
@@ -14,12 +15,12 @@ using namespace std::chrono_literals;
 class CmisModuleTest : public ::testing::Test {
  protected:
    CmisModule make( std::string_view media ) {
-      for ( const CmisProduct &each : cmisProducts() )
-         if ( each.media == media )
-            return {
-               "u1", clock, each, { "Orbis Optics", "DD-400", "B", "D0001", "240301" }, 3, 9
-            };
-      throw std::out_of_range( std::string( media ) );
+      return { "u1",
+               clock,
+               productOf( cmisProducts(), media ),
+               { "Orbis Optics", "DD-400", "B", "D0001", "240301" },
+               3,
+               9 };
    }
    static void choose( CmisModule &module, int page, int bank = 0 ) {
       writeTo( module, 126, { bank, page } );

@@ -1,6 +1,7 @@
 #include "simulator/chips/modules/QsfpModule.h"
 #include "ManualClock.h"
 #include "ModulePins.h"
+#include "simulator/chips/modules/ModuleKeys.h"
 
 #include <gtest/gtest.h>
 
@@ -14,12 +15,12 @@ using namespace std::chrono_literals;
 class QsfpModuleTest : public ::testing::Test {
  protected:
    QsfpModule make( std::string_view media ) {
-      for ( const QsfpProduct &each : qsfpProducts() )
-         if ( each.media == media )
-            return {
-               "u1", clock, each, { "Orbis Optics", "SR4-100", "B", "Q0001", "240301" }, 3, 7
-            };
-      throw std::out_of_range( std::string( media ) );
+      return { "u1",
+               clock,
+               productOf( qsfpProducts(), media ),
+               { "Orbis Optics", "SR4-100", "B", "Q0001", "240301" },
+               3,
+               7 };
    }
    Bytes page( QsfpModule &module, int number, unsigned at, unsigned count ) {
       writeTo( module, 127, { number } );

@@ -1,6 +1,7 @@
 #include "simulator/chips/modules/SfpModule.h"
 #include "ManualClock.h"
 #include "ModulePins.h"
+#include "simulator/chips/modules/ModuleKeys.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,20 +19,13 @@ using Calibration = SfpCalibration::Kind;
 
 constexpr uint8_t a2 = 0x51;
 
-const SfpProduct &product( std::string_view media ) {
-   for ( const SfpProduct &each : sfpProducts() )
-      if ( each.media == media )
-         return each;
-   throw std::out_of_range( std::string( media ) );
-}
-
 class SfpModuleTest : public ::testing::Test {
  protected:
    SfpModule make( const char *media, Calibration calibration = Calibration::Internal,
                    uint64_t seed = 5 ) {
       return { "u1",
                clock,
-               product( media ),
+               productOf( sfpProducts(), media ),
                { "Orbis Optics", "SR-10", "A", "S0001", "240229" },
                calibration,
                3,

@@ -5,6 +5,8 @@
 #include "simulator/chips/modules/Fields.h"
 #include "simulator/chips/modules/ModuleChip.h"
 
+#include <stdexcept>
+
 namespace Simulator {
 
 std::vector<EntryKey> moduleKeys( std::vector<std::string> media, unsigned revisionBytes );
