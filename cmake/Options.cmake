@@ -1,5 +1,6 @@
 # Compiler options of every target.
 option( ORBIS_BENCH "Build the benchmarks" ON )
+option( ORBIS_FUZZ "Build the libFuzzer targets, which needs clang" OFF )
 set( ORBIS_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=" )
 
 set( CMAKE_CXX_STANDARD 20 )
