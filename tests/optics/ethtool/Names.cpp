@@ -1,0 +1,158 @@
+// Names of ethtool's beside ours.
+#include "Comparison.h"
+
+namespace OpticsTest {
+
+namespace {
+
+const std::map<std::string, std::string> &names() {
+   static const std::map<std::string, std::string> all{
+      // identifiers
+      { "SFP", "SFP/SFP+/SFP28" },
+      { "module soldered to motherboard", "soldered to the board" },
+      { "QSFP-DD Double Density 8X Pluggable Transceiver (INF-8628)", "QSFP-DD" },
+      { "OSFP 8X Pluggable Transceiver", "OSFP" },
+      // connectors
+      { "unknown or unspecified", "unknown" },
+      { "Fibre Channel Style 1 copper", "Fibre Channel style 1 copper" },
+      { "Fibre Channel Style 2 copper", "Fibre Channel style 2 copper" },
+      { "Fibre Channel coaxial headers", "Fibre Channel coax" },
+      { "FibreJack", "Fiber Jack" },
+      { "Optical pigtail", "optical pigtail" },
+      { "MPO Parallel Optic", "MPO 1x12" },
+      { "MPO Parallel Optic - 2x16", "MPO 2x16" },
+      { "Copper pigtail", "copper pigtail" },
+      { "No separable connector", "no separable connector" },
+      { "CS optical connector", "CS" },
+      { "Mini CS optical connector", "SN" },
+      // encodings
+      { "SONET Scrambled", "SONET scrambled" },
+      { "(256B/257B (transcoded FEC-enabled data)", "256B/257B" },
+      // rate identifiers
+      { "4/2/1G Rate_Select & AS0/AS1", "SFF-8079, 4/2/1G" },
+      { "8/4/2G Rx Rate_Select only", "SFF-8431, 8/4/2G, receiver only" },
+      { "8/4/2G Tx Rate_Select only", "SFF-8431, 8/4/2G, transmitter only" },
+      // technologies
+      { "Others/Undefined", "other" },
+      { "Copper cable unequalized", "copper cable, passive, not equalized" },
+      { "Copper cable, unequalized", "copper cable, passive, not equalized" },
+      { "Copper cable passive equalized", "copper cable, passive, equalized" },
+      { "Copper cable, passive equalized", "copper cable, passive, equalized" },
+      { "Copper cable, near and far end limiting active equalizers",
+        "copper cable, active, limiting at both ends" },
+      { "Copper cable, far end limiting active equalizers",
+        "copper cable, active, limiting at the far end" },
+      { "Copper cable, near end limiting active equalizers",
+        "copper cable, active, limiting at the near end" },
+      { "Copper cable, linear active equalizers", "copper cable, active, linear" },
+      // states of CMIS
+      { "ModuleLowPwr", "low power" },
+      { "ModulePwrUp", "powering up" },
+      { "ModuleReady", "ready" },
+      { "ModulePwrDn", "powering down" },
+      { "ModuleFault", "fault" },
+      { "No fault detected / not supported", "not told" },
+      { "Data memory corrupted", "data memory" },
+      { "Program memory corrupted", "program memory" },
+      // revisions
+      { "SFF-8436 Rev 4.8 or earlier", "8436 4.8 or older" },
+      { "SFF-8636 Rev 1.3 or earlier", "8636 1.3" },
+      { "SFF-8636 Rev 1.4", "8636 1.4" },
+      { "SFF-8636 Rev 1.5", "8636 1.5" },
+      { "SFF-8636 Rev 2.0", "8636 2.0" },
+      { "SFF-8636 Rev 2.5/2.6/2.7", "8636 2.5 to 2.7" },
+      { "Revision not specified", "" },
+      // options of SFF-8472
+      { "RX_LOS implemented", "rx loss of signal" },
+      { "RX_LOS implemented, inverted", "rx loss of signal, inverted" },
+      { "TX_FAULT implemented", "tx fault" },
+      { "TX_DISABLE implemented", "tx disable" },
+      { "RATE_SELECT implemented", "rate select" },
+      { "Tunable transmitter technology", "tunable transmitter" },
+      { "Receiver decision threshold implemented", "receiver decision threshold" },
+      { "Linear receiver output implemented", "linear receiver output" },
+      { "Cooled transceiver implemented", "cooled transmitter" },
+      { "Retimer or CDR implemented", "clock recovery" },
+      { "Paging implemented", "pages at A2h" },
+      // compliance
+      { "10G Ethernet: 10G Base-ER [SFF-8472 rev10.4 onwards]", "10GBASE-ER" },
+      { "10G Ethernet: 10G Base-LRM", "10GBASE-LRM" },
+      { "10G Ethernet: 10G Base-LR", "10GBASE-LR" },
+      { "10G Ethernet: 10G Base-SR", "10GBASE-SR" },
+      { "40G Ethernet: 40G Base-CR4", "40GBASE-CR4" },
+      { "40G Ethernet: 40G Base-SR4", "40GBASE-SR4" },
+      { "40G Ethernet: 40G Base-LR4", "40GBASE-LR4" },
+      { "40G Ethernet: 40G Active Cable (XLPPI)", "40G active cable (XLPPI)" },
+      { "Infiniband: 1X SX", "InfiniBand 1X SX" },
+      { "Infiniband: 1X LX", "InfiniBand 1X LX" },
+      { "Infiniband: 1X Copper Active", "InfiniBand 1X copper active" },
+      { "Infiniband: 1X Copper Passive", "InfiniBand 1X copper passive" },
+      { "ESCON: ESCON MMF, 1310nm LED", "ESCON MMF LED" },
+      { "ESCON: ESCON SMF, 1310nm Laser", "ESCON SMF laser" },
+      { "SONET: OC-192, short reach", "OC-192 short reach" },
+      { "SONET: SONET reach specifier bit 1", "SONET reach bit 1" },
+      { "SONET: SONET reach specifier bit 2", "SONET reach bit 2" },
+      { "SONET: OC-48, long reach", "OC-48 long reach" },
+      { "SONET: OC-48, intermediate reach", "OC-48 intermediate reach" },
+      { "SONET: OC-48, short reach", "OC-48 short reach" },
+      { "SONET: OC-12, single mode, long reach", "OC-12 single mode long reach" },
+      { "SONET: OC-12, single mode, inter. reach", "OC-12 single mode intermediate reach" },
+      { "SONET: OC-12, short reach", "OC-12 short reach" },
+      { "SONET: OC-3, single mode, long reach", "OC-3 single mode long reach" },
+      { "SONET: OC-3, single mode, inter. reach", "OC-3 single mode intermediate reach" },
+      { "SONET: OC-3, short reach", "OC-3 short reach" },
+      { "SAS 24.0G", "SAS 24 Gb/s" },
+      { "SAS 12.0G", "SAS 12 Gb/s" },
+      { "SAS 6.0G", "SAS 6 Gb/s" },
+      { "SAS 3.0G", "SAS 3 Gb/s" },
+      { "Ethernet: BASE-PX", "BASE-PX" },
+      { "Ethernet: BASE-BX10", "BASE-BX10" },
+      { "Ethernet: 100BASE-FX", "100BASE-FX" },
+      { "Ethernet: 100BASE-LX/LX10", "100BASE-LX/LX10" },
+      { "Ethernet: 1000BASE-T", "1000BASE-T" },
+      { "Ethernet: 1000BASE-CX", "1000BASE-CX" },
+      { "Ethernet: 1000BASE-LX", "1000BASE-LX" },
+      { "Ethernet: 1000BASE-SX", "1000BASE-SX" },
+      { "FC: very long distance (V)", "FC very long distance" },
+      { "FC: short distance (S)", "FC short distance" },
+      { "FC: intermediate distance (I)", "FC intermediate distance" },
+      { "FC: long distance (L)", "FC long distance" },
+      { "FC: medium distance (M)", "FC medium distance" },
+      { "FC: Shortwave laser, linear Rx (SA)", "FC shortwave laser, linear receiver (SA)" },
+      { "FC: Longwave laser (LC)", "FC longwave laser (LC)" },
+      { "FC: Electrical inter-enclosure (EL)", "FC electrical inter-enclosure (EL)" },
+      { "FC: Electrical intra-enclosure (EL)", "FC electrical intra-enclosure (EL)" },
+      { "FC: Shortwave laser w/o OFC (SN)", "FC shortwave laser without OFC (SN)" },
+      { "FC: Shortwave laser with OFC (SL)", "FC shortwave laser with OFC (SL)" },
+      { "FC: Longwave laser (LL)", "FC longwave laser (LL)" },
+      { "Active Cable", "active cable" },
+      { "Passive Cable", "passive cable" },
+      { "FC: Twin Axial Pair (TW)", "FC twin axial pair (TW)" },
+      { "FC: Twisted Pair (TP)", "FC twisted pair (TP)" },
+      { "FC: Miniature Coax (MI)", "FC miniature coax (MI)" },
+      { "FC: Video Coax (TV)", "FC video coax (TV)" },
+      { "FC: Multimode, 62.5um (M6)", "FC multimode 62.5 um (M6)" },
+      { "FC: Multimode, 50um (M5)", "FC multimode 50 um (M5)" },
+      { "FC: Multimode, 62.5m (M6)", "FC multimode 62.5 um (M6)" },
+      { "FC: Multimode, 50m (M5)", "FC multimode 50 um (M5)" },
+      { "FC: Multimode, 50um (OM3)", "FC multimode 50 um (OM3)" },
+      { "FC: Single Mode (SM)", "FC single mode (SM)" },
+      { "FC: 1200 MBytes/sec", "FC 1200 MB/s" },
+      { "FC: 800 MBytes/sec", "FC 800 MB/s" },
+      { "FC: 1600 MBytes/sec", "FC 1600 MB/s" },
+      { "FC: 400 MBytes/sec", "FC 400 MB/s" },
+      { "FC: 3200 MBytes/sec", "FC 3200 MB/s" },
+      { "FC: 200 MBytes/sec", "FC 200 MB/s" },
+      { "FC: 100 MBytes/sec", "FC 100 MB/s" },
+   };
+   return all;
+}
+
+} // namespace
+
+std::optional<std::string> ourNameOf( const std::string &ethtools ) {
+   const auto found = names().find( ethtools );
+   return found == names().end() ? std::nullopt : std::optional( found->second );
+}
+
+} // namespace OpticsTest
