@@ -4,6 +4,8 @@
 #include "boardfiles/ObjectsFile.h"
 #include "boardfiles/SimulationFile.h"
 
+#include <fmt/format.h>
+
 #include <iterator>
 
 namespace BoardFiles {
@@ -19,6 +21,8 @@ void checkObject( const BoardObject &object, DeviceCheck &devices ) {
       devices.checkSystem( object.place );
    else if ( object.kind == Kind::Smbus && object.label )
       devices.checkLabel( *object.label, nameOf( *object.kind ), object.labelPlace );
+   for ( size_t i = 0; i < object.module.size(); ++i )
+      devices.checkLabel( object.module[i], nameOf( Kind::Smbus ), object.modulePlaces[i] );
 }
 
 // A finding inside an object names it.
@@ -65,7 +69,39 @@ ObjectDescription describe( const BoardObject &object, const DriverTable &table,
    return description;
 }
 
+constexpr unsigned mostLanes = 8; // of a module
+
+// The module of a cage. Limits of the cage's row are those of the module's values.
+ObjectDescription moduleOf( const BoardObject &cage, const TopologyFile &topology,
+                            const ChipPlaces &places ) {
+   const TopologyDevice *device = topology.byLabel( cage.module.front() );
+   ObjectDescription module{ .kind = Kind::Module,
+                             .name = moduleNameOf( cage.name ),
+                             .text = cage.module.front(),
+                             .second = cage.module.size() > 1 ? cage.module[1] : "",
+                             .did = device->did,
+                             .health = { .in = cage.name } };
+   for ( const auto &[value, limits] : cage.health.limits ) {
+      module.health.limits.emplace( value, limits );
+      for ( unsigned lane = 1; lane <= mostLanes; ++lane )
+         module.health.limits.emplace( fmt::format( "{}_{}", value, lane ), limits );
+   }
+   for ( const std::string &label : cage.module )
+      for ( const ChipPlace &chip : places.of( label ) )
+         module.chips.push_back( chip );
+   if ( !module.chips.empty() )
+      module.address = module.value = static_cast<uint8_t>( module.chips.front().address );
+   return module;
+}
+
 } // namespace
+
+Board withoutModules( Board board, const std::string &but ) {
+   std::erase_if( board.objects, [&but]( const ObjectDescription &one ) {
+      return one.kind == Kind::Module && one.name != but;
+   } );
+   return board;
+}
 
 std::optional<Board> loadBoard( const std::filesystem::path &folder,
                                 const std::filesystem::path &drivers, Findings &findings ) {
@@ -108,6 +144,9 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
    const ChipPlaces places( *topology );
    for ( const BoardObject &object : objects->objects )
       board.objects.push_back( describe( object, *table, places ) );
+   for ( const BoardObject &object : objects->objects )
+      if ( !object.module.empty() )
+         board.objects.push_back( moduleOf( object, *topology, places ) );
    board.rules = objects->rules;
    return board;
 }

@@ -23,6 +23,7 @@ struct ObjectDescription {
    float alert = 0;    // degrees Celsius, of temperature sensors
    float critical = 0;
    uint8_t value = 0;              // of SMBus objects given by a label
+   std::string second{};           // of modules: the label of their second address, or empty
    std::string reads{};            // of SMBus objects: "pmbus", the status of a supply; or empty
    std::optional<uint32_t> did{};  // of the driver object that it is made by
    std::string driver{};           // empty where a label names it
@@ -46,6 +47,9 @@ struct Board {
    std::vector<BusLoad> busses{};
    ChipRegisters registers{}; // of registers.json, where there is one
 };
+
+// The board without the modules in its cages, but for the one that is named so.
+Board withoutModules( Board board, const std::string &but = "" );
 
 // Reads topology.json and objects.json in `folder`, simulation.json and registers.json where
 // there are such, and the plug-in's table of drivers, and reports all that is wrong with them.

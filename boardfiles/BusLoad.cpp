@@ -90,6 +90,21 @@ class LoadCounter {
          countPart( device, part, partKind );
    }
 
+   // What is read again and again of a module. The second address of an SFP has its monitors.
+   void countModule( const std::vector<std::string> &labels ) {
+      const TopologyDevice *device = topology_.byLabel( labels.back() );
+      DeviceDocument document;
+      document.did = DeviceDocument::Id{ device->did, device->place };
+      for ( const auto &[name, driver] : table_.drivers ) {
+         const auto proxy = driver.makes.find( "smbus" );
+         if ( proxy == driver.makes.end() )
+            continue;
+         const auto own = proxy->second.reads.find( labels.size() > 1 ? "sfp" : "qsfp" );
+         if ( own != proxy->second.reads.end() )
+            return count( document, own->second, 1, &BusLoad::modules );
+      }
+   }
+
    std::vector<BusLoad> loads() && { return std::move( loads_ ); }
 
  private:
@@ -152,6 +167,7 @@ WireCost BusLoad::refresh( double period ) const {
       return cost;
    add( cost, reads );
    add( cost, polls, period );
+   add( cost, modules, period / std::max( period, periodOfModules ) );
    return cost;
 }
 
@@ -161,9 +177,12 @@ std::vector<BusLoad> busLoads( const TopologyFile &topology,
    if ( !tellsTransfers( table ) )
       return {};
    LoadCounter counter( topology, table, wires );
-   for ( const BoardObject &object : objects )
+   for ( const BoardObject &object : objects ) {
       if ( object.device )
          counter.count( *object.device, nameOf( *object.kind ), object.reads );
+      if ( !object.module.empty() )
+         counter.countModule( object.module );
+   }
    return std::move( counter ).loads();
 }
 

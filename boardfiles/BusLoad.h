@@ -18,6 +18,9 @@ struct WireCost {
    double bits = 0;
 };
 
+// Seconds from one reading of a module in a cage to the next, where nobody says otherwise.
+inline constexpr double periodOfModules = 10;
+
 // What the objects put on one root bus: with every module there, nothing failing, and no value that
 // a driver still has from before. The selections of muxes and their ends are part of it.
 struct BusLoad {
@@ -27,6 +30,7 @@ struct BusLoad {
    uint32_t clock = Bus::usualClock; // Hz
    WireCost reads{};                 // of all objects, once
    WireCost polls{};                 // of drivers' timers, in a second
+   WireCost modules{};               // of the modules in all cages, once
 
    // With a refresh in every period, in seconds: what is on the bus in one of them.
    WireCost refresh( double period ) const;

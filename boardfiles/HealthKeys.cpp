@@ -24,7 +24,13 @@ constexpr NumberOfKind numbers[] = { { Kind::TempSensor, "temperature", "°C" },
                                      { Kind::Psu, "input_voltage", "V" },
                                      { Kind::Psu, "output_voltage", "V" },
                                      { Kind::Psu, "input_power", "W" },
-                                     { Kind::Psu, "output_power", "W" } };
+                                     { Kind::Psu, "output_power", "W" },
+                                     // of the module in the cage
+                                     { Kind::Xcvr, "temperature", "°C" },
+                                     { Kind::Xcvr, "supply_voltage", "V" },
+                                     { Kind::Xcvr, "tx_bias", "mA" },
+                                     { Kind::Xcvr, "tx_power", "mW" },
+                                     { Kind::Xcvr, "rx_power", "mW" } };
 
 struct NamedLimit {
    std::string_view name;

@@ -28,6 +28,10 @@ BoardObject objectIn( const Json &json, Findings &findings ) {
       object.value = static_cast<uint8_t>( *value );
    object.valuePlace = placeOf( "value" );
    object.reads = json.textOf( "reads" ).value_or( "" );
+   for ( const Json &label : json.elementsOf( "module" ) ) {
+      object.module.emplace_back( label.toText().value_or( "" ) );
+      object.modulePlaces.push_back( label.place() );
+   }
    object.alert = json.numberOf( "alert" );
    object.critical = json.numberOf( "critical" );
    object.health = healthKeysIn( json, object.kind, findings );
@@ -45,6 +49,12 @@ void check( const BoardObject &object, Findings &findings ) {
       report( findings, object.place,
               "the high limits of a temperature are \"alert\" and \"critical\", not "
               "\"high_warning\" and \"high_critical\"" );
+   if ( !object.module.empty() && object.kind != Kind::Xcvr )
+      report( findings, object.modulePlaces.front(),
+              "\"module\" has a meaning for objects of type \"xcvr\" only" );
+   if ( object.kind == Kind::Xcvr && object.module.empty() && !object.health.limits.empty() )
+      report( findings, object.place,
+              "\"limits\" of a cage are those of its \"module\", which is missing" );
    if ( object.kind != Kind::Smbus )
       return;
    if ( object.device.has_value() == object.label.has_value() )
@@ -127,6 +137,8 @@ class Relations {
 
 } // namespace
 
+std::string moduleNameOf( const std::string &cage ) { return cage + "-module"; }
+
 std::optional<ObjectsFile> readObjects( const std::filesystem::path &path, Findings &findings ) {
    static const Schema schema( objectsSchema );
    const auto json = readJson( path, findings );
@@ -146,6 +158,11 @@ std::optional<ObjectsFile> readObjects( const std::filesystem::path &path, Findi
       file.objects.push_back( objectIn( element, findings ) );
       check( file.objects.back(), findings );
    }
+   for ( const BoardObject &object : file.objects )
+      if ( !object.module.empty() && !names.insert( moduleNameOf( object.name ) ).second )
+         report( findings, object.modulePlaces.front(),
+                 fmt::format( "another object has the name \"{}\", which the module gets",
+                              moduleNameOf( object.name ) ) );
    Relations( file, findings ).check();
    return file;
 }

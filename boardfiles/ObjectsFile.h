@@ -20,7 +20,9 @@ struct BoardObject {
    Place labelPlace{};
    std::optional<uint8_t> value{}; // beside a label
    Place valuePlace{};
-   std::string reads{};           // of SMBus objects: what the host reads of them; or empty
+   std::string reads{};               // of SMBus objects: what the host reads of them; or empty
+   std::vector<std::string> module{}; // of cages: the labels of their modules' addresses
+   std::vector<Place> modulePlaces{};
    std::optional<double> alert{}; // degrees Celsius, of temperature sensors
    std::optional<double> critical{};
    HealthKeys health{};
@@ -32,6 +34,9 @@ struct ObjectsFile {
    std::vector<BoardObject> objects{};
    std::vector<BoardRule> rules{};
 };
+
+// What the module in a cage is called among a board's objects.
+std::string moduleNameOf( const std::string &cage );
 
 // Reads the file and reports what its schema refuses and what is wrong with objects by themselves:
 // names that are there twice, a label without a value, limits that contradict each other. And what

@@ -6,7 +6,8 @@ namespace Health {
 
 namespace {
 
-constexpr BoardFiles::EnumNames<Event::What, 3> whatNames{ { "set", "clear", "acknowledged" } };
+constexpr BoardFiles::EnumNames<Event::What, 4> whatNames{ { "set", "clear", "acknowledged",
+                                                             "note" } };
 
 } // namespace
 

@@ -18,6 +18,7 @@ struct Event {
       Set,          // a cause was found, or has become worse or better without being good
       Clear,        // it is gone
       Acknowledged, // a person has seen it
+      Note,         // nothing is wrong: a module was taken out or plugged
    };
 
    uint64_t id = 0; // in the journal, which counts up; 0: not in it
@@ -36,7 +37,7 @@ struct Event {
    bool operator==( const Event & ) const = default;
 };
 
-// "set", "clear", "acknowledged".
+// "set", "clear", "acknowledged", "note".
 std::string_view nameOf( Event::What what );
 
 } // namespace Health

@@ -57,9 +57,9 @@ Links::Links( const BoardFiles::Board &board ) {
 
 Inspection::Inspection( const BoardFiles::Board &board, const Links &links,
                         const BoardReport &report, const Surroundings &surroundings,
-                        Watches &watches, const Instant &now )
+                        const KnownLimits &known, Watches &watches, const Instant &now )
    : board_( board ), links_( links ), report_( report ), surroundings_( surroundings ),
-     watches_( watches ), now_( now ), wiring_( board ) {
+     known_( known ), watches_( watches ), now_( now ), wiring_( board ) {
    findReaches();
    const bool anyFailed = std::find( reach_.begin(), reach_.end(), Reach::Failed ) != reach_.end();
    if ( hasUnreadable( report ) )
@@ -227,9 +227,13 @@ void Inspection::watch( size_t object ) {
       if ( i == watched.size() || watched[i].name != reading.name ) {
          const auto &all = board_.objects[object].health.limits;
          const auto limits = all.find( reading.name );
-         watched.insert( watched.begin() + static_cast<std::ptrdiff_t>( i ),
-                         { reading.name, ValueWatch( limits == all.end() ? BoardFiles::ValueLimits()
-                                                                         : limits->second ) } );
+         const auto place = watched.insert(
+            watched.begin() + static_cast<std::ptrdiff_t>( i ),
+            { reading.name,
+              ValueWatch( limits == all.end() ? BoardFiles::ValueLimits() : limits->second ) } );
+         if ( const auto known = known_.find( object ); known != known_.end() )
+            if ( const auto own = known->second.find( reading.name ); own != known->second.end() )
+               place->watch.knows( own->second );
       }
       const bool isThere = reach_[object] == Reach::Good && reading.state == State::Ok;
       if ( !isThere )
@@ -253,21 +257,37 @@ void Inspection::inspectValues( size_t object ) {
          if ( const auto explanation = explanationOf( object ) )
             finding.explainedBy = { *explanation };
          add( finding );
-      } else if ( watch.level() == Level::Warning || watch.level() == Level::Critical ) {
-         finding.kind = Finding::Kind::Limit;
-         finding.key = fmt::format( "{} {} limit", report.name, reading.name );
-         finding.level = watch.level();
-         finding.number = numberIn( reading.value );
-         finding.limit = watch.limit();
-         finding.words = fmt::format( "{} {} is {}", numberText( finding.number.value_or( 0 ) ),
-                                      reading.unit, watch.crossed( reading.unit ) );
-         // That a module was pulled may be seen later than what that does.
-         finding.needsTime = links_.on[object].has_value();
-         if ( const auto explanation = explanationOfLimit( object ) )
-            finding.explainedBy = { *explanation };
-         add( finding );
+      } else if ( isBeyond( watch.level() ) && !isModule( object ) ) {
+         add( limitFinding( object, i ) );
       }
    }
+   if ( isModule( object ) )
+      inspectModule( object );
+}
+
+Finding Inspection::limitFinding( size_t object, size_t value ) const {
+   const Reading &reading = report_[object].values[value].reading;
+   const ValueWatch &watch = watches_[object][value].watch;
+   Finding finding{ .kind = Finding::Kind::Limit,
+                    .key = fmt::format( "{} {} limit", report_[object].name, reading.name ),
+                    .object = object,
+                    .value = reading.name,
+                    .level = watch.level(),
+                    .number = numberIn( reading.value ),
+                    .limit = watch.limit(),
+                    .unit = reading.unit };
+   finding.words =
+      fmt::format( "{} is {}", quantityText( finding.number.value_or( 0 ), reading.unit ),
+                   watch.crossed( reading.unit ) );
+   // That a module was pulled may be seen later than what that does.
+   finding.needsTime = links_.on[object].has_value();
+   if ( const auto explanation = explanationOfLimit( object ) )
+      finding.explainedBy = { *explanation };
+   return finding;
+}
+
+bool Inspection::isModule( size_t object ) const {
+   return board_.objects[object].kind == BoardFiles::Kind::Module;
 }
 
 // A rotor needs some time to get from one speed to another.

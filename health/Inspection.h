@@ -31,6 +31,9 @@ struct WatchedValue {
 };
 using Watches = std::vector<std::vector<WatchedValue>>;
 
+// Limits that devices know themselves, by object and value.
+using KnownLimits = std::map<size_t, std::map<std::string, BoardFiles::ValueLimits, std::less<>>>;
+
 // What the objects of a board have to do with each other, by their numbers.
 struct Links {
    explicit Links( const BoardFiles::Board &board );
@@ -47,10 +50,13 @@ class Inspection {
  public:
    // All must outlive this object.
    Inspection( const BoardFiles::Board &board, const Links &links, const BoardReport &report,
-               const Surroundings &surroundings, Watches &watches, const Instant &now );
+               const Surroundings &surroundings, const KnownLimits &known, Watches &watches,
+               const Instant &now );
 
    // The value with what a supply says of itself.
    static constexpr auto registers = "status_registers";
+   // The value with what a module warns of: "ok", or "rx_power_2 low alarm, rx_los 2".
+   static constexpr auto flags = "flags";
    // The value of a slot or a cage that tells whether there is a module.
    static constexpr auto presence = "presence";
 
@@ -67,6 +73,11 @@ class Inspection {
    void findReaches();
    void inspect( size_t object );
    void inspectValues( size_t object );
+   Finding limitFinding( size_t object, size_t value ) const;
+   bool isModule( size_t object ) const;
+   void inspectModule( size_t object );
+   using LimitsByQuantity = std::map<std::string, size_t>; // findings
+   void inspectFlags( size_t object, const LimitsByQuantity &limits );
    void inspectFollowing( size_t object );
    void inspectSupply( size_t object );
    void inspectRule( size_t rule );
@@ -83,6 +94,7 @@ class Inspection {
    const Links &links_;
    const BoardReport &report_;
    const Surroundings &surroundings_;
+   const KnownLimits &known_;
    Watches &watches_;
    const Instant now_;
    std::vector<Reach> reach_{};

@@ -13,6 +13,9 @@ enum class Level {
    Indeterminate, // nobody knows: stale, unreadable, absent
 };
 
+// A limit was crossed.
+inline bool isBeyond( Level level ) { return level == Level::Warning || level == Level::Critical; }
+
 // "ok", "warning", "critical", "indeterminate".
 std::string_view nameOf( Level level );
 std::optional<Level> levelOf( std::string_view name );

@@ -26,6 +26,13 @@ int badness( Level level ) {
 
 Level worse( Level one, Level other ) { return badness( other ) > badness( one ) ? other : one; }
 
+// Without the number of a lane: one cause has all lanes.
+std::string quantityOf( const std::string &value ) {
+   const size_t end = value.find_last_not_of( "0123456789" );
+   const bool isLane = end != std::string::npos && end + 1 < value.size() && value[end] == '_';
+   return isLane ? value.substr( 0, end ) : value;
+}
+
 bool isTold( const Finding &finding ) {
    return finding.explainedBy.empty() && finding.level != Level::Indeterminate;
 }
@@ -33,14 +40,15 @@ bool isTold( const Finding &finding ) {
 } // namespace
 
 Monitor::Monitor( const BoardFiles::Board &board, double settle )
-   : board_( board ), links_( board ), settle_( settle ), watches_( board.objects.size() ) {}
+   : board_( board ), links_( board ), settle_( settle ), watches_( board.objects.size() ),
+     changes_( board, links_ ) {}
 
 std::vector<Event> Monitor::update( const BoardReport &report, const Surroundings &surroundings,
                                     const Instant &now ) {
    if ( !first_ )
       first_ = now;
    isNew_ = secondsBetween( *first_, now ) < settle_;
-   const Inspection inspection( board_, links_, report, surroundings, watches_, now );
+   const Inspection inspection( board_, links_, report, surroundings, known_, watches_, now );
    const Findings &findings = inspection.findings();
    link( inspection );
    std::erase_if( pending_, [&]( const auto &pending ) {
@@ -53,6 +61,11 @@ std::vector<Event> Monitor::update( const BoardReport &report, const Surrounding
    for ( size_t i = 0; i < findings.size(); ++i )
       if ( isTold( findings[i] ) )
          tell( inspection, i, now );
+   // The next module has a history and thresholds of its own.
+   for ( const size_t module : changes_.add( report, now, events_ ) ) {
+      watches_[module].clear();
+      known_.erase( module );
+   }
    return std::move( events_ );
 }
 
@@ -206,6 +219,8 @@ void Monitor::resume( const std::vector<Event> &events, const Instant &now ) {
       return noObject;
    };
    for ( const Event &event : events ) {
+      if ( event.what == Event::What::Note )
+         continue;
       if ( event.what == Event::What::Clear ) {
          open_.erase( event.cause );
          continue;
@@ -248,14 +263,17 @@ bool Monitor::acknowledge( const std::string &key, const Instant &now ) {
    open->second.cause.isAcknowledged = true;
    if ( open->second.kind == Finding::Kind::Limit )
       for ( WatchedValue &value : watches_[open->second.object] )
-         if ( value.name == open->second.cause.value )
+         if ( quantityOf( value.name ) == quantityOf( open->second.cause.value ) )
             value.watch.acknowledge( now );
    return true;
 }
 
 void Monitor::knows( size_t object, const std::string &value,
                      const BoardFiles::ValueLimits &limits ) {
-   for ( WatchedValue &watched : watches_[links_.on[object].value_or( object )] )
+   const bool isModule = board_.objects[object].kind == BoardFiles::Kind::Module;
+   const size_t of = isModule ? object : links_.on[object].value_or( object );
+   known_[of].insert_or_assign( value, limits );
+   for ( WatchedValue &watched : watches_[of] )
       if ( watched.name == value )
          watched.watch.knows( limits );
 }

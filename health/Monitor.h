@@ -2,6 +2,7 @@
 #pragma once
 
 #include "health/Inspection.h"
+#include "health/ModuleChanges.h"
 
 #include <map>
 #include <string>
@@ -41,8 +42,8 @@ class Monitor {
    // A person has seen it. Returns whether there is such a cause. A latched limit that is good
    // again is gone with the next update.
    bool acknowledge( const std::string &key, const Instant &now );
-   // Limits of a value that the device behind the object knows: of the object itself, or of the one
-   // that it is on. For values that were read before.
+   // Limits of a value that the device behind the object knows: of a module itself, of the one that
+   // any other object is on.
    void knows( size_t object, const std::string &value, const BoardFiles::ValueLimits &limits );
 
    // The worst first, then the oldest.
@@ -73,6 +74,8 @@ class Monitor {
    const Links links_;
    const double settle_;
    Watches watches_;
+   KnownLimits known_{};
+   ModuleChanges changes_;
    std::map<std::string, Open> open_{};
    std::map<std::string, Instant> pending_{}; // since when it was found
    std::optional<Instant> first_{};           // update

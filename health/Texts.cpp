@@ -23,4 +23,12 @@ std::string numberText( double number ) {
                                     : fmt::format( "{:.0f}", number );
 }
 
+std::string quantityText( double number, const std::string &unit ) {
+   std::string text = numberText( number ) + " " + unit;
+   if ( unit != "mW" )
+      return text;
+   return number > 0 ? fmt::format( "{} ({:.3g} dBm)", text, 10 * std::log10( number ) )
+                     : text + " (no light)";
+}
+
 } // namespace Health

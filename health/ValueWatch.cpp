@@ -29,8 +29,10 @@ void ValueWatch::known( std::optional<double> value, const Instant &now, double 
       lowest_ = { number, now.wall };
    if ( !highest_ || number > highest_->number )
       highest_ = { number, now.wall };
-   keep( number, now.wall - std::chrono::round<WallTime::duration>(
-                               std::chrono::duration<double>( age ) ) );
+   const auto readAt =
+      now.wall - std::chrono::round<WallTime::duration>( std::chrono::duration<double>( age ) );
+   if ( keep( number, readAt ) )
+      alarmBefore_ = alarm_;
    for ( size_t which = 0; which < Count; ++which ) {
       const auto limit = limitOf( which );
       if ( !limit )
@@ -52,11 +54,12 @@ void ValueWatch::known( std::optional<double> value, const Instant &now, double 
 }
 
 // A reading is judged in every round until the next one comes.
-void ValueWatch::keep( double number, WallTime readAt ) {
+bool ValueWatch::keep( double number, WallTime readAt ) {
    constexpr auto shortest = std::chrono::milliseconds( 50 ); // between two readings
    if ( read_ > 0 && readAt < last_[( read_ - 1 ) % kept].at + shortest )
-      return;
+      return false;
    last_[read_++ % kept] = { number, readAt };
+   return true;
 }
 
 std::vector<Extreme> ValueWatch::last() const {
@@ -101,6 +104,8 @@ void ValueWatch::knows( const BoardFiles::ValueLimits &limits ) {
    add( limits_.lowWarning, limits.lowWarning );
    add( limits_.highWarning, limits.highWarning );
    add( limits_.highCritical, limits.highCritical );
+   if ( limits_.hysteresis == 0 )
+      limits_.hysteresis = limits.hysteresis;
    for ( size_t which = 0; which < Count; ++which )
       if ( !limitOf( which ) )
          sides_[which] = {};
@@ -125,10 +130,10 @@ std::optional<double> ValueWatch::limit() const {
 std::string ValueWatch::crossed( const std::string &unit ) const {
    for ( const size_t which : { LowCritical, HighCritical, LowWarning, HighWarning } )
       if ( sides_[which].counts )
-         return fmt::format( "{} the {} limit of {} {}",
+         return fmt::format( "{} the {} limit of {}",
                              which == LowCritical || which == LowWarning ? "below" : "above",
                              which == LowCritical || which == HighCritical ? "critical" : "warning",
-                             numberText( *limitOf( which ) ), unit );
+                             quantityText( *limitOf( which ), unit ) );
    return {};
 }
 

@@ -27,6 +27,10 @@ class ValueWatch {
    void knows( const BoardFiles::ValueLimits &limits );
 
    Level level() const { return level_; }
+   // It is good, and was when it was read before the last time.
+   bool wasGoodBefore() const {
+      return read_ > 1 && alarm_ == Level::Ok && alarmBefore_ == Level::Ok;
+   }
    // The level when it was last known.
    Level alarm() const { return alarm_; }
    // The innermost limit of that level; nothing when it is good.
@@ -48,7 +52,7 @@ class ValueWatch {
 
    std::optional<double> limitOf( size_t which ) const;
    void judge( const Instant &now );
-   void keep( double number, WallTime readAt );
+   bool keep( double number, WallTime readAt ); // whether it is a new one
    void becomes( Level level, const Instant &now );
 
    BoardFiles::ValueLimits ofBoard_;
@@ -56,6 +60,7 @@ class ValueWatch {
    std::array<Side, Count> sides_{};
    Level level_ = Level::Indeterminate;
    Level alarm_ = Level::Ok;
+   Level alarmBefore_ = Level::Ok; // at the reading before the last one
    WallTime since_{};
    uint64_t changes_ = 0;
    std::optional<Extreme> lowest_{}, highest_{};

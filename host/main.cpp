@@ -17,6 +17,8 @@ int run( const Options &options ) {
       return Host::events( options );
    if ( options.command == Options::Command::Acknowledge )
       return Host::acknowledge( options );
+   if ( options.command == Options::Command::Module && !options.image.empty() )
+      return Host::moduleOfFile( options );
    BoardFiles::Findings findings;
    const auto board = BoardFiles::loadBoard( options.board, options.drivers, findings );
    for ( const BoardFiles::Finding &finding : findings )
@@ -30,6 +32,10 @@ int run( const Options &options ) {
       return Host::health( *board, options );
    case Options::Command::Why:
       return Host::why( *board, options );
+   case Options::Command::Module:
+      return Host::module( *board, options );
+   case Options::Command::Modules:
+      return Host::modules( *board, options );
    case Options::Command::Watch:
       return Host::watch( *board, options );
    case Options::Command::Serve:

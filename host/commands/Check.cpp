@@ -64,7 +64,8 @@ int check( const Options &options ) {
    if ( !board || ( options.strict && !findings.empty() ) )
       return exitBadBoard;
    if ( !options.json )
-      fmt::print( "{}: {} objects, {}\n", options.board.string(), board->objects.size(),
+      fmt::print( "{}: {} objects, {}\n", options.board.string(),
+                  BoardFiles::withoutModules( *board ).objects.size(),
                   findings.empty() ? "no errors" : "no errors, but warnings" );
    return exitOk;
 }

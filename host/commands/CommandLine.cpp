@@ -18,8 +18,8 @@ constexpr auto programDescription =
    "temperature sensors, the port LEDs, and the pin directions of expanders.\n";
 
 constexpr auto footer =
-   "\nWithout BOARD, or --board for why, acknowledge, fan, led, xcvr, gpio, smbus and system, the\n"
-   "board is that of ORBIS_BOARD.\n"
+   "\nWithout BOARD, or --board for why, module, acknowledge, fan, led, xcvr, gpio, smbus and\n"
+   "system, the board is that of ORBIS_BOARD.\n"
    "led NAME beacon runs until Ctrl-C, because the program itself makes the LED blink.\n"
    "\nIf serve runs for the board, the other commands send their requests to it; -v shows this.\n"
    "The socket of serve is ORBIS_HOST_SOCKET, or /run/orbis/host.sock.\n"
@@ -103,6 +103,45 @@ void addWhy( CLI::App &app, Options &options ) {
    sub->callback( [&options] {
       boardFromEnvironment( options, "--board" );
       options.command = Options::Command::Why;
+   } );
+}
+
+void addModule( CLI::App &app, Options &options ) {
+   const std::map<std::string, Optics::Standard> standards{ { "8472", Optics::Standard::Sff8472 },
+                                                            { "8636", Optics::Standard::Sff8636 },
+                                                            { "cmis", Optics::Standard::Cmis } };
+   CLI::App *sub = app.add_subcommand(
+      "module", "Tell all that the module in a cage says of itself: identity, monitors,\n"
+                "thresholds and flags; or what the bytes in a file say" );
+   sub->fallthrough();
+   addBoard( *sub, options );
+   CLI::Option *cage = sub->add_option( "CAGE", options.object, "The cage's name" );
+   CLI::Option *file = sub->add_option( "--file", options.image, "Decode the bytes in this file" )
+                          ->check( CLI::ExistingFile )
+                          ->excludes( cage );
+   sub->add_option_function<std::string>(
+         "--standard",
+         [&options, standards]( const std::string &name ) {
+            options.standard = standards.at( name );
+         },
+         "Of the file: 8472, 8636 or cmis; without this its first byte tells it" )
+      ->check( CLI::IsMember( std::vector<std::string>{ "8472", "8636", "cmis" } ) )
+      ->needs( file );
+   CLI::Option *json = sub->add_flag(
+      "--json", options.json,
+      "Print JSON; its schema is the definition \"module\" of boards/modules.schema.json" );
+   CLI::Option *raw =
+      sub->add_flag( "--raw", options.raw, "Print the bytes as they are, as --file takes them" );
+   sub->add_flag( "--hex", options.hex, "Print the bytes in hexadecimal" )
+      ->excludes( json )
+      ->excludes( raw );
+   raw->excludes( json );
+   sub->callback( [&options] {
+      if ( options.object.empty() && options.image.empty() )
+         throw CLI::RequiredError( "CAGE or --file" );
+      if ( options.image.empty() )
+         boardFromEnvironment( options, "--board" );
+      options.command = Options::Command::Module;
    } );
 }
 
@@ -197,6 +236,11 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
    health->add_flag( "--json", options.json,
                      "Print JSON; its schema is boards/health.schema.json" );
    addWhy( app, options );
+   addModule( app, options );
+   addBoardCommand( app, options, Modules, "modules",
+                    "Show the module in each cage: who made it, its temperature, the light that it "
+                    "receives, and the worst that it warns of" )
+      ->add_flag( "--json", options.json, "Print JSON; its schema is boards/modules.schema.json" );
    CLI::App *watch = addBoardCommand( app, options, Watch, "watch",
                                       "Show every object in every period, until q or Ctrl-C" );
    CLI::App *serve =

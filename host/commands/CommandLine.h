@@ -1,9 +1,11 @@
 #pragma once
 
 #include "boardfiles/Kind.h"
+#include "optics/Module.h"
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +30,8 @@ struct Options {
       Show,
       Health,
       Why,
+      Module,
+      Modules,
       Watch,
       Serve,
       Events,
@@ -44,6 +48,10 @@ struct Options {
    bool json = false;
    bool brief = false;                           // one line
    bool perfdata = false;                        // with numbers for a monitoring system
+   bool raw = false;                             // a module's bytes
+   bool hex = false;                             // the same for people
+   std::filesystem::path image{};                // a file with a module's bytes
+   std::optional<Optics::Standard> standard{};   // that it follows
    bool strict = false;                          // a warning about a board is an error
    double period = 1;                            // seconds between two readings
    double limit = 12;                            // seconds for one operation of an object

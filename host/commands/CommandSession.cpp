@@ -2,6 +2,7 @@
 
 #include "host/commands/Commands.h"
 
+#include <algorithm>
 #include <csignal>
 #include <spdlog/spdlog.h>
 
@@ -11,6 +12,8 @@ namespace {
 
 Limits limitsOf( const Options &options ) {
    Limits limits{ .step = fromSeconds( options.limit ), .period = fromSeconds( options.period ) };
+   limits.periods[BoardFiles::Kind::Module] =
+      std::max( fromSeconds( BoardFiles::periodOfModules ), limits.period );
    for ( const auto &[kind, seconds] : options.periods )
       limits.periods[kind] = fromSeconds( seconds );
    return limits;

@@ -2,6 +2,7 @@
 
 #include "host/commands/CommandLine.h"
 #include "host/serve/Client.h"
+#include "host/session/CageModules.h"
 #include "host/session/Session.h"
 
 #include <boost/asio/io_context.hpp>
@@ -34,6 +35,15 @@ class CommandSession {
    std::string plugInFault() const { return session_->supervisor().plugInFault(); }
    const std::vector<Health::Pmbus::Limit> &limits( size_t object ) const {
       return session_->supervisor().limits( object );
+   }
+   // What is known of the modules. Only with Source::Own.
+   std::vector<CageModule> modules() const {
+      const Time now = Clock::now();
+      return modulesOf( board_, session_->supervisor(), session_->supervisor().report( now ), now );
+   }
+   // Null where nothing was read of it. Only with Source::Own.
+   const ModuleRecord *module( size_t object ) const {
+      return session_->supervisor().module( object );
    }
    // The board as it is known now. If the serve has ended, this brings the board up itself.
    BoardReport report();

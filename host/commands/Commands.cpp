@@ -23,6 +23,11 @@ Session::Handlers logging( const Options &options, std::function<void()> changed
             .traceLevel = options.traceLevel };
 }
 
+void warnOfFlags() {
+   spdlog::warn( "no serve runs for the board: this reads the modules itself, which clears the "
+                 "flags that they keep" );
+}
+
 int reportLoadFault( const Fault &fault ) {
    spdlog::error( "the plug-in can't be loaded: {}", toText( fault ) );
    return exitNoPlugin;

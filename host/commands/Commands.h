@@ -20,6 +20,9 @@ int show( const BoardFiles::Board &board, const Options &options );
 int why( const BoardFiles::Board &board, const Options &options );
 int watch( const BoardFiles::Board &board, const Options &options );
 int health( const BoardFiles::Board &board, const Options &options );
+int module( const BoardFiles::Board &board, const Options &options );
+int modules( const BoardFiles::Board &board, const Options &options );
+int moduleOfFile( const Options &options );
 int serve( const BoardFiles::Board &board, const Options &options );
 int events( const Options &options );
 int acknowledge( const Options &options );
@@ -30,6 +33,9 @@ void setUpLog( const Options &options );
 
 // Handlers for a session: they log its traces and notices, and call `changed`.
 Session::Handlers logging( const Options &options, std::function<void()> changed );
+
+// Logs that this command reads modules by itself.
+void warnOfFlags();
 
 // Logs that the plug-in can't be loaded, and returns the exit code.
 int reportLoadFault( const Fault &fault );

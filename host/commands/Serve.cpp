@@ -57,6 +57,7 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
               return object;
            },
         .health = [&] { return healthOf( watch.monitor(), report() ); },
+        .modules = [&] { return session.modules(); },
         .why =
            [&]( size_t i, std::function<void( const Why & )> ready ) {
               BoardReport known = report();
@@ -87,11 +88,14 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
          for ( const StateLog::Line &line : log.changes( now, session.hadRound() ) )
             spdlog::log( line.isFault ? spdlog::level::warn : spdlog::level::info, "{}",
                          line.text );
-         if ( session.hadRound() )
-            watch.look( now, session.plugInFault() );
          for ( size_t i = 0; i < board.objects.size(); ++i )
             if ( const auto &limits = session.limits( i ); !limits.empty() )
                watch.knows( i, limits );
+         for ( size_t i = 0; i < board.objects.size(); ++i )
+            if ( const ModuleRecord *module = session.module( i ) )
+               watch.knows( i, module->limits );
+         if ( session.hadRound() )
+            watch.look( now, session.plugInFault() );
       },
       true );
    return session.run();

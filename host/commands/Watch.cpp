@@ -11,7 +11,9 @@
 
 namespace Host {
 
-int watch( const BoardFiles::Board &board, const Options &options ) {
+int watch( const BoardFiles::Board &whole, const Options &options ) {
+   // Who only looks must not clear the flags of the modules.
+   const BoardFiles::Board board = BoardFiles::withoutModules( whole );
    CommandSession session( board, options, CommandSession::Source::ServeIfThere );
    std::optional<Terminal> terminal;
    if ( Terminal::isAvailable() )

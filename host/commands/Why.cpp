@@ -76,12 +76,15 @@ int why( const BoardFiles::Board &board, const Options &options ) {
    if ( known ) {
       spdlog::debug( "asks the serve at {}", serve->socket().string() );
    } else {
-      const BoardOnce once = readOnce( board, options );
+      const BoardFiles::Board read = BoardFiles::withoutModules( board, options.object );
+      if ( board.objects[*object].kind == BoardFiles::Kind::Module )
+         warnOfFlags();
+      const BoardOnce once = readOnce( board, options, options.object );
       if ( once.loadFault )
          return reportLoadFault( *once.loadFault );
       if ( once.gaveUp )
          spdlog::error( "gave up after {} s", totalLimit.count() );
-      known = readWhyOnce( board, *object, once );
+      known = readWhyOnce( read, find( read, options.object ).value(), once );
    }
    known->registers = registersOf( board, *object );
    for ( ChipReadings &chip : known->registers )

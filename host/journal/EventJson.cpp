@@ -11,7 +11,7 @@ namespace {
 using What = Health::Event::What;
 
 std::optional<What> whatOf( std::string_view name ) {
-   for ( const What what : { What::Set, What::Clear, What::Acknowledged } )
+   for ( const What what : { What::Set, What::Clear, What::Acknowledged, What::Note } )
       if ( nameOf( what ) == name )
          return what;
    return {};

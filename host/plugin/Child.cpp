@@ -2,22 +2,19 @@
 
 #include "host/plugin/FrameBuffer.h"
 #include "host/plugin/Messages.h"
-#include "host/plugin/ObjectCalls.h"
-#include "host/plugin/Plugin.h"
+#include "host/plugin/Objects.h"
 #include "host/plugin/Services.h"
 #include "host/plugin/SharedPage.h"
-#include "host/plugin/SupplyReader.h"
 
 #include <algorithm>
 #include <array>
 #include <boost/asio.hpp>
 #include <csignal>
 #include <fmt/format.h>
-#include <map>
 #include <optional>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-#include <vector>
+#include <thread>
 
 namespace Host {
 namespace {
@@ -114,37 +111,18 @@ class Child {
       begins( "load" );
       topology_ = load.topology;
       filter_ = load.traces;
-      return guard( [&] {
-         plugin_.emplace( load.plugin );
-         return Done{};
-      } );
+      return objects_.load( load.plugin );
    }
 
    Done execute( const InitCommand &init ) {
-      begins( fmt::format( "pl_{}_init", nameOf( init.kind ) ) );
-      return guard( [&] {
-         const int status = plugin_.value().init( init.kind, topology_.c_str() );
-         return status == PL_STATUS_OK ? Done{} : Done{ Fault{ .status = status } };
-      } );
+      begins( fmt::format( "pl_{}_init", plugInTypeOf( init.kind ) ) );
+      return objects_.init( init.kind, topology_.c_str() );
    }
 
    Done execute( const AddCommand &add ) {
-      const std::string operation = fmt::format( "pl_{}_add", nameOf( add.description.kind ) );
-      begins( operation );
-      return guard( [&] {
-         // The plug-in keeps pointers to the texts. A second try for the object uses the same
-         // texts.
-         const auto &kept = descriptions_.emplace( add.object, add.description ).first->second;
-         services_.setTimerOwner( add.object );
-         const Record record = plugin_.value().add( kept );
-         if ( isNull( record ) )
-            return Done{ Fault{ .words = operation + " returned no object" } };
-         records_.insert_or_assign( add.object, record );
-         supplies_.erase( add.object );
-         if ( auto *const *proxy = std::get_if<pl_smbus *>( &record ); proxy && readsPmbus( kept ) )
-            supplies_.emplace( add.object, *proxy );
-         return Done{};
-      } );
+      begins( fmt::format( "pl_{}_add", plugInTypeOf( add.description.kind ) ) );
+      services_.setTimerOwner( add.object );
+      return objects_.add( add.object, add.description );
    }
 
    Done execute( const ReadCommand &command ) {
@@ -152,49 +130,18 @@ class Child {
       for ( const size_t object : command.objects ) {
          if ( done )
             end( *done );
-         done = guard( [&] {
-            if ( const auto supply = supplies_.find( object ); supply == supplies_.end() )
-               read( records_.at( object ), sink() );
-            else if ( const auto limits = supply->second.read( sink() ) )
-               sendLater( *limits );
-            return Done{};
-         } );
+         const bool isFresh = std::ranges::find( command.fresh, object ) != command.fresh.end();
+         done = objects_.read( object, isFresh, sinks() );
       }
       return done.value_or( Done{} );
    }
 
-   Done execute( const ActCommand &command ) {
-      if ( command.action.operation == clearFaults && !supplies_.contains( command.object ) ) {
-         sendLater(
-            Reading{ .name = clearFaults,
-                     .state = State::Unsupported,
-                     .fault = { .words = "only an object with \"reads\": \"pmbus\" has faults to "
-                                         "clear" } } );
-         return {};
-      }
-      return guard( [&] {
-         act( records_.at( command.object ), command.action, sink() );
-         return Done{};
-      } );
-   }
+   Done execute( const ActCommand &command ) { return objects_.act( command, sinks() ); }
 
-   static bool readsPmbus( const BoardFiles::ObjectDescription &object ) {
-      return object.reads == "pmbus";
-   }
-
-   ReadingSink sink() {
-      return { .begun = [this]( std::string_view name ) { begins( name ); },
-               .done = [this]( const Reading &reading ) { sendLater( reading ); } };
-   }
-
-   // An exception of the plug-in becomes the fault of the command. This process goes on.
-   template <class Call>
-   static Done guard( const Call &call ) {
-      try {
-         return call();
-      } catch ( const std::exception &exception ) {
-         return Done{ Fault{ .words = exception.what() } };
-      }
+   Objects::Sinks sinks() {
+      return { { .begun = [this]( std::string_view name ) { begins( name ); },
+                 .done = [this]( const Reading &reading ) { sendLater( reading ); } },
+               [this]( const Event &event ) { sendLater( event ); } };
    }
 
    boost::asio::io_context loop_{ 1 };
@@ -207,10 +154,7 @@ class Child {
    SharedPage::Time sent_{};  // the last time that something was sent, or a command came
    std::string topology_{};
    TraceFilter filter_{};
-   std::optional<Plugin> plugin_{};
-   std::map<size_t, BoardFiles::ObjectDescription> descriptions_{};
-   std::map<size_t, Record> records_{};
-   std::map<size_t, SupplyReader> supplies_{};
+   Objects objects_{ []( auto time ) { std::this_thread::sleep_for( time ); } };
 };
 
 } // namespace

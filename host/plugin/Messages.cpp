@@ -2,8 +2,10 @@
 
 #include "host/plugin/Child.pb.h"
 
+#include <algorithm>
 #include <limits>
 #include <sockets/Frames.h>
+#include <stdexcept>
 
 namespace Host {
 namespace {
@@ -31,12 +33,15 @@ void fill( HostChild::Command &message, const AddCommand &command ) {
    add.set_critical( object.critical );
    add.set_value( object.value );
    add.set_reads( object.reads );
+   add.set_second( object.second );
 }
 
 void fill( HostChild::Command &message, const ReadCommand &read ) {
    message.mutable_read(); // also where there are no objects
    for ( const size_t object : read.objects )
       message.mutable_read()->add_objects( static_cast<uint32_t>( object ) );
+   for ( const size_t object : read.fresh )
+      message.mutable_read()->add_fresh( static_cast<uint32_t>( object ) );
 }
 
 void fill( HostChild::Command &message, const ActCommand &command ) {
@@ -83,6 +88,29 @@ void fill( HostChild::Event &message, const SupplyLimits &limits ) {
       registers[command] = value;
 }
 
+void fill( HostChild::Event &message, const ModuleMemory &memory ) {
+   HostChild::Event::ModuleMemory &filled = *message.mutable_module_memory();
+   filled.set_begins( memory.begins );
+   for ( const auto &[region, bytes] : memory.image.regions() ) {
+      HostChild::Event::ModuleMemory::Piece *piece = nullptr;
+      for ( size_t i = 0; i < bytes.size(); ++i ) {
+         if ( !bytes[i] ) {
+            piece = nullptr;
+            continue;
+         }
+         if ( !piece ) {
+            piece = filled.add_pieces();
+            piece->set_address( region.address );
+            piece->set_upper( region.upper );
+            piece->set_bank( region.bank );
+            piece->set_page( region.page );
+            piece->set_first( static_cast<uint32_t>( region.upper ? bytes.size() + i : i ) );
+         }
+         piece->mutable_bytes()->push_back( static_cast<char>( *bytes[i] ) );
+      }
+   }
+}
+
 void fill( HostChild::Event &message, const Done &done ) {
    message.mutable_done();
    if ( done.fault )
@@ -105,6 +133,7 @@ std::optional<Command> toCommand( const HostChild::Command::Add &add ) {
                         .alert = add.alert(),
                         .critical = add.critical(),
                         .value = static_cast<uint8_t>( add.value() ),
+                        .second = add.second(),
                         .reads = add.reads() } };
 }
 
@@ -163,6 +192,25 @@ std::optional<Event> toEvent( const HostChild::Event::SupplyLimits &message ) {
    return limits;
 }
 
+std::optional<Event> toEvent( const HostChild::Event::ModuleMemory &message ) {
+   constexpr uint32_t byteMax = std::numeric_limits<uint8_t>::max();
+   ModuleMemory memory{ .begins = message.begins() };
+   for ( const HostChild::Event::ModuleMemory::Piece &piece : message.pieces() ) {
+      if ( std::max( { piece.address(), piece.bank(), piece.page() } ) > byteMax )
+         return {};
+      const std::vector<uint8_t> bytes( piece.bytes().begin(), piece.bytes().end() );
+      try {
+         memory.image.put( { static_cast<uint8_t>( piece.address() ), piece.upper(),
+                             static_cast<uint8_t>( piece.bank() ),
+                             static_cast<uint8_t>( piece.page() ) },
+                           piece.first(), bytes );
+      } catch ( const std::out_of_range & ) {
+         return {};
+      }
+   }
+   return memory;
+}
+
 Done toEvent( const HostChild::Event::Done &done ) {
    return { done.has_fault() ? std::optional( toFault( done.fault() ) ) : std::nullopt };
 }
@@ -202,7 +250,8 @@ std::optional<Command> decodeCommand( std::string_view bytes ) {
    case HostChild::Command::kAdd:
       return toCommand( message.add() );
    case HostChild::Command::kRead:
-      return ReadCommand{ { message.read().objects().begin(), message.read().objects().end() } };
+      return ReadCommand{ { message.read().objects().begin(), message.read().objects().end() },
+                          { message.read().fresh().begin(), message.read().fresh().end() } };
    case HostChild::Command::kAct:
       return toCommand( message.act() );
    default:
@@ -223,6 +272,8 @@ std::optional<Event> decodeEvent( std::string_view bytes ) {
       return toEvent( message.done() );
    case HostChild::Event::kSupplyLimits:
       return toEvent( message.supply_limits() );
+   case HostChild::Event::kModuleMemory:
+      return toEvent( message.module_memory() );
    default:
       return {};
    }

@@ -5,6 +5,7 @@
 #include "health/pmbus/Registers.h"
 #include "host/State.h"
 #include "host/plugin/Action.h"
+#include "optics/Image.h"
 
 #include <optional>
 #include <string>
@@ -40,6 +41,7 @@ struct AddCommand {
 // Reads all values of objects that were added, one after the other. Each has a Done of its own.
 struct ReadCommand {
    std::vector<size_t> objects{};
+   std::vector<size_t> fresh{}; // of them, modules that were plugged since they were read
 };
 // Calls one operation of an object. One reading gives its result.
 struct ActCommand {
@@ -58,11 +60,16 @@ struct Trace {
 struct SupplyLimits {
    Health::Pmbus::Registers registers{};
 };
+// What was read of a module's memory, in front of the reading that tells how that went.
+struct ModuleMemory {
+   Optics::Image image{};
+   bool begins = false; // nothing that was read before counts any more
+};
 // The end of a command, or of one object's reading. Without a fault it succeeded.
 struct Done {
    std::optional<Fault> fault{};
 };
-using Event = std::variant<Trace, Reading, Done, SupplyLimits>;
+using Event = std::variant<Trace, Reading, Done, SupplyLimits, ModuleMemory>;
 
 // A message with its length in front, ready to send.
 std::string encode( const Command &command );

@@ -11,6 +11,9 @@
 // reading.
 namespace Host {
 
+// The reading of a slot or a cage that tells whether there is a module.
+inline constexpr auto presenceName = "presence";
+
 // Receives the results of the calls.
 struct ReadingSink {
    std::function<void( std::string_view name )> begun; // called before the operation

@@ -24,7 +24,7 @@ Function *Plugin::symbol( const std::string &name ) const {
 }
 
 pl_status Plugin::init( BoardFiles::Kind kind, const char *topology ) const {
-   return symbol<pl_status( const char * )>( fmt::format( "pl_{}_init", nameOf( kind ) ) )(
+   return symbol<pl_status( const char * )>( fmt::format( "pl_{}_init", plugInTypeOf( kind ) ) )(
       topology );
 }
 
@@ -47,6 +47,7 @@ Record Plugin::add( const BoardFiles::ObjectDescription &description ) const {
    case BoardFiles::Kind::Gpio:
       return symbol<decltype( pl_gpio_add )>( "pl_gpio_add" )( text );
    case BoardFiles::Kind::Smbus:
+   case BoardFiles::Kind::Module: // its first address
       return symbol<decltype( pl_smbus_add )>( "pl_smbus_add" )( text, description.value );
    case BoardFiles::Kind::System:
       return symbol<decltype( pl_system_add )>( "pl_system_add" )( text );

@@ -56,7 +56,7 @@ class ReadingVisitor {
       readOne( "output_power", "W", psu, *psu->ops, &pl_psu_ops::get_output_power );
    }
    void operator()( pl_slot *slot ) const {
-      readOne( "presence", "", [&]( Reading &reading ) {
+      readOne( presenceName, "", [&]( Reading &reading ) {
          char *description = nullptr;
          const int status = slot->ops->get_presence( slot, &description );
          const std::unique_ptr<char, decltype( &std::free )> owner( description, &std::free );
@@ -81,7 +81,7 @@ class ReadingVisitor {
 
  private:
    void presence( pl_xcvr *cage, int ( *isThere )( pl_xcvr * ) ) const {
-      readOne( "presence", "", [&]( Reading &reading ) {
+      readOne( presenceName, "", [&]( Reading &reading ) {
          const bool present = isThere( cage );
          reading.state = present ? State::Ok : State::Absent;
          if ( present )

@@ -4,7 +4,9 @@
 #include <chrono>
 #include <cstdarg>
 #include <cstdio>
+#include <memory>
 #include <pl.h>
+#include <vector>
 
 struct pl_timer {
    boost::asio::steady_timer timer;
@@ -12,6 +14,7 @@ struct pl_timer {
    void *context;
    size_t owner;
    unsigned armed = 0; // counts sets and cancels, to ignore an expiry from before the last one
+   bool isSet = false;
 };
 
 namespace Host {
@@ -42,23 +45,41 @@ bool Services::setTimer( pl_timer *handle, unsigned milliseconds ) {
    if ( found == timers_.end() )
       return false;
    const unsigned armed = ++handle->armed;
+   handle->isSet = true;
    handle->timer.expires_after( std::chrono::milliseconds( milliseconds ) );
    handle->timer.async_wait(
       [this, armed, watch = std::weak_ptr( found->second )]( const auto &failure ) {
          const auto timer = watch.lock();
-         if ( !timer || failure || timer->armed != armed )
-            return;
-         runningTimerOwner_ = timer->owner;
-         timer->callback( timer->context );
-         runningTimerOwner_.reset();
+         if ( timer && !failure && timer->armed == armed )
+            run( *timer );
       } );
    return true;
+}
+
+void Services::run( pl_timer &timer ) {
+   timer.isSet = false;
+   runningTimerOwner_ = timer.owner;
+   timer.callback( timer.context );
+   runningTimerOwner_.reset();
+}
+
+void Services::expireTimers() {
+   std::vector<std::weak_ptr<pl_timer>> set;
+   for ( const auto &[handle, timer] : timers_ )
+      if ( timer->isSet )
+         set.push_back( timer );
+   for ( const auto &each : set )
+      if ( const auto timer = each.lock() ) {
+         cancelTimer( timer.get() );
+         run( *timer );
+      }
 }
 
 bool Services::cancelTimer( pl_timer *handle ) {
    if ( !timers_.contains( handle ) )
       return false;
    ++handle->armed;
+   handle->isSet = false;
    handle->timer.cancel();
    return true;
 }

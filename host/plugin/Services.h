@@ -36,8 +36,12 @@ class Services {
    bool setTimer( pl_timer *timer, unsigned milliseconds );
    bool cancelTimer( pl_timer *timer );
    void deleteTimer( pl_timer *timer );
+   // Has all timers that are set expire now, for who turns the clock by hand.
+   void expireTimers();
 
  private:
+   void run( pl_timer &timer );
+
    boost::asio::io_context &loop_;
    TraceSink sink_;
    std::map<pl_timer *, std::shared_ptr<pl_timer>> timers_{};

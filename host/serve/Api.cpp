@@ -3,6 +3,7 @@
 #include "boardfiles/Json.h"
 #include "host/JsonWriter.h"
 #include "host/serve/EventsApi.h"
+#include "host/serve/ModuleJson.h"
 #include "host/serve/WhyJson.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@ namespace Host {
 namespace {
 
 constexpr std::string_view objectsPath = "/v1/objects/";
+constexpr std::string_view modulesPath = "/v1/modules/";
 constexpr std::string_view actionEnd = "/action";
 constexpr std::string_view whyEnd = "/why";
 
@@ -67,6 +69,11 @@ void Api::handle( const Request &request, const Reply &reply ) const {
       reply( isGet ? Response{ .json = toJson( name_, source_.report() ) } : wrongMethod( "GET" ) );
    else if ( request.path == "/v1/health" )
       reply( isGet ? Response{ .json = toJson( name_, source_.health() ) } : wrongMethod( "GET" ) );
+   else if ( request.path == "/v1/modules" )
+      reply( isGet ? Response{ .json = toJson( name_, source_.modules() ) }
+                   : wrongMethod( "GET" ) );
+   else if ( request.path.starts_with( modulesPath ) )
+      reply( isGet ? moduleIn( request.path.substr( modulesPath.size() ) ) : wrongMethod( "GET" ) );
    else if ( request.path == "/v1/topology" )
       reply( isGet ? Response{ .json = board_.topology } : wrongMethod( "GET" ) );
    else if ( request.path == "/v1/busses" && !isGet )
@@ -85,6 +92,14 @@ void Api::handle( const Request &request, const Reply &reply ) const {
       handleObject( request, request.path.substr( objectsPath.size() ), reply );
    else
       reply( errorResponse( HttpStatus::notFound, "no such path: " + request.path ) );
+}
+
+Api::Response Api::moduleIn( const std::string &cage ) const {
+   for ( const CageModule &module : source_.modules() )
+      if ( module.cage == cage )
+         return { .json = toJson( module ) };
+   return errorResponse( HttpStatus::notFound,
+                         fmt::format( "the board has no cage \"{}\" with a \"module\"", cage ) );
 }
 
 void Api::handleObject( const Request &request, const std::string &rest,

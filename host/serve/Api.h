@@ -6,6 +6,7 @@
 #include "host/journal/Journal.h"
 #include "host/plugin/Action.h"
 #include "host/serve/Why.h"
+#include "host/session/CageModule.h"
 
 #include <functional>
 #include <optional>
@@ -39,6 +40,7 @@ class Api {
       std::function<BoardReport()> report{};
       std::function<ObjectReport( size_t object )> object{}; // with its last readings
       std::function<HealthReport()> health{};
+      std::function<std::vector<CageModule>()> modules{};
       // Calls back once, now or later.
       std::function<void( size_t object, std::function<void( const Why & )> )> why{};
       std::function<void( size_t object, const Action &, std::function<void( const Reading & )> )>
@@ -58,6 +60,7 @@ class Api {
 
  private:
    void handleObject( const Request &request, const std::string &rest, const Reply &reply ) const;
+   Response moduleIn( const std::string &cage ) const;
    void handleAction( const Request &request, size_t object, const Reply &reply ) const;
 
    const BoardFiles::Board &board_;

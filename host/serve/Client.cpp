@@ -3,6 +3,7 @@
 #include "boardfiles/Json.h"
 #include "host/JsonReader.h"
 #include "host/JsonWriter.h"
+#include "host/serve/ModuleJson.h"
 #include "host/serve/WhyJson.h"
 
 #include <boost/asio/io_context.hpp>
@@ -68,6 +69,16 @@ std::optional<HealthReport> Client::health() const {
 std::optional<Why> Client::why( const std::string &object ) const {
    const auto answer = call( false, "/v1/objects/" + object + "/why", {}, reportLimit );
    return answer ? readWhy( *answer ) : std::nullopt;
+}
+
+std::optional<CageModule> Client::module( const std::string &cage ) const {
+   const auto answer = call( false, "/v1/modules/" + cage, {}, reportLimit );
+   return answer ? readModule( *answer ) : std::nullopt;
+}
+
+std::optional<std::vector<CageModule>> Client::modules() const {
+   const auto answer = call( false, "/v1/modules", {}, reportLimit );
+   return answer ? readModules( *answer ) : std::nullopt;
 }
 
 Reading Client::act( const std::string &object, const std::vector<std::string> &words,

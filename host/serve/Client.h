@@ -3,6 +3,7 @@
 #include "host/HealthReport.h"
 #include "host/State.h"
 #include "host/serve/Why.h"
+#include "host/session/CageModule.h"
 
 #include <chrono>
 #include <filesystem>
@@ -38,6 +39,10 @@ class Client {
 
    // All that is known of one object. Nothing without an answer.
    std::optional<Why> why( const std::string &object ) const;
+
+   // The module in a cage, and all modules. Nothing without an answer.
+   std::optional<CageModule> module( const std::string &cage ) const;
+   std::optional<std::vector<CageModule>> modules() const;
 
    // Has an object do something, and returns the result. The limit is longer than the server's own.
    Reading act( const std::string &object, const std::vector<std::string> &words,

@@ -25,8 +25,13 @@ void HealthWatch::knows( size_t object, const std::vector<Health::Pmbus::Limit> 
       ( limit.isHigh ? ( isCritical ? own.highCritical : own.highWarning )
                      : ( isCritical ? own.lowCritical : own.lowWarning ) ) = limit.number;
    }
-   for ( const auto &[quantity, own] : byQuantity )
-      monitor_.knows( object, quantity, own );
+   knows( object, byQuantity );
+}
+
+void HealthWatch::knows( size_t object,
+                         const std::map<std::string, BoardFiles::ValueLimits> &limits ) {
+   for ( const auto &[value, own] : limits )
+      monitor_.knows( object, value, own );
 }
 
 void HealthWatch::look( const Health::BoardReport &report, const std::string &plugInFault ) {

@@ -6,6 +6,7 @@
 #include "host/serve/ServerAccounts.h"
 
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,9 @@ class HealthWatch {
 
    // What a supply itself knows of limits, from an SMBus object that reads its status.
    void knows( size_t object, const std::vector<Health::Pmbus::Limit> &limits );
+
+   // A module's own thresholds, by value.
+   void knows( size_t module, const std::map<std::string, BoardFiles::ValueLimits> &limits );
 
    // `told` is called once: now, or when the server has answered. Until then another call does
    // nothing.

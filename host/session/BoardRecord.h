@@ -26,6 +26,12 @@ class BoardRecord {
    // A value that was measured at `at`. A fan's speed also gives its duty, in percent of its
    // highest speed. A supply's status registers also give its STATUS_WORD, and a sentence.
    void read( size_t object, const Reading &reading, Time at );
+   // All values of a module.
+   void moduleWas( size_t object, const std::vector<Reading> &readings, Time at ) {
+      objects_[object].readAll( readings, at );
+   }
+   // There is no module, or it had no time to start yet.
+   void moduleIsAbsent( size_t object, Time now ) { objects_[object].absent( now ); }
    // The registers with a supply's limits.
    void limitsWere( size_t object, const Health::Pmbus::Registers &registers ) {
       supplyLimits_[object] = Health::Pmbus::limitsIn( registers );

@@ -45,7 +45,7 @@ std::optional<Fault> CurrentCommand::slowInit( Time now ) const {
    if ( !init || now - running_->since < limits_.patience )
       return {};
    return Fault{ .words = fmt::format( "{}: pl_{}_init is trying", waitingForServer,
-                                       nameOf( init->kind ) ) };
+                                       plugInTypeOf( init->kind ) ) };
 }
 
 std::pair<Time, Time> CurrentCommand::deadlines() const {

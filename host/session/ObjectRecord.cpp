@@ -61,6 +61,19 @@ void ObjectRecord::failed( const Fault &fault, Time now ) {
    }
 }
 
+void ObjectRecord::absent( Time now ) {
+   state_ = State::Absent;
+   fault_ = {};
+   at_ = now;
+   values_.clear();
+}
+
+void ObjectRecord::readAll( const std::vector<Reading> &readings, Time at ) {
+   values_.clear();
+   for ( const Reading &reading : readings )
+      read( reading, at );
+}
+
 void ObjectRecord::read( const Reading &reading, Time at ) { put( { reading, at, false } ); }
 
 void ObjectRecord::missed( const Reading &reading, Time at ) {

@@ -20,6 +20,10 @@ class ObjectRecord {
    void good( Time now );
    // The object can't be used. All values that were read become unreadable.
    void failed( const Fault &fault, Time now );
+   // There is no module that could have values.
+   void absent( Time now );
+   // All values that the object has now, measured at `at`. Others are gone.
+   void readAll( const std::vector<Reading> &readings, Time at );
    // A value that was measured at `at`.
    void read( const Reading &reading, Time at );
    // A reading that failed at `at`. The last value of this name stays, with its time.

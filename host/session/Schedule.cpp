@@ -15,7 +15,7 @@ constexpr unsigned triesAtMost = 4;
 
 Schedule::Schedule( const BoardFiles::Board &board, const Limits &limits, Time now )
    : board_( board ), limits_( limits ), groups_( readGroups( board.objects ) ),
-     objects_( board.objects.size() ) {
+     modules_( board, limits ), objects_( board.objects.size() ) {
    for ( size_t i = 0; i < objects_.size(); ++i ) {
       if ( !needs( i ) )
          objects_[i].backOff.giveUp();
@@ -46,6 +46,7 @@ void Schedule::childStarted() {
       kind.ready = false;
    for ( Object &object : objects_ )
       object.up = false;
+   modules_.childStarted();
 }
 
 void Schedule::kindReady( BoardFiles::Kind kind ) {
@@ -65,13 +66,31 @@ void Schedule::kindFailed( BoardFiles::Kind kind, Time now ) {
 
 void Schedule::objectUp( size_t object ) {
    objects_[object].up = objects_[object].tried = true;
-   objects_[object].pending = !limits_.only;
+   // A module waits for what its cage says.
+   objects_[object].pending = !limits_.only && ( limits_.once || !modules_.isModule( object ) );
    objects_[object].again = false;
 }
 
 void Schedule::objectRead( size_t object, bool again ) {
    objects_[object].pending = again;
    objects_[object].backOff.succeeded();
+}
+
+bool Schedule::modulePresenceIs( size_t module, bool isThere, Time now ) {
+   if ( !isThere )
+      objects_[module].pending = false;
+   return modules_.presenceIs( module, isThere, now );
+}
+
+void Schedule::moduleRead( size_t module, Time now ) {
+   modules_.wasRead( module, now );
+   objectRead( module );
+}
+
+bool Schedule::moduleMissed( size_t module, Time now ) {
+   const bool isMissing = modules_.wasMissed( module, now );
+   objectRead( module, limits_.once && !isMissing );
+   return isMissing;
 }
 
 void Schedule::objectFailed( size_t object, Time now ) {
@@ -105,7 +124,7 @@ std::optional<Command> Schedule::next( const PendingActions &actions, Time now )
       if ( wantsAdd( i, now ) )
          return AddCommand{ i, board_.objects[i] };
    startRounds( now );
-   if ( auto read = nextRead() )
+   if ( auto read = nextRead( now ) )
       return read;
    for ( size_t i = 0; i < objects_.size(); ++i )
       if ( objects_[i].again && canAdd( i, now ) )
@@ -134,33 +153,39 @@ void Schedule::startRounds( Time now ) {
          continue;
       kind.nextRound = now + limits_.periodOf( name );
       for ( size_t i = 0; i < objects_.size(); ++i )
-         if ( board_.objects[i].kind == name )
+         if ( board_.objects[i].kind == name && !modules_.isModule( i ) )
             objects_[i].pending = objects_[i].up;
    }
+   for ( const size_t module : modules_.objects() )
+      objects_[module].pending = objects_[module].up && modules_.isDue( module, now );
 }
 
 // Starts behind the object that was read last. Else, where a round takes longer than a period, the
 // last objects would never be read.
-std::optional<Command> Schedule::nextRead() {
+std::optional<Command> Schedule::nextRead( Time now ) {
    for ( size_t k = 0; k < objects_.size(); ++k ) {
       const size_t i = ( nextRead_ + k ) % objects_.size();
-      if ( isDue( i ) ) {
+      if ( isDue( i, now ) ) {
          nextRead_ = i + 1;
-         return ReadCommand{ dueOfGroup( i ) };
+         ReadCommand read{ dueOfGroup( i, now ), {} };
+         if ( modules_.isModule( i ) && modules_.isFresh( i ) )
+            read.fresh = { i };
+         return read;
       }
    }
    nextRead_ = 0;
    return {};
 }
 
-bool Schedule::isDue( size_t object ) const {
-   return objects_[object].up && objects_[object].pending;
+bool Schedule::isDue( size_t object, Time now ) const {
+   return objects_[object].up && objects_[object].pending &&
+          ( !modules_.isModule( object ) || modules_.mayBeRead( object, now ) );
 }
 
-std::vector<size_t> Schedule::dueOfGroup( size_t object ) const {
+std::vector<size_t> Schedule::dueOfGroup( size_t object, Time now ) const {
    std::vector<size_t> due = { object };
    for ( size_t i = 0; i < objects_.size(); ++i )
-      if ( i != object && groups_[i] == groups_[object] && isDue( i ) )
+      if ( i != object && groups_[i] == groups_[object] && isDue( i, now ) )
          due.push_back( i );
    return due;
 }
@@ -175,6 +200,8 @@ Time Schedule::wakeAt( Time now ) const {
       at( kind.backOff.nextTry() );
       at( kind.nextRound );
    }
+   for ( const size_t module : modules_.objects() )
+      at( modules_.next( module ) );
    for ( const Object &object : objects_ )
       at( object.backOff.nextTry() );
    return wake;
@@ -200,10 +227,14 @@ size_t Schedule::settled() const {
       objects_.begin(), objects_.end(), []( const Object &object ) { return object.tried; } ) );
 }
 
+// The modules have turns of their own, unless each is read once.
 bool Schedule::roundDone() const {
-   return settled() == objects_.size() &&
-          std::none_of( objects_.begin(), objects_.end(),
-                        []( const Object &object ) { return object.pending; } );
+   if ( settled() != objects_.size() )
+      return false;
+   for ( size_t i = 0; i < objects_.size(); ++i )
+      if ( objects_[i].pending && ( limits_.once || !modules_.isModule( i ) ) )
+         return false;
+   return true;
 }
 
 } // namespace Host

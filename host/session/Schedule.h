@@ -4,6 +4,7 @@
 #include "host/plugin/Messages.h"
 #include "host/session/BackOff.h"
 #include "host/session/Limits.h"
+#include "host/session/ModuleTurns.h"
 #include "host/session/PendingActions.h"
 
 #include <map>
@@ -27,6 +28,12 @@ class Schedule {
    void objectUp( size_t object );
    // `again`: it is to be read once more in this round.
    void objectRead( size_t object, bool again = false );
+   // What a cage says of its module. Returns whether that is new.
+   bool modulePresenceIs( size_t module, bool isThere, Time now );
+   void modulePresenceIsUnknown( size_t module ) { modules_.presenceIsUnknown( module ); }
+   void moduleRead( size_t module, Time now );
+   // The module didn't answer. Returns whether it isn't only busy.
+   bool moduleMissed( size_t module, Time now );
    void objectFailed( size_t object, Time now );
    // The object ended the child. The bus may only have missed one acknowledge, so where everything
    // is read just once, it is tried a few times more, after the others.
@@ -45,6 +52,8 @@ class Schedule {
    bool isBackingOff( size_t object, Time now ) const;
    // The same, of the object or its kind.
    bool mustWait( size_t object, Time now ) const;
+
+   const ModuleTurns &modules() const { return modules_; }
 
    // How many objects were brought up, or failed, at least once.
    size_t settled() const;
@@ -70,15 +79,16 @@ class Schedule {
    bool canAdd( size_t object, Time now ) const;
    bool wantsAdd( size_t object, Time now ) const;
    void startRounds( Time now );
-   std::optional<Command> nextRead();
-   bool isDue( size_t object ) const;
+   std::optional<Command> nextRead( Time now );
+   bool isDue( size_t object, Time now ) const;
    // The object, and the others of its group that are due.
-   std::vector<size_t> dueOfGroup( size_t object ) const;
+   std::vector<size_t> dueOfGroup( size_t object, Time now ) const;
    void backOff( BackOff &of, Time now ) const;
 
    const BoardFiles::Board &board_;
    const Limits &limits_;
    const std::vector<size_t> groups_; // of the objects that are read together
+   ModuleTurns modules_;
    std::vector<Object> objects_;
    std::map<BoardFiles::Kind, Kind> kinds_{};
    std::vector<BoardFiles::Kind> kindOrder_{}; // as the board's files name them first

@@ -1,5 +1,8 @@
 #include "host/session/Supervisor.h"
 
+#include "host/plugin/ObjectCalls.h"
+#include "host/session/ModuleReadings.h"
+
 #include <algorithm>
 #include <fmt/format.h>
 #include <pl.h>
@@ -62,6 +65,9 @@ void Supervisor::heard( const Event &event, Time now ) {
    } else if ( const auto *limits = std::get_if<SupplyLimits>( &event ) ) {
       if ( current_.as<ReadCommand>() )
          record_.limitsWere( current_.object().value(), limits->registers );
+   } else if ( const auto *memory = std::get_if<ModuleMemory>( &event ) ) {
+      if ( current_.as<ReadCommand>() )
+         modules_.heard( current_.object().value(), *memory );
    } else if ( const auto *done = std::get_if<Done>( &event ) ) {
       const auto command = current_.end( now );
       deaths_.commandEnded();
@@ -99,11 +105,50 @@ void Supervisor::heardReading( Reading reading, Time now ) {
    if ( current_.as<ReadCommand>() ) {
       const size_t object = current_.object().value();
       const Time at = classifier_.classify( reading, object, now );
+      if ( schedule_.modules().isModule( object ) )
+         return heardMemory( object, reading, now );
       record_.read( object, reading, at );
+      const auto module = schedule_.modules().moduleIn( object );
+      if ( module && reading.name == presenceName )
+         heardPresence( *module, reading, now );
    } else if ( current_.as<ActCommand>() ) {
       classifier_.explain( reading );
       result_ = reading;
    }
+}
+
+// While a cage can't be read, nobody knows whether its module is still there.
+void Supervisor::heardPresence( size_t module, const Reading &presence, Time now ) {
+   if ( isBad( presence.state ) ) {
+      schedule_.modulePresenceIsUnknown( module );
+      return;
+   }
+   const bool isThere = presence.state == State::Ok;
+   const bool isNew = schedule_.modulePresenceIs( module, isThere, now );
+   if ( isNew )
+      modules_.gone( module );
+   if ( isNew || !isThere )
+      record_.moduleIsAbsent( module, now );
+}
+
+// Reading clears flags, so those of a part count, too.
+void Supervisor::heardMemory( size_t module, const Reading &memory, Time now ) {
+   Fault fault = memory.fault;
+   if ( memory.state == State::Ok ) {
+      const ModuleRecord *record = modules_.complete( module, now );
+      if ( record && record->module.isReady != false ) {
+         schedule_.moduleRead( module, now );
+         record_.moduleWas( module, readingsOf( record->module, record->flags ), now );
+         record_.good( module, now );
+         return;
+      }
+      fault.words =
+         record ? "the module is not ready" : "its memory follows none of the known standards";
+   } else if ( const ModuleRecord *part = modules_.incomplete( module, now ) ) {
+      record_.read( module, flagsReadingOf( part->module, part->flags ), now );
+   }
+   if ( schedule_.moduleMissed( module, now ) )
+      record_.failed( module, fault, now );
 }
 
 void Supervisor::ended( const LoadCommand &, const Done &done, Time ) {
@@ -151,6 +196,8 @@ void Supervisor::ended( const ReadCommand &command, const Done &done, Time now )
       fail( object, *done.fault, now );
       return;
    }
+   if ( schedule_.modules().isModule( object ) )
+      return;
    schedule_.objectRead( object, classifier_.wantsAnotherRead( object ) );
    record_.good( object, now );
 }

@@ -7,6 +7,7 @@
 #include "host/session/ChildDeaths.h"
 #include "host/session/CurrentCommand.h"
 #include "host/session/Limits.h"
+#include "host/session/ModuleRecords.h"
 #include "host/session/PendingActions.h"
 #include "host/session/ReadingClassifier.h"
 #include "host/session/Schedule.h"
@@ -65,6 +66,8 @@ class Supervisor {
    const std::vector<Health::Pmbus::Limit> &limits( size_t object ) const {
       return record_.limits( object );
    }
+   // What was last read of the module that is this object. Null when nothing was.
+   const ModuleRecord *module( size_t object ) const { return modules_.find( object ); }
    // How many objects were brought up, or failed, at least once.
    size_t settled() const { return schedule_.settled(); }
    // Whether the child has a command that it did not answer yet.
@@ -87,6 +90,8 @@ class Supervisor {
    void ended( const ReadCommand &command, const Done &done, Time now );
    void ended( const ActCommand &command, const Done &done, Time now );
    void heardReading( Reading reading, Time now );
+   void heardPresence( size_t module, const Reading &presence, Time now );
+   void heardMemory( size_t module, const Reading &memory, Time now );
    void refuse( size_t object );
    void failPlugin( const Fault &fault );
    void fail( size_t object, const Fault &fault, Time now );
@@ -102,6 +107,7 @@ class Supervisor {
    ChildDeaths deaths_{};
    ReadingClassifier classifier_;
    BoardRecord record_;
+   ModuleRecords modules_{};
    PendingActions actions_{};
    std::optional<Fault> loadFault_{};
    std::optional<Fault> startFault_{}; // why there is no child

@@ -1,16 +1,15 @@
 #include "host/terminal/Table.h"
 
+#include "boardfiles/Kind.h"
 #include "host/terminal/CageGrid.h"
+#include "host/terminal/Columns.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <fmt/format.h>
 
 namespace Host {
 namespace {
-
-using Row = std::array<std::string, 7>;
 
 std::string show( std::monostate ) { return "-"; }
 std::string show( bool flag ) { return flag ? "yes" : "no"; }
@@ -34,8 +33,6 @@ std::string withUnit( const Reading &reading ) {
 }
 
 std::string ageText( double age ) { return fmt::format( "{:.1f} s", age ); }
-
-std::string orDash( std::string text ) { return text.empty() ? "-" : text; }
 
 // What is on an absent module is absent, and a value beyond a limit has that level in place of
 // "ok".
@@ -66,20 +63,54 @@ std::string faultText( const ObjectReport &object, size_t value ) {
                                   : fmt::format( "{} (because of: {})", own, health.cause );
 }
 
-std::vector<Row> rowsOf( const BoardReport &board ) {
-   std::vector<Row> rows{ { "NAME", "TYPE", "READING", "VALUE", "STATE", "AGE", "FAULT" } };
+std::vector<std::string> rowOf( const ObjectReport &object, size_t i ) {
+   const ValueReport &value = object.values[i];
+   return { object.name,
+            object.type,
+            value.reading.name,
+            withUnit( value.reading ),
+            stateText( object, i ),
+            ageText( value.age ),
+            faultText( object, i ) };
+}
+
+std::vector<std::string> rowOf( const ObjectReport &object ) {
+   return { object.name,
+            object.type,
+            "-",
+            "-",
+            std::string( nameOf( object.state ) ),
+            ageText( object.age ),
+            orDash( toText( object.fault ) ) };
+}
+
+// Modules have a table of their own. Here is only what is wrong with them.
+void addWrong( Rows &rows, const ObjectReport &module ) {
+   if ( isBad( module.state ) ) {
+      rows.push_back( rowOf( module ) );
+      return;
+   }
+   for ( size_t i = 0; i < module.values.size(); ++i ) {
+      const bool isJudged = module.health && i < module.health->values.size();
+      if ( isBad( module.values[i].reading.state ) ||
+           ( isJudged && isBeyond( module.health->values[i].level ) ) )
+         rows.push_back( rowOf( module, i ) );
+   }
+}
+
+Rows rowsOf( const BoardReport &board ) {
+   Rows rows{ { "NAME", "TYPE", "READING", "VALUE", "STATE", "AGE", "FAULT" } };
    for ( const ObjectReport &object : board ) {
       if ( isCage( object ) )
          continue;
-      if ( object.values.empty() )
-         rows.push_back( { object.name, object.type, "-", "-",
-                           std::string( nameOf( object.state ) ), ageText( object.age ),
-                           orDash( toText( object.fault ) ) } );
-      for ( size_t i = 0; i < object.values.size(); ++i ) {
-         const ValueReport &value = object.values[i];
-         rows.push_back( { object.name, object.type, value.reading.name, withUnit( value.reading ),
-                           stateText( object, i ), ageText( value.age ), faultText( object, i ) } );
+      if ( object.type == nameOf( BoardFiles::Kind::Module ) ) {
+         addWrong( rows, object );
+         continue;
       }
+      if ( object.values.empty() )
+         rows.push_back( rowOf( object ) );
+      for ( size_t i = 0; i < object.values.size(); ++i )
+         rows.push_back( rowOf( object, i ) );
    }
    return rows;
 }
@@ -91,18 +122,7 @@ std::string toText( const Scalar &value ) {
 }
 
 std::vector<std::string> tableOf( const BoardReport &board ) {
-   const std::vector<Row> rows = rowsOf( board );
-   std::array<size_t, std::tuple_size_v<Row>> widths{};
-   for ( const Row &row : rows )
-      for ( size_t i = 0; i < row.size(); ++i )
-         widths[i] = std::max( widths[i], widthOf( row[i] ) );
-   std::vector<std::string> lines;
-   for ( const Row &row : rows ) {
-      std::string line;
-      for ( size_t i = 0; i + 1 < row.size(); ++i )
-         line += row[i] + std::string( widths[i] - widthOf( row[i] ) + 2, ' ' );
-      lines.push_back( line + row.back() );
-   }
+   std::vector<std::string> lines = inColumns( rowsOf( board ) );
    if ( const auto grid = gridOf( board ); !grid.empty() ) {
       lines.emplace_back();
       lines.insert( lines.end(), grid.begin(), grid.end() );

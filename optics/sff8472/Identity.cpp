@@ -21,11 +21,11 @@ enum class Media : uint8_t { Fibre, Copper, Cable };
 
 // A0h byte 8, bits 3 and 2, is a cable; byte 6, bits 3 and 2, is 1000BASE-T and 1000BASE-CX.
 std::optional<Media> mediaOf( const Half &serial ) {
-   const auto cable = serial.bits( 8, 3, 2 );
+   const auto isCable = serial.bits( 8, 3, 2 );
    const auto copper = serial.bits( 6, 3, 2 );
-   if ( !cable || !copper )
+   if ( !isCable || !copper )
       return {};
-   if ( *cable )
+   if ( *isCable )
       return Media::Cable;
    return *copper ? Media::Copper : Media::Fibre;
 }
@@ -91,13 +91,13 @@ void decodePower( const Image &image, Module &module ) {
 
 // A0h bytes 60 and 61: of a cable what it complies with, otherwise nanometres.
 void decodeWavelength( const Half &serial, Module &module ) {
-   const auto cable = serial.bits( 8, 3, 2 );
+   const auto isCable = serial.bits( 8, 3, 2 );
    const auto word = serial.word( 60 );
-   if ( !cable || !word )
+   if ( !isCable || !word )
       return;
-   if ( *cable )
+   if ( *isCable )
       addNamesOfSetBits( module.compliance, serial,
-                         *cable & 2 ? activeCableBits() : passiveCableBits() );
+                         *isCable & 2 ? activeCableBits() : passiveCableBits() );
    else if ( *word )
       module.wavelength = *word;
 }

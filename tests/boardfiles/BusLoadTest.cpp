@@ -59,6 +59,18 @@ TEST_F( BusLoadTest, ARegisterTakesTheBytesThatItsAddressSays ) {
    EXPECT_EQ( bits( "i2c:0" ), 48 + 9 );
 }
 
+// One mux is set and released around each transaction; an SFP has one of 22 bytes, a QSFP one of 56
+// and one of 8, each behind an address, a register and a second address.
+TEST_F( BusLoadTest, TheModulesOfAllCagesAreReadEveryTenSeconds ) {
+   const auto read = []( int bytes ) { return 3 + 9 * ( 3 + bytes ); };
+   constexpr int mux = 2 * 20;
+   const double qsfp = 2 * mux + read( 56 ) + read( 8 ), sfp = mux + read( 22 );
+   EXPECT_DOUBLE_EQ( bits( "scd(4):2:0" ), 32 * qsfp / 10 );
+   EXPECT_DOUBLE_EQ( load( "scd(4):2:1" ).refresh( 10 ).bits, 48 * sfp + 6 * qsfp );
+   EXPECT_DOUBLE_EQ( load( "scd(4):2:0" ).refresh( 60 ).bits, 32 * qsfp ); // with a longer period
+   EXPECT_LT( load( "scd(4):2:0" ).share( 1 ), 0.05 );
+}
+
 TEST_F( BusLoadTest, WhatATimerPollsIsMoreOftenInALongerPeriod ) {
    const BusLoad cplds = load( "celestica:1:1" );
    EXPECT_EQ( cplds.refresh( 10 ).transfers, 10 * ( 16 + 36 ) + 4 );

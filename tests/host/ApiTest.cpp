@@ -75,6 +75,8 @@ class ApiTest : public ::testing::Test {
    std::string busses_, whyNoBusses_;
    HealthReport health_;
    Why why_;
+   std::vector<CageModule> modules_{ { .cage = "qsfp1" },
+                                     { .cage = "qsfp2", .state = State::Absent } };
    const ObjectReport led_{ .name = "led", .type = "led" };
    ObjectReport psu_{ .name = "psu", .type = "psu" };
    Events events_{ folder_.file( "host.events" ), []( const auto & ) { return true; } };
@@ -86,6 +88,7 @@ class ApiTest : public ::testing::Test {
                         },
                      .object = [this]( size_t object ) { return object == 1 ? psu_ : led_; },
                      .health = [this] { return health_; },
+                     .modules = [this] { return modules_; },
                      .why = [this]( size_t, const auto &ready ) { ready( why_ ); },
                      .ask =
                         [this]( size_t, const Action &action, const auto &answer ) {
@@ -184,6 +187,19 @@ TEST_F( ApiTest, TellsAllOfOneObjectByItsSchema ) {
    why_.registers = { { place, "psu-status", "", { { { 0x79, 2, "STATUS_WORD" }, 0x2848, "" } } },
                       { place, "", "none", {} } };
    EXPECT_EQ( ::schemaFault( toJson( why_ ), "why" ), "" );
+}
+
+TEST_F( ApiTest, GivesTheModulesOfAllCagesOrOfOneByTheirSchema ) {
+   const auto all = documented( "GET", "/v1/modules", "", "/v1/modules" );
+   EXPECT_EQ( ::schemaFault( all.json, "modules" ), "" );
+   EXPECT_THAT( all.json, HasSubstr( R"({"board":"/b","modules":[{"cage":"qsfp1")" ) );
+   const auto one = documented( "GET", "/v1/modules/qsfp2", "", "/v1/modules/{cage}" );
+   EXPECT_THAT( one.json, HasSubstr( R"({"cage":"qsfp2","state":"absent")" ) );
+   const auto none = documented( "GET", "/v1/modules/qsfp3", "", "/v1/modules/{cage}" );
+   EXPECT_EQ( none.status, 404u );
+   EXPECT_EQ( none.json, R"({"error":"the board has no cage \"qsfp3\" with a \"module\""})" );
+   EXPECT_EQ( ask( "POST", "/v1/modules" ).allow, "GET" );
+   EXPECT_EQ( ask( "POST", "/v1/modules/qsfp2" ).allow, "GET" );
 }
 
 TEST_F( ApiTest, GivesTheEventsInTheOrderOfTime ) {
@@ -316,13 +332,15 @@ TEST_F( ApiTest, IsDocumentedPathByPath ) {
       std::string real = path.GetString();
       if ( const auto place = real.find( "{name}" ); place != std::string::npos )
          real.replace( place, 6, "led" );
+      if ( const auto place = real.find( "{cage}" ); place != std::string::npos )
+         real.replace( place, 6, "qsfp2" );
       const bool isPost = item.HasMember( "post" );
       const std::string body =
          path == "/v1/acknowledge" ? R"({"cause":"x"})" : R"({"words":["off"]})";
       EXPECT_NE( ask( isPost ? "POST" : "GET", real, body ).status, 404u ) << real;
       EXPECT_EQ( ask( isPost ? "GET" : "POST", real ).status, 405u ) << real;
    }
-   EXPECT_EQ( paths->MemberCount(), 9u );
+   EXPECT_EQ( paths->MemberCount(), 11u );
 }
 
 } // namespace

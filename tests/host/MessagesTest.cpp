@@ -53,6 +53,40 @@ TEST( MessagesTest, CarryEveryCommandThrough ) {
    EXPECT_EQ( add.description.reads, "pmbus" );
 }
 
+TEST( MessagesTest, CarryAModuleAndItsMemoryThrough ) {
+   const BoardFiles::ObjectDescription module{ .kind = BoardFiles::Kind::Module,
+                                               .name = "sfp1-module",
+                                               .second = "Sfp1Diagnostics" };
+   const auto add = std::get<AddCommand>( *sent( AddCommand{ 9, module } ) );
+   EXPECT_EQ( add.description.kind, BoardFiles::Kind::Module );
+   EXPECT_EQ( add.description.second, "Sfp1Diagnostics" );
+   const std::vector<size_t> fresh{ 7 };
+   EXPECT_EQ( std::get<ReadCommand>( *sent( ReadCommand{ { 7, 8 }, fresh } ) ).fresh, fresh );
+
+   ModuleMemory memory{ .begins = true };
+   const std::vector<uint8_t> bytes{ 0, 1, 255 };
+   memory.image.put( {}, 0, bytes );
+   memory.image.put( {}, 125, bytes );
+   memory.image.put( { 0x51, true, 3, 0x11 }, 128, bytes );
+   memory.image.put( { 0x51, true, 3, 0x11 }, 253, bytes );
+   const auto read = std::get<ModuleMemory>( *sent( Event( memory ) ) );
+   EXPECT_TRUE( read.begins );
+   EXPECT_EQ( read.image.regions(), memory.image.regions() );
+}
+
+TEST( MessagesTest, RefuseAMemoryThatNoModuleHas ) {
+   HostChild::Event message;
+   auto &piece = *message.mutable_module_memory()->add_pieces();
+   piece.set_address( 0x50 );
+   piece.set_first( 127 );
+   piece.set_bytes( "ab" );
+   EXPECT_FALSE( decodeEvent( message.SerializeAsString() ) );
+   piece.set_first( 126 );
+   EXPECT_TRUE( decodeEvent( message.SerializeAsString() ) );
+   piece.set_address( 256 );
+   EXPECT_FALSE( decodeEvent( message.SerializeAsString() ) );
+}
+
 TEST( MessagesTest, CarryAnActionThrough ) {
    const Action action{ "block_write", { 1, 0, 255 } };
    const auto act = std::get<ActCommand>( *sent( ActCommand{ 7, action } ) );

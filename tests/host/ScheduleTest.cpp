@@ -102,10 +102,11 @@ TEST( KeltScheduleTest, ARoundOfThe144ObjectsIs15Commands ) {
    BoardFiles::Findings findings;
    const auto kelt =
       BoardFiles::loadBoard( BOARDS "/kelt", BOARDS "/libOrbisDriversKelt.drivers.json", findings );
-   const std::vector<BoardFiles::ObjectDescription> &objects = kelt.value().objects;
+   const BoardFiles::Board board = BoardFiles::withoutModules( kelt.value() );
+   const std::vector<BoardFiles::ObjectDescription> &objects = board.objects;
    EXPECT_EQ( objects.size(), 144u );
    const Limits limits{};
-   Schedule schedule( *kelt, limits, Time( 1h ) );
+   Schedule schedule( board, limits, Time( 1h ) );
    schedule.pluginLoaded();
    for ( const Kind kind : schedule.kinds() )
       schedule.kindReady( kind );

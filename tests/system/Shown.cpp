@@ -18,6 +18,8 @@ Shown showBoard( const std::string &board, const std::string &socket ) {
       return shown;
    }
    for ( const auto &object : document["objects"].GetArray() ) {
+      if ( std::string( "module" ) == object["type"].GetString() )
+         continue; // read by a running serve only
       const std::string name = object["name"].GetString();
       const std::string state = object["state"].GetString();
       if ( state != "ok" )

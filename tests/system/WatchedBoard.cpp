@@ -27,14 +27,22 @@ WatchedBoard::WatchedBoard() : monitor_( board_.board(), settle ) {
 void WatchedBoard::round() {
    board_.round();
    const Health::BoardReport report = board_.report();
+   // As serve does.
+   for ( size_t i = 0; i < report.size(); ++i )
+      if ( const Host::ModuleRecord *module = board_.supervisor().module( i ) )
+         for ( const auto &[value, limits] : module->limits )
+            monitor_.knows( i, value, limits );
    Health::Surroundings around;
    if ( Health::hasUnreadable( report ) )
       around.evidence = board_.evidence();
    for ( const Health::Event &event :
-         monitor_.update( report, around, instantAt( board_.time() ) ) )
+         monitor_.update( report, around, instantAt( board_.time() ) ) ) {
       told_.push_back( fmt::format(
-         "{} {}{}{}", event.what == Health::Event::What::Clear ? "clear" : nameOf( event.level ),
+         "{} {}{}{}",
+         event.what == Health::Event::What::Set ? nameOf( event.level ) : nameOf( event.what ),
          event.cause, event.explains.empty() ? "" : ": ", fmt::join( event.explains, ", " ) ) );
+      words_[event.cause] = event.words;
+   }
 }
 
 SmbusControl::Response WatchedBoard::ask( const SmbusControl::Request &request ) {

@@ -4,12 +4,13 @@
 #include "BoardInOneProcess.h"
 #include "health/Monitor.h"
 
+#include <map>
 #include <string>
 #include <vector>
 
 class WatchedBoard {
  public:
-   // All objects are up and were read.
+   // All objects are up and were read, the modules in the cages, too.
    WatchedBoard();
 
    // The next second.
@@ -25,10 +26,13 @@ class WatchedBoard {
    const Health::Monitor &monitor() const { return monitor_; }
    // Each event as "critical psu1 input lost: psu1-fan1, supplies" or "clear ...".
    const std::vector<std::string> &told() const { return told_; }
+   // The words of the last event of a cause.
+   const std::string &wordsOf( const std::string &cause ) const { return words_.at( cause ); }
 
  private:
-   BoardInOneProcess board_;
+   BoardInOneProcess board_{ {}, false, true };
    Health::Monitor monitor_;
    std::vector<std::string> told_{};
+   std::map<std::string, std::string> words_{};
    double behind_ = 0; // seconds of a scenario that were no round yet
 };
