@@ -64,7 +64,10 @@ void loadModule( const std::string &name, const std::vector<std::string> &parame
 unsigned adapterNamed( const std::string &beginning ) {
    for ( const auto &entry : fs::directory_iterator( "/sys/class/i2c-dev" ) ) {
       const std::string name = entry.path().filename();
-      if ( readFile( entry.path() / "name" ).starts_with( beginning ) )
+      // Those of a server that has just ended may go while this looks for another one.
+      std::ifstream file( entry.path() / "name" );
+      std::string adapter;
+      if ( std::getline( file, adapter ) && adapter.starts_with( beginning ) )
          return static_cast<unsigned>( std::stoul( name.substr( 4 ) ) );
    }
    ADD_FAILURE() << "there is no adapter named " << beginning;
