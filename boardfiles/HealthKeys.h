@@ -20,6 +20,7 @@ struct ValueLimits {
    double hysteresis = 0; // so far back a value has to come before it is good again
    double hold = 0;       // seconds that it has to be beyond a limit before that counts
    bool latched = false;  // it stays until somebody acknowledges it
+   bool ignored = false;  // no limit counts now, whoever has named one
 
    bool any() const { return lowCritical || lowWarning || highWarning || highCritical; }
    bool operator==( const ValueLimits & ) const = default;

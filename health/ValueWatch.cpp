@@ -106,6 +106,8 @@ void ValueWatch::knows( const BoardFiles::ValueLimits &limits ) {
    add( limits_.highCritical, limits.highCritical );
    if ( limits_.hysteresis == 0 )
       limits_.hysteresis = limits.hysteresis;
+   if ( limits.ignored )
+      limits_ = {};
    for ( size_t which = 0; which < Count; ++which )
       if ( !limitOf( which ) )
          sides_[which] = {};

@@ -41,4 +41,19 @@ bool Image::has( const Block &block ) const {
    return true;
 }
 
+std::vector<Image::Run> Image::runs() const {
+   std::vector<Run> runs;
+   for ( const auto &[region, bytes] : regions_ ) {
+      bool isNew = true;
+      for ( size_t i = 0; i < bytes.size(); ++i ) {
+         if ( bytes[i] && isNew )
+            runs.push_back( { region, startOf( region ) + static_cast<unsigned>( i ), {} } );
+         if ( bytes[i] )
+            runs.back().bytes.push_back( *bytes[i] );
+         isNew = !bytes[i];
+      }
+   }
+   return runs;
+}
+
 } // namespace Optics

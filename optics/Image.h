@@ -7,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace Optics {
 
@@ -33,12 +34,22 @@ struct Block {
 
 class Image {
  public:
+   // Bytes that were read and stand one behind the other.
+   struct Run {
+      Region region{};
+      unsigned first = 0;
+      std::vector<uint8_t> bytes{};
+   };
+
    // Throws std::out_of_range for bytes that aren't in the region.
    void put( const Region &region, unsigned first, std::span<const uint8_t> bytes );
    // Nothing where it wasn't read.
    std::optional<uint8_t> byte( const Region &region, unsigned number ) const;
    // All of it was read.
    bool has( const Block &block ) const;
+
+   // All that was read, region by region.
+   std::vector<Run> runs() const;
 
    using Bytes = std::array<std::optional<uint8_t>, 128>;
    const std::map<Region, Bytes> &regions() const { return regions_; }

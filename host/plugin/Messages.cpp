@@ -91,23 +91,14 @@ void fill( HostChild::Event &message, const SupplyLimits &limits ) {
 void fill( HostChild::Event &message, const ModuleMemory &memory ) {
    HostChild::Event::ModuleMemory &filled = *message.mutable_module_memory();
    filled.set_begins( memory.begins );
-   for ( const auto &[region, bytes] : memory.image.regions() ) {
-      HostChild::Event::ModuleMemory::Piece *piece = nullptr;
-      for ( size_t i = 0; i < bytes.size(); ++i ) {
-         if ( !bytes[i] ) {
-            piece = nullptr;
-            continue;
-         }
-         if ( !piece ) {
-            piece = filled.add_pieces();
-            piece->set_address( region.address );
-            piece->set_upper( region.upper );
-            piece->set_bank( region.bank );
-            piece->set_page( region.page );
-            piece->set_first( static_cast<uint32_t>( region.upper ? bytes.size() + i : i ) );
-         }
-         piece->mutable_bytes()->push_back( static_cast<char>( *bytes[i] ) );
-      }
+   for ( const Optics::Image::Run &run : memory.image.runs() ) {
+      HostChild::Event::ModuleMemory::Piece &piece = *filled.add_pieces();
+      piece.set_address( run.region.address );
+      piece.set_upper( run.region.upper );
+      piece.set_bank( run.region.bank );
+      piece.set_page( run.region.page );
+      piece.set_first( run.first );
+      piece.set_bytes( run.bytes.data(), run.bytes.size() );
    }
 }
 

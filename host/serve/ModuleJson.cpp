@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <cctype>
-#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <stdexcept>
 
 namespace Host {
@@ -190,23 +190,14 @@ void state( JsonWriter &json, const Optics::Module &module ) {
 // Each run of bytes that were read, as hexadecimal digits.
 void memory( JsonWriter &json, const Optics::Image &image ) {
    json.key( "memory" ).beginList();
-   for ( const auto &[region, bytes] : image.regions() ) {
-      for ( size_t i = 0; i < bytes.size(); ) {
-         std::string digits;
-         const size_t first = i;
-         for ( ; i < bytes.size() && bytes[i]; ++i )
-            digits += fmt::format( "{:02x}", *bytes[i] );
-         if ( digits.empty() ) {
-            ++i;
-            continue;
-         }
-         json.beginObject().member( "address", int64_t{ region.address } );
-         if ( region.upper )
-            json.member( "bank", int64_t{ region.bank } ).member( "page", int64_t{ region.page } );
-         json.member( "first", static_cast<int64_t>( region.upper ? bytes.size() + first : first ) )
-            .member( "bytes", std::string_view( digits ) )
-            .endObject();
-      }
+   for ( const Optics::Image::Run &run : image.runs() ) {
+      json.beginObject().member( "address", int64_t{ run.region.address } );
+      if ( run.region.upper )
+         json.member( "bank", int64_t{ run.region.bank } )
+            .member( "page", int64_t{ run.region.page } );
+      json.member( "first", int64_t{ run.first } )
+         .member( "bytes", std::string_view( fmt::format( "{:02x}", fmt::join( run.bytes, "" ) ) ) )
+         .endObject();
    }
    json.endList();
 }

@@ -146,8 +146,9 @@ BoardFiles::ValueLimits limitsOf( const Optics::Monitor &monitor ) {
 std::map<std::string, BoardFiles::ValueLimits> limitsOf( const Optics::Module &module ) {
    std::map<std::string, BoardFiles::ValueLimits> all;
    for ( const Optics::Monitor &monitor : module.monitors )
-      all[valueNameOf( monitor, module )] =
-         isOff( monitor, module ) ? BoardFiles::ValueLimits() : limitsOf( monitor );
+      all[valueNameOf( monitor, module )] = isOff( monitor, module )
+                                               ? BoardFiles::ValueLimits{ .ignored = true }
+                                               : limitsOf( monitor );
    return all;
 }
 

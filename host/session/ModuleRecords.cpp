@@ -9,11 +9,8 @@ namespace Host {
 namespace {
 
 void copy( const Optics::Image &from, Optics::Image &to ) {
-   for ( const auto &[region, bytes] : from.regions() )
-      for ( size_t i = 0; i < bytes.size(); ++i )
-         if ( bytes[i] )
-            to.put( region, static_cast<unsigned>( region.upper ? bytes.size() + i : i ),
-                    std::span( &*bytes[i], 1 ) );
+   for ( const Optics::Image::Run &run : from.runs() )
+      to.put( run.region, run.first, run.bytes );
 }
 
 } // namespace

@@ -110,6 +110,15 @@ TEST_F( CageModulesTest, ItsNameMayNotBeTaken ) {
                                         "module gets" ) ) );
 }
 
+TEST_F( CageModulesTest, LimitsOfACageWithoutAModuleAreTold ) {
+   board_.change( "objects.json", "/6/limits", R"({ "rx_power": { "low_critical": 0.25 } })" );
+   board_.change( "objects.json", "/6/module", "" );
+   EXPECT_THAT(
+      board_.check(),
+      ElementsAre( HasSubstr(
+         "qsfp1: \"limits\" of a cage are those of its \"module\", which is missing" ) ) );
+}
+
 TEST_F( CageModulesTest, HasOneAddressOrTwo ) {
    board_.change( "objects.json", "/6/module", R"([ "Qsfp1", "Qsfp2", "Qsfp3" ])" );
    EXPECT_THAT( board_.check(), SizeIs( 1 ) );

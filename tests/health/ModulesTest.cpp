@@ -182,6 +182,19 @@ TEST_F( ModulesTest, ThresholdsCountFromTheFirstLookOn ) {
    EXPECT_EQ( monitor.causes().size(), 1u );
 }
 
+TEST_F( ModulesTest, ATransmitterThatIsOffHasNoLimitsOfTheBoardEither ) {
+   BoardFiles::Board board = makeBoard();
+   board.objects[1].health.limits["rx_power_1"] = { .lowCritical = 0.1 };
+   Monitor monitor( board, 0 );
+   monitor.knows( 1, "rx_power_1", { .ignored = true } );
+   put( 1, "rx_power_1", 0., "mW" );
+   monitor.update( report_, {}, { {}, WallTime( std::chrono::seconds( 1 ) ) } );
+   EXPECT_THAT( monitor.causes(), IsEmpty() );
+   monitor.knows( 1, "rx_power_1", {} );
+   monitor.update( report_, {}, { {}, WallTime( std::chrono::seconds( 2 ) ) } );
+   EXPECT_EQ( monitor.causes().size(), 1u );
+}
+
 TEST_F( ModulesTest, ALatchedLimitOfSeveralLanesIsAcknowledgedAtOnce ) {
    BoardFiles::Board board = makeBoard();
    for ( const char *lane : { "rx_power_1", "rx_power_2" } )

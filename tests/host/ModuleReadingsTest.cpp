@@ -98,6 +98,8 @@ TEST_F( ModuleReadingsTest, ATransmitterThatIsOffIsNotBeyondItsThresholds ) {
    EXPECT_TRUE( limitsOf( module_ ).at( "tx_power_1" ).any() );
    module_.lanes[0].txDisabled = true;
    EXPECT_FALSE( limitsOf( module_ ).at( "tx_power_1" ).any() );
+   EXPECT_TRUE( limitsOf( module_ ).at( "tx_power_1" ).ignored ); // those of the board, too
+   EXPECT_FALSE( limitsOf( module_ ).at( "rx_power_2" ).ignored );
    EXPECT_EQ( reading( "flags" ).value, Scalar( std::string( "ok" ) ) );
    module_.lanes[0] = { .dataPathState = Optics::Code{ 1, "deactivated" } };
    EXPECT_FALSE( limitsOf( module_ ).at( "tx_power_1" ).any() );

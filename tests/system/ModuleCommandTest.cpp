@@ -106,4 +106,27 @@ TEST_F( ModuleCommandTest, WrongWordsAreErrorsThatNameThem ) {
    EXPECT_THAT( empty.errors, HasSubstr( "/empty: " ) );
 }
 
+TEST_F( ModuleCommandTest, APlugInThatCantBeLoadedIsThatExitCode ) {
+   for ( const char *command : { "module", "modules" } ) {
+      std::vector<std::string> words{
+         ORBIS_HOST, "--plugin", "none.so", "--drivers", BOARDS "/libOrbisDriversKelt.drivers.json",
+         command
+      };
+      if ( command == std::string( "module" ) )
+         words.insert( words.end(), { "qsfp1", "--board" } );
+      words.emplace_back( BOARDS "/kelt" );
+      TestSupport::StartedProgram host( words );
+      EXPECT_EQ( host.wait(), 4 ) << command;
+      EXPECT_EQ( host.output(), "" );
+   }
+}
+
+TEST_F( ModuleCommandTest, ABoardThatNamesNoModuleIsTold ) {
+   TestSupport::StartedProgram host( { ORBIS_HOST, "--drivers",
+                                       SCRIPTED_BOARD "/libScriptedPlugin.drivers.json", "modules",
+                                       SCRIPTED_BOARD } );
+   EXPECT_EQ( host.wait(), 2 );
+   EXPECT_THAT( host.errors(), HasSubstr( "names no \"module\" for any cage" ) );
+}
+
 } // namespace
