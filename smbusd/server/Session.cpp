@@ -84,9 +84,8 @@ void Session::converse() {
    while ( waitForBytes() && receiveMore() ) {
    }
    // A client that traces gets what passed before the server stopped.
-   Outbox *const outbox = conversation_ ? conversation_->outbox() : nullptr;
-   if ( outbox && sendFromOutbox( *outbox ) && unsent_.empty() )
-      sendFromOutbox( *outbox );
+   if ( Outbox *const outbox = conversation_ ? conversation_->outbox() : nullptr )
+      send( std::exchange( unsent_, {} ) + outbox->take() );
 }
 
 // Meanwhile the client gets what is in the outbox. Returns false when the connection has to end.

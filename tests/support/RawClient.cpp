@@ -7,6 +7,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -40,10 +41,13 @@ std::optional<std::string> RawClient::receiveMessage() {
    std::string bytes;
    Sockets::Frame frame;
    while ( ( frame = Sockets::firstFrame( bytes ) ).state == Sockets::Frame::State::Incomplete ) {
-      char byte;
-      if ( recv( fd_, &byte, 1, 0 ) != 1 )
+      // Nothing of the next frame is taken.
+      const size_t had = bytes.size();
+      bytes.resize( std::max( had + 1, frame.size ) );
+      const ssize_t count = recv( fd_, bytes.data() + had, bytes.size() - had, 0 );
+      if ( count <= 0 )
          return {};
-      bytes += byte;
+      bytes.resize( had + static_cast<size_t>( count ) );
    }
    return std::string( frame.message );
 }
