@@ -18,7 +18,8 @@ Health::Instant instantAt( Bus::Clock::Time time ) {
 
 } // namespace
 
-WatchedBoard::WatchedBoard() : monitor_( board_.board(), settle ) {
+WatchedBoard::WatchedBoard( bool withModules )
+   : board_( {}, false, withModules ), monitor_( board_.board(), settle ) {
    spdlog::set_level( spdlog::level::off ); // the faults are wanted
    board_.start();
    round();

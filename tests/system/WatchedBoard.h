@@ -10,8 +10,8 @@
 
 class WatchedBoard {
  public:
-   // All objects are up and were read, the modules in the cages, too.
-   WatchedBoard();
+   // All objects are up and were read; the modules in the cages, too, where they are wanted.
+   explicit WatchedBoard( bool withModules = true );
 
    // The next second.
    void round();
@@ -30,7 +30,7 @@ class WatchedBoard {
    const std::string &wordsOf( const std::string &cause ) const { return words_.at( cause ); }
 
  private:
-   BoardInOneProcess board_{ {}, false, true };
+   BoardInOneProcess board_;
    Health::Monitor monitor_;
    std::vector<std::string> told_{};
    std::map<std::string, std::string> words_{};
