@@ -272,7 +272,10 @@ void Monitor::knows( size_t object, const std::string &value,
                      const BoardFiles::ValueLimits &limits ) {
    const bool isModule = board_.objects[object].kind == BoardFiles::Kind::Module;
    const size_t of = isModule ? object : links_.on[object].value_or( object );
-   known_[of].insert_or_assign( value, limits );
+   const auto [known, isNew] = known_[of].try_emplace( value, limits );
+   if ( !isNew && known->second == limits )
+      return; // as nearly always
+   known->second = limits;
    for ( WatchedValue &watched : watches_[of] )
       if ( watched.name == value )
          watched.watch.knows( limits );
