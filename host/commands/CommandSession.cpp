@@ -72,11 +72,13 @@ void CommandSession::changed() {
    hadRound_ |= roundDone;
    if ( session_->supervisor().loadFault() )
       stop();
-   else if ( byRound_ && roundDone )
+   else if ( byRound_ && roundDone && session_->supervisor().rounds() != updatedRound_ )
       update();
 }
 
 void CommandSession::update() {
+   if ( session_ )
+      updatedRound_ = session_->supervisor().rounds();
    update_();
    updateLater();
 }

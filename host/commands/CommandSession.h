@@ -65,6 +65,7 @@ class CommandSession {
    std::function<void()> update_{};
    bool byRound_ = false;
    bool hadRound_ = false;
+   size_t updatedRound_ = 0;
    const BoardFiles::Board &board_;
    const Options &options_;
    std::optional<Client> serve_{};

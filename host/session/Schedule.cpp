@@ -152,6 +152,7 @@ void Schedule::startRounds( Time now ) {
       if ( now < kind.nextRound )
          continue;
       kind.nextRound = now + limits_.periodOf( name );
+      rounds_ += name != BoardFiles::Kind::Module;
       for ( size_t i = 0; i < objects_.size(); ++i )
          if ( board_.objects[i].kind == name && !modules_.isModule( i ) )
             objects_[i].pending = objects_[i].up;

@@ -59,6 +59,8 @@ class Schedule {
    size_t settled() const;
    // Whether every object is settled, and none has yet to be read in this round.
    bool roundDone() const;
+   // How many rounds were begun. The turns of modules are none.
+   size_t rounds() const { return rounds_; }
 
  private:
    struct Object {
@@ -93,6 +95,7 @@ class Schedule {
    std::map<BoardFiles::Kind, Kind> kinds_{};
    std::vector<BoardFiles::Kind> kindOrder_{}; // as the board's files name them first
    bool loaded_ = false;
+   size_t rounds_ = 0;
    size_t nextRead_ = 0; // the object at which the search for the next reading starts
 };
 

@@ -74,6 +74,8 @@ class Supervisor {
    bool isRunning() const { return current_.isRunning(); }
    // Whether every object that can be read was read since its turn came last.
    bool roundDone() const { return !current_.isRunning() && schedule_.roundDone(); }
+   // How many rounds were begun.
+   size_t rounds() const { return schedule_.rounds(); }
    // Set when the plug-in can't be loaded. Nothing is tried after that.
    const std::optional<Fault> &loadFault() const { return loadFault_; }
    // Why the plug-in can't be used: it can't be loaded; or its process can't be started, or has

@@ -122,6 +122,39 @@ TEST( KeltScheduleTest, ARoundOfThe144ObjectsIs15Commands ) {
    EXPECT_TRUE( schedule.roundDone() );
 }
 
+TEST( KeltScheduleTest, ATurnOfAModuleBeginsNoRound ) {
+   BoardFiles::Findings findings;
+   const auto board =
+      BoardFiles::loadBoard( BOARDS "/kelt", BOARDS "/libOrbisDriversKelt.drivers.json", findings );
+   const auto &objects = board.value().objects;
+   Limits limits{};
+   limits.periods[Kind::Module] = 10s;
+   Schedule schedule( *board, limits, Time( 1h ) );
+   schedule.pluginLoaded();
+   for ( const Kind kind : schedule.kinds() )
+      schedule.kindReady( kind );
+   for ( size_t i = 0; i < objects.size(); ++i )
+      schedule.objectUp( i );
+   size_t modules = 0;
+   for ( Time now( 1h ); now < Time( 1h + 20s ); now += 50ms ) {
+      if ( now == Time( 1h + 5s ) )
+         for ( size_t i = 0; i < objects.size(); ++i )
+            if ( objects[i].kind == Kind::Module )
+               schedule.modulePresenceIs( i, true, now );
+      while ( const auto command = schedule.next( {}, now ) )
+         for ( const size_t object : std::get<ReadCommand>( *command ).objects ) {
+            schedule.objectRead( object );
+            if ( objects[object].kind == Kind::Module ) {
+               schedule.moduleRead( object, now );
+               ++modules;
+            }
+         }
+   }
+   EXPECT_GE( modules, 86u );
+   const size_t kinds = schedule.kinds().size() - 1; // without that of the modules
+   EXPECT_EQ( schedule.rounds(), 20 * kinds );
+}
+
 TEST_F( ScheduleTest, AsksForAnActionBeforeReadings ) {
    bringUp();
    EXPECT_TRUE( next<ReadCommand>() );
