@@ -72,13 +72,16 @@ void CommandSession::changed() {
    hadRound_ |= roundDone;
    if ( session_->supervisor().loadFault() )
       stop();
-   else if ( byRound_ && roundDone && session_->supervisor().rounds() != updatedRound_ )
+   else if ( byRound_ && ( ( roundDone && session_->supervisor().rounds() != updatedRound_ ) ||
+                           ( hadRound_ && plugInFault() != updatedFault_ ) ) )
       update();
 }
 
 void CommandSession::update() {
-   if ( session_ )
+   if ( session_ ) {
       updatedRound_ = session_->supervisor().rounds();
+      updatedFault_ = plugInFault();
+   }
    update_();
    updateLater();
 }

@@ -21,7 +21,8 @@ class CommandSession {
    CommandSession( const BoardFiles::Board &board, const Options &options, Source source );
 
    // Calls `update` once in every period. With `byRound` it is called when every object was read,
-   // but not later than one and a half periods after the last call.
+   // and when the plug-in's process has ended or is back, but not later than one and a half periods
+   // after the last call.
    void onUpdate( std::function<void()> update, bool byRound );
 
    // Runs until stop() or a signal, then calls `leave`. Returns the exit code.
@@ -65,7 +66,9 @@ class CommandSession {
    std::function<void()> update_{};
    bool byRound_ = false;
    bool hadRound_ = false;
+   // of the last update:
    size_t updatedRound_ = 0;
+   std::string updatedFault_{};
    const BoardFiles::Board &board_;
    const Options &options_;
    std::optional<Client> serve_{};
