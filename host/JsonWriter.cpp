@@ -65,8 +65,8 @@ JsonWriter &JsonWriter::reading( const Reading &reading ) {
    return *this;
 }
 
-JsonWriter &JsonWriter::object( const ObjectReport &object ) {
-   beginObject().member( "name", object.name ).member( "type", object.type );
+JsonWriter &JsonWriter::objectState( const ObjectReport &object ) {
+   member( "name", object.name ).member( "type", object.type );
    member( "state", nameOf( object.state ) ).member( "age", toMilliseconds( object.age ) );
    fault( object.fault );
    if ( object.health ) {
@@ -76,6 +76,11 @@ JsonWriter &JsonWriter::object( const ObjectReport &object ) {
       if ( object.health->isAbsent )
          member( "absent", true );
    }
+   return *this;
+}
+
+JsonWriter &JsonWriter::members( const ObjectReport &object ) {
+   objectState( object );
    key( "values" ).beginList();
    for ( size_t i = 0; i < object.values.size(); ++i ) {
       const ValueReport &value = object.values[i];
@@ -85,7 +90,12 @@ JsonWriter &JsonWriter::object( const ObjectReport &object ) {
          write( *this, object.health->values[i] );
       endObject();
    }
-   return endList().endObject();
+   return endList();
+}
+
+JsonWriter &JsonWriter::time() {
+   using namespace std::chrono;
+   return member( "time", timeText( floor<milliseconds>( system_clock::now() ) ) );
 }
 
 JsonWriter &JsonWriter::cause( const Health::Cause &cause ) {
@@ -104,16 +114,16 @@ JsonWriter &JsonWriter::cause( const Health::Cause &cause ) {
 
 std::string toJson( const ObjectReport &object ) {
    JsonWriter json;
-   json.object( object );
-   return json.text();
+   json.beginObject().members( object );
+   return json.time().endObject().text();
 }
 
 std::string toJson( std::string_view board, const BoardReport &report ) {
    JsonWriter json;
    json.beginObject().member( "board", board ).key( "objects" ).beginList();
    for ( const ObjectReport &object : report )
-      json.object( object );
-   return json.endList().endObject().text();
+      json.beginObject().members( object ).endObject();
+   return json.endList().time().endObject().text();
 }
 
 std::string toJson( std::string_view board, const HealthReport &report ) {
@@ -124,7 +134,7 @@ std::string toJson( std::string_view board, const HealthReport &report ) {
    json.member( "absent", static_cast<int64_t>( report.absent ) ).key( "causes" ).beginList();
    for ( const Health::Cause &cause : report.causes )
       json.cause( cause );
-   return json.endList().endObject().text();
+   return json.endList().time().endObject().text();
 }
 
 } // namespace Host

@@ -40,8 +40,12 @@ class JsonWriter {
    // The members "name", "unit", "state" and "value" of a reading.
    JsonWriter &reading( const Reading &reading );
 
-   // An object of a board.
-   JsonWriter &object( const ObjectReport &object );
+   // The members "name", "type", "state" and what is wrong with an object.
+   JsonWriter &objectState( const ObjectReport &object );
+   // The members of an object of a board.
+   JsonWriter &members( const ObjectReport &object );
+   // The member "time": now, from which all ages count.
+   JsonWriter &time();
    // What is wrong with it.
    JsonWriter &cause( const Health::Cause &cause );
    // A JSON object that is already a text.

@@ -26,8 +26,9 @@ struct Since {
 // or yesterday; "90s", "10m", "2h", "3d" ago; a time of timeText(); or the number of an event.
 // Nothing when it is none of these.
 std::optional<Since> sinceOf( std::string_view text, Health::WallTime now );
-// These forms, for a message.
+// These forms, for a message; and those without the number.
 inline constexpr auto sinceForms =
    R"("2026-11-22 13:00", "13:00", "90s", "10m", "2h", "3d" or the number of an event)";
+inline constexpr auto sinceTimeForms = R"("2026-11-22 13:00", "13:00", "90s", "10m", "2h" or "3d")";
 
 } // namespace Host

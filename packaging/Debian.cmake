@@ -34,13 +34,15 @@ function( orbis_package component name section summary text )
       ${CMAKE_INSTALL_DATADIR}/doc/${name} ${component} )
 endfunction()
 
-# orbis_package_scripts( COMPONENT OTHER [SERVICES ...] [GROUPS ...] ): what a package with services does when it
-# is installed and removed. OTHER is the other package that uses the same account.
+# orbis_package_scripts( COMPONENT OTHER [SERVICES ...] [SOCKETS ...] [GROUPS ...] ): what a package with
+# services does when it is installed and removed. OTHER is the other package that uses the same account.
 function( orbis_package_scripts COMPONENT OTHER )
-   cmake_parse_arguments( PARSE_ARGV 2 arg "" "" "SERVICES;GROUPS" )
+   cmake_parse_arguments( PARSE_ARGV 2 arg "" "" "SERVICES;SOCKETS;GROUPS" )
    list( JOIN arg_GROUPS " " GROUPS )
    list( TRANSFORM arg_SERVICES APPEND .service )
    list( JOIN arg_SERVICES " " SERVICES )
+   list( TRANSFORM arg_SOCKETS APPEND .socket )
+   list( JOIN arg_SOCKETS " " SOCKETS )
    foreach( script postinst prerm postrm )
       configure_file( ${CMAKE_SOURCE_DIR}/packaging/debian/${script}.in
          ${CMAKE_BINARY_DIR}/packaging/${COMPONENT}/${script} @ONLY )
@@ -53,7 +55,7 @@ set( same "(= ${PROJECT_VERSION})" )
 set( triggers ${CMAKE_SOURCE_DIR}/packaging/debian/triggers )
 # Adapters of the kernel belong to the group i2c.
 orbis_package_scripts( server orbis-host SERVICES orbis-smbusd orbis-smbusd-simulation GROUPS i2c )
-orbis_package_scripts( host orbis-smbusd SERVICES orbis-host )
+orbis_package_scripts( host orbis-smbusd SERVICES orbis-host SOCKETS orbis-host )
 orbis_package( plugin orbis-drivers-kelt libs
    "driver plug-in for switches on the Kelt board"
    "Temperature sensors, fans, power supplies, LEDs, transceiver cages, GPIO

@@ -145,6 +145,17 @@ void addModule( CLI::App &app, Options &options ) {
    } );
 }
 
+// Where serve listens besides its Unix socket.
+void addHttp( CLI::App &serve, Options &options ) {
+   serve.add_option( "--http", options.http,
+                     "ADDRESS:PORT: answer there, too, as 127.0.0.1:8080; only for this machine, "
+                     "and only reading" );
+   serve.add_flag( "--http-any-address", options.httpAnyAddress,
+                   "That address may be reached from other machines; nothing is encrypted" );
+   serve.add_option( "--http-control", options.httpControl,
+                     "FILE: who has the token that is its first line may act there, too" );
+}
+
 // The command, and the journal's file for it and serve.
 void addEvents( CLI::App &app, Options &options, CLI::App &serve ) {
    CLI::App *events = addBoardCommand( app, options, Options::Command::Events, "events",
@@ -257,6 +268,7 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
       ->multi_option_policy( CLI::MultiOptionPolicy::TakeAll )
       ->check(
          [&options]( const std::string &text ) { return parsePeriod( text, options.periods ); } );
+   addHttp( *serve, options );
    addEvents( app, options, *serve );
    addAcknowledge( app, options );
    addAction( app, options, BoardFiles::Kind::Fan, "Set a fan's speed" );

@@ -62,6 +62,9 @@ struct Options {
    std::filesystem::path events{};               // the journal's file; empty: beside the socket
    std::string since{};                          // events since then
    bool follow = false;                          // and those that come
+   std::string http{};                           // address for HTTP besides the Unix socket
+   bool httpAnyAddress = false;                  // it may be reached from other machines
+   std::filesystem::path httpControl{};          // the file with the token of who may act there
    bool all = false;                             // acknowledge every cause
    bool yes = false;                             // cut power without a question
 };

@@ -6,8 +6,8 @@
 #include "host/journal/Journal.h"
 #include "host/serve/Client.h"
 #include "host/serve/EventsClient.h"
-#include "host/serve/Query.h"
 #include "host/terminal/Terminal.h"
+#include "http/Query.h"
 
 #include <algorithm>
 #include <boost/asio/io_context.hpp>
@@ -31,15 +31,16 @@ Since sinceIn( const Options &options ) {
 }
 
 std::string objectQuery( const Options &options ) {
-   return options.object.empty() ? std::string() : "object=" + urlEncoded( options.object );
+   return options.object.empty() ? std::string() : "object=" + Http::urlEncoded( options.object );
 }
 
 std::string queryOf( const Options &options ) {
    const Since since = sinceIn( options );
    std::string query = objectQuery( options );
    if ( !options.since.empty() )
-      query += ( query.empty() ? "since=" : "&since=" ) +
-               urlEncoded( since.time ? timeText( *since.time ) : std::to_string( since.id ) );
+      query +=
+         ( query.empty() ? "since=" : "&since=" ) +
+         Http::urlEncoded( since.time ? timeText( *since.time ) : std::to_string( since.id ) );
    return query;
 }
 

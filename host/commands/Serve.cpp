@@ -1,19 +1,48 @@
 #include "host/commands/CommandSession.h"
 #include "host/commands/Commands.h"
+#include "host/serve/Api.h"
 #include "host/serve/Client.h"
 #include "host/serve/Events.h"
 #include "host/serve/HealthWatch.h"
-#include "host/serve/HttpServer.h"
 #include "host/serve/ServerAccounts.h"
 #include "host/serve/StateLog.h"
 #include "host/serve/SystemLog.h"
 #include "host/session/ServerProbe.h"
+#include "http/Server.h"
 
 #include <algorithm>
+#include <fmt/ranges.h>
+#include <memory>
 #include <spdlog/spdlog.h>
 #include <unistd.h>
 
 namespace Host {
+namespace {
+
+// On the Unix socket; on those that the system's manager has opened; and at an address, if one is
+// wanted.
+std::vector<std::unique_ptr<Http::Server>> serversOf( boost::asio::io_context &loop, const Api &api,
+                                                      const Options &options ) {
+   const Http::Guard guard =
+      options.httpControl.empty() ? Http::Guard() : Http::Guard( options.httpControl );
+   std::vector<Http::Listener> listeners;
+   listeners.push_back( Http::Listener::atFile( serveSocket() ) );
+   for ( Http::Listener &given : Http::Listener::given() )
+      listeners.push_back( std::move( given ) );
+   if ( !options.http.empty() )
+      listeners.push_back( Http::Listener::atAddress( options.http, options.httpAnyAddress ) );
+   std::vector<std::unique_ptr<Http::Server>> servers;
+   for ( Http::Listener &listener : listeners )
+      servers.push_back( std::make_unique<Http::Server>(
+         loop, std::move( listener ),
+         [&api]( const Http::Request &request, const Http::Reply &reply ) {
+            api.handle( request, reply );
+         },
+         Http::Limits(), guard ) );
+   return servers;
+}
+
+} // namespace
 
 int serve( const BoardFiles::Board &board, const Options &options ) {
    CommandSession session( board, options, CommandSession::Source::Own );
@@ -42,6 +71,7 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
                       .words = known->words } } );
       return true;
    } );
+   History::Store history;
    const auto report = [&] {
       BoardReport described = session.report();
       watch.monitor().describe( described );
@@ -77,14 +107,21 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
            },
         .busses =
            [&accounts]( ServerAccounts::Answer answer ) { accounts.ask( std::move( answer ) ); },
-        .events = &events } );
-   const HttpServer server( session.loop(), serveSocket(), api );
+        .fault = [&] { return session.plugInFault(); },
+        .events = &events,
+        .history = &history } );
+   const std::vector<std::unique_ptr<Http::Server>> servers =
+      serversOf( session.loop(), api, options );
    StateLog log;
+   std::vector<std::string> names;
+   for ( const auto &server : servers )
+      names.push_back( server->name() );
    spdlog::info( "serving {} with {} objects at {}", board.folder, board.objects.size(),
-                 serveSocket().string() );
+                 fmt::join( names, " and " ) );
    session.onUpdate(
       [&] {
          const BoardReport now = session.report();
+         history.add( now, instantNow() );
          for ( const StateLog::Line &line : log.changes( now, session.hadRound() ) )
             spdlog::log( line.isFault ? spdlog::level::warn : spdlog::level::info, "{}",
                          line.text );

@@ -3,7 +3,9 @@
 #include "boardfiles/Json.h"
 #include "host/JsonWriter.h"
 #include "host/serve/EventsApi.h"
+#include "host/serve/HistoryApi.h"
 #include "host/serve/ModuleJson.h"
+#include "host/serve/OpenApi.h"
 #include "host/serve/WhyJson.h"
 
 #include <algorithm>
@@ -12,13 +14,17 @@
 namespace Host {
 namespace {
 
+using Http::errorResponse;
+namespace Status = Http::Status;
+
 constexpr std::string_view objectsPath = "/v1/objects/";
 constexpr std::string_view modulesPath = "/v1/modules/";
 constexpr std::string_view actionEnd = "/action";
 constexpr std::string_view whyEnd = "/why";
 
-Api::Response wrongMethod( const std::string &allow ) {
-   Api::Response response = errorResponse( HttpStatus::methodNotAllowed, "use " + allow );
+Http::Response wrongMethod( std::string_view allow ) {
+   Http::Response response =
+      errorResponse( Status::methodNotAllowed, fmt::format( "use {}", allow ) );
    response.allow = allow;
    return response;
 }
@@ -41,69 +47,117 @@ std::optional<std::vector<std::string>> wordsOf( const std::string &body ) {
    return words;
 }
 
-Api::Response responseOf( const Reading &result ) {
+Http::Response responseOf( const Reading &result ) {
    JsonWriter json;
    json.beginObject().member( "state", nameOf( result.state ) );
    if ( !std::holds_alternative<std::monostate>( result.value ) )
       std::visit( [&]( const auto &value ) { json.member( "value", value ); }, result.value );
    json.fault( result.fault ).endObject();
-   const unsigned status = result.state == State::Ok            ? HttpStatus::ok
-                           : result.state == State::Unsupported ? HttpStatus::notImplemented
-                                                                : HttpStatus::badGateway;
-   return { .status = status, .json = json.text() };
+   const unsigned status = result.state == State::Ok            ? Status::ok
+                           : result.state == State::Unsupported ? Status::notImplemented
+                                                                : Status::badGateway;
+   return { .status = status, .body = json.text() };
 }
 
 } // namespace
 
-Api::Response errorResponse( unsigned status, std::string_view words ) {
-   return { .status = status,
-            .json = JsonWriter().beginObject().member( "error", words ).endObject().text() };
-}
-
 Api::Api( const BoardFiles::Board &board, std::string name, Source source )
    : board_( board ), name_( std::move( name ) ), source_( std::move( source ) ) {}
 
-void Api::handle( const Request &request, const Reply &reply ) const {
-   const bool isGet = request.method == "GET";
-   if ( request.path == "/v1/board" )
-      reply( isGet ? Response{ .json = toJson( name_, source_.report() ) } : wrongMethod( "GET" ) );
-   else if ( request.path == "/v1/health" )
-      reply( isGet ? Response{ .json = toJson( name_, source_.health() ) } : wrongMethod( "GET" ) );
-   else if ( request.path == "/v1/modules" )
-      reply( isGet ? Response{ .json = toJson( name_, source_.modules() ) }
-                   : wrongMethod( "GET" ) );
-   else if ( request.path.starts_with( modulesPath ) )
-      reply( isGet ? moduleIn( request.path.substr( modulesPath.size() ) ) : wrongMethod( "GET" ) );
-   else if ( request.path == "/v1/topology" )
-      reply( isGet ? Response{ .json = board_.topology } : wrongMethod( "GET" ) );
-   else if ( request.path == "/v1/busses" && !isGet )
-      reply( wrongMethod( "GET" ) );
-   else if ( request.path == "/v1/busses" )
-      source_.busses( [reply]( std::string json, const std::string &error ) {
-         reply( error.empty() ? Response{ .json = std::move( json ) }
-                              : errorResponse( HttpStatus::unavailable, error ) );
+// The longer of two that begin alike comes first.
+const Api::Route Api::routes[] = {
+   { "/healthz", "GET", &Api::giveHealthz },         { "/openapi.json", "GET", &Api::giveDocument },
+   { "/v1/acknowledge", "POST", &Api::acknowledge }, { "/v1/board", "GET", &Api::giveBoard },
+   { "/v1/busses", "GET", &Api::giveBusses },        { "/v1/events", "GET", &Api::giveEvents },
+   { "/v1/health", "GET", &Api::giveHealth },        { "/v1/history", "GET", &Api::giveHistory },
+   { "/v1/modules", "GET", &Api::giveModules },      { modulesPath, "GET", &Api::giveModule },
+   { "/v1/objects", "GET", &Api::giveObjects },      { objectsPath, "", &Api::handleObject },
+   { "/v1/topology", "GET", &Api::giveTopology },
+};
+
+void Api::handle( const Http::Request &request, const Http::Reply &reply ) const {
+   const auto *const route =
+      std::find_if( std::begin( routes ), std::end( routes ), [&request]( const Route &one ) {
+         return one.path.ends_with( '/' ) ? request.path.starts_with( one.path )
+                                          : request.path == one.path;
       } );
-   else if ( request.path == "/v1/events" )
-      reply( isGet ? answerEvents( request, board_, events() ) : wrongMethod( "GET" ) );
-   else if ( request.path == "/v1/acknowledge" )
-      reply( request.method == "POST" ? acknowledge( request.body, events() )
-                                      : wrongMethod( "POST" ) );
-   else if ( request.path.starts_with( objectsPath ) )
-      handleObject( request, request.path.substr( objectsPath.size() ), reply );
+   if ( route == std::end( routes ) )
+      reply( errorResponse( Status::notFound, "no such path: " + request.path ) );
+   else if ( !route->method.empty() && request.method != route->method )
+      reply( wrongMethod( route->method ) );
    else
-      reply( errorResponse( HttpStatus::notFound, "no such path: " + request.path ) );
+      ( this->*route->answer )( request, reply );
 }
 
-Api::Response Api::moduleIn( const std::string &cage ) const {
+// Tells of this program, not of the board: a balancer or a supervisor wants that.
+void Api::giveHealthz( const Http::Request &, const Http::Reply &reply ) const {
+   const std::string fault = source_.fault();
+   JsonWriter json;
+   json.beginObject().member( "status", fault.empty() ? "ok" : "fault" );
+   if ( !fault.empty() )
+      json.member( "fault", fault );
+   json.endObject();
+   reply( { .status = fault.empty() ? Status::ok : Status::unavailable, .body = json.text() } );
+}
+
+void Api::giveBoard( const Http::Request &, const Http::Reply &reply ) const {
+   reply( { .body = toJson( name_, source_.report() ) } );
+}
+
+void Api::giveObjects( const Http::Request &, const Http::Reply &reply ) const {
+   JsonWriter json;
+   json.beginObject().member( "board", name_ ).key( "objects" ).beginList();
+   for ( const ObjectReport &object : source_.report() )
+      json.beginObject().objectState( object ).endObject();
+   reply( { .body = json.endList().endObject().text() } );
+}
+
+void Api::giveHealth( const Http::Request &, const Http::Reply &reply ) const {
+   reply( { .body = toJson( name_, source_.health() ) } );
+}
+
+void Api::giveModules( const Http::Request &, const Http::Reply &reply ) const {
+   reply( { .body = toJson( name_, source_.modules() ) } );
+}
+
+void Api::giveModule( const Http::Request &request, const Http::Reply &reply ) const {
+   const std::string cage = request.path.substr( modulesPath.size() );
    for ( const CageModule &module : source_.modules() )
       if ( module.cage == cage )
-         return { .json = toJson( module ) };
-   return errorResponse( HttpStatus::notFound,
-                         fmt::format( "the board has no cage \"{}\" with a \"module\"", cage ) );
+         return reply( { .body = toJson( module ) } );
+   reply( errorResponse( Status::notFound,
+                         fmt::format( "the board has no cage \"{}\" with a \"module\"", cage ) ) );
 }
 
-void Api::handleObject( const Request &request, const std::string &rest,
-                        const Reply &reply ) const {
+void Api::giveTopology( const Http::Request &, const Http::Reply &reply ) const {
+   reply( { .body = board_.topology } );
+}
+
+void Api::giveBusses( const Http::Request &, const Http::Reply &reply ) const {
+   source_.busses( [reply]( std::string json, const std::string &error ) {
+      reply( error.empty() ? Http::Response{ .body = std::move( json ) }
+                           : errorResponse( Status::unavailable, error ) );
+   } );
+}
+
+void Api::giveHistory( const Http::Request &request, const Http::Reply &reply ) const {
+   reply( answerHistory( request, board_, *source_.history ) );
+}
+
+void Api::giveEvents( const Http::Request &request, const Http::Reply &reply ) const {
+   reply( answerEvents( request, board_, *source_.events ) );
+}
+
+void Api::acknowledge( const Http::Request &request, const Http::Reply &reply ) const {
+   reply( Host::acknowledge( request.body, *source_.events ) );
+}
+
+void Api::giveDocument( const Http::Request &, const Http::Reply &reply ) const {
+   reply( { .body = std::string( openApiDocument ) } );
+}
+
+void Api::handleObject( const Http::Request &request, const Http::Reply &reply ) const {
+   const std::string rest = request.path.substr( objectsPath.size() );
    const bool isAction = rest.ends_with( actionEnd );
    const bool isWhy = rest.ends_with( whyEnd );
    const size_t end = isAction ? actionEnd.size() : isWhy ? whyEnd.size() : 0;
@@ -114,28 +168,28 @@ void Api::handleObject( const Request &request, const std::string &rest,
    const auto index = static_cast<size_t>( found - board_.objects.begin() );
    const std::string method = isAction ? "POST" : "GET";
    if ( found == board_.objects.end() )
-      reply( errorResponse( HttpStatus::notFound,
-                            fmt::format( "the board has no object \"{}\"", name ) ) );
+      reply(
+         errorResponse( Status::notFound, fmt::format( "the board has no object \"{}\"", name ) ) );
    else if ( request.method != method )
       reply( wrongMethod( method ) );
    else if ( isAction )
       handleAction( request, index, reply );
    else if ( isWhy )
-      source_.why( index, [reply]( const Why &why ) { reply( { .json = toJson( why ) } ); } );
+      source_.why( index, [reply]( const Why &why ) { reply( { .body = toJson( why ) } ); } );
    else
-      reply( { .json = toJson( source_.object( index ) ) } );
+      reply( { .body = toJson( source_.object( index ) ) } );
 }
 
-void Api::handleAction( const Request &request, size_t object, const Reply &reply ) const {
+void Api::handleAction( const Http::Request &request, size_t object,
+                        const Http::Reply &reply ) const {
    const auto words = wordsOf( request.body );
    if ( !words ) {
-      reply(
-         errorResponse( HttpStatus::badRequest, R"(the body must be {"words": ["...", ...]})" ) );
+      reply( errorResponse( Status::badRequest, R"(the body must be {"words": ["...", ...]})" ) );
       return;
    }
    const auto parsed = parseAction( board_.objects[object].kind, *words );
    if ( const auto *wrong = std::get_if<std::string>( &parsed ) )
-      reply( errorResponse( HttpStatus::badRequest, *wrong ) );
+      reply( errorResponse( Status::badRequest, *wrong ) );
    else
       source_.ask( object, std::get<Action>( parsed ),
                    [reply]( const Reading &result ) { reply( responseOf( result ) ); } );

@@ -4,8 +4,9 @@
 #include "host/JsonWriter.h"
 #include "host/Times.h"
 #include "host/journal/EventJson.h"
+#include "host/serve/EventStream.h"
 #include "host/serve/Events.h"
-#include "host/serve/Query.h"
+#include "http/Query.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,6 +14,9 @@
 
 namespace Host {
 namespace {
+
+using Http::errorResponse;
+namespace Status = Http::Status;
 
 constexpr size_t usualLimit = 1000;
 
@@ -33,7 +37,7 @@ class EventsQuery {
    std::string error{};
 
    EventsQuery( const std::string &query, const BoardFiles::Board &board ) {
-      const auto values = parseQuery( query );
+      const auto values = Http::parseQuery( query );
       if ( !values ) {
          error = "the query is not valid: behind each % two hexadecimal digits are needed";
          return;
@@ -82,13 +86,12 @@ class EventsQuery {
    }
 };
 
-Api::Response startOfStream( const Api::Request &request, EventsQuery query,
-                             const Events &events ) {
+Http::Response startOfStream( const Http::Request &request, EventsQuery query, Events &events ) {
    if ( !request.lastEventId.empty() ) {
       const auto last = wholeNumber( request.lastEventId );
       if ( !last )
          return errorResponse(
-            HttpStatus::badRequest,
+            Status::badRequest,
             fmt::format( "Last-Event-ID is \"{}\"; it must be the id of an event",
                          request.lastEventId ) );
       // A higher one is of a journal that is gone.
@@ -98,17 +101,17 @@ Api::Response startOfStream( const Api::Request &request, EventsQuery query,
       query.wanted.after = events.lastId();
    }
    query.wanted.newestFirst = false;
-   return { .stream = query.wanted };
+   return { .stream = streamOf( events, query.wanted ) };
 }
 
 } // namespace
 
-Api::Response answerEvents( const Api::Request &request, const BoardFiles::Board &board,
-                            const Events &events ) {
+Http::Response answerEvents( const Http::Request &request, const BoardFiles::Board &board,
+                             Events &events ) {
    const EventsQuery query( request.query, board );
    if ( !query.error.empty() )
-      return errorResponse( HttpStatus::badRequest, query.error );
-   if ( request.wantsStream )
+      return errorResponse( Status::badRequest, query.error );
+   if ( request.accept.find( "text/event-stream" ) != request.accept.npos )
       return startOfStream( request, query, events );
    std::vector<Health::Event> found = events.events( query.wanted );
    if ( query.wanted.newestFirst )
@@ -116,21 +119,21 @@ Api::Response answerEvents( const Api::Request &request, const BoardFiles::Board
    std::string json;
    for ( const Health::Event &event : found )
       json += ( json.empty() ? "" : "," ) + toJson( event );
-   return { .json = "{\"events\":[" + json + "]}" };
+   return { .body = "{\"events\":[" + json + "]}" };
 }
 
-Api::Response acknowledge( const std::string &body, const Events &events ) {
+Http::Response acknowledge( const std::string &body, const Events &events ) {
    BoardFiles::Findings findings;
    const auto json = BoardFiles::parseJson( body, "body", findings );
    const auto cause = json && findings.empty() && json->members().size() == 1
                          ? json->textOf( "cause" )
                          : std::nullopt;
    if ( !cause )
-      return errorResponse( HttpStatus::badRequest, R"(the body must be {"cause": "..."})" );
+      return errorResponse( Status::badRequest, R"(the body must be {"cause": "..."})" );
    if ( !events.acknowledge( *cause ) )
-      return errorResponse( HttpStatus::notFound,
+      return errorResponse( Status::notFound,
                             fmt::format( "there is no cause \"{}\" now", *cause ) );
-   return { .json = R"({"state":"ok"})" };
+   return { .body = R"({"state":"ok"})" };
 }
 
 } // namespace Host

@@ -80,7 +80,8 @@ ChipNeighbour neighbourIn( const Json &json ) {
 
 std::string toJson( const Why &why ) {
    JsonWriter json;
-   json.beginObject().member( "board", why.board ).key( "object" ).object( why.object );
+   json.beginObject().member( "board", why.board ).key( "object" );
+   json.beginObject().members( why.object ).endObject();
    list( json, "chips", why.chips, [&]( const ChipPlace &place ) {
       json.beginObject();
       writePlace( json, place );

@@ -2,7 +2,7 @@
 #include "PrivateFolder.h"
 #include "host/serve/Events.h"
 #include "host/serve/EventsClient.h"
-#include "host/serve/HttpServer.h"
+#include "support/ApiServer.h"
 
 #include <boost/asio.hpp>
 #include <fmt/format.h>
@@ -18,7 +18,7 @@ using ::testing::Not;
 
 class EventStreamTest : public ::testing::Test {
  protected:
-   void serve( HttpLimits limits = {} ) { server_.emplace( loop_, path_, api_, limits ); }
+   void serve( Http::Limits limits = {} ) { server_.emplace( loop_, path_, api_, limits ); }
    void add( const std::string &cause ) { events_.add( { { .cause = cause } } ); }
 
    // A client of the stream, whose reading the test begins.
@@ -79,7 +79,7 @@ class EventStreamTest : public ::testing::Test {
       "b",
       { .report = [] { return BoardReport{}; }, .ask = {}, .busses = {}, .events = &events_ }
    };
-   std::optional<HttpServer> server_;
+   std::optional<ApiServer> server_;
 };
 
 TEST_F( EventStreamTest, GivesEventsAsTheyCome ) {

@@ -2,7 +2,7 @@
 #include "host/Times.h"
 #include "host/serve/Client.h"
 #include "host/serve/Events.h"
-#include "host/serve/HttpServer.h"
+#include "support/ApiServer.h"
 #include "support/ScriptedHost.h"
 
 #include <boost/asio.hpp>
@@ -43,7 +43,7 @@ class EventsCommandTest : public ::testing::Test {
 
     private:
       boost::asio::io_context loop_{ 1 };
-      const HttpServer server_;
+      const ApiServer server_;
       std::thread thread_;
    };
 

@@ -1,7 +1,7 @@
 #include "NoDescriptors.h"
 #include "host/serve/Client.h"
 #include "host/serve/Events.h"
-#include "host/serve/HttpServer.h"
+#include "support/ApiServer.h"
 #include "support/NoRights.h"
 #include "support/ScriptedHost.h"
 
@@ -20,11 +20,11 @@ using ::testing::Not;
 // The server on a socket of the test. Requests are plain bytes.
 class HttpServerTest : public ::testing::Test {
  protected:
-   void serve( HttpLimits limits = {} ) { server_.emplace( loop_, path_, api_, limits ); }
+   void serve( Http::Limits limits = {} ) { server_.emplace( loop_, path_, api_, limits ); }
    // Why a server can't start at the test's path.
    std::string refusal() {
       try {
-         HttpServer( loop_, path_, api_ );
+         ApiServer( loop_, path_, api_ );
       } catch ( const std::runtime_error &error ) {
          return error.what();
       }
@@ -64,7 +64,7 @@ class HttpServerTest : public ::testing::Test {
                      .ask = [this]( size_t, const Action &,
                                     auto answer ) { unanswered_.push_back( answer ); },
                      .events = &events_ } };
-   std::optional<HttpServer> server_;
+   std::optional<ApiServer> server_;
 };
 
 TEST_F( HttpServerTest, AnswersOneRequestAfterAnotherOnAConnection ) {

@@ -12,13 +12,15 @@ const std::vector<Allowance> houseRooms{
    { "commandline", { "boardfiles/" } },
    { "health", { "boardfiles/" } },
    { "optics", {} },
+   { "history", { "health/" } },
+   { "http", { "platform/sockets/" } },
    { "simulator", { "boardfiles/", "smbus/" } },
    { "smbusd", { "simulator/", "commandline/", "boardfiles/", "smbus/", "platform/" } },
    { "orbis-smbus", { "smbus/", "commandline/", "boardfiles/", "platform/" } },
    // A program that loads the plug-in must not link the SMBus messages a second time.
    { "host",
-     { "health/", "optics/", "commandline/", "boardfiles/", "platform/pl.h", "platform/sockets/",
-       "smbus/BusLoads.h", "smbus/Control.proto" } },
+     { "health/", "optics/", "history/", "http/", "commandline/", "boardfiles/", "platform/pl.h",
+       "platform/sockets/", "smbus/BusLoads.h", "smbus/Control.proto" } },
    { "OrbisGeneric", { "platform/pl.h", "platform/OrbisUtil/", "platform/PlatformLibrary/" } },
 };
 
@@ -29,6 +31,8 @@ const std::vector<Order> folderOrders{
    { "commandline", { "." } },
    { "health", { ".", "pmbus" } },
    { "optics", { ".", "tables", "sff8472", "sff8636", "cmis" } },
+   { "history", { "." } },
+   { "http", { "." } },
    { "simulator", { "chips", "chips/modules", "bus", "board" } },
    { "smbusd",
      { ".", "accounts", "server", "busses/linux", "busses", "record", "routes", "export",

@@ -1,35 +1,35 @@
-#include "host/serve/Query.h"
+#include "http/Query.h"
 
 #include <gmock/gmock.h>
 
-namespace Host {
+namespace Http {
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::Pair;
 
 TEST( QueryTest, ItsValuesComeByTheirNames ) {
-   EXPECT_THAT( parseQuery( "since=2h&object=fan%201%c3%A9+x" ).value(),
+   EXPECT_THAT( Http::parseQuery( "since=2h&object=fan%201%c3%A9+x" ).value(),
                 ElementsAre( Pair( "object", "fan 1\xc3\xa9 x" ), Pair( "since", "2h" ) ) );
    EXPECT_THAT(
-      parseQuery( "a&b=&=c&&d=1=2" ).value(),
+      Http::parseQuery( "a&b=&=c&&d=1=2" ).value(),
       ElementsAre( Pair( "", "c" ), Pair( "a", "" ), Pair( "b", "" ), Pair( "d", "1=2" ) ) );
-   EXPECT_TRUE( parseQuery( "" ).value().empty() );
-   EXPECT_THAT( parseQuery( "a=1&a=2" ).value(), ElementsAre( Pair( "a", "2" ) ) );
+   EXPECT_TRUE( Http::parseQuery( "" ).value().empty() );
+   EXPECT_THAT( Http::parseQuery( "a=1&a=2" ).value(), ElementsAre( Pair( "a", "2" ) ) );
 }
 
 TEST( QueryTest, APercentWithoutTwoDigitsIsRefused ) {
    for ( const char *wrong : { "a=%", "a=%4", "a=%4g", "a=%-1", "%zz=1", "a=1&b=%" } )
-      EXPECT_FALSE( parseQuery( wrong ) ) << wrong;
+      EXPECT_FALSE( Http::parseQuery( wrong ) ) << wrong;
 }
 
 TEST( QueryTest, WhatIsEncodedIsDecoded ) {
-   EXPECT_EQ( urlEncoded( "2026-11-22 13:00+%&=\xc3" ), "2026-11-22%2013%3A00%2B%25%26%3D%C3" );
+   EXPECT_EQ( Http::urlEncoded( "2026-11-22 13:00+%&=\xc3" ), "2026-11-22%2013%3A00%2B%25%26%3D%C3" );
    std::string all;
    for ( int byte = 0; byte < 256; ++byte )
       all += static_cast<char>( byte );
-   EXPECT_EQ( parseQuery( "a=" + urlEncoded( all ) ).value().at( "a" ), all );
+   EXPECT_EQ( Http::parseQuery( "a=" + Http::urlEncoded( all ) ).value().at( "a" ), all );
 }
 
 } // namespace
-} // namespace Host
+} // namespace Http

@@ -1,9 +1,9 @@
-#include "host/serve/Query.h"
+#include "http/Query.h"
 
 #include <charconv>
 #include <fmt/format.h>
 
-namespace Host {
+namespace Http {
 namespace {
 
 bool isPlain( char c ) {
@@ -57,4 +57,4 @@ std::string urlEncoded( std::string_view text ) {
    return encoded;
 }
 
-} // namespace Host
+} // namespace Http

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace Host {
+namespace Http {
 
 // The part of an URL behind its question mark, "since=2h&object=fan%201": the values by their
 // names, decoded. Nothing where a % has no two hexadecimal digits behind it.
@@ -14,4 +14,4 @@ std::optional<std::map<std::string, std::string>> parseQuery( std::string_view q
 // A text as it must be written in an URL.
 std::string urlEncoded( std::string_view text );
 
-} // namespace Host
+} // namespace Http

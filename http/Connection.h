@@ -1,0 +1,24 @@
+#pragma once
+
+#include "http/Exchange.h"
+#include "http/Guard.h"
+#include "http/Server.h"
+
+#include <boost/asio/generic/stream_protocol.hpp>
+#include <memory>
+#include <optional>
+
+namespace Http {
+
+// What a connection needs of its server, which it may outlive.
+struct Service {
+   std::shared_ptr<const Handler> handler{};
+   Limits limits{};
+   std::optional<Guard> guard{};
+   std::shared_ptr<void> open{}; // counts the connections
+};
+
+// Answers the requests of a client, or only tells it that there are too many.
+void serve( boost::asio::generic::stream_protocol::socket socket, Service service, bool tooMany );
+
+} // namespace Http

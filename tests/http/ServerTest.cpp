@@ -1,0 +1,98 @@
+// The server at an address of this machine. Requests are plain bytes.
+#include "http/Server.h"
+
+#include "PrivateFolder.h"
+
+#include <boost/asio.hpp>
+#include <fstream>
+#include <gmock/gmock.h>
+
+namespace Http {
+namespace {
+
+using boost::asio::ip::tcp;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+class TcpServerTest : public ::testing::Test {
+ protected:
+   void serve( Guard guard = {} ) {
+      server_.emplace(
+         loop_, Listener::atAddress( "127.0.0.1:0", false ),
+         [this]( const Request &request, const Reply &reply ) {
+            asked_ = request;
+            reply( { .body = "hello", .contentType = "text/plain" } );
+         },
+         Limits(), std::move( guard ) );
+   }
+   // What the server answers to these lines.
+   std::string say( const std::string &lines ) {
+      const std::string &name = server_->name();
+      tcp::socket socket( loop_ );
+      socket.connect(
+         { boost::asio::ip::make_address( "127.0.0.1" ),
+           static_cast<uint16_t>( std::stoi( name.substr( name.find( ':' ) + 1 ) ) ) } );
+      boost::asio::write( socket, boost::asio::buffer( lines + "\r\nConnection: close\r\n\r\n" ) );
+      std::string heard;
+      bool hasEnded = false;
+      boost::asio::async_read( socket, boost::asio::dynamic_buffer( heard ),
+                               [&]( const auto &, size_t ) { hasEnded = true; } );
+      const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 20 );
+      while ( !hasEnded && std::chrono::steady_clock::now() < end )
+         loop_.run_one_for( std::chrono::seconds( 1 ) );
+      EXPECT_TRUE( hasEnded ) << heard;
+      return heard;
+   }
+
+   const TestSupport::PrivateFolder folder_;
+   boost::asio::io_context loop_{ 1 };
+   Request asked_;
+   std::optional<Server> server_;
+};
+
+TEST_F( TcpServerTest, AnswersWithTheHeadersThatKeepAnswersApart ) {
+   serve();
+   const std::string answer = say( "GET /a/b?c=d HTTP/1.1\r\nHost: localhost\r\nAccept: text/csv" );
+   EXPECT_THAT( answer, StartsWith( "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\n"
+                                    "Cache-Control: no-store\r\n"
+                                    "X-Content-Type-Options: nosniff\r\n" ) );
+   EXPECT_THAT( answer, ::testing::EndsWith( "\r\n\r\nhello" ) );
+   EXPECT_EQ( asked_.method, "GET" );
+   EXPECT_EQ( asked_.path, "/a/b" );
+   EXPECT_EQ( asked_.query, "c=d" );
+   EXPECT_EQ( asked_.accept, "text/csv" );
+}
+
+TEST_F( TcpServerTest, AHeadIsAGetWithoutABody ) {
+   serve();
+   const std::string answer = say( "HEAD / HTTP/1.1\r\nHost: localhost" );
+   EXPECT_EQ( asked_.method, "GET" );
+   EXPECT_THAT( answer, HasSubstr( "Content-Length: 5\r\n" ) );
+   EXPECT_THAT( answer, ::testing::EndsWith( "\r\n\r\n" ) );
+}
+
+TEST_F( TcpServerTest, RefusesWhoMustNotAsk ) {
+   serve();
+   EXPECT_THAT( say( "GET / HTTP/1.1\r\nHost: example.com" ), HasSubstr( "HTTP/1.1 421 " ) );
+   EXPECT_THAT( say( "GET / HTTP/1.1\r\nHost: localhost\r\nOrigin: http://example.com" ),
+                HasSubstr( "HTTP/1.1 403 " ) );
+   EXPECT_THAT( say( "POST / HTTP/1.1\r\nHost: localhost" ), HasSubstr( "HTTP/1.1 403 " ) );
+   EXPECT_EQ( asked_.method, "" ); // nobody was asked
+}
+
+TEST_F( TcpServerTest, LetsWhoHasTheTokenAct ) {
+   const std::string path = folder_.file( "token" );
+   std::ofstream( path ) << "0123456789abcdef";
+   std::filesystem::permissions( path, std::filesystem::perms::owner_read );
+   serve( Guard( path ) );
+   const std::string post = "POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 0";
+   EXPECT_THAT( say( post ), HasSubstr( "HTTP/1.1 401 Unauthorized\r\n" ) );
+   EXPECT_THAT( say( post ), HasSubstr( "WWW-Authenticate: Bearer\r\n" ) );
+   EXPECT_THAT( say( post + "\r\nAuthorization: Bearer 0123456789abcdef" ),
+                HasSubstr( "HTTP/1.1 200 OK" ) );
+   EXPECT_EQ( asked_.method, "POST" );
+}
+
+} // namespace
+} // namespace Http
