@@ -38,6 +38,9 @@ const ModuleRecord *ModuleRecords::complete( size_t object, Time now ) {
    if ( !record )
       return nullptr;
    record->at = now;
+   // What it doesn't stand for yet is told to nobody.
+   if ( record->module.isReady == false )
+      return incomplete( object, *record );
    // Those of readings before this one are told with it, and then no more.
    record->flags = std::exchange( missed_[object], {} );
    return record;
@@ -45,12 +48,14 @@ const ModuleRecord *ModuleRecords::complete( size_t object, Time now ) {
 
 const ModuleRecord *ModuleRecords::incomplete( size_t object, Time now ) {
    ModuleRecord *record = update( object, now );
-   if ( !record )
-      return nullptr;
-   for ( const std::string &flag : flagsOf( record->module ) )
+   return record ? incomplete( object, *record ) : nullptr;
+}
+
+const ModuleRecord *ModuleRecords::incomplete( size_t object, ModuleRecord &record ) {
+   for ( const std::string &flag : flagsOf( record.module ) )
       missed_[object].insert( flag );
-   record->flags = missed_[object];
-   return record;
+   record.flags = missed_[object];
+   return &record;
 }
 
 void ModuleRecords::gone( size_t object ) {

@@ -26,7 +26,8 @@ class ModuleRecords {
  public:
    // Comes in front of the reading that tells whether it is complete.
    void heard( size_t object, const ModuleMemory &memory ) { heard_[object] = memory; }
-   // All of it was read. Null if that is no module of a known standard.
+   // All of it was read. Where the module says that it is not ready, its flags stay as those of a
+   // part do. Null if that is no module of a known standard.
    const ModuleRecord *complete( size_t object, Time now );
    // Only a part of it could be read, which has cleared the flags in it: they stay until all was
    // read. Null if nothing is known of the module.
@@ -40,6 +41,7 @@ class ModuleRecords {
  private:
    // Puts what was heard into the record. Null if that is no module of a known standard.
    ModuleRecord *update( size_t object, Time now );
+   const ModuleRecord *incomplete( size_t object, ModuleRecord &record );
 
    std::map<size_t, ModuleMemory> heard_{};
    std::map<size_t, std::set<std::string>> missed_{}; // flags of readings that failed halfway

@@ -172,6 +172,27 @@ TEST_F( SupervisorModulesTest, FlagsOfAPartThatCouldBeReadAreTold ) {
    EXPECT_EQ( value( "flags" ), Scalar( std::string( "ok" ) ) );
 }
 
+TEST_F( SupervisorModulesTest, FlagsOfAPartOutlastAModuleThatIsNotReady ) {
+   run();
+   // What is read next: a part with a flag, then all of a module that is not ready.
+   for ( const bool isPart : { true, false } )
+      for ( bool isRead = false; !isRead; now_ += 1s )
+         while ( const auto command = supervisor_.next( now_ ) ) {
+            isRead |= std::get<ReadCommand>( *command ).objects.front() == module;
+            if ( std::get<ReadCommand>( *command ).objects.front() == module ) {
+               ModuleMemory memory;
+               const std::vector<uint8_t> notReady{ 0x05 }, highAlarm{ 0x80 };
+               memory.image.put( {}, isPart ? 6 : 2, isPart ? highAlarm : notReady );
+               hear( memory );
+               hear( Reading{ .name = "memory", .state = isPart ? State::Unreadable : State::Ok } );
+            }
+            hear( Done{} );
+         }
+   while ( seconds( 1 ).empty() ) // it is ready again
+      ;
+   EXPECT_EQ( value( "flags" ), Scalar( std::string( "temperature high alarm" ) ) );
+}
+
 // A round that takes long, or a cage that can't be read, may hide a swap.
 TEST_F( SupervisorModulesTest, AModuleThatMayHaveBeenSwappedIsReadFromTheBeginning ) {
    run();
