@@ -28,6 +28,13 @@ std::vector<std::string> optionsOf( const CLI::App *app ) {
    return names;
 }
 
+// The command, or one above it, that has the option.
+const CLI::App *withOption( const CLI::App *app, const std::string &name ) {
+   while ( app && !app->get_option_no_throw( name ) )
+      app = app->get_parent();
+   return app;
+}
+
 } // namespace
 
 std::string explain( const CLI::App &app, const CLI::ParseError &error ) {
@@ -42,6 +49,8 @@ std::string explain( const CLI::App &app, const CLI::ParseError &error ) {
    if ( left.empty() )
       return error.what();
    const std::string word = left[0].substr( 0, left[0].find( '=' ) );
+   if ( const CLI::App *with = word.starts_with( "--" ) ? withOption( innermost, word ) : nullptr )
+      return fmt::format( "{} has to stand behind {}", word, with->get_name() );
    if ( word.starts_with( "--" ) )
       return fmt::format( "{} is not an option{}", word,
                           BoardFiles::didYouMean( word, optionsOf( innermost ) ) );

@@ -49,6 +49,11 @@ TEST_F( WrongUsageTest, AnUnknownOptionGetsTheNearestOfItsCommandAndOfThoseAbove
    EXPECT_EQ( said( "show here --frobnicate" ), "--frobnicate is not an option" );
 }
 
+TEST_F( WrongUsageTest, AnOptionInFrontOfItsCommandIsToldItsPlace ) {
+   EXPECT_EQ( said( "--json show here" ), "--json has to stand behind show" );
+   EXPECT_EQ( said( "--json=x show here" ), "--json has to stand behind show" );
+}
+
 TEST_F( WrongUsageTest, OtherErrorsKeepTheirWords ) {
    EXPECT_EQ( said( "show" ), "BOARD is required" );
 }
