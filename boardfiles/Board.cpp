@@ -94,6 +94,13 @@ ObjectDescription moduleOf( const BoardObject &cage, const TopologyFile &topolog
    return module;
 }
 
+std::vector<std::string> namesOf( const ObjectsFile &objects ) {
+   std::vector<std::string> names;
+   for ( const BoardObject &object : objects.objects )
+      names.push_back( object.name );
+   return names;
+}
+
 } // namespace
 
 Board withoutModules( Board board, const std::string &but ) {
@@ -128,6 +135,9 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
    ChipRegisters registers;
    if ( const auto path = folder / "registers.json"; table && std::filesystem::exists( path ) )
       registers = readRegisters( path, *table, found );
+   Panel panel;
+   if ( const auto path = folder / "panel.json"; objects && std::filesystem::exists( path ) )
+      panel = readPanel( path, namesOf( *objects ), found );
    const bool usable = !hasErrors( found );
    findings.insert( findings.end(), std::make_move_iterator( found.begin() ),
                     std::make_move_iterator( found.end() ) );
@@ -140,7 +150,8 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
                 .busses =
                    busLoads( *topology, objects->objects, *table,
                              simulation ? simulation->wires : decltype( simulation->wires )() ),
-                .registers = std::move( registers ) };
+                .registers = std::move( registers ),
+                .panel = std::move( panel ) };
    const ChipPlaces places( *topology );
    for ( const BoardObject &object : objects->objects )
       board.objects.push_back( describe( object, *table, places ) );

@@ -72,7 +72,7 @@ const Api::Route Api::routes[] = {
    { "/v1/health", "GET", &Api::giveHealth },        { "/v1/history", "GET", &Api::giveHistory },
    { "/v1/modules", "GET", &Api::giveModules },      { modulesPath, "GET", &Api::giveModule },
    { "/v1/objects", "GET", &Api::giveObjects },      { objectsPath, "", &Api::handleObject },
-   { "/v1/topology", "GET", &Api::giveTopology },
+   { "/v1/panel", "GET", &Api::givePanel },          { "/v1/topology", "GET", &Api::giveTopology },
 };
 
 void Api::handle( const Http::Request &request, const Http::Reply &reply ) const {
@@ -127,6 +127,23 @@ void Api::giveModule( const Http::Request &request, const Http::Reply &reply ) c
          return reply( { .body = toJson( module ) } );
    reply( errorResponse( Status::notFound,
                          fmt::format( "the board has no cage \"{}\" with a \"module\"", cage ) ) );
+}
+
+void Api::givePanel( const Http::Request &, const Http::Reply &reply ) const {
+   JsonWriter json;
+   json.beginObject().member( "board", name_ ).key( "sides" ).beginList();
+   for ( const BoardFiles::PanelSide &side : board_.panel ) {
+      json.beginObject().member( "name", side.name );
+      json.member( "width", side.width ).member( "height", side.height );
+      json.key( "places" ).beginList();
+      for ( const BoardFiles::PanelPlace &place : side.places ) {
+         json.beginObject().member( "object", place.object );
+         json.member( "x", place.x ).member( "y", place.y );
+         json.member( "width", place.width ).member( "height", place.height ).endObject();
+      }
+      json.endList().endObject();
+   }
+   reply( { .body = json.endList().endObject().text() } );
 }
 
 void Api::giveTopology( const Http::Request &, const Http::Reply &reply ) const {

@@ -60,6 +60,7 @@ class Api {
    void giveHealth( const Http::Request &, const Http::Reply &reply ) const;
    void giveModules( const Http::Request &, const Http::Reply &reply ) const;
    void giveModule( const Http::Request &request, const Http::Reply &reply ) const;
+   void givePanel( const Http::Request &, const Http::Reply &reply ) const;
    void giveTopology( const Http::Request &, const Http::Reply &reply ) const;
    void giveBusses( const Http::Request &, const Http::Reply &reply ) const;
    void giveHistory( const Http::Request &request, const Http::Reply &reply ) const;

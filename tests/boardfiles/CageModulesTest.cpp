@@ -107,7 +107,8 @@ TEST_F( CageModulesTest, ItsNameMayNotBeTaken ) {
    board_.change( "objects.json", "/1/name", R"("qsfp1-module")" );
    EXPECT_THAT( board_.check(),
                 ElementsAre( HasSubstr( "another object has the name \"qsfp1-module\", which the "
-                                        "module gets" ) ) );
+                                        "module gets" ),
+                             HasSubstr( "panel.json" ) ) ); // it misses what had another name
 }
 
 TEST_F( CageModulesTest, LimitsOfACageWithoutAModuleAreTold ) {

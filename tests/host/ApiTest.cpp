@@ -68,9 +68,12 @@ class ApiTest : public ::testing::Test {
 
    const TestSupport::PrivateFolder folder_;
    const BoardFiles::Board board_{ .topology = "[ 5 ]",
-                                   .objects = {
-                                      { .kind = BoardFiles::Kind::Led, .name = "led" },
-                                      { .kind = BoardFiles::Kind::Psu, .name = "psu" } } };
+                                   .objects = { { .kind = BoardFiles::Kind::Led, .name = "led" },
+                                                { .kind = BoardFiles::Kind::Psu, .name = "psu" } },
+                                   .panel = { { .name = "front",
+                                                .width = 440,
+                                                .height = 88,
+                                                .places = { { "led", 8, 10, 5.5, 5 } } } } };
    Action asked_;
    Reading result_{ .name = "set_light_setting" };
    std::string busses_, whyNoBusses_, fault_;
@@ -267,6 +270,12 @@ TEST_F( ApiTest, ListsTheObjectsWithoutTheirValues ) {
    EXPECT_THAT( answer.body, ::testing::Not( HasSubstr( "output_voltage" ) ) );
 }
 
+TEST_F( ApiTest, TellsWhereTheObjectsAreOnTheBox ) {
+   EXPECT_EQ( documented( "GET", "/v1/panel", "", "/v1/panel" ).body,
+              R"({"board":"/b","sides":[{"name":"front","width":440.0,"height":88.0,"places":[)"
+              R"({"object":"led","x":8.0,"y":10.0,"width":5.5,"height":5.0}]}]})" );
+}
+
 TEST_F( ApiTest, GivesItsOwnDocument ) {
    const auto answer = documented( "GET", "/openapi.json", "", "/openapi.json" );
    rapidjson::Document given;
@@ -437,7 +446,7 @@ TEST_F( ApiTest, IsDocumentedPathByPath ) {
       EXPECT_NE( ask( isPost ? "POST" : "GET", real, body ).status, 404u ) << real;
       EXPECT_EQ( ask( isPost ? "GET" : "POST", real ).status, 405u ) << real;
    }
-   EXPECT_EQ( paths->MemberCount(), 15u );
+   EXPECT_EQ( paths->MemberCount(), 16u );
 }
 
 } // namespace
