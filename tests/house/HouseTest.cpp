@@ -14,13 +14,14 @@ const std::vector<Allowance> houseRooms{
    { "optics", {} },
    { "history", { "health/" } },
    { "http", { "platform/sockets/" } },
+   { "metrics", {} },
    { "simulator", { "boardfiles/", "smbus/" } },
    { "smbusd", { "simulator/", "commandline/", "boardfiles/", "smbus/", "platform/" } },
    { "orbis-smbus", { "smbus/", "commandline/", "boardfiles/", "platform/" } },
    // A program that loads the plug-in must not link the SMBus messages a second time.
    { "host",
-     { "health/", "optics/", "history/", "http/", "commandline/", "boardfiles/", "platform/pl.h",
-       "platform/sockets/", "smbus/BusLoads.h", "smbus/Control.proto" } },
+     { "health/", "optics/", "metrics/", "history/", "http/", "commandline/", "boardfiles/",
+       "platform/pl.h", "platform/sockets/", "smbus/BusLoads.h", "smbus/Control.proto" } },
    { "OrbisGeneric", { "platform/pl.h", "platform/OrbisUtil/", "platform/PlatformLibrary/" } },
 };
 
@@ -33,6 +34,7 @@ const std::vector<Order> folderOrders{
    { "optics", { ".", "tables", "sff8472", "sff8636", "cmis" } },
    { "history", { "." } },
    { "http", { "." } },
+   { "metrics", { "." } },
    { "simulator", { "chips", "chips/modules", "bus", "board" } },
    { "smbusd",
      { ".", "accounts", "server", "busses/linux", "busses", "record", "routes", "export",
