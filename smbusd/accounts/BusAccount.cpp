@@ -109,6 +109,7 @@ void BusAccount::end( bool failed, Time latency ) {
    failedTransactions_ += failed;
    client_->failedTransactions += failed;
    latencies_.add( latency );
+   latency_ += latency;
    if ( failed )
       passed_.keepFailure();
 }
@@ -140,6 +141,7 @@ BusAccount::Figures BusAccount::figures() const {
                     .transactions = transactions_,
                     .failedTransactions = failedTransactions_,
                     .latencies = latencies_,
+                    .latency = latency_,
                     .segments = segments_,
                     .clients = { clients_.begin(), clients_.end() },
                     .heldSegment = heldSegment_ };

@@ -85,6 +85,7 @@ class BusAccount {
       uint64_t transactions = 0;
       uint64_t failedTransactions = 0;
       Latencies latencies{};
+      Time latency{ 0 }; // of all together
       std::vector<Segment> segments{};
       std::vector<Client> clients{};
       std::optional<size_t> heldSegment{};
@@ -111,6 +112,7 @@ class BusAccount {
    uint64_t transactions_ = 0;
    uint64_t failedTransactions_ = 0;
    Latencies latencies_;
+   Time latency_{ 0 };
    std::vector<Segment> segments_;
    // While a line is held or transfers run out of time, and none was good since: the segment of the
    // first of them. A chip behind a multiplexer that holds a line also keeps the multiplexer from

@@ -66,6 +66,7 @@ void describe( const BusAccount::Figures &figures, uint32_t clock, SmbusControl:
       latency.set_up_to_ns( longest );
       latency.set_count( count );
    } );
+   to.set_latency_ns( static_cast<uint64_t>( figures.latency.count() ) );
    const SegmentNames names( figures.segments );
    for ( size_t i = 0; i < figures.segments.size(); ++i ) {
       SmbusControl::Segment &segment = *to.add_segment();

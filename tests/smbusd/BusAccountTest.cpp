@@ -96,6 +96,19 @@ TEST_F( BusAccountTest, CountsTransfersWithTheirBitsAndTime ) {
    EXPECT_EQ( figures.transactions, 1u );
 }
 
+TEST_F( BusAccountTest, TellsTheLatencyOfAllTransactionsTogether ) {
+   run( me, read( 0x48, 0, 2 ) );
+   slow.errors[0x48] = "it broke";
+   run( me, read( 0x48, 0, 2 ), read( 0x48, 0, 2 ) );
+   run( me, read( 0x49, 0, 2 ), read( 0x49, 0, 2 ), read( 0x49, 0, 2 ) );
+   EXPECT_EQ( account.figures().latency, account.figures().totals.busy );
+   SmbusControl::Request request;
+   request.set_load( true );
+   const auto loads = report( request, { &account }, 1s );
+   EXPECT_EQ( loads.bus( 0 ).latency_ns(), loads.bus( 0 ).totals().busy_ns() );
+   EXPECT_GE( loads.bus( 0 ).latency_ns(), 5'000'000u );
+}
+
 TEST_F( BusAccountTest, ATransferBelongsToTheSegmentOfTheSelectionsBeforeIt ) {
    ASSERT_TRUE( run( me, sendByte( 0x70, 1 ), sendByte( 0x71, 4 ), read( 0x48, 0, 2 ),
                      sendByte( 0x71, 0 ), read( 0x49, 0, 1 ), sendByte( 0x70, 0 ) ) );
