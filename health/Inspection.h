@@ -34,6 +34,12 @@ using Watches = std::vector<std::vector<WatchedValue>>;
 // Limits that devices know themselves, by object and value.
 using KnownLimits = std::map<size_t, std::map<std::string, BoardFiles::ValueLimits, std::less<>>>;
 
+// How many members of a rule are good, and of how many nobody knows.
+struct RuleCount {
+   size_t good = 0;
+   size_t unknown = 0;
+};
+
 // What the objects of a board have to do with each other, by their numbers.
 struct Links {
    explicit Links( const BoardFiles::Board &board );
@@ -61,6 +67,8 @@ class Inspection {
    static constexpr auto presence = "presence";
 
    const Findings &findings() const { return findings_; }
+   // Of each rule of the board.
+   const std::vector<RuleCount> &rules() const { return rules_; }
    Reach reach( size_t object ) const { return reach_[object]; }
    // Whether it can be said now that the value is good: it was read. Empty: any of the object.
    bool isKnown( size_t object, const std::string &value ) const;
@@ -100,6 +108,7 @@ class Inspection {
    std::vector<Reach> reach_{};
    Wiring wiring_;
    Findings findings_{};
+   std::vector<RuleCount> rules_{};
    std::map<std::string, size_t, std::less<>> byKey_{};
    std::map<size_t, size_t> dead_{};       // findings of supplies without output, by object
    std::map<size_t, size_t> fansFailed_{}; // of supplies that tell of a fan

@@ -42,6 +42,7 @@ void Inspection::inspectRule( size_t number ) {
          if ( says && reach_[member] == Reach::Good && says->find( word ) != std::string::npos )
             words[word] += ( words[word].empty() ? "" : ", " ) + report_[member].name;
    }
+   rules_.push_back( { .good = good, .unknown = unknown } );
    if ( rule.wanted > good ) {
       const bool isSure = rule.wanted > good + unknown;
       finding.level = rule.needed > good + unknown ? Level::Critical

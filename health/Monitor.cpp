@@ -51,6 +51,7 @@ std::vector<Event> Monitor::update( const BoardReport &report, const Surrounding
    const Inspection inspection( board_, links_, report, surroundings, known_, watches_, now );
    const Findings &findings = inspection.findings();
    link( inspection );
+   rules_ = inspection.rules();
    std::erase_if( pending_, [&]( const auto &pending ) {
       return std::none_of( findings.begin(), findings.end(), [&]( const Finding &one ) {
          return one.key == pending.first && isTold( one );

@@ -51,6 +51,8 @@ class Monitor {
    // The worst of the causes. Indeterminate as long as nothing is known, or something is wrong and
    // there was no time yet to find out why.
    Level level() const;
+   // Of each rule of the board, as of the last update; none before the first.
+   const std::vector<RuleCount> &rules() const { return rules_; }
    // Puts what is known of each value and object into a report.
    void describe( BoardReport &report ) const;
    // Adds the last numbers of each value to the report of one object, which was described.
@@ -85,6 +87,7 @@ class Monitor {
    std::vector<std::string> causeOf_{};       // by object
    std::vector<Level> levels_{};              // by object
    std::vector<Reach> reaches_{};             // by object
+   std::vector<RuleCount> rules_{};
    std::vector<Event> events_{};
 };
 

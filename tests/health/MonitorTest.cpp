@@ -178,6 +178,19 @@ TEST_F( MonitorTest, AnAbsentModuleExplainsWhatIsOnIt ) {
    EXPECT_THAT( seconds( 5 ), ElementsAre( "clear slot absent: psu, psu-status, supplies" ) );
 }
 
+TEST_F( MonitorTest, CountsTheGoodMembersOfEachRule ) {
+   EXPECT_THAT( monitor_.rules(), IsEmpty() );
+   const auto good = [this] {
+      seconds( 1 );
+      return std::pair( monitor_.rules().at( 0 ).good, monitor_.rules().at( 0 ).unknown );
+   };
+   EXPECT_EQ( good(), std::pair( size_t{ 1 }, size_t{ 0 } ) );
+   fail( "psu" );
+   EXPECT_EQ( good(), std::pair( size_t{ 0 }, size_t{ 1 } ) );
+   absent();
+   EXPECT_EQ( good(), std::pair( size_t{ 0 }, size_t{ 0 } ) );
+}
+
 TEST_F( MonitorTest, WhatStandsInASlotThatMayBeEmptyIsNoFault ) {
    BoardFiles::Board another = board_;
    another.objects[4].health.wanted = false;
