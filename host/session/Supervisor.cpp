@@ -16,6 +16,12 @@ Supervisor::Supervisor( const BoardFiles::Board &board, Limits limits, Time now,
      record_( board, limits_, now ) {}
 
 void Supervisor::childStarted() {
+   ++childStarts_;
+   beginAnew();
+}
+
+// Nothing is up.
+void Supervisor::beginAnew() {
    startFault_.reset();
    schedule_.childStarted();
    classifier_.childStarted();
@@ -33,7 +39,10 @@ void Supervisor::childNotStarted( const std::string &why, Time now ) {
 std::optional<Command> Supervisor::next( Time now ) {
    if ( current_.isRunning() || loadFault_ )
       return {};
+   const size_t before = schedule_.rounds();
    auto command = schedule_.next( actions_, now );
+   if ( schedule_.rounds() != before && !roundBegan_ )
+      roundBegan_ = now;
    if ( command ) {
       classifier_.operationBegins();
       current_.start( *command, now );
@@ -74,6 +83,10 @@ void Supervisor::heard( const Event &event, Time now ) {
       std::visit( [&]( const auto &what ) { ended( what, *done, now ); }, *command );
       classifier_.operationBegins();
       forgetDeath( now );
+      if ( roundBegan_ && roundDone() ) {
+         wholeRounds_ = { wholeRounds_.count + 1, now - *roundBegan_ };
+         roundBegan_.reset();
+      }
    }
 }
 
@@ -218,7 +231,7 @@ void Supervisor::childDied( const std::string &why, Time now ) {
    const DeathCause cause = deaths_.died( current_, now );
    const bool wasEnded = current_.overdue( now ).has_value(); // it took too long
    current_.stop();
-   childStarted();
+   beginAnew();
    const Fault fault{ .words = printable( why ) };
    if ( cause.what == DeathCause::What::Object ) {
       if ( wasEnded )

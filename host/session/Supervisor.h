@@ -76,6 +76,14 @@ class Supervisor {
    bool roundDone() const { return !current_.isRunning() && schedule_.roundDone(); }
    // How many rounds were begun.
    size_t rounds() const { return schedule_.rounds(); }
+   // The rounds in which all was read that was due.
+   struct WholeRounds {
+      uint64_t count = 0;
+      std::optional<Clock::duration> last{}; // how long it took
+   };
+   const WholeRounds &wholeRounds() const { return wholeRounds_; }
+   // How many children were started.
+   uint64_t childStarts() const { return childStarts_; }
    // Set when the plug-in can't be loaded. Nothing is tried after that.
    const std::optional<Fault> &loadFault() const { return loadFault_; }
    // Why the plug-in can't be used: it can't be loaded; or its process can't be started, or has
@@ -85,6 +93,7 @@ class Supervisor {
    std::string operation() const { return current_.operation(); }
 
  private:
+   void beginAnew();
    void forgetDeath( Time now );
    void ended( const LoadCommand &, const Done &, Time );
    void ended( const InitCommand &command, const Done &done, Time now );
@@ -115,6 +124,9 @@ class Supervisor {
    std::optional<Fault> startFault_{}; // why there is no child
    std::string death_{};               // how the last child ended, until the next is as far
    std::optional<Reading> result_{};   // of the running action
+   std::optional<Time> roundBegan_{};  // only while something of it was not read yet
+   WholeRounds wholeRounds_{};
+   uint64_t childStarts_ = 0;
 };
 
 } // namespace Host

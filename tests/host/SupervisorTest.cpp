@@ -36,6 +36,31 @@ TEST_F( SupervisorTest, ReadsTheLastObjectTooWhereARoundTakesLongerThanAPeriod )
    EXPECT_THAT( read, ::testing::Contains( "read 1" ) );
 }
 
+TEST_F( SupervisorTest, CountsWholeRoundsAndTellsHowLongTheLastOneTook ) {
+   EXPECT_EQ( supervisor->wholeRounds().last, std::nullopt );
+   runAll();
+   const uint64_t first = supervisor->wholeRounds().count;
+   now += 1s;
+   for ( const char *read : { "read 0", "read 1" } ) {
+      runTo( read );
+      now += 100ms;
+      good();
+   }
+   EXPECT_EQ( supervisor->wholeRounds().count, first );
+   runTo( "read 2" );
+   now += 50ms;
+   good();
+   EXPECT_EQ( supervisor->wholeRounds().count, first + 1 );
+   EXPECT_EQ( supervisor->wholeRounds().last, 250ms );
+}
+
+TEST_F( SupervisorTest, CountsTheStartsOfItsChildren ) {
+   const uint64_t before = supervisor->childStarts();
+   runTo( "read 0" );
+   die();
+   EXPECT_EQ( supervisor->childStarts(), before + 1 );
+}
+
 TEST_F( SupervisorTest, RunsOneCommandAtATime ) {
    EXPECT_EQ( next(), "load" );
    EXPECT_EQ( next(), "-" );
