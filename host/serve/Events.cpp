@@ -37,8 +37,10 @@ void Events::add( std::vector<Health::Event> events ) {
       journal_->add( events );
    }
    lastId_ = events.back().id;
-   for ( const Health::Event &event : events )
+   for ( const Health::Event &event : events ) {
+      ++counts_[{ event.what, event.level }];
       log( event );
+   }
    std::erase_if( listeners_, []( const auto &listener ) { return listener.expired(); } );
    for ( const auto &listener : listeners_ )
       if ( const auto there = listener.lock() )

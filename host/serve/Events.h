@@ -6,12 +6,17 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Host {
+
+// How many events there were of each kind and level.
+using EventCounts = std::map<std::pair<Health::Event::What, Health::Level>, uint64_t>;
 
 // Where serve tells what has happened to its board: in the journal, in the log, and to whoever
 // listens. While the journal's file can't be used, it says so and keeps the events in memory.
@@ -31,6 +36,8 @@ class Events {
    // Those of the journal.
    std::vector<Health::Event> events( const Journal::Query &query ) const;
    uint64_t lastId() const { return lastId_; }
+   // Of those that were added since this object is there.
+   const EventCounts &counts() const { return counts_; }
 
    // Calls it after every add(), as long as it exists.
    using Listener = std::function<void()>;
@@ -56,6 +63,7 @@ class Events {
    std::optional<Time> nextTry_{}; // only while the journal is in memory
    uint64_t lastInFile_ = 0;       // of the journal's ids, then
    uint64_t lastId_ = 0;
+   EventCounts counts_{};
    const SystemLog systemLog_;
    std::vector<std::weak_ptr<Listener>> listeners_{};
    std::function<bool( const std::string & )> acknowledge_{};

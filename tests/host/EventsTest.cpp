@@ -49,6 +49,19 @@ TEST_F( EventsTest, AnEventIsInTheJournalAndALineOfTheLog ) {
    EXPECT_EQ( Journal::toRead( file_ ).events( {} ).at( 0 ).cause, absentSupply.cause );
 }
 
+TEST_F( EventsTest, CountsWhatHappenedByItsKindAndLevel ) {
+   Events events( file_, []( const auto & ) { return true; } );
+   EXPECT_TRUE( events.counts().empty() );
+   Health::Event clear = absentSupply;
+   clear.what = Health::Event::What::Clear;
+   events.add( { absentSupply, absentSupply, clear } );
+   events.add( { absentSupply } );
+   EXPECT_EQ( events.counts(),
+              ( EventCounts{ { { Health::Event::What::Set, Health::Level::Critical }, 3 },
+                             { { Health::Event::What::Clear, Health::Level::Critical }, 1 } } ) );
+   EXPECT_TRUE( Events( file_ ).counts().empty() ); // those of the journal are not new
+}
+
 TEST_F( EventsTest, TheSystemsLogTakesThePlaceOfThePlainLine ) {
    std::vector<uint64_t> told;
    bool takes = true;
