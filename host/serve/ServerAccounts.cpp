@@ -71,7 +71,7 @@ Health::Evidence evidenceOf( const SmbusControl::Response &response ) {
 class ServerAccounts::Question : public std::enable_shared_from_this<Question> {
  public:
    Question( boost::asio::io_context &loop, std::string path, const SmbusControl::Request &request,
-             Ended ended )
+             LoadsAnswer ended )
       : path_( std::move( path ) ), socket_( loop ), limit_( loop ), ended_( std::move( ended ) ),
         bytes_( Sockets::framed( request ) ) {}
 
@@ -131,28 +131,30 @@ class ServerAccounts::Question : public std::enable_shared_from_this<Question> {
    const std::string path_;
    stream_protocol::socket socket_;
    boost::asio::steady_timer limit_;
-   Ended ended_;
+   LoadsAnswer ended_; // the error, or the answer
    std::string bytes_; // of the request, then of the answer
    std::array<char, 16384> chunk_{};
 };
 
 void ServerAccounts::ask( Answer answer ) const {
+   askLoads(
+      [answer = std::move( answer )]( const SmbusControl::Response &response, std::string error ) {
+         answer( error.empty() ? Bus::loadsAsJson( {}, response ) : std::string(),
+                 std::move( error ) );
+      } );
+}
+
+void ServerAccounts::askLoads( LoadsAnswer answer ) const {
    SmbusControl::Request request;
    request.set_load( true );
-   askFor( request, [answer = std::move( answer )]( const SmbusControl::Response &response,
-                                                    std::string error ) {
-      answer( error.empty() ? Bus::loadsAsJson( {}, response ) : std::string(),
-              std::move( error ) );
-   } );
+   askFor( request, std::move( answer ) );
 }
 
 void ServerAccounts::askEvidence( EvidenceAnswer answer ) const {
-   SmbusControl::Request request;
-   request.set_load( true );
-   askFor( request, [answer = std::move( answer )]( const SmbusControl::Response &response,
-                                                    std::string error ) {
-      answer( evidenceOf( response ), std::move( error ) );
-   } );
+   askLoads(
+      [answer = std::move( answer )]( const SmbusControl::Response &response, std::string error ) {
+         answer( evidenceOf( response ), std::move( error ) );
+      } );
 }
 
 void ServerAccounts::askLast( const std::string &bus, LastAnswer answer ) const {
@@ -190,7 +192,7 @@ void ServerAccounts::addTransfers( Why why, std::function<void( const Why & )> r
       } );
 }
 
-void ServerAccounts::askFor( const SmbusControl::Request &request, Ended ended ) const {
+void ServerAccounts::askFor( const SmbusControl::Request &request, LoadsAnswer ended ) const {
    if ( serverSocket_.empty() )
       return ended( {}, "the plug-in's data does not name its server's socket" );
    try {

@@ -37,17 +37,20 @@ class ServerAccounts {
    using LastAnswer =
       std::function<void( std::vector<PassedTransfer> transfers, std::string error )>;
 
+   // As the server tells them; or why it doesn't.
+   using LoadsAnswer =
+      std::function<void( const SmbusControl::Response &loads, std::string error )>;
+
    // All call back once, on the loop. Questions don't wait for each other.
    void ask( Answer answer ) const;
+   void askLoads( LoadsAnswer answer ) const;
    void askEvidence( EvidenceAnswer answer ) const;
    void askLast( const std::string &bus, LastAnswer answer ) const;
    // Adds the last transfers of its chips. `ready` is called once, with all that is known of it.
    void addTransfers( Why why, std::function<void( const Why & )> ready ) const;
 
  private:
-   // The error, or the answer.
-   using Ended = std::function<void( const SmbusControl::Response &, std::string error )>;
-   void askFor( const SmbusControl::Request &request, Ended ended ) const;
+   void askFor( const SmbusControl::Request &request, LoadsAnswer ended ) const;
 
    class Question;
    boost::asio::io_context &loop_;
