@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <fmt/compile.h>
 #include <fmt/format.h>
 
 namespace Metrics {
@@ -14,7 +15,7 @@ void appendNumber( std::string &to, double number ) {
       to += number > 0 ? "+Inf" : "-Inf";
    } else {
       std::array<char, 32> digits; // the shortest text that is this number has at most 24
-      to.append( digits.data(), fmt::format_to( digits.data(), "{}", number ) );
+      to.append( digits.data(), fmt::format_to( digits.data(), FMT_COMPILE( "{}" ), number ) );
    }
 }
 

@@ -1,5 +1,6 @@
 #include "metrics/Labels.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace Metrics {
@@ -31,9 +32,19 @@ size_t characterLength( std::string_view text ) {
    return length;
 }
 
+// Nearly all texts are such.
+bool isPlain( char c ) {
+   return static_cast<signed char>( c ) > 0 && c != '\n' && c != '"' && c != '\\';
+}
+
 void appendEscaped( std::string &to, std::string_view value ) {
    constexpr std::string_view replacement = "\xEF\xBF\xBD";
    while ( !value.empty() ) {
+      const auto special = std::find_if_not( value.begin(), value.end(), isPlain );
+      to.append( value.begin(), special );
+      value.remove_prefix( static_cast<size_t>( special - value.begin() ) );
+      if ( value.empty() )
+         return;
       const size_t length = characterLength( value );
       if ( value[0] == '\n' )
          to += "\\n";
@@ -48,6 +59,7 @@ void appendEscaped( std::string &to, std::string_view value ) {
 } // namespace
 
 Labels &Labels::add( std::string_view name, std::string_view value ) {
+   text_.reserve( text_.size() + name.size() + value.size() + 4 ); // a comma, =, and quotes
    if ( !text_.empty() )
       text_ += ',';
    text_.append( name ).append( "=\"" );
