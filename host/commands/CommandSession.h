@@ -34,6 +34,7 @@ class CommandSession {
    bool hadRound() const { return hadRound_; }
    // As Supervisor's. Only with Source::Own.
    std::string plugInFault() const { return session_->supervisor().plugInFault(); }
+   const Supervisor &supervisor() const { return session_->supervisor(); }
    const std::vector<Health::Pmbus::Limit> &limits( size_t object ) const {
       return session_->supervisor().limits( object );
    }

@@ -1,9 +1,11 @@
 #include "host/commands/CommandSession.h"
 #include "host/commands/Commands.h"
 #include "host/serve/Api.h"
+#include "host/serve/BoardMetrics.h"
 #include "host/serve/Client.h"
 #include "host/serve/Events.h"
 #include "host/serve/HealthWatch.h"
+#include "host/serve/LastLoads.h"
 #include "host/serve/ServerAccounts.h"
 #include "host/serve/StateLog.h"
 #include "host/serve/SystemLog.h"
@@ -12,6 +14,7 @@
 
 #include <algorithm>
 #include <fmt/ranges.h>
+#include <map>
 #include <memory>
 #include <spdlog/spdlog.h>
 #include <unistd.h>
@@ -21,8 +24,8 @@ namespace {
 
 // On the Unix socket; on those that the system's manager has opened; and at an address, if one is
 // wanted.
-std::vector<std::unique_ptr<Http::Server>> serversOf( boost::asio::io_context &loop, const Api &api,
-                                                      const Options &options ) {
+std::vector<std::unique_ptr<Http::Server>>
+serversOf( boost::asio::io_context &loop, const Http::Handler &handler, const Options &options ) {
    const Http::Guard guard =
       options.httpControl.empty() ? Http::Guard() : Http::Guard( options.httpControl );
    std::vector<Http::Listener> listeners;
@@ -33,12 +36,8 @@ std::vector<std::unique_ptr<Http::Server>> serversOf( boost::asio::io_context &l
       listeners.push_back( Http::Listener::atAddress( options.http, options.httpAnyAddress ) );
    std::vector<std::unique_ptr<Http::Server>> servers;
    for ( Http::Listener &listener : listeners )
-      servers.push_back( std::make_unique<Http::Server>(
-         loop, std::move( listener ),
-         [&api]( const Http::Request &request, const Http::Reply &reply ) {
-            api.handle( request, reply );
-         },
-         Http::Limits(), guard ) );
+      servers.push_back( std::make_unique<Http::Server>( loop, std::move( listener ), handler,
+                                                         Http::Limits(), guard ) );
    return servers;
 }
 
@@ -77,6 +76,9 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
       watch.monitor().describe( described );
       return described;
    };
+   // A scrape has to end within 10 ms, also when the server is busy.
+   LastLoads loads( session.loop(), accounts, std::chrono::milliseconds( 7 ) );
+   std::map<unsigned, uint64_t> answers; // to HTTP requests, by their status code
    const Api api(
       board, serveName( board.folder ),
       { .report = report,
@@ -107,11 +109,32 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
            },
         .busses =
            [&accounts]( ServerAccounts::Answer answer ) { accounts.ask( std::move( answer ) ); },
+        .metrics =
+           [&]( Metrics::Format format, std::function<void( std::string )> ready ) {
+              loads.ask( [&, format, ready = std::move( ready )]( const KnownLoads &known ) {
+                 ready( boardMetrics( { .board = board,
+                                        .name = serveName( board.folder ),
+                                        .report = report(),
+                                        .level = watch.monitor().level(),
+                                        .causes = watch.monitor().causes(),
+                                        .rules = watch.monitor().rules(),
+                                        .events = events.counts(),
+                                        .serve = serveFigures( session.supervisor(), answers ),
+                                        .loads = known },
+                                      format ) );
+              } );
+           },
         .fault = [&] { return session.plugInFault(); },
         .events = &events,
         .history = &history } );
+   const auto handler = [&]( const Http::Request &request, const Http::Reply &reply ) {
+      api.handle( request, [&answers, reply]( const Http::Response &response ) {
+         ++answers[response.status];
+         reply( response );
+      } );
+   };
    const std::vector<std::unique_ptr<Http::Server>> servers =
-      serversOf( session.loop(), api, options );
+      serversOf( session.loop(), handler, options );
    StateLog log;
    std::vector<std::string> names;
    for ( const auto &server : servers )

@@ -66,13 +66,14 @@ Api::Api( const BoardFiles::Board &board, std::string name, Source source )
 
 // The longer of two that begin alike comes first.
 const Api::Route Api::routes[] = {
-   { "/healthz", "GET", &Api::giveHealthz },         { "/openapi.json", "GET", &Api::giveDocument },
-   { "/v1/acknowledge", "POST", &Api::acknowledge }, { "/v1/board", "GET", &Api::giveBoard },
-   { "/v1/busses", "GET", &Api::giveBusses },        { "/v1/events", "GET", &Api::giveEvents },
-   { "/v1/health", "GET", &Api::giveHealth },        { "/v1/history", "GET", &Api::giveHistory },
-   { "/v1/modules", "GET", &Api::giveModules },      { modulesPath, "GET", &Api::giveModule },
-   { "/v1/objects", "GET", &Api::giveObjects },      { objectsPath, "", &Api::handleObject },
-   { "/v1/panel", "GET", &Api::givePanel },          { "/v1/topology", "GET", &Api::giveTopology },
+   { "/healthz", "GET", &Api::giveHealthz },       { "/metrics", "GET", &Api::giveMetrics },
+   { "/openapi.json", "GET", &Api::giveDocument }, { "/v1/acknowledge", "POST", &Api::acknowledge },
+   { "/v1/board", "GET", &Api::giveBoard },        { "/v1/busses", "GET", &Api::giveBusses },
+   { "/v1/events", "GET", &Api::giveEvents },      { "/v1/health", "GET", &Api::giveHealth },
+   { "/v1/history", "GET", &Api::giveHistory },    { "/v1/modules", "GET", &Api::giveModules },
+   { modulesPath, "GET", &Api::giveModule },       { "/v1/objects", "GET", &Api::giveObjects },
+   { objectsPath, "", &Api::handleObject },        { "/v1/panel", "GET", &Api::givePanel },
+   { "/v1/topology", "GET", &Api::giveTopology },
 };
 
 void Api::handle( const Http::Request &request, const Http::Reply &reply ) const {
@@ -154,6 +155,14 @@ void Api::giveBusses( const Http::Request &, const Http::Reply &reply ) const {
    source_.busses( [reply]( std::string json, const std::string &error ) {
       reply( error.empty() ? Http::Response{ .body = std::move( json ) }
                            : errorResponse( Status::unavailable, error ) );
+   } );
+}
+
+void Api::giveMetrics( const Http::Request &request, const Http::Reply &reply ) const {
+   const Metrics::Format format = Metrics::preferredBy( request.accept );
+   source_.metrics( format, [format, reply]( std::string text ) {
+      reply( { .body = std::move( text ),
+               .contentType = std::string( Metrics::contentTypeOf( format ) ) } );
    } );
 }
 

@@ -9,6 +9,7 @@
 #include "host/serve/Why.h"
 #include "host/session/CageModule.h"
 #include "http/Exchange.h"
+#include "metrics/Format.h"
 
 #include <functional>
 #include <optional>
@@ -34,6 +35,8 @@ class Api {
          ask{};
       // Calls back with JSON, or with the reason why there is none.
       std::function<void( std::function<void( std::string json, std::string error )> )> busses{};
+      // Calls back with the metrics in this format, soon.
+      std::function<void( Metrics::Format, std::function<void( std::string text )> )> metrics{};
       std::function<std::string()> fault{}; // why the board isn't read; empty: it is
       Events *events = nullptr;             // outlives the Api, as the next
       const History::Store *history = nullptr;
@@ -63,6 +66,7 @@ class Api {
    void givePanel( const Http::Request &, const Http::Reply &reply ) const;
    void giveTopology( const Http::Request &, const Http::Reply &reply ) const;
    void giveBusses( const Http::Request &, const Http::Reply &reply ) const;
+   void giveMetrics( const Http::Request &request, const Http::Reply &reply ) const;
    void giveHistory( const Http::Request &request, const Http::Reply &reply ) const;
    void giveEvents( const Http::Request &request, const Http::Reply &reply ) const;
    void acknowledge( const Http::Request &request, const Http::Reply &reply ) const;

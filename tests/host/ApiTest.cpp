@@ -101,6 +101,10 @@ class ApiTest : public ::testing::Test {
                            answer( result_ );
                         },
                      .busses = [this]( const auto &answer ) { answer( busses_, whyNoBusses_ ); },
+                     .metrics =
+                        []( Metrics::Format format, const auto &answer ) {
+                           answer( format == Metrics::Format::Text ? "text\n" : "# EOF\n" );
+                        },
                      .fault = [this] { return fault_; },
                      .events = &events_,
                      .history = &history_ } };
@@ -134,6 +138,20 @@ TEST_F( ApiTest, GivesTheLastReadingsOfOneObject ) {
    ASSERT_EQ( board->objects[0].health->values[0].last.size(), 2u );
    EXPECT_EQ( board->objects[0].health->values[0].last[1].number, 25.5 );
    EXPECT_EQ( stateSchemaFault( R"({"board":"b","objects":[)" + answer.body + "]}" ), "" );
+}
+
+TEST_F( ApiTest, GivesTheMetricsInTheFormatThatTheClientLikesBest ) {
+   const auto text = documented( "GET", "/metrics", "", "/metrics" );
+   EXPECT_EQ( text.body, "text\n" );
+   EXPECT_EQ( text.contentType, "text/plain; version=0.0.4; charset=utf-8" );
+   Http::Response open;
+   api_.handle( { .method = "GET",
+                  .path = "/metrics",
+                  .accept = "application/openmetrics-text;version=1.0.0,text/plain;q=0.5" },
+                [&open]( const Http::Response &response ) { open = response; } );
+   EXPECT_EQ( open.body, "# EOF\n" );
+   EXPECT_EQ( open.contentType, "application/openmetrics-text; version=1.0.0; charset=utf-8" );
+   EXPECT_EQ( ask( "POST", "/metrics" ).status, 405u );
 }
 
 TEST_F( ApiTest, GivesTheLoadsOfTheServersBussesOrWhyThereAreNone ) {
@@ -446,7 +464,7 @@ TEST_F( ApiTest, IsDocumentedPathByPath ) {
       EXPECT_NE( ask( isPost ? "POST" : "GET", real, body ).status, 404u ) << real;
       EXPECT_EQ( ask( isPost ? "GET" : "POST", real ).status, 405u ) << real;
    }
-   EXPECT_EQ( paths->MemberCount(), 16u );
+   EXPECT_EQ( paths->MemberCount(), 17u );
 }
 
 } // namespace
