@@ -16,6 +16,9 @@ install( DIRECTORY docs DESTINATION ${documents} COMPONENT plugin )
 # Debian's packages name the distribution's copy instead.
 install( FILES LICENSE DESTINATION ${documents} COMPONENT licence )
 
+# Rules, alerts and a dashboard.
+install( DIRECTORY monitoring DESTINATION ${CMAKE_INSTALL_DATADIR}/orbis COMPONENT host )
+
 # The client library, and what you need to write a host or another server.
 install( TARGETS PlatformLibrary platform_headers EXPORT OrbisPlatform
    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT platform NAMELINK_COMPONENT platform-dev

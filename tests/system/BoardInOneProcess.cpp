@@ -200,13 +200,15 @@ bool BoardInOneProcess::act( const std::string &name, const Host::Action &action
    return isDone;
 }
 
-Health::Evidence BoardInOneProcess::evidence() const {
+Health::Evidence BoardInOneProcess::evidence() const { return Host::evidenceOf( loads() ); }
+
+SmbusControl::Response BoardInOneProcess::loads() const {
    Smbusd::Accounts accounts;
    for ( const auto &[bus, executor] : executors_ )
       accounts.push_back( executor->account() );
    SmbusControl::Request request;
    request.set_load( true );
-   return Host::evidenceOf( Smbusd::report( request, accounts, clock_.now() ) );
+   return Smbusd::report( request, accounts, clock_.now() );
 }
 
 Host::Reading BoardInOneProcess::presence( const std::string &slot ) const {

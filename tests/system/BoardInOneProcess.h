@@ -54,6 +54,7 @@ class BoardInOneProcess {
    // All objects, as a user is told; and what the server knows of failures.
    Host::BoardReport report() const { return supervisor_->report( now_ ); }
    Health::Evidence evidence() const;
+   SmbusControl::Response loads() const; // of all busses
    Bus::Clock::Time time() const { return clock_.now(); }
 
    // A slot, as a user is told.

@@ -1,5 +1,6 @@
 #include "WatchedBoard.h"
 
+#include "host/serve/BoardMetrics.h"
 #include "orbis-smbus/Failures.h"
 #include "orbis-smbus/SimCommands.h"
 
@@ -43,7 +44,25 @@ void WatchedBoard::round() {
          event.what == Health::Event::What::Set ? nameOf( event.level ) : nameOf( event.what ),
          event.cause, event.explains.empty() ? "" : ": ", fmt::join( event.explains, ", " ) ) );
       words_[event.cause] = event.words;
+      ++counts_[{ event.what, event.level }];
    }
+   afterRound_();
+}
+
+std::string WatchedBoard::metrics() {
+   Health::BoardReport report = board_.report();
+   monitor_.describe( report );
+   return Host::boardMetrics(
+      { .board = board_.board(),
+        .name = "kelt",
+        .report = std::move( report ),
+        .level = monitor_.level(),
+        .causes = monitor_.causes(),
+        .rules = monitor_.rules(),
+        .events = counts_,
+        .serve = Host::serveFigures( board_.supervisor(), { { 200, 1 } } ),
+        .loads = { std::make_shared<const SmbusControl::Response>( board_.loads() ) } },
+      Metrics::Format::Text );
 }
 
 SmbusControl::Response WatchedBoard::ask( const SmbusControl::Request &request ) {
