@@ -102,7 +102,12 @@ void Family::appendTo( std::string &text ) const {
 }
 
 std::string exposition( const std::vector<Family> &families, Format format ) {
+   constexpr size_t header = 300; // a family's name, type and help have fewer characters
    std::string text;
+   size_t size = 0;
+   for ( const Family &family : families )
+      size += family.size() + header;
+   text.reserve( size );
    for ( const Family &family : families )
       family.appendTo( text );
    if ( format == Format::OpenMetrics )

@@ -44,6 +44,7 @@ class Family {
    void add( const Labels &labels, const Histogram &histogram );
 
    bool isEmpty() const { return samples_.empty(); }
+   size_t size() const { return samples_.size(); } // characters, without what is in front of them
    void appendTo( std::string &text ) const;
 
  private:

@@ -10,7 +10,6 @@
 namespace Host {
 namespace {
 
-using Health::Level;
 using Health::ValueHealth;
 using Metrics::Labels;
 

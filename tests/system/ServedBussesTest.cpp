@@ -46,4 +46,22 @@ TEST( ServedBussesTest, AreThoseOfTheServer ) {
                        HasSubstr( ".control: its server has ended; start it again" ) ) );
 }
 
+TEST( ServedBussesTest, AreInTheMetricsAlsoWhenTheServerHasEnded ) {
+   RunningBoard board( "kelt" );
+   board.show();
+   const auto serve = board.serve( { "--period", "3600" } );
+   const std::string transfers = R"(orbis_bus_transfers_total{bus="scd(4):1:2"} )";
+   std::string metrics;
+   for ( int tries = 0; tries < 1000 && metrics.find( transfers ) == std::string::npos; ++tries )
+      metrics = get( "/metrics" ); // a slow machine does not answer within the time of a scrape
+   EXPECT_THAT( metrics,
+                AllOf( HasSubstr( "200 OK" ),
+                       HasSubstr( "Content-Type: text/plain; version=0.0.4; charset=utf-8" ),
+                       HasSubstr( transfers ), HasSubstr( "orbis_plug_in_starts_total 1\n" ) ) );
+   board.killServer();
+   EXPECT_THAT( get( "/metrics" ),
+                AllOf( HasSubstr( transfers ), HasSubstr( "orbis_bus_accounts_age_seconds" ),
+                       HasSubstr( R"(orbis_http_requests_total{code="200"} )" ) ) );
+}
+
 } // namespace
