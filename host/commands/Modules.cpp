@@ -152,7 +152,7 @@ int modules( const BoardFiles::Board &board, const Options &options ) {
    if ( options.json )
       fmt::print( "{}\n", toJson( serveName( board.folder ), *known ) );
    else
-      fmt::print( "{}\n", fmt::join( tableOf( *known ), "\n" ) );
+      fmt::print( "{}\n", fmt::join( tableOf( *known, Terminal::columns().value_or( 0 ) ), "\n" ) );
    return std::any_of( known->begin(), known->end(), isFault ) ? exitUnreadable : exitOk;
 }
 

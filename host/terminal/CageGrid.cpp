@@ -1,5 +1,8 @@
 #include "host/terminal/CageGrid.h"
 
+#include "screen/Width.h"
+#include "screen/Wrap.h"
+
 #include <algorithm>
 #include <array>
 #include <fmt/format.h>
@@ -8,7 +11,7 @@
 namespace Host {
 namespace {
 
-constexpr size_t gridWidth = 80;
+constexpr size_t usualWidth = 80, gap = 2;
 
 constexpr auto legend =
    "CAGES  # present, . empty, ? unreadable, ~ stale; F tx fault, L rx loss, D tx "
@@ -38,6 +41,7 @@ char markOfLine( const Reading &reading, char letter ) {
    return reading.value == Scalar( int64_t{ 0 } ) ? '-' : letter;
 }
 
+// Without a module its lines mean nothing: those of an SFP cage then read as a fault.
 std::string cellOf( const ObjectReport &cage ) {
    std::string marks = "?", states;
    for ( const ValueReport &value : cage.values ) {
@@ -48,7 +52,8 @@ std::string cellOf( const ObjectReport &cage ) {
             states = "~";
       }
       for ( const Line &line : controlLines )
-         if ( reading.name == line.name && reading.state != State::Unsupported )
+         if ( marks.front() != '.' && reading.name == line.name &&
+              reading.state != State::Unsupported )
             marks += markOfLine( reading, line.letter );
    }
    return cage.name + " " + marks + states;
@@ -66,14 +71,9 @@ std::string faultOf( const ObjectReport &cage ) {
 
 } // namespace
 
-size_t widthOf( const std::string &text ) {
-   return static_cast<size_t>( std::count_if(
-      text.begin(), text.end(), []( char byte ) { return ( byte & 0xC0 ) != 0x80; } ) );
-}
-
 bool isCage( const ObjectReport &object ) { return object.type == "xcvr"; }
 
-std::vector<std::string> gridOf( const BoardReport &board ) {
+std::vector<std::string> gridOf( const BoardReport &board, size_t columns ) {
    std::vector<std::string> cells;
    std::map<std::string, std::vector<std::string>> faults;
    for ( const ObjectReport &object : board ) {
@@ -87,21 +87,23 @@ std::vector<std::string> gridOf( const BoardReport &board ) {
       return {};
    size_t width = 0;
    for ( const std::string &cell : cells )
-      width = std::max( width, widthOf( cell ) + 2 );
-   const size_t perRow = std::max<size_t>( 1, gridWidth / width );
-   std::vector<std::string> grid{ legend };
+      width = std::max( width, Screen::widthOf( cell ) + gap );
+   const size_t perRow =
+      std::max<size_t>( 1, ( ( columns > 0 ? columns : usualWidth ) + gap ) / width );
+   std::vector<std::string> grid;
+   Screen::wrap( grid, legend, 7, columns );
    for ( size_t i = 0; i < cells.size(); ++i ) {
       if ( i % perRow == 0 )
          grid.emplace_back();
       const bool isLast = i % perRow == perRow - 1 || i + 1 == cells.size();
-      grid.back() += cells[i];
-      if ( !isLast )
-         grid.back() += std::string( width - widthOf( cells[i] ), ' ' );
+      grid.back() += isLast ? cells[i] : Screen::fill( cells[i], width );
    }
    for ( const auto &[fault, names] : faults )
-      grid.push_back( names.size() == 1 ? fmt::format( "{}: {}", names.front(), fault )
-                                        : fmt::format( "{} and {} more: {}", names.front(),
-                                                       names.size() - 1, fault ) );
+      Screen::wrap( grid,
+                    names.size() == 1 ? fmt::format( "{}: {}", names.front(), fault )
+                                      : fmt::format( "{} and {} more: {}", names.front(),
+                                                     names.size() - 1, fault ),
+                    2, columns );
    return grid;
 }
 

@@ -1,7 +1,7 @@
 #include "host/terminal/HealthText.h"
 
 #include "host/Times.h"
-#include "host/terminal/Wrap.h"
+#include "screen/Wrap.h"
 
 #include <fmt/ranges.h>
 
@@ -51,16 +51,18 @@ std::vector<std::string> linesOf( const HealthReport &health, size_t columns ) {
    constexpr size_t indent = 10;
    std::vector<std::string> lines;
    for ( const Health::Cause &cause : health.causes ) {
-      wrap( lines, fmt::format( "{:<10}{}: {}", nameOf( cause.level ), cause.key, cause.words ),
-            indent, columns );
-      wrap( lines,
-            fmt::format( "{:10}since {}{}{}", "", localTimeText( cause.since ),
-                         cause.isAcknowledged ? ", acknowledged" : "",
-                         cause.isHidden ? ", hidden by another cause now" : "" ),
-            indent, columns );
+      Screen::wrap( lines,
+                    fmt::format( "{:<10}{}: {}", nameOf( cause.level ), cause.key, cause.words ),
+                    indent, columns );
+      Screen::wrap( lines,
+                    fmt::format( "{:10}since {}{}{}", "", localTimeText( cause.since ),
+                                 cause.isAcknowledged ? ", acknowledged" : "",
+                                 cause.isHidden ? ", hidden by another cause now" : "" ),
+                    indent, columns );
       if ( !cause.explains.empty() )
-         wrap( lines, fmt::format( "{:10}explains {}", "", fmt::join( cause.explains, ", " ) ),
-               indent, columns );
+         Screen::wrap( lines,
+                       fmt::format( "{:10}explains {}", "", fmt::join( cause.explains, ", " ) ),
+                       indent, columns );
    }
    if ( !health.causes.empty() )
       lines.push_back( fmt::format( "{:<10}{}", "ok", fine( health ) ) );

@@ -1,10 +1,10 @@
 #include "host/terminal/ModuleText.h"
 
 #include "host/session/ModuleReadings.h"
-#include "host/terminal/CageGrid.h"
-#include "host/terminal/Columns.h"
-#include "host/terminal/Wrap.h"
 #include "optics/Decode.h"
+#include "screen/Columns.h"
+#include "screen/Width.h"
+#include "screen/Wrap.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -41,7 +41,7 @@ class Facts {
 
    void add( std::string_view name, const std::string &text ) {
       if ( !text.empty() )
-         wrap( lines, fmt::format( "{:<14}{}", name, text ), indent, columns_ );
+         Screen::wrap( lines, fmt::format( "{:<14}{}", name, text ), indent, columns_ );
    }
    void add( std::string_view name, const std::optional<Optics::Code> &code ) {
       if ( code )
@@ -121,7 +121,7 @@ std::vector<std::string> usesOf( const Module &module ) {
 }
 
 void addIdentity( Facts &facts, const Module &module ) {
-   facts.add( "vendor", fmt::format( "{}{}", orDash( module.vendor ),
+   facts.add( "vendor", fmt::format( "{}{}", Screen::orDash( module.vendor ),
                                      module.oui.empty() ? "" : " (" + module.oui + ")" ) );
    facts.add( "part",
               module.vendorRevision.empty()
@@ -166,7 +166,8 @@ void addMonitors( std::vector<std::string> &lines, const Module &module ) {
       const std::string value =
          monitor.value ? numberOf( *monitor.value, monitor.unit ) + " " + monitor.unit : "-";
       std::string line = fmt::format( "{:<19}", valueNameOf( monitor, module ) );
-      line += std::string( std::max<size_t>( 11, widthOf( value ) ) - widthOf( value ), ' ' );
+      line += std::string(
+         std::max<size_t>( 11, Screen::widthOf( value ) ) - Screen::widthOf( value ), ' ' );
       line += value;
       line += fmt::format(
          "{:>14}{:>9}{:>9}{:>9}{:>9}",
@@ -260,7 +261,7 @@ std::string rowNameOf( const Optics::Region &region ) {
 
 std::vector<std::string> linesOf( const CageModule &module, size_t columns ) {
    std::vector<std::string> lines;
-   wrap( lines, titleOf( module ), 3, columns );
+   Screen::wrap( lines, titleOf( module ), 3, columns );
    if ( !module.module )
       return lines;
    Facts facts( columns );
@@ -270,32 +271,37 @@ std::vector<std::string> linesOf( const CageModule &module, size_t columns ) {
    addLanes( lines, *module.module );
    lines.emplace_back();
    const auto flags = flagsOf( *module.module );
-   wrap( lines,
-         fmt::format( "flags: {}",
-                      flags.empty() ? "none" : fmt::format( "{}", fmt::join( flags, ", " ) ) ),
-         3, columns );
+   Screen::wrap( lines,
+                 fmt::format( "flags: {}", flags.empty()
+                                              ? "none"
+                                              : fmt::format( "{}", fmt::join( flags, ", " ) ) ),
+                 3, columns );
    for ( const std::string &finding : module.module->findings )
-      wrap( lines, "note: " + finding, 3, columns );
+      Screen::wrap( lines, "note: " + finding, 3, columns );
    return lines;
 }
 
-std::vector<std::string> tableOf( const std::vector<CageModule> &modules ) {
-   Rows rows{ { "CAGE", "VENDOR", "PART", "SERIAL", "TYPE", "°C", "RX dBm", "WORST" } };
+std::vector<std::string> tableOf( const std::vector<CageModule> &modules, size_t columns ) {
+   constexpr size_t vendorColumn = 1, partColumn = 2, powerColumn = 6;
+   Screen::Rows rows{ { "CAGE", "VENDOR", "PART", "SERIAL", "TYPE", "°C", "RX dBm", "WORST" } };
    size_t empty = 0;
    for ( const CageModule &one : modules ) {
       if ( one.state == State::Absent )
          ++empty;
       else if ( one.module )
-         rows.push_back( { one.cage, orDash( one.module->vendor ), orDash( one.module->partNumber ),
-                           orDash( one.module->serial ), typeOf( *one.module ),
+         rows.push_back( { one.cage, Screen::orDash( one.module->vendor ),
+                           Screen::orDash( one.module->partNumber ),
+                           Screen::orDash( one.module->serial ), typeOf( *one.module ),
                            temperatureOf( *one.module ), receivedOf( *one.module ),
-                           one.state == State::Ok ? orDash( worstOf( *one.module ) )
+                           one.state == State::Ok ? Screen::orDash( worstOf( *one.module ) )
                                                   : std::string( nameOf( one.state ) ) } );
       else
          rows.push_back( { one.cage, "-", "-", "-", "-", "-", "-",
                            fmt::format( "{} ({})", nameOf( one.state ), toText( one.fault ) ) } );
    }
-   std::vector<std::string> lines = inColumns( rows );
+   std::vector<std::string> lines = Screen::inColumns(
+      rows, columns,
+      { .hasNotes = true, .dispensable = { vendorColumn, partColumn }, .wrapped = powerColumn } );
    if ( empty > 0 )
       lines.push_back( fmt::format( "{} of {} cages are empty", empty, modules.size() ) );
    return lines;

@@ -12,7 +12,7 @@ namespace Host {
 std::vector<std::string> linesOf( const CageModule &module, size_t columns );
 
 // One line for each module, with a title. Empty cages are counted in the last line.
-std::vector<std::string> tableOf( const std::vector<CageModule> &modules );
+std::vector<std::string> tableOf( const std::vector<CageModule> &modules, size_t columns = 0 );
 
 // Its bytes, 16 on a line. Bytes that weren't read are "--".
 std::vector<std::string> hexLinesOf( const Optics::Image &image );

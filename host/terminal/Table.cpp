@@ -2,9 +2,8 @@
 
 #include "boardfiles/Kind.h"
 #include "host/terminal/CageGrid.h"
-#include "host/terminal/Columns.h"
+#include "screen/Columns.h"
 
-#include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
 
@@ -52,14 +51,14 @@ std::string faultText( const ObjectReport &object, size_t value ) {
    const Reading &reading = object.values[value].reading;
    const std::string own = toText( reading.fault );
    if ( !object.health || value >= object.health->values.size() )
-      return orDash( own );
+      return Screen::orDash( own );
    const Health::ObjectHealth &health = *object.health;
    if ( !health.values[value].crossed.empty() )
       return health.values[value].crossed;
    if ( health.isAbsent && !health.cause.empty() )
       return health.cause;
    const bool isOther = !health.cause.empty() && !health.cause.starts_with( object.name + " " );
-   return own.empty() || !isOther ? orDash( own )
+   return own.empty() || !isOther ? Screen::orDash( own )
                                   : fmt::format( "{} (because of: {})", own, health.cause );
 }
 
@@ -81,11 +80,11 @@ std::vector<std::string> rowOf( const ObjectReport &object ) {
             "-",
             std::string( nameOf( object.state ) ),
             ageText( object.age ),
-            orDash( toText( object.fault ) ) };
+            Screen::orDash( toText( object.fault ) ) };
 }
 
 // Modules have a table of their own. Here is only what is wrong with them.
-void addWrong( Rows &rows, const ObjectReport &module ) {
+void addWrong( Screen::Rows &rows, const ObjectReport &module ) {
    if ( isBad( module.state ) ) {
       rows.push_back( rowOf( module ) );
       return;
@@ -98,8 +97,10 @@ void addWrong( Rows &rows, const ObjectReport &module ) {
    }
 }
 
-Rows rowsOf( const BoardReport &board ) {
-   Rows rows{ { "NAME", "TYPE", "READING", "VALUE", "STATE", "AGE", "FAULT" } };
+constexpr size_t typeColumn = 1, valueColumn = 3;
+
+Screen::Rows rowsOf( const BoardReport &board ) {
+   Screen::Rows rows{ { "NAME", "TYPE", "READING", "VALUE", "STATE", "AGE", "FAULT" } };
    for ( const ObjectReport &object : board ) {
       if ( isCage( object ) )
          continue;
@@ -121,21 +122,15 @@ std::string toText( const Scalar &value ) {
    return std::visit( []( const auto &what ) { return show( what ); }, value );
 }
 
-std::vector<std::string> tableOf( const BoardReport &board ) {
-   std::vector<std::string> lines = inColumns( rowsOf( board ) );
-   if ( const auto grid = gridOf( board ); !grid.empty() ) {
+std::vector<std::string> tableOf( const BoardReport &board, size_t columns ) {
+   std::vector<std::string> lines = Screen::inColumns(
+      rowsOf( board ), columns,
+      { .hasNotes = true, .dispensable = { typeColumn }, .wrapped = valueColumn } );
+   if ( const auto grid = gridOf( board, columns ); !grid.empty() ) {
       lines.emplace_back();
       lines.insert( lines.end(), grid.begin(), grid.end() );
    }
    return lines;
-}
-
-std::string clip( const std::string &line, size_t columns ) {
-   size_t end = 0;
-   for ( size_t width = 0; end < line.size(); ++end )
-      if ( ( line[end] & 0xC0 ) != 0x80 && width++ == columns )
-         break;
-   return line.substr( 0, end );
 }
 
 } // namespace Host

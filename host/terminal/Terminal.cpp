@@ -1,6 +1,7 @@
 #include "host/terminal/Terminal.h"
 
 #include "host/terminal/Table.h"
+#include "screen/Width.h"
 
 #include <algorithm>
 #include <boost/asio.hpp>
@@ -79,7 +80,7 @@ void Terminal::draw( const std::vector<std::string> &lines ) const {
    std::string screen = home;
    const size_t room = std::min<size_t>( lines.size(), size.ws_row - 1u );
    for ( size_t i = 0; i < room; ++i )
-      screen += clip( lines[i], size.ws_col ) + clearToEndOfLine + "\r\n";
+      screen += Screen::clip( lines[i], size.ws_col ) + clearToEndOfLine + "\r\n";
    write( screen + clearBelow );
 }
 

@@ -3,7 +3,7 @@
 #include "host/Times.h"
 #include "host/journal/EventText.h"
 #include "host/terminal/Table.h"
-#include "host/terminal/Wrap.h"
+#include "screen/Wrap.h"
 
 #include <algorithm>
 #include <fmt/ranges.h>
@@ -15,15 +15,15 @@ namespace {
 constexpr size_t margin = 12;
 
 // Lines in sections. The first line of each has its name in the margin.
-class Screen {
+class Sections {
  public:
-   explicit Screen( size_t columns ) : columns_( columns ) {}
+   explicit Sections( size_t columns ) : columns_( columns ) {}
 
    void section( std::string name ) { name_ = std::move( name ); }
    // `indent` further blanks for what goes on in the next line.
    void line( const std::string &text, size_t indent = 2 ) {
-      wrap( lines_, fmt::format( "{:<{}}{}", std::exchange( name_, {} ), margin, text ),
-            margin + indent, columns_ );
+      Screen::wrap( lines_, fmt::format( "{:<{}}{}", std::exchange( name_, {} ), margin, text ),
+                    margin + indent, columns_ );
    }
    // All names, or at a terminal as many as a person reads.
    std::string list( const std::vector<std::string> &names ) const {
@@ -33,7 +33,7 @@ class Screen {
       return fmt::format( "{} and {} more", fmt::join( names.begin(), names.begin() + most, ", " ),
                           names.size() - most );
    }
-   void bare( const std::string &text ) { wrap( lines_, text, margin, columns_ ); }
+   void bare( const std::string &text ) { Screen::wrap( lines_, text, margin, columns_ ); }
    const std::vector<std::string> &lines() const { return lines_; }
 
  private:
@@ -56,7 +56,7 @@ std::string wayTo( const BoardFiles::ChipPlace &place ) {
    return text + fmt::format( ", chip {:#04x}", place.address );
 }
 
-void addPlace( Screen &screen, const Why &why ) {
+void addPlace( Sections &screen, const Why &why ) {
    screen.section( "where" );
    for ( const BoardFiles::ChipPlace &chip : why.chips )
       screen.line( wayTo( chip ) );
@@ -75,7 +75,7 @@ std::string withUnit( double number, const std::string &unit ) {
 
 std::string timeOfDay( Health::WallTime time ) { return localTimeText( time ).substr( 11 ); }
 
-void addHealth( Screen &screen, const Health::ValueHealth &health, const std::string &unit ) {
+void addHealth( Sections &screen, const Health::ValueHealth &health, const std::string &unit ) {
    const auto number = [&unit]( double what ) { return withUnit( what, unit ); };
    if ( !health.crossed.empty() )
       screen.line( "  " + health.crossed, 4 );
@@ -111,7 +111,7 @@ void addHealth( Screen &screen, const Health::ValueHealth &health, const std::st
                    4 );
 }
 
-void addValues( Screen &screen, const ObjectReport &object ) {
+void addValues( Sections &screen, const ObjectReport &object ) {
    screen.section( "values" );
    for ( size_t i = 0; i < object.values.size(); ++i ) {
       const Reading &reading = object.values[i].reading;
@@ -128,7 +128,7 @@ void addValues( Screen &screen, const ObjectReport &object ) {
       screen.line( "none are read" );
 }
 
-void addCauses( Screen &screen, const Why &why ) {
+void addCauses( Sections &screen, const Why &why ) {
    screen.section( "why" );
    if ( why.causes.empty() && why.object.health && why.object.health->level == Health::Level::Ok )
       return screen.line( "nothing is wrong" );
@@ -152,7 +152,7 @@ void addCauses( Screen &screen, const Why &why ) {
       screen.line( "no cause is known" );
 }
 
-void addNeighbours( Screen &screen, const Why &why ) {
+void addNeighbours( Sections &screen, const Why &why ) {
    screen.section( "neighbours" );
    for ( const ChipNeighbour &chip : why.neighbours )
       screen.line( fmt::format( "{:#04x} {}: {}", chip.place.address,
@@ -164,7 +164,7 @@ void addNeighbours( Screen &screen, const Why &why ) {
       screen.line( "none" );
 }
 
-void addTransfers( Screen &screen, const Why &why ) {
+void addTransfers( Sections &screen, const Why &why ) {
    screen.section( "transfers" );
    for ( const PassedTransfer &transfer : why.transfers ) {
       const std::string &result = transfer.error.empty() ? transfer.data : transfer.error;
@@ -177,7 +177,7 @@ void addTransfers( Screen &screen, const Why &why ) {
       screen.line( "the server remembers none" );
 }
 
-void addRegisters( Screen &screen, const std::vector<ChipReadings> &chips ) {
+void addRegisters( Sections &screen, const std::vector<ChipReadings> &chips ) {
    screen.section( "registers" );
    for ( const ChipReadings &chip : chips ) {
       screen.line( fmt::format( "of {:#04x}{}", chip.place.address,
@@ -194,7 +194,7 @@ void addRegisters( Screen &screen, const std::vector<ChipReadings> &chips ) {
       screen.line( "no chip of its own" );
 }
 
-void addEvents( Screen &screen, const Why &why ) {
+void addEvents( Sections &screen, const Why &why ) {
    screen.section( "events" );
    for ( const Health::Event &event : why.events )
       screen.line( fmt::format( "{}  {}  {}", localTimeText( event.time ), kindOf( event ),
@@ -206,7 +206,7 @@ void addEvents( Screen &screen, const Why &why ) {
 } // namespace
 
 std::vector<std::string> linesOf( const Why &why, size_t columns ) {
-   Screen screen( columns );
+   Sections screen( columns );
    const ObjectReport &object = why.object;
    const std::string fault = toText( object.fault );
    screen.bare(

@@ -1,4 +1,5 @@
 #include "host/terminal/CageGrid.h"
+#include "screen/Width.h"
 
 #include <gmock/gmock.h>
 
@@ -25,7 +26,7 @@ ObjectReport sfp( const std::string &name, const Reading &presence ) {
 const Reading present{ .name = "presence", .value = true };
 const Reading absent{ .name = "presence", .state = State::Absent };
 
-TEST( CageGridTest, ShowsPresenceAndTheLinesThatAreOn ) {
+TEST( CageGridTest, ShowsPresenceAndOfAModuleTheLinesThatAreOn ) {
    const ObjectReport qsfp{ .name = "qsfp1",
                             .type = "xcvr",
                             .values = { { present, 0 },
@@ -35,7 +36,7 @@ TEST( CageGridTest, ShowsPresenceAndTheLinesThatAreOn ) {
                                         line( "interrupt", 0, State::Unsupported ) } };
    EXPECT_THAT(
       gridOf( { sfp( "sfp1", present ), sfp( "sfp2", absent ), qsfp } ),
-      ElementsAre( StartsWith( "CAGES  # present" ), "sfp1 #F-D  sfp2 .F-D  qsfp1 #P-" ) );
+      ElementsAre( StartsWith( "CAGES  # present" ), "sfp1 #F-D  sfp2 .     qsfp1 #P-" ) );
 }
 
 TEST( CageGridTest, MarksWhatIsStaleOrUnreadableAndSaysWhyBelow ) {
@@ -45,9 +46,9 @@ TEST( CageGridTest, MarksWhatIsStaleOrUnreadableAndSaysWhyBelow ) {
    const ObjectReport dead{
       .name = "b", .type = "xcvr", .state = State::Unreadable, .fault = { {}, "an assertion" }
    };
-   EXPECT_THAT( gridOf( { sfp( "a1", stale ), sfp( "a2", stale ), dead } ),
-                ElementsAre( testing::_, "a1 .F-D~  a2 .F-D~  b ?", "b: an assertion",
-                             "a1 and 1 more: nack" ) );
+   EXPECT_THAT(
+      gridOf( { sfp( "a1", stale ), sfp( "a2", stale ), dead } ),
+      ElementsAre( testing::_, "a1 .~  a2 .~  b ?", "b: an assertion", "a1 and 1 more: nack" ) );
 }
 
 TEST( CageGridTest, FillsALineOf80CharactersBeforeTheNext ) {
@@ -57,6 +58,19 @@ TEST( CageGridTest, FillsALineOf80CharactersBeforeTheNext ) {
    const auto grid = gridOf( board );
    ASSERT_EQ( grid.size(), 3u );
    EXPECT_EQ( grid[1], "sfp10 #F-D  sfp11 #F-D  sfp12 #F-D  sfp13 #F-D  sfp14 #F-D  sfp15 #F-D" );
+}
+
+TEST( CageGridTest, FillsTheTerminalAndWrapsWhatIsLonger ) {
+   const ObjectReport dead{ .name = "b",
+                            .type = "xcvr",
+                            .state = State::Unreadable,
+                            .fault = { {}, "request 1: no acknowledge from 0x50" } };
+   const auto grid = gridOf( { sfp( "sfp1", present ), sfp( "sfp2", absent ), dead }, 30 );
+   for ( const std::string &text : grid )
+      EXPECT_LE( Screen::widthOf( text ), 30u ) << text;
+   EXPECT_THAT( grid,
+                ::testing::IsSupersetOf( { "sfp1 #F-D  sfp2 .", "b ?",
+                                           "b: request 1: no acknowledge", "  from 0x50" } ) );
 }
 
 TEST( CageGridTest, IsNothingWithoutCages ) {

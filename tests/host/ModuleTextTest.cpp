@@ -1,7 +1,7 @@
 // Modules for people.
 #include "host/terminal/ModuleText.h"
 
-#include "host/terminal/CageGrid.h"
+#include "screen/Width.h"
 
 #include <gmock/gmock.h>
 
@@ -77,7 +77,7 @@ TEST( ModuleTextTest, IsNotWiderThanTheTerminal ) {
                              std::string( 30, 'z' ) };
    wide.module->compliance = std::vector<std::string>( 20, "10GBASE-SR" );
    for ( const std::string &line : linesOf( wide, 80 ) )
-      EXPECT_LE( widthOf( line ), 80u ) << line;
+      EXPECT_LE( Screen::widthOf( line ), 80u ) << line;
 }
 
 TEST( ModuleTextTest, AnEmptyCageAndOneThatCantBeReadAreTold ) {
@@ -103,6 +103,19 @@ TEST( ModuleTextTest, ShowsEachModuleOnALine ) {
                    "qsfp3  -             -            -         -             -     -            "
                    " unreadable (no answer)",
                    "1 of 3 cages are empty" ) );
+}
+
+TEST( ModuleTextTest, AtATerminalOf80TheTableFitsAndTheWorstIsWhole ) {
+   EXPECT_THAT(
+      tableOf(
+         { shownModule(),
+           { .cage = "qsfp3", .state = State::Unreadable, .fault = { .words = "no answer" } } },
+         80 ),
+      ElementsAre( "CAGE   VENDOR        PART         SERIAL    TYPE          °C    RX dBm",
+                   "qsfp1  Orbis Optics  OQ-100G-SR4  OQ241037  100GBASE-SR4  44.6  -1.1 <=-40 -",
+                   "  rx_power_2 low alarm",
+                   "qsfp3  -             -            -         -             -     -",
+                   "  unreadable (no answer)" ) );
 }
 
 TEST( ModuleTextTest, ShowsBytesThatWereNotReadAsDashes ) {

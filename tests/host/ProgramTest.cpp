@@ -115,7 +115,7 @@ TEST_F( ProgramTest, ShowPrintsEveryKindOfObjectInOneTable ) {
            "psu     psu          output_power    -         unsupported  0.",
            "fan     fan          speed           4200 rpm  ok           0.",
            "slot    slot         presence        -         absent       0.",
-           "CAGES  # present, . empty", "sfp #F   qsfp .R\n",
+           "CAGES  # present, . empty", "sfp #F  qsfp .\n",
            "gpio    gpio         bit             1         ok           0.",
            "led     led          -               -         ok           0.",
            "raw     smbus        -               -         ok           0.",

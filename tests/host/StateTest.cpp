@@ -50,11 +50,6 @@ TEST( StateTest, TellsAStatusByItsNameToo ) {
    EXPECT_EQ( toText( Fault{ {}, "x" } ), "x" );
 }
 
-TEST( StateTest, ClipsALineByCharactersNotByBytes ) {
-   EXPECT_EQ( clip( "25 °C ok", 5 ), "25 °C" );
-   EXPECT_EQ( clip( "25 °C", 80 ), "25 °C" );
-}
-
 TEST( StateTest, IsJsonThatFitsItsSchema ) {
    const std::string json = toJson( "b", sample );
    EXPECT_EQ( stateSchemaFault( json ), "" );

@@ -1,12 +1,14 @@
 #include "host/terminal/Table.h"
+#include "screen/Width.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace HostTest {
 
 namespace {
 
 using Host::Scalar;
+using Host::tableOf;
 using Host::toText;
 
 TEST( TableTest, ANumberHasTheDigitsThatAChipMeasures ) {
@@ -26,6 +28,51 @@ TEST( TableTest, OtherValuesAreWords ) {
    EXPECT_EQ( toText( Scalar( true ) ), "yes" );
    EXPECT_EQ( toText( Scalar( std::string() ) ), "-" );
    EXPECT_EQ( toText( Scalar() ), "-" );
+}
+
+// What says what is wrong is longer than the terminal is wide.
+const Host::BoardReport wide{
+   { .name = "temp-front",
+     .type = "temp_sensor",
+     .values = { { { "temperature",
+                     "°C",
+                     Host::State::Unreadable,
+                     {},
+                     { 6, "request 1 of 3: send byte 0x02 to 0x70 on scd(4):1:2: no acknowledge; "
+                          "request 3 of 3: no acknowledge" } },
+                   3 } } },
+   { .name = "psu1-slot",
+     .type = "slot",
+     .values = { { { "presence",
+                     "",
+                     Host::State::Ok,
+                     std::string( "KP-850AC-F 850 W frontToBackAirflow P2306A0017" ),
+                     {} },
+                   0.3 } } }
+};
+
+TEST( TableTest, AtATerminalOf80LongCellsWrapAndAFaultIsWholeBelowItsRow ) {
+   EXPECT_THAT(
+      tableOf( wide, 80 ),
+      ::testing::ElementsAre(
+         "NAME        READING      VALUE                                 STATE       AGE",
+         "temp-front  temperature  -                                     unreadable  3.0 s",
+         "  status 6 (transaction): request 1 of 3: send byte 0x02 to 0x70 on scd(4):1:2:",
+         "  no acknowledge; request 3 of 3: no acknowledge",
+         "psu1-slot   presence     KP-850AC-F 850 W frontToBackAirflow   ok          0.3 s",
+         "                         P2306A0017", "(TYPE: no room in 80 columns)" ) );
+}
+
+TEST( TableTest, NoLineIsWiderThanTheTerminalAndNoWordOfAFaultIsLost ) {
+   for ( size_t columns : { 60u, 80u, 100u, 132u, 200u } ) {
+      std::string words;
+      for ( const std::string &line : tableOf( wide, columns ) ) {
+         EXPECT_LE( Screen::widthOf( line ), columns ) << line;
+         words += line + " ";
+      }
+      for ( const char *word : { "0x70", "scd(4):1:2:", "acknowledge;", "P2306A0017" } )
+         EXPECT_THAT( words, ::testing::HasSubstr( word ) ) << columns;
+   }
 }
 
 } // namespace

@@ -15,13 +15,15 @@ const std::vector<Allowance> houseRooms{
    { "history", { "health/" } },
    { "http", { "platform/sockets/" } },
    { "metrics", {} },
+   { "screen", {} },
    { "simulator", { "boardfiles/", "smbus/" } },
    { "smbusd", { "simulator/", "commandline/", "boardfiles/", "smbus/", "platform/" } },
    { "orbis-smbus", { "smbus/", "commandline/", "boardfiles/", "platform/" } },
    // A program that loads the plug-in must not link the SMBus messages a second time.
    { "host",
-     { "health/", "optics/", "metrics/", "history/", "http/", "commandline/", "boardfiles/",
-       "platform/pl.h", "platform/sockets/", "smbus/BusLoads.h", "smbus/Control.proto" } },
+     { "health/", "optics/", "metrics/", "screen/", "history/", "http/", "commandline/",
+       "boardfiles/", "platform/pl.h", "platform/sockets/", "smbus/BusLoads.h",
+       "smbus/Control.proto" } },
    { "OrbisGeneric", { "platform/pl.h", "platform/OrbisUtil/", "platform/PlatformLibrary/" } },
 };
 
@@ -35,6 +37,7 @@ const std::vector<Order> folderOrders{
    { "history", { "." } },
    { "http", { "." } },
    { "metrics", { "." } },
+   { "screen", { "." } },
    { "simulator", { "chips", "chips/modules", "bus", "board" } },
    { "smbusd",
      { ".", "accounts", "server", "busses/linux", "busses", "record", "routes", "export",
