@@ -30,6 +30,15 @@ add_library( systemd::systemd UNKNOWN IMPORTED )
 set_target_properties( systemd::systemd PROPERTIES
    IMPORTED_LOCATION ${SYSTEMD_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES ${SYSTEMD_INCLUDE_DIR} )
 
+# By the names that are no linker scripts: those name libtinfo as this machine has it, in the 32-bit build, too.
+find_library( NCURSES_LIBRARY NAMES libncursesw.so.6 REQUIRED )
+find_library( TINFO_LIBRARY NAMES libtinfo.so.6 REQUIRED )
+find_path( NCURSES_INCLUDE_DIR curses.h REQUIRED )
+add_library( ncurses::ncursesw UNKNOWN IMPORTED )
+set_target_properties( ncurses::ncursesw PROPERTIES
+   IMPORTED_LOCATION ${NCURSES_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES ${NCURSES_INCLUDE_DIR}
+   INTERFACE_COMPILE_DEFINITIONS NCURSES_WIDECHAR=1 INTERFACE_LINK_LIBRARIES ${TINFO_LIBRARY} )
+
 find_package( fmt REQUIRED )
 find_package( spdlog REQUIRED )
 if( BUILD_TESTING AND CMAKE_SIZEOF_VOID_P EQUAL 8 )

@@ -12,7 +12,7 @@ set( CMAKE_C_FLAGS_INIT "-m32 -msse2 -mfpmath=sse" )
 set( CMAKE_CXX_FLAGS_INIT ${CMAKE_C_FLAGS_INIT} )
 
 set( CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu )
-list( APPEND CMAKE_PREFIX_PATH ${root}/usr )
+list( APPEND CMAKE_PREFIX_PATH ${root}/usr ${root} )
 # RPATH rather than RUNPATH: it also holds for the libraries of the libraries, here protobuf's zlib.
 set( link_flags "-Wl,--disable-new-dtags,-rpath,${root}/lib/i386-linux-gnu" )
 foreach( kind EXE SHARED MODULE )

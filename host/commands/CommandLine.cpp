@@ -252,8 +252,12 @@ Options parseCommandLine( int argc, char **argv, int &exitCode ) {
                     "Show the module in each cage: who made it, its temperature, the light that it "
                     "receives, and the worst that it warns of" )
       ->add_flag( "--json", options.json, "Print JSON; its schema is boards/modules.schema.json" );
-   CLI::App *watch = addBoardCommand( app, options, Watch, "watch",
-                                      "Show every object in every period, until q or Ctrl-C" );
+   CLI::App *watch =
+      addBoardCommand( app, options, Watch, "watch",
+                       "Show what is wrong, and every object, in every period, until q or "
+                       "Ctrl-C; ? for the keys" );
+   watch->add_flag( "--plain", options.plain,
+                    "Print tables one after the other, as where there is no terminal" );
    CLI::App *serve =
       addBoardCommand( app, options, Serve, "serve",
                        "Read the board in every period and answer HTTP, until SIGTERM or Ctrl-C" );

@@ -52,6 +52,7 @@ struct Options {
    bool hex = false;                             // the same for people
    std::filesystem::path image{};                // a file with a module's bytes
    std::optional<Optics::Standard> standard{};   // that it follows
+   bool plain = false;                           // watch: no full screen
    bool strict = false;                          // a warning about a board is an error
    double period = 1;                            // seconds between two readings
    double limit = 12;                            // seconds for one operation of an object

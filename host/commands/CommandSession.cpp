@@ -43,13 +43,17 @@ void CommandSession::bringUp() {
                      logging( options_, [this] { changed(); } ) );
 }
 
+void CommandSession::leaveServe() {
+   spdlog::warn( "the serve at {} has ended", serve_->socket().string() );
+   serve_.reset();
+   bringUp();
+}
+
 BoardReport CommandSession::report() {
    if ( serve_ ) {
       if ( auto report = serve_->report() )
          return *report;
-      spdlog::warn( "the serve at {} has ended", serve_->socket().string() );
-      serve_.reset();
-      bringUp();
+      leaveServe();
    }
    return session_->supervisor().report( Clock::now() );
 }

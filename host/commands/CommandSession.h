@@ -49,6 +49,10 @@ class CommandSession {
    }
    // The board as it is known now. If the serve has ended, this brings the board up itself.
    BoardReport report();
+   // The serve that is asked; null with a session of its own, also once leaveServe() was called.
+   const Client *serve() const { return serve_ ? &*serve_ : nullptr; }
+   // The serve is gone: brings the board up itself.
+   void leaveServe();
    // Has an object do something. Only with Source::Own.
    void ask( size_t object, const Action &action, Supervisor::Answer answer ) {
       session_->ask( object, action, std::move( answer ) );

@@ -6,8 +6,8 @@
 #include "host/journal/Journal.h"
 #include "host/serve/Client.h"
 #include "host/serve/EventsClient.h"
-#include "host/terminal/Terminal.h"
 #include "http/Query.h"
+#include "screen/Terminal.h"
 
 #include <algorithm>
 #include <boost/asio/io_context.hpp>
@@ -50,7 +50,7 @@ void print( const Options &options, const Health::Event &event ) {
    } else {
       const std::string start =
          fmt::format( "{}  {:13}  ", localTimeText( event.time ), kindOf( event ) );
-      const auto columns = Terminal::columns();
+      const auto columns = Screen::Terminal::width();
       fmt::print(
          "{}{}\n", start,
          textOf( event, columns ? *columns - std::min( *columns, start.size() ) : SIZE_MAX ) );

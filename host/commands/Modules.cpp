@@ -4,9 +4,9 @@
 #include "host/serve/Client.h"
 #include "host/serve/ModuleJson.h"
 #include "host/terminal/ModuleText.h"
-#include "host/terminal/Terminal.h"
 #include "optics/Decode.h"
 #include "optics/ImageFile.h"
+#include "screen/Terminal.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -65,7 +65,7 @@ int printModule( const CageModule &module, const Options &options ) {
       for ( const std::string &line : hexLinesOf( module.image ) )
          fmt::print( "{}\n", line );
    } else {
-      for ( const std::string &line : linesOf( module, Terminal::columns().value_or( 0 ) ) )
+      for ( const std::string &line : linesOf( module, Screen::Terminal::width().value_or( 0 ) ) )
          fmt::print( "{}\n", line );
    }
    return moduleExitCode( module );
@@ -152,7 +152,8 @@ int modules( const BoardFiles::Board &board, const Options &options ) {
    if ( options.json )
       fmt::print( "{}\n", toJson( serveName( board.folder ), *known ) );
    else
-      fmt::print( "{}\n", fmt::join( tableOf( *known, Terminal::columns().value_or( 0 ) ), "\n" ) );
+      fmt::print( "{}\n",
+                  fmt::join( tableOf( *known, Screen::Terminal::width().value_or( 0 ) ), "\n" ) );
    return std::any_of( known->begin(), known->end(), isFault ) ? exitUnreadable : exitOk;
 }
 

@@ -3,7 +3,7 @@
 #include "host/commands/ReadOnce.h"
 #include "host/serve/Client.h"
 #include "host/terminal/Table.h"
-#include "host/terminal/Terminal.h"
+#include "screen/Terminal.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -22,7 +22,8 @@ int print( const BoardFiles::Board &board, const Options &options, const BoardRe
    if ( options.json )
       fmt::print( "{}\n", Host::toJson( board.folder, report ) );
    else
-      fmt::print( "{}\n", fmt::join( tableOf( report, Terminal::columns().value_or( 0 ) ), "\n" ) );
+      fmt::print( "{}\n",
+                  fmt::join( tableOf( report, Screen::Terminal::width().value_or( 0 ) ), "\n" ) );
    return hasUnreadable( report ) || isCritical( report ) ? exitUnreadable : exitOk;
 }
 

@@ -1,43 +1,47 @@
 #include "host/commands/CommandSession.h"
 #include "host/commands/Commands.h"
+#include "host/commands/WatchScreen.h"
 #include "host/terminal/Table.h"
-#include "host/terminal/Terminal.h"
 
 #include <cstdio>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <optional>
 #include <spdlog/spdlog.h>
 #include <unistd.h>
 
 namespace Host {
+namespace {
+
+// A table after every round. If a round takes long, also one each period.
+int watchPlainly( CommandSession &session ) {
+   session.onUpdate(
+      [&session] {
+         const size_t columns = Screen::Terminal::width().value_or( 0 );
+         fmt::print( "{}\n\n", fmt::join( tableOf( session.report(), columns ), "\n" ) );
+         std::fflush( stdout );
+      },
+      true );
+   return session.run();
+}
+
+} // namespace
 
 int watch( const BoardFiles::Board &whole, const Options &options ) {
    // Who only looks must not clear the flags of the modules.
    const BoardFiles::Board board = BoardFiles::withoutModules( whole );
    CommandSession session( board, options, CommandSession::Source::ServeIfThere );
-   std::optional<Terminal> terminal;
-   if ( Terminal::isAvailable() )
-      terminal.emplace( session.loop(), [&session]( char key ) {
-         if ( key == 'q' )
-            session.stop();
-      } );
-   // Log lines on the same screen would overwrite the table.
+   if ( options.plain || !Screen::Terminal::canDraw() )
+      return watchPlainly( session );
+   std::optional<WatchScreen> screen( std::in_place, board, options, session );
+   // Log lines on the same screen would overwrite it.
    const auto logLevel = spdlog::get_level();
-   if ( terminal && ::isatty( STDERR_FILENO ) )
+   if ( ::isatty( STDERR_FILENO ) )
       spdlog::set_level( spdlog::level::off );
-   // A table after every round. If a round takes long, also one each period.
-   session.onUpdate(
-      [&] {
-         const auto lines = tableOf( session.report() );
-         if ( terminal )
-            terminal->draw( lines );
-         else
-            fmt::print( "{}\n\n", fmt::join( lines, "\n" ) );
-         std::fflush( stdout );
-      },
-      true );
+   session.onUpdate( [&screen] { screen->refresh(); }, true );
+   screen->refresh();
    return session.run( [&] {
-      terminal.reset();
+      screen.reset();
       spdlog::set_level( logLevel );
    } );
 }

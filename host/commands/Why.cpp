@@ -8,8 +8,8 @@
 #include "host/serve/ServerAccounts.h"
 #include "host/serve/WhyJson.h"
 #include "host/session/ServerProbe.h"
-#include "host/terminal/Terminal.h"
 #include "host/terminal/WhyText.h"
+#include "screen/Terminal.h"
 
 #include <algorithm>
 #include <fmt/ranges.h>
@@ -60,7 +60,8 @@ int print( const Options &options, const Why &why ) {
    if ( options.json )
       fmt::print( "{}\n", Host::toJson( why ) );
    else
-      fmt::print( "{}\n", fmt::join( linesOf( why, Terminal::columns().value_or( 0 ) ), "\n" ) );
+      fmt::print( "{}\n",
+                  fmt::join( linesOf( why, Screen::Terminal::width().value_or( 0 ) ), "\n" ) );
    const bool isCritical = why.object.health && why.object.health->level == Health::Level::Critical;
    return hasUnreadable( { why.object } ) || isCritical ? exitUnreadable : exitOk;
 }

@@ -12,6 +12,7 @@
 #include <boost/beast/http.hpp>
 #include <cerrno>
 #include <cstdlib>
+#include <memory>
 #include <sockets/SocketFile.h>
 #include <sockets/Unreachable.h>
 #include <spdlog/spdlog.h>
@@ -26,6 +27,53 @@ using boost::beast::error_code;
 constexpr std::chrono::seconds reportLimit( 5 );
 
 constexpr uint64_t longestAnswer = 16 * 1024 * 1024;
+
+// A request on a connection of its own; it lives until it is answered or late.
+class Question : public std::enable_shared_from_this<Question> {
+ public:
+   Question( boost::asio::io_context &loop, bool isPost, const std::string &path,
+             const std::string &body, Client::Answer answer )
+      : stream_( loop ), request_( isPost ? http::verb::post : http::verb::get, path, 11 ),
+        answer_( std::move( answer ) ) {
+      request_.set( http::field::host, "orbis-host" );
+      request_.keep_alive( false );
+      request_.body() = body;
+      request_.prepare_payload();
+      response_.body_limit( longestAnswer );
+   }
+
+   void ask( const std::filesystem::path &socket, std::chrono::milliseconds limit ) {
+      stream_.expires_after( limit );
+      stream_.async_connect( stream_protocol::endpoint( socket.string() ),
+                             [self = shared_from_this()]( error_code failed ) {
+                                failed ? self->answer_( {} ) : self->send();
+                             } );
+   }
+
+ private:
+   void send() {
+      http::async_write( stream_, request_,
+                         [self = shared_from_this()]( error_code failed, size_t ) {
+                            failed ? self->answer_( {} ) : self->receive();
+                         } );
+   }
+   void receive() {
+      http::async_read( stream_, input_, response_,
+                        [self = shared_from_this()]( error_code failed, size_t ) {
+                           self->stream_.cancel();
+                           if ( failed )
+                              self->answer_( {} );
+                           else
+                              self->answer_( std::move( self->response_.get().body() ) );
+                        } );
+   }
+
+   boost::beast::basic_stream<stream_protocol> stream_;
+   http::request<http::string_body> request_;
+   boost::beast::flat_buffer input_{};
+   http::response_parser<http::string_body> response_{};
+   Client::Answer answer_;
+};
 
 } // namespace
 
@@ -102,34 +150,17 @@ std::optional<std::string> Client::call( bool isPost, const std::string &path,
                                          const std::string &body,
                                          std::chrono::milliseconds limit ) const {
    boost::asio::io_context loop{ 1 };
-   boost::beast::basic_stream<stream_protocol> stream( loop );
-   http::request<http::string_body> request( isPost ? http::verb::post : http::verb::get, path,
-                                             11 );
-   request.set( http::field::host, "orbis-host" );
-   request.keep_alive( false );
-   request.body() = body;
-   request.prepare_payload();
-   boost::beast::flat_buffer input;
-   http::response_parser<http::string_body> answer;
-   answer.body_limit( longestAnswer );
-   bool isWhole = false;
-   stream.expires_after( limit );
-   stream.async_connect( stream_protocol::endpoint( socket_.string() ), [&]( error_code failed ) {
-      if ( failed )
-         return;
-      http::async_write( stream, request, [&]( error_code notWritten, size_t ) {
-         if ( notWritten )
-            return;
-         http::async_read( stream, input, answer, [&]( error_code notRead, size_t ) {
-            isWhole = !notRead;
-            stream.cancel();
-         } );
-      } );
-   } );
+   std::optional<std::string> answered;
+   std::make_shared<Question>( loop, isPost, path, body, [&answered]( auto answer ) {
+      answered = std::move( answer );
+   } )->ask( socket_, limit );
    loop.run();
-   if ( !isWhole )
-      return {};
-   return std::move( answer.get().body() );
+   return answered;
+}
+
+void Client::ask( boost::asio::io_context &loop, const std::string &path, Answer answer ) const {
+   std::make_shared<Question>( loop, false, path, "", std::move( answer ) )
+      ->ask( socket_, reportLimit );
 }
 
 } // namespace Host

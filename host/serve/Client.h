@@ -5,8 +5,10 @@
 #include "host/serve/Why.h"
 #include "host/session/CageModule.h"
 
+#include <boost/asio/io_context.hpp>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -49,6 +51,11 @@ class Client {
                 std::chrono::milliseconds limit = std::chrono::seconds( 65 ) ) const;
 
    const std::filesystem::path &socket() const { return socket_; }
+
+   // Asks without waiting. `answer` is called once, on the loop, with the body; with nothing when
+   // it does not come within the limit of the calls above.
+   using Answer = std::function<void( std::optional<std::string> )>;
+   void ask( boost::asio::io_context &loop, const std::string &path, Answer answer ) const;
 
    // The body of the answer. Nothing when it does not come within `limit`.
    std::optional<std::string> call( bool isPost, const std::string &path, const std::string &body,

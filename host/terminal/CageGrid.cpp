@@ -13,10 +13,6 @@ namespace {
 
 constexpr size_t usualWidth = 80, gap = 2;
 
-constexpr auto legend =
-   "CAGES  # present, . empty, ? unreadable, ~ stale; F tx fault, L rx loss, D tx "
-   "disable; P low power, R reset, I interrupt";
-
 struct Line {
    std::string_view name;
    char letter;
@@ -41,8 +37,10 @@ char markOfLine( const Reading &reading, char letter ) {
    return reading.value == Scalar( int64_t{ 0 } ) ? '-' : letter;
 }
 
+} // namespace
+
 // Without a module its lines mean nothing: those of an SFP cage then read as a fault.
-std::string cellOf( const ObjectReport &cage ) {
+std::string marksOf( const ObjectReport &cage ) {
    std::string marks = "?", states;
    for ( const ValueReport &value : cage.values ) {
       const Reading &reading = value.reading;
@@ -56,10 +54,9 @@ std::string cellOf( const ObjectReport &cage ) {
               reading.state != State::Unsupported )
             marks += markOfLine( reading, line.letter );
    }
-   return cage.name + " " + marks + states;
+   return marks + states;
 }
 
-// The first fault of a cage, or an empty text.
 std::string faultOf( const ObjectReport &cage ) {
    if ( std::string fault = toText( cage.fault ); !fault.empty() )
       return fault;
@@ -69,8 +66,6 @@ std::string faultOf( const ObjectReport &cage ) {
    return {};
 }
 
-} // namespace
-
 bool isCage( const ObjectReport &object ) { return object.type == "xcvr"; }
 
 std::vector<std::string> gridOf( const BoardReport &board, size_t columns ) {
@@ -79,7 +74,7 @@ std::vector<std::string> gridOf( const BoardReport &board, size_t columns ) {
    for ( const ObjectReport &object : board ) {
       if ( !isCage( object ) )
          continue;
-      cells.push_back( cellOf( object ) );
+      cells.push_back( object.name + " " + marksOf( object ) );
       if ( const std::string fault = faultOf( object ); !fault.empty() )
          faults[fault].push_back( object.name );
    }
@@ -91,7 +86,7 @@ std::vector<std::string> gridOf( const BoardReport &board, size_t columns ) {
    const size_t perRow =
       std::max<size_t>( 1, ( ( columns > 0 ? columns : usualWidth ) + gap ) / width );
    std::vector<std::string> grid;
-   Screen::wrap( grid, legend, 7, columns );
+   Screen::wrap( grid, fmt::format( "CAGES  {}", cageLegend ), 7, columns );
    for ( size_t i = 0; i < cells.size(); ++i ) {
       if ( i % perRow == 0 )
          grid.emplace_back();

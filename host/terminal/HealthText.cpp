@@ -21,7 +21,12 @@ std::string_view wordOf( Health::Level level ) {
    }
 }
 
-std::string fine( const HealthReport &health ) {
+// Of a unit that the convention has no sign for there is none.
+std::string signOf( const std::string &unit ) { return unit == "%" ? unit : ""; }
+
+} // namespace
+
+std::string fineOf( const HealthReport &health ) {
    std::string text = health.good == health.objects
                          ? fmt::format( "all {} objects are good", health.objects )
                          : fmt::format( "{} of {} objects are good", health.good, health.objects );
@@ -30,16 +35,11 @@ std::string fine( const HealthReport &health ) {
    return text;
 }
 
-// Of a unit that the convention has no sign for there is none.
-std::string signOf( const std::string &unit ) { return unit == "%" ? unit : ""; }
-
-} // namespace
-
 std::string summaryOf( const HealthReport &health ) {
    if ( health.causes.empty() )
       return fmt::format( "{}: {}{}", wordOf( health.level ),
                           health.level == Health::Level::Ok ? "" : "still looking for the cause; ",
-                          fine( health ) );
+                          fineOf( health ) );
    std::vector<std::string> keys;
    for ( const Health::Cause &cause : health.causes )
       keys.push_back( cause.key );
@@ -65,7 +65,7 @@ std::vector<std::string> linesOf( const HealthReport &health, size_t columns ) {
                        indent, columns );
    }
    if ( !health.causes.empty() )
-      lines.push_back( fmt::format( "{:<10}{}", "ok", fine( health ) ) );
+      lines.push_back( fmt::format( "{:<10}{}", "ok", fineOf( health ) ) );
    return lines;
 }
 

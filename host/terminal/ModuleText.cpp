@@ -225,15 +225,6 @@ std::string titleOf( const CageModule &module ) {
    return title;
 }
 
-// The worst of its lanes, or of all.
-std::string receivedOf( const Module &module ) {
-   std::vector<std::string> powers;
-   for ( const Monitor &monitor : module.monitors )
-      if ( monitor.quantity == Optics::Quantity::RxPower )
-         powers.push_back( monitor.value ? dBmText( *monitor.value, "<=-40" ) : "-" );
-   return powers.empty() ? "-" : fmt::format( "{}", fmt::join( powers, " " ) );
-}
-
 std::string temperatureOf( const Module &module ) {
    for ( const Monitor &monitor : module.monitors )
       if ( monitor.quantity == Optics::Quantity::Temperature && monitor.value )
@@ -292,7 +283,7 @@ std::vector<std::string> tableOf( const std::vector<CageModule> &modules, size_t
          rows.push_back( { one.cage, Screen::orDash( one.module->vendor ),
                            Screen::orDash( one.module->partNumber ),
                            Screen::orDash( one.module->serial ), typeOf( *one.module ),
-                           temperatureOf( *one.module ), receivedOf( *one.module ),
+                           temperatureOf( *one.module ), Screen::orDash( lightOf( *one.module ) ),
                            one.state == State::Ok ? Screen::orDash( worstOf( *one.module ) )
                                                   : std::string( nameOf( one.state ) ) } );
       else
@@ -305,6 +296,22 @@ std::vector<std::string> tableOf( const std::vector<CageModule> &modules, size_t
    if ( empty > 0 )
       lines.push_back( fmt::format( "{} of {} cages are empty", empty, modules.size() ) );
    return lines;
+}
+
+std::string lightOf( const Module &module ) {
+   std::vector<std::string> powers;
+   for ( const Monitor &monitor : module.monitors )
+      if ( monitor.quantity == Optics::Quantity::RxPower )
+         powers.push_back( monitor.value ? dBmText( *monitor.value, "<=-40" ) : "-" );
+   return fmt::format( "{}", fmt::join( powers, " " ) );
+}
+
+std::string leastLightOf( const Module &module ) {
+   std::optional<double> least;
+   for ( const Monitor &monitor : module.monitors )
+      if ( monitor.quantity == Optics::Quantity::RxPower && monitor.value )
+         least = std::min( least.value_or( *monitor.value ), *monitor.value );
+   return least ? dBmText( *least, "<=-40" ) : "";
 }
 
 std::vector<std::string> hexLinesOf( const Optics::Image &image ) {

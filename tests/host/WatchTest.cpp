@@ -3,7 +3,6 @@
 #include <chrono>
 #include <csignal>
 #include <gmock/gmock.h>
-#include <termios.h>
 #include <thread>
 
 namespace {
@@ -62,30 +61,6 @@ TEST_F( WatchTest, ShowsThatTheServerIsMissingWhileItRetries ) {
    folder.write( "init", "hang" );
    ScriptedHost program( folder, command );
    folder.waitFor( "out.txt", "can't reach the SMBus server yet: pl_temp_sensor_init is trying" );
-}
-
-TEST_F( WatchTest, RedrawsInPlaceAndLeavesTheTerminalAsItWas ) {
-   ScriptedHost program( folder, command, ScriptedHost::Output::Terminal );
-   const std::string screen = program.waitForScreen( "1.0 °C" );
-   EXPECT_THAT( screen, HasSubstr( "\x1b[?1049h" ) );
-   termios during{}, after{};
-   ::tcgetattr( program.terminal(), &during );
-   EXPECT_EQ( during.c_lflag & ( ICANON | ECHO ), 0u );
-   folder.write( "temp.temperature", "-3.5" );
-   EXPECT_THAT( program.waitForScreen( "-3.5 °C" ), HasSubstr( "\x1b[H" ) );
-   program.type( "xq" );
-   program.waitForScreen( "\x1b[?25h\x1b[?1049l" );
-   ::tcgetattr( program.terminal(), &after );
-   EXPECT_EQ( program.wait(), 0 );
-   EXPECT_EQ( after.c_lflag & ( ICANON | ECHO ), unsigned( ICANON | ECHO ) );
-}
-
-TEST_F( WatchTest, EndsAtCtrlCOnATerminal ) {
-   ScriptedHost program( folder, command, ScriptedHost::Output::Terminal );
-   program.waitForScreen( "1.0 °C" );
-   program.type( "\x03" );
-   program.waitForScreen( "\x1b[?1049l" );
-   EXPECT_EQ( program.wait(), 0 );
 }
 
 TEST_F( WatchTest, TheChildEndsWithAParentThatIsKilledEvenFromInsideACall ) {

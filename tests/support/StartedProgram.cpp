@@ -75,7 +75,10 @@ StartedProgram::StartedProgram( const std::vector<std::string> &command,
       throw std::runtime_error( command[0] + " can't be started" );
    int input = -1, output = -1, errors = -1;
    if ( settings.onTerminal ) {
-      const winsize size{ .ws_row = 30, .ws_col = 120, .ws_xpixel = 0, .ws_ypixel = 0 };
+      const winsize size{ .ws_row = static_cast<unsigned short>( settings.rows ),
+                          .ws_col = static_cast<unsigned short>( settings.columns ),
+                          .ws_xpixel = 0,
+                          .ws_ypixel = 0 };
       if ( openpty( &terminal_, &input, nullptr, nullptr, &size ) != 0 )
          throw std::runtime_error( "openpty" );
       fcntl( terminal_, F_SETFD, FD_CLOEXEC );

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@ struct ProgramSettings {
    std::string errorFile{};
    // Output, errors and input are a terminal of StartedProgram.
    bool onTerminal = false;
+   size_t columns = 120, rows = 30; // of that terminal
    // "NAME=value", in place of the test's own or in addition to it.
    std::vector<std::string> environment{};
 };
