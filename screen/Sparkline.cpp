@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace Screen {
 
@@ -14,7 +15,7 @@ std::string sparkline( const std::vector<double> &numbers ) {
    std::string line;
    for ( const double number : numbers )
       line += range > 0 ? blocks.at( static_cast<size_t>(
-                             ( number - least ) / range * ( blocks.size() - 1 ) + 0.5 ) )
+                             std::lround( ( number - least ) / range * ( blocks.size() - 1 ) ) ) )
                         : blocks.at( blocks.size() / 2 - 1 );
    return line;
 }

@@ -249,7 +249,7 @@ std::optional<Press> Terminal::nextKey() {
       if ( kind == KEY_CODE_YES ) {
          if ( const auto key = keyOf( code ) )
             return Press{ *key };
-      } else if ( const auto press = pressOf( code ) ) {
+      } else if ( auto press = pressOf( code ) ) {
          return press;
       }
    }

@@ -133,7 +133,10 @@ std::vector<std::string> detailOfObject( const Snapshot &snapshot, const ObjectR
    addCauses( text, causes );
    if ( causes.empty() )
       text.line( own.empty() ? "nothing is known to be wrong" : "because of " + own );
-   addValues( text, object, true );
+   ObjectReport older = object;
+   for ( ValueReport &value : older.values )
+      value.age += snapshot.older;
+   addValues( text, older, true );
    std::vector<std::string> lines = text.lines();
    if ( snapshot.modules )
       for ( const CageModule &module : *snapshot.modules )
@@ -185,6 +188,13 @@ std::vector<Section> sectionsOf( const Snapshot &snapshot, size_t columns ) {
       sections.push_back( bussesOf( snapshot, columns ) );
    add( "THE REST", others( snapshot ), rows );
    return sections;
+}
+
+std::string shownFor( const Snapshot &snapshot, const std::string &id ) {
+   for ( const Health::Cause &cause : snapshot.health.causes )
+      if ( id == std::string( idOfCauses ) + cause.key && !cause.object.empty() )
+         return objectId( cause.object );
+   return id;
 }
 
 std::vector<std::string> detailOf( const Snapshot &snapshot, const std::string &id,

@@ -184,7 +184,7 @@ void WatchView::enter( const Snapshot &snapshot, size_t columns ) {
             folded_.insert( title );
          return;
       }
-   detail_ = list_.selected();
+   detail_ = shownFor( snapshot, list_.selected() );
    detailView_ = {};
 }
 

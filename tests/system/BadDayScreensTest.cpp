@@ -2,6 +2,7 @@
 // turned by hand. The recordings are written anew with RENEW_SCREENS=1 in the environment.
 #include "WatchedBoard.h"
 #include "host/session/CageModules.h"
+#include "host/terminal/BoardSections.h"
 #include "host/terminal/WatchView.h"
 #include "orbis-smbus/Scenario.h"
 
@@ -37,6 +38,25 @@ class BadDayScreensTest : public ::testing::TestWithParam<Size> {
       return known;
    }
 
+   // Of each thing that is coloured, a sign or the word says the same.
+   void expectNoColourAlone( size_t columns ) {
+      for ( const Screen::Section &section : Host::sectionsOf( snapshot(), columns ) )
+         for ( const auto &items : { section.items, section.cells, section.notes } )
+            for ( const Screen::Item &item : items )
+               for ( const Screen::Line &line : item.lines )
+                  for ( const Screen::Span &span : line ) {
+                     const std::string sign = signOf( span.style ),
+                                       text = toText( item.lines.front() );
+                     EXPECT_TRUE( sign.empty() || text.find_first_of( sign ) != std::string::npos )
+                        << text;
+                  }
+   }
+   static std::string signOf( Screen::Style style ) {
+      return style == Screen::Style::Critical || style == Screen::Style::Warning ? "!"
+             : style == Screen::Style::Unknown                                   ? "?~"
+                                                                                 : "";
+   }
+
    WatchedBoard board;
    Host::WatchView view;
 };
@@ -46,11 +66,13 @@ TEST_P( BadDayScreensTest, ShowAtEveryStepWhatIsWrong ) {
    std::string screens;
    bool isOn = true; // the clock, since the last picture
    const auto draw = [&] {
-      if ( std::exchange( isOn, false ) )
-         screens +=
-            fmt::format( "=== after {} s\n{}",
-                         std::chrono::floor<std::chrono::seconds>( board.board().time() ).count(),
-                         toText( view.draw( snapshot(), columns, rows ) ) );
+      if ( !std::exchange( isOn, false ) )
+         return;
+      expectNoColourAlone( columns );
+      screens +=
+         fmt::format( "=== after {} s\n{}",
+                      std::chrono::floor<std::chrono::seconds>( board.board().time() ).count(),
+                      toText( view.draw( snapshot(), columns, rows ) ) );
    };
    SmbusClient::Scenario( BOARDS "/kelt/scenarios/bad-day.scenario" )
       .play( [&]( const SmbusControl::Request &request ) {
