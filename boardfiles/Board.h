@@ -53,9 +53,9 @@ struct Board {
 // The board without the modules in its cages, but for the one that is named so.
 Board withoutModules( Board board, const std::string &but = "" );
 
-// Reads topology.json and objects.json in `folder`, simulation.json, registers.json and panel.json where
-// there are such, and the plug-in's table of drivers, and reports all that is wrong with them.
-// Nothing when there is an error; warnings leave the board as it is.
+// Reads topology.json and objects.json in `folder`, simulation.json, registers.json and panel.json
+// where there are such, and the plug-in's table of drivers, and reports all that is wrong with
+// them. Nothing when there is an error; warnings leave the board as it is.
 std::optional<Board> loadBoard( const std::filesystem::path &folder,
                                 const std::filesystem::path &drivers, Findings &findings );
 

@@ -58,9 +58,10 @@ class PanelReader {
       if ( names.size() > 1 && !json.find( "step" ) )
          return report( findings_, json.place(), "several objects need a \"step\"" );
       for ( size_t i = 0; i < names.size(); ++i ) {
+         const size_t column = i / rows, row = i % rows;
          PanelPlace place{ .object = std::string( *names[i].toText() ),
-                           .x = at.x + step.x * static_cast<double>( i / rows ),
-                           .y = at.y + step.y * static_cast<double>( i % rows ),
+                           .x = at.x + step.x * static_cast<double>( column ),
+                           .y = at.y + step.y * static_cast<double>( row ),
                            .width = size.x,
                            .height = size.y };
          check( place, side, names[i].place() );

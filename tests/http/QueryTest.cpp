@@ -24,7 +24,8 @@ TEST( QueryTest, APercentWithoutTwoDigitsIsRefused ) {
 }
 
 TEST( QueryTest, WhatIsEncodedIsDecoded ) {
-   EXPECT_EQ( Http::urlEncoded( "2026-11-22 13:00+%&=\xc3" ), "2026-11-22%2013%3A00%2B%25%26%3D%C3" );
+   EXPECT_EQ( Http::urlEncoded( "2026-11-22 13:00+%&=\xc3" ),
+              "2026-11-22%2013%3A00%2B%25%26%3D%C3" );
    std::string all;
    for ( int byte = 0; byte < 256; ++byte )
       all += static_cast<char>( byte );
