@@ -4,6 +4,7 @@
 #include "host/JsonReader.h"
 #include "host/serve/ModuleJson.h"
 #include "host/session/ServerProbe.h"
+#include "http/Query.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -19,6 +20,21 @@ constexpr unsigned roundsOfModules = 5;
 
 double secondsSince( Time time ) {
    return std::chrono::duration<double>( Clock::now() - time ).count();
+}
+
+// The numbers of each value, of an answer to /v1/history.
+NumbersByValue readHistory( const std::string &text ) {
+   BoardFiles::Findings findings;
+   const auto json = BoardFiles::parseJson( text, "history", findings );
+   NumbersByValue numbers;
+   if ( !json )
+      return numbers;
+   for ( const BoardFiles::Json &value : json->elementsOf( "values" ) )
+      for ( const BoardFiles::Json &reading : value.elementsOf( "readings" ) )
+         if ( const auto number =
+                 reading.elements().size() == 2 ? reading.elements()[1].toNumber() : std::nullopt )
+            numbers[value.textOf( "name" ).value_or( "" )].push_back( *number );
+   return numbers;
 }
 
 } // namespace
@@ -68,12 +84,16 @@ void WatchSource::askServe( const std::string &object ) {
       takeBusses( text, json ? json->textOf( "error" ).value_or( "" ) : "" );
    } );
    known_.detail.reset();
-   if ( !object.empty() )
+   known_.history.clear();
+   if ( !object.empty() ) {
+      ask( "/v1/history?since=10m&step=reading&object=" + Http::urlEncoded( object ),
+           [this]( const std::string &text ) { known_.history = readHistory( text ); } );
       ask( "/v1/objects/" + object, [this]( const std::string &text ) {
          BoardFiles::Findings findings;
          if ( const auto json = BoardFiles::parseJson( text, "object", findings ) )
             known_.detail = toObject( *json );
       } );
+   }
 }
 
 void WatchSource::ask( const std::string &path,

@@ -136,7 +136,7 @@ std::vector<std::string> detailOfObject( const Snapshot &snapshot, const ObjectR
    ObjectReport older = object;
    for ( ValueReport &value : older.values )
       value.age += snapshot.older;
-   addValues( text, older, true );
+   addValues( text, older, &snapshot.history );
    std::vector<std::string> lines = text.lines();
    if ( snapshot.modules )
       for ( const CageModule &module : *snapshot.modules )

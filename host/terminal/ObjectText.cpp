@@ -15,8 +15,11 @@ std::string withUnit( double number, const std::string &unit ) {
 
 std::string timeOfDay( Health::WallTime time ) { return localTimeText( time ).substr( 11 ); }
 
+// Nothing: there is no terminal to draw on. Empty: what was last read is all that is known.
+using History = std::optional<std::vector<double>>;
+
 void addHealth( TextSections &screen, const Health::ValueHealth &health, const std::string &unit,
-                bool isDrawn ) {
+                const History &history ) {
    const auto number = [&unit]( double what ) { return withUnit( what, unit ); };
    if ( !health.crossed.empty() )
       screen.line( "  " + health.crossed, 4 );
@@ -49,7 +52,9 @@ void addHealth( TextSections &screen, const Health::ValueHealth &health, const s
       numbers.push_back( reading.number );
       last.push_back( toText( Scalar( reading.number ) ) );
    }
-   if ( isDrawn && last.size() > 1 )
+   if ( history && history->size() > numbers.size() )
+      screen.line( fmt::format( "  {} the last 10 min", Screen::sparkline( *history, 50 ) ) );
+   else if ( history && last.size() > 1 )
       screen.line( "  " + Screen::sparkline( numbers ) );
    if ( !last.empty() )
       screen.line( fmt::format( "  last, {} to {}: {}", timeOfDay( health.last.front().at ),
@@ -57,9 +62,14 @@ void addHealth( TextSections &screen, const Health::ValueHealth &health, const s
                    4 );
 }
 
+std::vector<double> numbersOf( const NumbersByValue &history, const std::string &value ) {
+   const auto found = history.find( value );
+   return found == history.end() ? std::vector<double>() : found->second;
+}
+
 } // namespace
 
-void addValues( TextSections &screen, const ObjectReport &object, bool isDrawn ) {
+void addValues( TextSections &screen, const ObjectReport &object, const NumbersByValue *history ) {
    screen.section( "values" );
    for ( size_t i = 0; i < object.values.size(); ++i ) {
       const Reading &reading = object.values[i].reading;
@@ -70,7 +80,8 @@ void addValues( TextSections &screen, const ObjectReport &object, bool isDrawn )
          hasNumber && !reading.unit.empty() ? " " + reading.unit : "", nameOf( reading.state ),
          fault.empty() ? "" : ": " + fault, object.values[i].age ) );
       if ( object.health && i < object.health->values.size() )
-         addHealth( screen, object.health->values[i], reading.unit, isDrawn );
+         addHealth( screen, object.health->values[i], reading.unit,
+                    history ? History( numbersOf( *history, reading.name ) ) : History() );
    }
    if ( object.values.empty() )
       screen.line( "none are read" );

@@ -5,6 +5,7 @@
 #include "host/State.h"
 #include "host/session/CageModule.h"
 #include "host/terminal/BusUse.h"
+#include "host/terminal/ObjectText.h"
 
 #include <optional>
 #include <string>
@@ -23,6 +24,7 @@ struct Snapshot {
    std::string trouble{};                // why what follows may be old; empty: it is not
    double older = 0;                     // seconds that all of it is older than it says itself
    std::optional<ObjectReport> detail{}; // of the object that is looked at, with its last readings
+   NumbersByValue history{}; // its numbers in the last ten minutes, where a serve has them
 };
 
 } // namespace Host

@@ -53,6 +53,8 @@ TEST( SparklineTest, TheHigherTheLarger ) {
    EXPECT_EQ( sparkline( { -2.5, -5 } ), "█▁" );
    EXPECT_EQ( sparkline( { 24.5, 24.5 } ), "▄▄" );
    EXPECT_EQ( sparkline( {} ), "" );
+   EXPECT_EQ( sparkline( { 0, 0, 0, 14, 7, 7 }, 3 ), "▁██" );
+   EXPECT_EQ( sparkline( { 0, 0, 1, 1, 1 }, 2 ), "▁█" );
 }
 
 TEST( AsciiTest, IsAsWideAndHasALetterForEachCharacter ) {
