@@ -51,6 +51,8 @@ class Monitor {
    // The worst of the causes. Indeterminate as long as nothing is known, or something is wrong and
    // there was no time yet to find out why.
    Level level() const;
+   // Whether it has seen a report yet.
+   bool hasLooked() const { return first_.has_value(); }
    // Of each rule of the board, as of the last update; none before the first.
    const std::vector<RuleCount> &rules() const { return rules_; }
    // Puts what is known of each value and object into a report.

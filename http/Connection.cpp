@@ -103,10 +103,18 @@ class Connection : public std::enable_shared_from_this<Connection> {
          return;
       answered_ = number;
       timeout_.cancel();
-      if ( response.stream )
-         send( std::move( stream_ ), response.stream, service_.limits, service_.open );
-      else
-         write( response );
+      if ( !response.stream )
+         return write( response );
+      if ( isHead_ )
+         return write( { .contentType = "text/event-stream" } );
+      // Streams stay for long: there has to be room for others.
+      const auto streams = service_.streams;
+      if ( *streams >= service_.limits.streams )
+         return write( errorResponse( Status::unavailable, "too many streams of events" ) );
+      ++*streams;
+      const std::shared_ptr<void> place(
+         nullptr, [streams, open = service_.open]( void * ) { --*streams; } );
+      send( std::move( stream_ ), response.stream, service_.limits, place );
    }
 
    void write( const Response &response ) {

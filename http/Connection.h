@@ -15,7 +15,8 @@ struct Service {
    std::shared_ptr<const Handler> handler{};
    Limits limits{};
    std::optional<Guard> guard{};
-   std::shared_ptr<void> open{}; // counts the connections
+   std::shared_ptr<void> open{};      // counts the connections
+   std::shared_ptr<size_t> streams{}; // how many of them are streams
 };
 
 // Answers the requests of a client, or only tells it that there are too many.

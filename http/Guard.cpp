@@ -39,7 +39,7 @@ bool isOurs( const std::string &host ) {
    if ( !failure || name == "localhost" )
       return true;
    const std::string machine = lower( boost::asio::ip::host_name( failure ) );
-   return !machine.empty() && ( name == machine || name.starts_with( machine + "." ) );
+   return !machine.empty() && name == machine; // not "machine.": anybody may own such a name
 }
 
 // Takes as long for every wrong token.
@@ -62,6 +62,7 @@ Guard::Guard( const fs::path &tokenFile ) {
    if ( failure || !file || !std::getline( file, token ) )
       throw std::runtime_error(
          fmt::format( "{}: can't read a token from it", tokenFile.string() ) );
+   token.erase( token.find_last_not_of( " \t\r" ) + 1 );
    if ( ( rights & fs::perms::others_read ) != fs::perms::none )
       throw std::runtime_error( fmt::format(
          "{}: every user may read this token; give the file the mode 0640", tokenFile.string() ) );
@@ -89,8 +90,8 @@ std::optional<Response> Guard::refusal( const std::string &method,
    if ( !token_ )
       return errorResponse( Status::forbidden,
                             "here one can only read: serve runs without --http-control" );
-   constexpr std::string_view scheme = "Bearer ";
-   if ( !credentials.authorization.starts_with( scheme ) ||
+   constexpr std::string_view scheme = "bearer "; // in any case (RFC 9110)
+   if ( !lower( credentials.authorization.substr( 0, scheme.size() ) ).starts_with( scheme ) ||
         !isEqual( std::string_view( credentials.authorization ).substr( scheme.size() ), *token_ ) )
       return errorResponse( Status::unauthorized,
                             "this needs the token: the header Authorization: Bearer TOKEN" );

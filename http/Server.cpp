@@ -30,7 +30,8 @@ void Server::accept() {
                 { .handler = handler_,
                   .limits = limits_,
                   .guard = listener_.isLocal() ? std::optional<Guard>() : guard_,
-                  .open = open_ },
+                  .open = open_,
+                  .streams = streams_ },
                 isFull );
          accept();
       } );

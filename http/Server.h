@@ -18,6 +18,7 @@ struct Limits {
    uint64_t body = 64 * 1024;                  // bytes; the answer to more is 413
    uint32_t header = 8 * 1024;                 // bytes; the answer to more is 431
    size_t connections = 64;                    // at a time; the answer to one more is 503
+   size_t streams = 16;                        // of them; the answer to one more is 503
    std::chrono::milliseconds idle{ 30'000 };   // a connection without a request is closed then
    std::chrono::milliseconds action{ 60'000 }; // a request without an answer gets 504 then
    // A stream that has nothing to tell gets a comment then: so both sides see that the other is
@@ -51,6 +52,7 @@ class Server {
    bool isPausing_ = false; // the last try to accept a client failed
    // Each connection shares it, so that its users are counted.
    const std::shared_ptr<void> open_ = std::make_shared<bool>();
+   const std::shared_ptr<size_t> streams_ = std::make_shared<size_t>( 0 );
 };
 
 } // namespace Http

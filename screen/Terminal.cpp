@@ -95,7 +95,9 @@ void defineKeys() {
    for ( const auto &[bytes, key] :
          { std::pair( "\x1b[A", KEY_UP ), std::pair( "\x1b[B", KEY_DOWN ),
            std::pair( "\x1b[C", KEY_RIGHT ), std::pair( "\x1b[D", KEY_LEFT ),
-           std::pair( "\x1b[H", KEY_HOME ), std::pair( "\x1b[F", KEY_END ) } )
+           std::pair( "\x1b[H", KEY_HOME ), std::pair( "\x1b[F", KEY_END ),
+           std::pair( "\x1b[1~", KEY_HOME ), std::pair( "\x1b[4~", KEY_END ),
+           std::pair( "\x1b[5~", KEY_PPAGE ), std::pair( "\x1b[6~", KEY_NPAGE ) } )
       ::define_key( bytes, key );
 }
 
@@ -210,7 +212,7 @@ Terminal::Terminal() : handle_( std::make_unique<Handle>() ) {
    ::nodelay( ::stdscr, true );
    ::keypad( ::stdscr, true );
    defineKeys();
-   ::set_escdelay( 25 );
+   ::set_escdelay( 150 ); // a slow line may pause within a key
    ::curs_set( 0 );
    setUpColours();
    rescue_ = std::make_unique<Rescue>( STDOUT_FILENO, before_, leavingBytes() );

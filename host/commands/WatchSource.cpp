@@ -64,12 +64,12 @@ void WatchSource::askServe( const std::string &object ) {
       session_.leaveServe();
       return;
    }
-   isWhole_ = true;
+   isMissing_ = false;
    ask( "/v1/board", [this]( const std::string &text ) {
       if ( auto board = readBoard( text ) )
          known_.objects = std::move( board->objects );
       else
-         isWhole_ = false;
+         isMissing_ = true;
    } );
    ask( "/v1/health", [this]( const std::string &text ) {
       if ( auto health = readHealth( text ) )
@@ -83,8 +83,10 @@ void WatchSource::askServe( const std::string &object ) {
       const auto json = BoardFiles::parseJson( text, "busses", findings );
       takeBusses( text, json ? json->textOf( "error" ).value_or( "" ) : "" );
    } );
-   known_.detail.reset();
-   known_.history.clear();
+   if ( object.empty() || ( known_.detail && known_.detail->name != object ) ) {
+      known_.detail.reset();
+      known_.history.clear();
+   }
    if ( !object.empty() ) {
       ask( "/v1/history?since=10m&step=reading&object=" + Http::urlEncoded( object ),
            [this]( const std::string &text ) { known_.history = readHistory( text ); } );
@@ -104,13 +106,14 @@ void WatchSource::ask( const std::string &path,
                              if ( text )
                                 take( *text );
                              else
-                                isWhole_ = false;
+                                isMissing_ = true;
                              if ( --open_ == 0 )
                                 this->answered();
                           } );
 }
 
 void WatchSource::answered() {
+   isWhole_ = !isMissing_;
    if ( isWhole_ )
       at_ = Clock::now();
    news_();
@@ -119,7 +122,8 @@ void WatchSource::answered() {
 void WatchSource::look( const std::string &object ) {
    known_.modules.reset();
    known_.objects = session_.report();
-   if ( session_.hadRound() ) {
+   // Without its server nothing is ever read once.
+   if ( session_.hadRound() || !whyNoServer( board_.server ).empty() ) {
       for ( size_t i = 0; i < board_.objects.size(); ++i )
          if ( const auto &limits = session_.limits( i ); !limits.empty() )
             health_.knows( i, limits );

@@ -45,7 +45,8 @@ class WatchSource {
    unsigned round_ = 0;
    // of the questions that were asked last:
    unsigned open_ = 0;
-   bool isWhole_ = true;
+   bool isMissing_ = false; // an answer
+   bool isWhole_ = true;    // of those before
 };
 
 } // namespace Host

@@ -59,8 +59,9 @@ void addCauses( const BoardFigures &figures, BoardFamilies &to ) {
 
 // Also those that were never told: a counter that begins with 1 hides its first step.
 void addEvents( const EventCounts &counted, BoardFamilies &to ) {
-   EventCounts counts{ { { Event::What::Note, Level::Ok }, 0 } };
-   for ( const auto what : { Event::What::Set, Event::What::Clear, Event::What::Acknowledged } )
+   EventCounts counts{ { { Event::What::Note, Level::Ok }, 0 },
+                       { { Event::What::Clear, Level::Ok }, 0 } };
+   for ( const auto what : { Event::What::Set, Event::What::Acknowledged } )
       for ( const auto level : { Level::Warning, Level::Critical } )
          counts[{ what, level }] = 0;
    for ( const auto &[which, count] : counted )
@@ -110,8 +111,7 @@ std::string boardMetrics( const BoardFigures &figures, Metrics::Format format ) 
    addRules( figures, families );
    for ( size_t i = 0; i < figures.report.size(); ++i )
       addObject( figures.board.objects[i], figures.report[i], families );
-   if ( figures.loads.loads )
-      addBusses( *figures.loads.loads, figures.loads.age, families );
+   addBusses( figures.loads, families );
    return families.text();
 }
 

@@ -30,11 +30,15 @@ Metrics::Histogram histogramOf( const SmbusControl::BusLoad &bus ) {
    return histogram;
 }
 
+constexpr double longest = 60; // seconds
+
 } // namespace
 
-void addBusses( const SmbusControl::Response &loads, double age, BoardFamilies &to ) {
-   to[Metric::BusAccountsAge].add( {}, age );
-   for ( const SmbusControl::BusLoad &bus : loads.bus() ) {
+void addBusses( const KnownLoads &known, BoardFamilies &to ) {
+   to[Metric::BusAccountsAge].add( {}, known.age );
+   if ( !known.loads || known.age > longest )
+      return;
+   for ( const SmbusControl::BusLoad &bus : known.loads->bus() ) {
       const Labels labels{ { "bus", bus.bus() } };
       const SmbusControl::Totals &totals = bus.totals();
       const std::pair<Metric, double> numbers[] = {

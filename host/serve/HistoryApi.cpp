@@ -86,7 +86,7 @@ class HistoryQuery {
 
 // A number that was known, or a gap.
 std::string csvNumber( double number ) {
-   return std::isnan( number ) ? "" : fmt::format( "{:g}", number );
+   return std::isnan( number ) ? "" : fmt::format( "{}", number );
 }
 
 void write( JsonWriter &json, double number ) {

@@ -41,7 +41,7 @@ class LastLoads {
    const ServerAccounts &accounts_;
    const std::chrono::milliseconds patience_;
    std::shared_ptr<const SmbusControl::Response> loads_{};
-   Time at_{};
+   Time at_ = Clock::now(); // of the loads; without any, of the beginning
    bool asks_ = false;
    std::vector<std::shared_ptr<Waiting>> waiting_{};
 };

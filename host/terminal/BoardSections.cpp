@@ -86,9 +86,17 @@ Section causesOf( const Snapshot &snapshot, size_t columns ) {
    return section;
 }
 
+// What is told of the bus itself, or of a part of it.
+const Health::Cause *causeOf( const HealthReport &health, const BusUse &bus ) {
+   for ( const Health::Cause &cause : health.causes )
+      if ( cause.key.starts_with( fmt::format( "bus {} ", bus.bus ) ) )
+         return &cause;
+   return nullptr;
+}
+
 Section bussesOf( const Snapshot &snapshot, size_t columns ) {
-   Section section{ .title = "BUSES",
-                    .summary = { { fmt::format( "{}", snapshot.busses.size() ) } } };
+   Section section{ .title = "BUSES" };
+   StandingCount count;
    if ( !snapshot.whyNoBusses.empty() ) {
       std::vector<std::string> lines;
       Screen::wrap( lines, "   not known: " + snapshot.whyNoBusses, 3, columns );
@@ -98,18 +106,26 @@ Section bussesOf( const Snapshot &snapshot, size_t columns ) {
    for ( const BusUse &bus : snapshot.busses )
       width = std::max( width, Screen::widthOf( bus.bus ) );
    for ( const BusUse &bus : snapshot.busses ) {
-      const Sign &sign =
-         signOf( bus.failures > 0 || bus.share > busyShare ? Standing::Warning : Standing::Ok );
+      const Health::Cause *const cause = causeOf( snapshot.health, bus );
+      const Standing standing = cause ? standingOf( cause->level )
+                                : bus.failures > 0 || bus.share > busyShare ? Standing::Warning
+                                                                            : Standing::Ok;
+      count.add( standing );
+      const Sign &sign = signOf( standing );
+      const std::string failed = cause ? "because of " + cause->key
+                                 : bus.failures == 0
+                                    ? "none failed"
+                                    : fmt::format( "{} failed: {}", bus.failures, bus.errors );
+      std::vector<std::string> lines;
+      Screen::wrap( lines,
+                    fmt::format( "{} {}  {:5.1f} % busy  {:7.1f} transfers/s  {}", sign.mark,
+                                 Screen::fill( bus.bus, width ), 100 * bus.share,
+                                 bus.transfersPerSecond, failed ),
+                    6, columns );
       section.items.push_back(
-         { std::string( idOfBusses ) + bus.bus,
-           { { { std::string( sign.mark ), sign.style },
-               { fmt::format( " {}  {:5.1f} % busy  {:7.1f} transfers/s  ",
-                              Screen::fill( bus.bus, width ), 100 * bus.share,
-                              bus.transfersPerSecond ) },
-               { bus.failures == 0 ? "none failed"
-                                   : fmt::format( "{} failed: {}", bus.failures, bus.errors ),
-                 bus.failures == 0 ? Screen::Style::Plain : sign.style } } } } );
+         { std::string( idOfBusses ) + bus.bus, Screen::linesOf( lines, sign.style ) } );
    }
+   section.summary = count.line();
    return section;
 }
 
@@ -118,7 +134,7 @@ std::vector<std::string> detailOfObject( const Snapshot &snapshot, const ObjectR
    TextSections text( columns );
    const std::string fault = toText( object.fault );
    text.bare( fmt::format( "{}: {}, {}{}{}, {:.1f} s old", object.name, object.type,
-                           nameOf( object.state ),
+                           signOf( standingOf( object ) ).word,
                            object.health && object.health->isAbsent ? ", absent" : "",
                            fault.empty() ? "" : ": " + fault, object.age + snapshot.older ) );
    const std::string own = object.health ? object.health->cause : "";

@@ -13,13 +13,14 @@ namespace {
 
 constexpr size_t usualWidth = 80, gap = 2;
 
-struct Line {
+struct ControlLine {
    std::string_view name;
    char letter;
 };
-constexpr std::array controlLines{ Line{ "tx_fault", 'F' },   Line{ "rx_los", 'L' },
-                                   Line{ "tx_disable", 'D' }, Line{ "lp_mode", 'P' },
-                                   Line{ "reset", 'R' },      Line{ "interrupt", 'I' } };
+constexpr std::array controlLines{
+   ControlLine{ "tx_fault", 'F' }, ControlLine{ "rx_los", 'L' }, ControlLine{ "tx_disable", 'D' },
+   ControlLine{ "lp_mode", 'P' },  ControlLine{ "reset", 'R' },  ControlLine{ "interrupt", 'I' }
+};
 
 bool isReadable( const Reading &reading ) {
    return reading.state != State::Unreadable && reading.state != State::Unsupported;
@@ -49,7 +50,7 @@ std::string marksOf( const ObjectReport &cage ) {
          if ( reading.state == State::Stale )
             states = "~";
       }
-      for ( const Line &line : controlLines )
+      for ( const ControlLine &line : controlLines )
          if ( marks.front() != '.' && reading.name == line.name &&
               reading.state != State::Unsupported )
             marks += markOfLine( reading, line.letter );

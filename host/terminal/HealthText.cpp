@@ -27,6 +27,8 @@ std::string signOf( const std::string &unit ) { return unit == "%" ? unit : ""; 
 } // namespace
 
 std::string fineOf( const HealthReport &health ) {
+   if ( health.objects == 0 && health.absent == 0 )
+      return "nothing is known yet";
    std::string text = health.good == health.objects
                          ? fmt::format( "all {} objects are good", health.objects )
                          : fmt::format( "{} of {} objects are good", health.good, health.objects );

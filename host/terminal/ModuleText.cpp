@@ -285,7 +285,8 @@ std::vector<std::string> tableOf( const std::vector<CageModule> &modules, size_t
                            Screen::orDash( one.module->serial ), typeOf( *one.module ),
                            temperatureOf( *one.module ), Screen::orDash( lightOf( *one.module ) ),
                            one.state == State::Ok ? Screen::orDash( worstOf( *one.module ) )
-                                                  : std::string( nameOf( one.state ) ) } );
+                                                  : fmt::format( "{} ({})", nameOf( one.state ),
+                                                                 toText( one.fault ) ) } );
       else
          rows.push_back( { one.cage, "-", "-", "-", "-", "-", "-",
                            fmt::format( "{} ({})", nameOf( one.state ), toText( one.fault ) ) } );

@@ -53,7 +53,7 @@ void addHealth( TextSections &screen, const Health::ValueHealth &health, const s
       last.push_back( toText( Scalar( reading.number ) ) );
    }
    if ( history && history->size() > numbers.size() )
-      screen.line( fmt::format( "  {} the last 10 min", Screen::sparkline( *history, 50 ) ) );
+      screen.line( fmt::format( "  {} 10 min", Screen::sparkline( *history, 50 ) ) );
    else if ( history && last.size() > 1 )
       screen.line( "  " + Screen::sparkline( numbers ) );
    if ( !last.empty() )
@@ -67,6 +67,14 @@ std::vector<double> numbersOf( const NumbersByValue &history, const std::string 
    return found == history.end() ? std::vector<double>() : found->second;
 }
 
+// A value beyond a limit has its level in place of "ok".
+std::string_view wordOf( const ObjectReport &object, size_t value ) {
+   const bool isJudged = object.health && value < object.health->values.size();
+   return isJudged && isBeyond( object.health->values[value].level )
+             ? nameOf( object.health->values[value].level )
+             : nameOf( object.values[value].reading.state );
+}
+
 } // namespace
 
 void addValues( TextSections &screen, const ObjectReport &object, const NumbersByValue *history ) {
@@ -77,7 +85,7 @@ void addValues( TextSections &screen, const ObjectReport &object, const NumbersB
       const bool hasNumber = !std::holds_alternative<std::monostate>( reading.value );
       screen.line( fmt::format(
          "{}: {}{}, {}{}, {:.1f} s old", reading.name, toText( reading.value ),
-         hasNumber && !reading.unit.empty() ? " " + reading.unit : "", nameOf( reading.state ),
+         hasNumber && !reading.unit.empty() ? " " + reading.unit : "", wordOf( object, i ),
          fault.empty() ? "" : ": " + fault, object.values[i].age ) );
       if ( object.health && i < object.health->values.size() )
          addHealth( screen, object.health->values[i], reading.unit,

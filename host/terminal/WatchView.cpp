@@ -29,7 +29,8 @@ constexpr auto helpText = R"(Keys
   /                  show only what has the text that is typed; Enter ends
                      typing, Esc shows everything again
   ?                  this help
-  q, Esc             back; in the list: quit
+  q                  back; in the list: quit
+  Esc                back; in the list: show everything again
   Ctrl-Z             stop, until "fg"
 
 Signs, which stand beside the colours
@@ -126,9 +127,8 @@ bool WatchView::pressInList( const Screen::Press &press, const Snapshot &snapsho
    if ( press.is( "q" ) )
       return false;
    if ( press.key == Key::Escape ) {
-      const bool hadFilter = !filter_.empty();
       filter_.clear();
-      return hadFilter;
+      return true; // and not the end: keys that this terminal has no name for begin with it
    }
    if ( press.is( "/" ) ) {
       types_ = true;

@@ -221,13 +221,12 @@ TEST_F( BoardMetricsTest, TellsTheOpenCausesAndSinceWhen ) {
 
 TEST_F( BoardMetricsTest, EventsThatNeverCameAreCountedAsNone ) {
    figures_.events[{ Health::Event::What::Set, Level::Critical }] = 3;
-   EXPECT_THAT(
-      of( "orbis_events_total" ),
-      ElementsAre( R"({kind="set",level="warning"} 0)", R"({kind="set",level="critical"} 3)",
-                   R"({kind="clear",level="warning"} 0)", R"({kind="clear",level="critical"} 0)",
-                   R"({kind="acknowledged",level="warning"} 0)",
-                   R"({kind="acknowledged",level="critical"} 0)",
-                   R"({kind="note",level="ok"} 0)" ) );
+   EXPECT_THAT( of( "orbis_events_total" ),
+                ElementsAre( R"({kind="set",level="warning"} 0)",
+                             R"({kind="set",level="critical"} 3)", R"({kind="clear",level="ok"} 0)",
+                             R"({kind="acknowledged",level="warning"} 0)",
+                             R"({kind="acknowledged",level="critical"} 0)",
+                             R"({kind="note",level="ok"} 0)" ) );
 }
 
 TEST_F( BoardMetricsTest, TellsHowManyMembersOfARuleAreGood ) {
@@ -310,9 +309,20 @@ TEST_F( BoardMetricsTest, TellsWhatPassedOnEachBus ) {
    EXPECT_EQ( buckets[12], R"({bus="scd(4):1:2",le="+Inf"} 8)" );
 }
 
-TEST_F( BoardMetricsTest, NothingIsToldOfBussesThatNobodyKnows ) {
-   EXPECT_THAT( of( "orbis_bus_accounts_age_seconds" ), IsEmpty() );
-   EXPECT_THAT( text(), ::testing::Not( HasSubstr( "orbis_bus" ) ) );
+TEST_F( BoardMetricsTest, OfBussesThatNobodyKnowsOnlyForHowLongIsTold ) {
+   figures_.loads.age = 5;
+   EXPECT_THAT( of( "orbis_bus_accounts_age_seconds" ), ElementsAre( " 5" ) );
+   EXPECT_THAT( text(), ::testing::Not( HasSubstr( "orbis_bus_held" ) ) );
+}
+
+TEST_F( BoardMetricsTest, FiguresOfAServerThatIsGoneAreNotToldForEver ) {
+   SmbusControl::Response loads;
+   loads.add_bus()->set_bus( "scd(4):1:2" );
+   figures_.loads = { std::make_shared<const SmbusControl::Response>( loads ), 59 };
+   EXPECT_THAT( of( "orbis_bus_held" ), ElementsAre( R"({bus="scd(4):1:2"} 0)" ) );
+   figures_.loads.age = 61;
+   EXPECT_THAT( of( "orbis_bus_held" ), IsEmpty() );
+   EXPECT_THAT( of( "orbis_bus_accounts_age_seconds" ), ElementsAre( " 61" ) );
 }
 
 TEST_F( BoardMetricsTest, EachUnitOfAReadingHasAFamily ) {

@@ -31,10 +31,14 @@ class HealthTextTest : public ::testing::Test {
 };
 
 TEST_F( HealthTextTest, AGoodBoardIsOneLine ) {
-   const HealthReport good{ .objects = 104, .good = 104, .absent = 28 };
+   const HealthReport good{ .level = Health::Level::Ok, .objects = 104, .good = 104, .absent = 28 };
    EXPECT_EQ( summaryOf( good ),
               "OK: all 104 objects are good; 28 more are of modules that are not there" );
    EXPECT_THAT( linesOf( good, 80 ), IsEmpty() );
+}
+
+TEST_F( HealthTextTest, NobodyIsGoodBeforeAnybodyHasLooked ) {
+   EXPECT_EQ( summaryOf( {} ), "UNKNOWN: still looking for the cause; nothing is known yet" );
 }
 
 TEST_F( HealthTextTest, TheFirstLineNamesTheCauses ) {

@@ -27,7 +27,7 @@ class ObjectTextTest : public ::testing::Test {
 
 TEST_F( ObjectTextTest, DrawsTheLastTenMinutes ) {
    const NumbersByValue history{ { "power", { 0, 7, 0, 7 } } };
-   EXPECT_THAT( lines( &history ), Contains( HasSubstr( "▁█▁█ the last 10 min" ) ) );
+   EXPECT_THAT( lines( &history ), Contains( HasSubstr( "▁█▁█ 10 min" ) ) );
 }
 
 TEST_F( ObjectTextTest, DrawsTheLastReadingsWhereNobodyHasAHistory ) {

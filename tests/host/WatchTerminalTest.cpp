@@ -60,13 +60,23 @@ TEST_F( WatchTerminalTest, FillsTheScreenUntilQ ) {
    expectItIsAsBefore( shell );
 }
 
-TEST_F( WatchTerminalTest, CtrlCAndEscapeEndIt ) {
-   for ( const char *key : { "\x03", "\x1b" } ) {
-      DrawnProgram shell( inShell( "trap : INT; " + command() ), environment() );
-      shell.waitFor( "temp ok" );
+TEST_F( WatchTerminalTest, CtrlCEndsIt ) {
+   DrawnProgram shell( inShell( "trap : INT; " + command() ), environment() );
+   shell.waitFor( "temp ok" );
+   shell.type( "\x03" );
+   expectItIsAsBefore( shell );
+}
+
+// Escape, a key of another terminal, and Alt with a letter.
+TEST_F( WatchTerminalTest, KeysThatItDoesNotKnowAreNotItsEnd ) {
+   DrawnProgram shell( inShell( command() ), environment() );
+   shell.waitFor( "temp ok" );
+   for ( const char *key : { "\x1b", "\x1b[15~", "\x1b[I", "\x1bx" } )
       shell.type( key );
-      expectItIsAsBefore( shell );
-   }
+   shell.type( "?" );
+   shell.waitFor( "Keys" );
+   shell.type( "?q" );
+   expectItIsAsBefore( shell );
 }
 
 TEST_F( WatchTerminalTest, LeavesTheTerminalAsItWasAfterEverySignal ) {

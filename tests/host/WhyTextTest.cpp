@@ -77,7 +77,7 @@ where       bus scd(4):1:2, multiplexer 0x70 channel 1, multiplexer 0x71 channel
               4, chip 0x58
             driver Pmbus, did 21
             on psu1, on psu1-slot
-values      speed: 900 rpm, ok, 0.4 s old
+values      speed: 900 rpm, critical, 0.4 s old
               below the critical limit of 1500 rpm
               limits: critical below 1500.0 rpm
               critical since 1970-01-01 00:01:00; 1 change of level before

@@ -48,7 +48,6 @@ TEST_F( GuardTest, ThisMachinesNamesAreAnswered ) {
       EXPECT_EQ( get( { .host = host } ), "answered" ) << host;
    const std::string machine = boost::asio::ip::host_name();
    EXPECT_EQ( get( { .host = machine + ":8080" } ), "answered" );
-   EXPECT_EQ( get( { .host = machine + ".example.com" } ), "answered" );
 }
 
 // A page of somewhere else may have its own name lead to this machine.
@@ -56,6 +55,8 @@ TEST_F( GuardTest, AnotherNameIsRefused ) {
    for ( const std::string host : { "example.com", "example.com:8080", "", "localhost.example.com",
                                     "[::1", "127.0.0.1.example.com" } )
       EXPECT_THAT( get( { .host = host } ), HasSubstr( "421 " ) ) << host;
+   EXPECT_THAT( get( { .host = boost::asio::ip::host_name() + ".example.com" } ),
+                HasSubstr( "421 " ) );
 }
 
 TEST_F( GuardTest, APageOfAnotherServerIsRefused ) {
@@ -73,11 +74,12 @@ TEST_F( GuardTest, WithoutATokenOneCanOnlyRead ) {
 }
 
 TEST_F( GuardTest, WhoHasTheTokenMayAct ) {
-   const Guard guard( file( "0123456789abcdef\nanother line\n" ) );
+   const Guard guard( file( "0123456789abcdef\r\nanother line\n" ) );
    const auto post = [&]( const std::string &authorization ) {
       return refusal( guard, "POST", { .host = "localhost", .authorization = authorization } );
    };
    EXPECT_EQ( post( "Bearer 0123456789abcdef" ), "answered" );
+   EXPECT_EQ( post( "bearer 0123456789abcdef" ), "answered" );
    for ( const char *wrong : { "", "Bearer 0123456789abcdeg", "Bearer 0123456789abcde",
                                "Bearer another line", "Basic 0123456789abcdef" } )
       EXPECT_THAT( post( wrong ), HasSubstr( "401 " ) ) << wrong;

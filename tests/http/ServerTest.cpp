@@ -3,6 +3,7 @@
 
 #include "PrivateFolder.h"
 
+#include <array>
 #include <boost/asio.hpp>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -92,6 +93,56 @@ TEST_F( TcpServerTest, LetsWhoHasTheTokenAct ) {
    EXPECT_THAT( say( post + "\r\nAuthorization: Bearer 0123456789abcdef" ),
                 HasSubstr( "HTTP/1.1 200 OK" ) );
    EXPECT_EQ( asked_.method, "POST" );
+}
+
+// Has nothing to tell.
+class Silence : public Stream {
+ public:
+   void start( std::function<void()> ) override {}
+   std::string next() override { return ""; }
+};
+
+class StreamServerTest : public TcpServerTest {
+ protected:
+   StreamServerTest() {
+      server_.emplace(
+         loop_, Listener::atAddress( "127.0.0.1:0", false ),
+         []( const Request &request, const Reply &reply ) {
+            if ( request.path == "/stream" )
+               reply( { .stream = std::make_shared<Silence>() } );
+            else
+               reply( { .body = "hello" } );
+         },
+         Limits{ .streams = 2 } );
+   }
+   static constexpr auto stream = "GET /stream HTTP/1.1\r\nHost: localhost\r\n\r\n";
+};
+
+TEST_F( StreamServerTest, LeavesRoomForOthers ) {
+   const std::string &name = server_->name();
+   const tcp::endpoint endpoint(
+      boost::asio::ip::make_address( "127.0.0.1" ),
+      static_cast<uint16_t>( std::stoi( name.substr( name.find( ':' ) + 1 ) ) ) );
+   std::vector<tcp::socket> open;
+   for ( int i = 0; i < 2; ++i ) {
+      open.emplace_back( loop_ ).connect( endpoint );
+      boost::asio::write( open.back(), boost::asio::buffer( std::string( stream ) ) );
+      std::array<char, 12> status{};
+      bool hasCome = false;
+      boost::asio::async_read( open.back(), boost::asio::buffer( status ),
+                               [&]( const auto &, size_t ) { hasCome = true; } );
+      for ( int tries = 0; !hasCome && tries < 20; ++tries )
+         loop_.run_one_for( std::chrono::seconds( 1 ) );
+      EXPECT_EQ( std::string( status.data(), status.size() ), "HTTP/1.1 200" );
+   }
+   EXPECT_THAT( say( "GET /stream HTTP/1.1\r\nHost: localhost" ),
+                HasSubstr( "too many streams of events" ) );
+   EXPECT_THAT( say( "GET / HTTP/1.1\r\nHost: localhost" ), HasSubstr( "200 OK" ) );
+   open.clear(); // the server hears of it
+   std::string last;
+   for ( int tries = 0; tries < 100 && last.find( "200 OK" ) == std::string::npos; ++tries )
+      last = say( "HEAD /stream HTTP/1.1\r\nHost: localhost" );
+   EXPECT_THAT( last, HasSubstr( "Content-Type: text/event-stream" ) );
 }
 
 } // namespace

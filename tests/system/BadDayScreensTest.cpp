@@ -62,7 +62,7 @@ class BadDayScreensTest : public ::testing::TestWithParam<Size> {
 };
 
 TEST_P( BadDayScreensTest, ShowAtEveryStepWhatIsWrong ) {
-   const auto [columns, rows] = GetParam();
+   const size_t columns = GetParam().columns, rows = GetParam().rows;
    std::string screens;
    bool isOn = true; // the clock, since the last picture
    const auto draw = [&] {
