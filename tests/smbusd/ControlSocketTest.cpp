@@ -117,7 +117,7 @@ TEST_F( ControlSocketTest, ItsFramesShareTheBuffersOfTheOtherSocket ) {
 }
 
 TEST_F( ControlSocketTest, EndsTheConnectionOfAClientThatAsksAndDoesNotRead ) {
-   RunningServer server( { .controlLimits = { .sendTime = 20ms },
+   RunningServer server( { .controlLimits = { .sendTime = 500ms },
                            .answerControl = []( const SmbusControl::Request & ) {
                               SmbusControl::Response response;
                               response.set_error(

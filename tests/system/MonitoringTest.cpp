@@ -55,10 +55,13 @@ std::string withoutLabelValues( const std::string &query ) {
 std::map<std::string, std::set<std::string>> labelsIn( const std::vector<std::string> &scrapes ) {
    static const std::regex label( R"re((\w+)="(?:[^"\\]|\\.)*")re" );
    std::map<std::string, std::set<std::string>> labels;
+   std::set<std::string_view> series; // nearly all are in each scrape
    for ( const std::string &scrape : scrapes )
       for ( size_t at = 0, end = 0; at < scrape.size(); at = end + 1 ) {
          end = scrape.find( '\n', at );
-         if ( scrape[at] == '#' )
+         const std::string_view line( scrape.data() + at, end - at );
+         if ( line.starts_with( '#' ) ||
+              !series.insert( line.substr( 0, line.rfind( ' ' ) ) ).second )
             continue;
          std::set<std::string> &known =
             labels[scrape.substr( at, scrape.find_first_of( "{ ", at ) - at )];
