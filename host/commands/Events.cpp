@@ -79,7 +79,7 @@ int printFromFile( const Options &options ) {
          std::reverse( events.begin(), events.end() );
       for ( const Health::Event &event : events )
          print( options, event );
-   } catch ( const DatabaseError &error ) {
+   } catch ( const Sqlite::Error &error ) {
       spdlog::error( "no serve runs for {}, and its journal can't be read: {}",
                      options.board.string(), error.what() );
       return exitUnreadable;

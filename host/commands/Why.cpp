@@ -38,7 +38,7 @@ std::vector<Health::Event> eventsInFile( const std::string &object ) {
          journal.events( { .object = object, .limit = mostEventsOfWhy, .newestFirst = true } );
       std::reverse( events.begin(), events.end() );
       return events;
-   } catch ( const DatabaseError &error ) {
+   } catch ( const Sqlite::Error &error ) {
       spdlog::debug( "there is no journal to read: {}", error.what() );
       return {};
    }

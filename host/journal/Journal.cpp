@@ -9,7 +9,7 @@ namespace Host {
 namespace {
 
 namespace fs = std::filesystem;
-using Kind = DatabaseError::Kind;
+using Kind = Sqlite::Error::Kind;
 
 constexpr int64_t applicationId = 0x4F72'624A; // "OrbJ"
 constexpr int64_t version = 1;
@@ -24,10 +24,10 @@ constexpr auto makeTables = "BEGIN IMMEDIATE;"
 static_assert( applicationId == 1332896330 && version == 1 );
 
 [[noreturn]] void refuse( const fs::path &file, const char *why ) {
-   throw DatabaseError( Kind::Other, fmt::format( "{}: {}", file.string(), why ) );
+   throw Sqlite::Error( Kind::Other, fmt::format( "{}: {}", file.string(), why ) );
 }
 
-bool isNew( const Database &database ) {
+bool isNew( const Sqlite::Database &database ) {
    return database.number( "PRAGMA application_id" ) == 0 &&
           database.number( "SELECT count(*) FROM sqlite_schema" ) == 0;
 }
@@ -35,23 +35,23 @@ bool isNew( const Database &database ) {
 std::string lastLineOf( const std::string &text ) { return text.substr( text.rfind( '\n' ) + 1 ); }
 
 // Throws for what is not a journal, or one that is not whole.
-void check( const Database &database, const fs::path &file ) {
+void check( const Sqlite::Database &database, const fs::path &file ) {
    if ( database.number( "PRAGMA application_id" ) != applicationId )
       refuse( file, "this is not a journal of events" );
    if ( database.number( "PRAGMA user_version" ) > version )
       refuse( file, "a newer version of orbis-host has written this journal" );
    if ( const std::string found = database.text( "PRAGMA quick_check( 1 )" ); found != "ok" )
-      throw DatabaseError( Kind::Damaged,
+      throw Sqlite::Error( Kind::Damaged,
                            fmt::format( "{}: {}", file.string(), lastLineOf( found ) ) );
 }
 
-Database opened( const fs::path &file, Database::Use use ) {
+Sqlite::Database opened( const fs::path &file, Sqlite::Database::Use use ) {
    try {
-      Database database( file, use );
-      if ( use != Database::Use::Write || !isNew( database ) )
+      Sqlite::Database database( file, use );
+      if ( use != Sqlite::Database::Use::Write || !isNew( database ) )
          check( database, file );
       return database;
-   } catch ( const DatabaseError &error ) {
+   } catch ( const Sqlite::Error &error ) {
       if ( error.kind() == Kind::NoDatabase )
          refuse( file, "this is not a journal of events" );
       throw;
@@ -76,16 +76,16 @@ fs::path putAside( const fs::path &file ) {
    return aside;
 }
 
-Database openedOrReplaced( const fs::path &file, std::string &notice ) {
+Sqlite::Database openedOrReplaced( const fs::path &file, std::string &notice ) {
    try {
-      return opened( file, Database::Use::Write );
-   } catch ( const DatabaseError &error ) {
+      return opened( file, Sqlite::Database::Use::Write );
+   } catch ( const Sqlite::Error &error ) {
       if ( error.kind() != Kind::Damaged )
          throw;
       notice = fmt::format( "the journal of events is damaged ({}) and is now {}; a new one begins",
                             error.what(), putAside( file ).string() );
    }
-   return opened( file, Database::Use::Write );
+   return opened( file, Sqlite::Database::Use::Write );
 }
 
 // Nobody knows what the last id of a damaged journal was. A board has fewer events than seconds, so
@@ -99,7 +99,7 @@ int64_t toMilliseconds( Health::WallTime time ) { return time.time_since_epoch()
 
 } // namespace
 
-Journal::Journal( Database database, size_t capacity )
+Journal::Journal( Sqlite::Database database, size_t capacity )
    : database_( std::move( database ) ), capacity_( capacity ) {}
 
 Journal::Journal( const fs::path &file, size_t capacity )
@@ -111,26 +111,27 @@ Journal::Journal( const fs::path &file, size_t capacity )
 }
 
 Journal Journal::inMemory( uint64_t last, size_t capacity ) {
-   Journal journal( Database( {}, Database::Use::Write ), capacity );
+   Journal journal( Sqlite::Database( {}, Sqlite::Database::Use::Write ), capacity );
    journal.make( last );
    return journal;
 }
 
 Journal Journal::toRead( const fs::path &file ) {
    try {
-      return { opened( file, Database::Use::Read ), usualCapacity };
-   } catch ( const DatabaseError & ) {
+      return { opened( file, Sqlite::Database::Use::Read ), usualCapacity };
+   } catch ( const Sqlite::Error & ) {
       // Who may not make files beside it can read it only if no changes are waiting there.
       if ( !fs::exists( file ) || fs::exists( file.string() + "-wal" ) )
          throw;
    }
-   return { opened( file, Database::Use::ReadAlone ), usualCapacity };
+   return { opened( file, Sqlite::Database::Use::ReadAlone ), usualCapacity };
 }
 
 void Journal::make( uint64_t last ) {
    database_.run( makeTables );
    if ( last > 0 )
-      Statement( database_, "INSERT INTO sqlite_sequence( name, seq ) VALUES( 'event', ? )" )
+      Sqlite::Statement( database_,
+                         "INSERT INTO sqlite_sequence( name, seq ) VALUES( 'event', ? )" )
          .bind( static_cast<int64_t>( last ) )
          .step();
 }
@@ -139,22 +140,24 @@ void Journal::add( std::vector<Health::Event> &events ) {
    std::vector<Health::Event> added = events;
    database_.run( "BEGIN IMMEDIATE" );
    try {
-      Statement insert( database_, "INSERT INTO event( time, object, json ) VALUES( ?, ?, ? ) "
-                                   "RETURNING id" );
+      Sqlite::Statement insert( database_,
+                                "INSERT INTO event( time, object, json ) VALUES( ?, ?, ? ) "
+                                "RETURNING id" );
       for ( Health::Event &event : added ) {
          event.id = 0;
          insert.bind( toMilliseconds( event.time ) ).bind( event.object ).bind( toJson( event ) );
          while ( insert.step() )
             event.id = static_cast<uint64_t>( insert.number( 0 ) );
       }
-      Statement( database_, "DELETE FROM event WHERE id <= ( SELECT max( id ) FROM event ) - ?" )
+      Sqlite::Statement( database_,
+                         "DELETE FROM event WHERE id <= ( SELECT max( id ) FROM event ) - ?" )
          .bind( static_cast<int64_t>( capacity_ ) )
          .step();
       database_.run( "COMMIT" );
-   } catch ( const DatabaseError & ) {
+   } catch ( const Sqlite::Error & ) {
       try {
          database_.run( "ROLLBACK" );
-      } catch ( const DatabaseError & ) { // SQLite has done it already
+      } catch ( const Sqlite::Error & ) { // SQLite has done it already
       }
       throw;
    }
@@ -168,7 +171,7 @@ std::vector<Health::Event> Journal::events( const Query &query ) const {
       "EXISTS ( SELECT 1 FROM json_each( event.json, '$.explains' ) WHERE value = ?3 ) ) "
       "ORDER BY id {} LIMIT ?4",
       query.newestFirst ? "DESC" : "ASC" );
-   Statement select( database_, sql.c_str() );
+   Sqlite::Statement select( database_, sql.c_str() );
    const auto highest = static_cast<uint64_t>( std::numeric_limits<int64_t>::max() );
    select.bind( static_cast<int64_t>( std::min( query.after, highest ) ) )
       .bind( query.since ? toMilliseconds( *query.since ) : std::numeric_limits<int64_t>::min() )

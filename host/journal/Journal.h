@@ -1,7 +1,7 @@
 #pragma once
 
 #include "health/Event.h"
-#include "host/journal/Database.h"
+#include "sqlite/Database.h"
 
 #include <filesystem>
 #include <optional>
@@ -45,11 +45,11 @@ class Journal {
    uint64_t lastId() const;
 
  private:
-   Journal( Database database, size_t capacity );
+   Journal( Sqlite::Database database, size_t capacity );
    void make( uint64_t last );
 
    std::string notice_{}; // before the database: its opening writes it
-   Database database_;
+   Sqlite::Database database_;
    size_t capacity_;
 };
 

@@ -32,7 +32,7 @@ void Events::add( std::vector<Health::Event> events ) {
       tryFileAgain();
    try {
       journal_->add( events );
-   } catch ( const DatabaseError &error ) {
+   } catch ( const Sqlite::Error &error ) {
       goOnInMemory( error.what() );
       journal_->add( events );
    }
@@ -83,7 +83,7 @@ void Events::goOnInMemory( const std::string &why ) {
 std::vector<Health::Event> Events::events( const Journal::Query &query ) const {
    try {
       return journal_->events( query );
-   } catch ( const DatabaseError &error ) {
+   } catch ( const Sqlite::Error &error ) {
       spdlog::warn( "the events can't be read: {}", error.what() );
       return {};
    }

@@ -125,11 +125,13 @@ TEST_F( JournalTest, StaysAtTheSizeOfItsCapacity ) {
    Journal journal( file_, 50 );
    std::vector<Health::Event> some( 50, eventAt( 1 ) );
    journal.add( some );
-   Database( file_, Database::Use::Write ).run( "PRAGMA wal_checkpoint( TRUNCATE )" );
+   Sqlite::Database( file_, Sqlite::Database::Use::Write )
+      .run( "PRAGMA wal_checkpoint( TRUNCATE )" );
    const auto size = fs::file_size( file_ );
    for ( int i = 0; i < 20; ++i )
       journal.add( some );
-   Database( file_, Database::Use::Write ).run( "PRAGMA wal_checkpoint( TRUNCATE )" );
+   Sqlite::Database( file_, Sqlite::Database::Use::Write )
+      .run( "PRAGMA wal_checkpoint( TRUNCATE )" );
    EXPECT_LE( fs::file_size( file_ ), 2 * size );
    EXPECT_EQ( journal.lastId(), 1050u );
 }
@@ -184,17 +186,19 @@ TEST_F( JournalTest, AFileThatIsNoJournalIsNamedAndLeftAlone ) {
 }
 
 TEST_F( JournalTest, AnothersDatabaseIsLeftAlone ) {
-   Database( file_, Database::Use::Write ).run( "CREATE TABLE mine( x )" );
+   Sqlite::Database( file_, Sqlite::Database::Use::Write ).run( "CREATE TABLE mine( x )" );
    EXPECT_EQ( refusal(), file_.string() + ": this is not a journal of events" );
-   EXPECT_EQ( Database( file_, Database::Use::Read ).number( "SELECT count(*) FROM mine" ), 0 );
+   EXPECT_EQ(
+      Sqlite::Database( file_, Sqlite::Database::Use::Read ).number( "SELECT count(*) FROM mine" ),
+      0 );
 }
 
 TEST_F( JournalTest, ANewerJournalIsLeftAlone ) {
    const std::string before = madeJournal();
-   Database( file_, Database::Use::Write ).run( "PRAGMA user_version = 2" );
+   Sqlite::Database( file_, Sqlite::Database::Use::Write ).run( "PRAGMA user_version = 2" );
    EXPECT_EQ( refusal(),
               file_.string() + ": a newer version of orbis-host has written this journal" );
-   Database( file_, Database::Use::Write ).run( "PRAGMA user_version = 1" );
+   Sqlite::Database( file_, Sqlite::Database::Use::Write ).run( "PRAGMA user_version = 1" );
    EXPECT_EQ( Journal( file_ ).lastId(), 200u );
 }
 

@@ -1,11 +1,11 @@
-#include "host/journal/Database.h"
+#include "sqlite/Database.h"
 
 #include <cerrno>
 #include <fmt/format.h>
 #include <sqlite3.h>
 #include <system_error>
 
-namespace Host {
+namespace Sqlite {
 namespace {
 
 // How long another process, such as a reader, may hold the database.
@@ -54,18 +54,16 @@ Database::Database( const std::filesystem::path &file, Use use ) : name_( file.s
    sqlite3_busy_timeout( opened, longestWaitMs );
    // Without the right to write, SQLite opens it to read.
    if ( use == Use::Write && sqlite3_db_readonly( opened, "main" ) == 1 )
-      throw DatabaseError( DatabaseError::Kind::Other,
-                           name_ + ": " + std::generic_category().message( EACCES ) );
+      throw Error( Error::Kind::Other, name_ + ": " + std::generic_category().message( EACCES ) );
 }
 
 void Database::fail() const {
-   using enum DatabaseError::Kind;
+   using enum Error::Kind;
    const int code = database_ ? sqlite3_errcode( database_.get() ) : SQLITE_NOMEM;
-   throw DatabaseError( code == SQLITE_NOTADB    ? NoDatabase
-                        : code == SQLITE_CORRUPT ? Damaged
-                                                 : Other,
-                        name_ + ": " +
-                           ( database_ ? reasonOf( database_.get() ) : "not enough memory" ) );
+   throw Error( code == SQLITE_NOTADB    ? NoDatabase
+                : code == SQLITE_CORRUPT ? Damaged
+                                         : Other,
+                name_ + ": " + ( database_ ? reasonOf( database_.get() ) : "not enough memory" ) );
 }
 
 void Database::run( const char *statements ) {
@@ -130,4 +128,4 @@ void Statement::Finalize::operator()( sqlite3_stmt *statement ) const {
    sqlite3_finalize( statement );
 }
 
-} // namespace Host
+} // namespace Sqlite

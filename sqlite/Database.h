@@ -1,4 +1,4 @@
-// A database of SQLite, and its statements. What fails throws DatabaseError.
+// A database of SQLite, and its statements. What fails throws Error.
 #pragma once
 
 #include <cstdint>
@@ -12,14 +12,13 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-namespace Host {
+namespace Sqlite {
 
 // Names the file and the reason.
-class DatabaseError : public std::runtime_error {
+class Error : public std::runtime_error {
  public:
    enum class Kind { NoDatabase, Damaged, Other };
-   DatabaseError( Kind kind, const std::string &words )
-      : std::runtime_error( words ), kind_( kind ) {}
+   Error( Kind kind, const std::string &words ) : std::runtime_error( words ), kind_( kind ) {}
    Kind kind() const { return kind_; }
 
  private:
@@ -77,4 +76,4 @@ class Statement {
    int bound_ = 0;
 };
 
-} // namespace Host
+} // namespace Sqlite
