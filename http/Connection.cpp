@@ -91,7 +91,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
                                .body = request.body(),
                                .query = target.substr( std::min( question + 1, target.size() ) ),
                                .accept = header( "Accept" ),
-                               .lastEventId = header( "Last-Event-ID" ) },
+                               .lastEventId = header( "Last-Event-ID" ),
+                               .ifNoneMatch = header( "If-None-Match" ) },
                              [self = shared_from_this(), number]( const Response &response ) {
                                 self->reply( number, response );
                              } );
@@ -117,6 +118,12 @@ class Connection : public std::enable_shared_from_this<Connection> {
       send( std::move( stream_ ), response.stream, service_.limits, place );
    }
 
+   // What these would tell is of the answer that the client has.
+   void withoutContent() {
+      response_.erase( http::field::content_length );
+      response_.erase( http::field::content_type );
+   }
+
    void write( const Response &response ) {
       response_ = {};
       response_.result( response.status );
@@ -128,9 +135,13 @@ class Connection : public std::enable_shared_from_this<Connection> {
          response_.set( http::field::allow, response.allow );
       if ( response.status == Status::unauthorized )
          response_.set( http::field::www_authenticate, "Bearer" );
+      for ( const auto &[name, value] : response.headers )
+         response_.set( name, value );
       response_.keep_alive( keepAlive_ );
       response_.body() = response.body;
       response_.prepare_payload();
+      if ( response.status == Status::notModified )
+         withoutContent();
       serializer_.emplace( response_ );
       stream_.expires_after( service_.limits.idle );
       const auto written = [self = shared_from_this()]( const error_code &failure, size_t ) {

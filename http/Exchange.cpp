@@ -1,5 +1,7 @@
 #include "http/Exchange.h"
 
+#include "http/Utf8.h"
+
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
@@ -10,7 +12,8 @@ Response errorResponse( unsigned status, std::string_view words ) {
    rapidjson::Writer<rapidjson::StringBuffer> json( text );
    json.StartObject();
    json.Key( "error" );
-   json.String( words.data(), static_cast<rapidjson::SizeType>( words.size() ) );
+   const std::string valid = withoutOtherBytes( words ); // they may name what a client has sent
+   json.String( valid.data(), static_cast<rapidjson::SizeType>( valid.size() ) );
    json.EndObject();
    return { .status = status, .body = { text.GetString(), text.GetSize() } };
 }

@@ -15,10 +15,12 @@ namespace Http {
 
 // What the server allows to its clients.
 struct Limits {
-   uint64_t body = 64 * 1024;                  // bytes; the answer to more is 413
-   uint32_t header = 8 * 1024;                 // bytes; the answer to more is 431
-   size_t connections = 64;                    // at a time; the answer to one more is 503
-   size_t streams = 16;                        // of them; the answer to one more is 503
+   uint64_t body = 64 * 1024;  // bytes; the answer to more is 413
+   uint32_t header = 8 * 1024; // bytes; the answer to more is 431
+   // At a time; the answer to one more is 503. A browser opens up to six connections, and each
+   // page of it has one stream.
+   size_t connections = 128;
+   size_t streams = 64;                        // of them; the answer to one more is 503
    std::chrono::milliseconds idle{ 30'000 };   // a connection without a request is closed then
    std::chrono::milliseconds action{ 60'000 }; // a request without an answer gets 504 then
    // A stream that has nothing to tell gets a comment then: so both sides see that the other is

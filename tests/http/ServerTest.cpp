@@ -23,7 +23,7 @@ class TcpServerTest : public ::testing::Test {
          loop_, Listener::atAddress( "127.0.0.1:0", false ),
          [this]( const Request &request, const Reply &reply ) {
             asked_ = request;
-            reply( { .body = "hello", .contentType = "text/plain" } );
+            reply( answer_ );
          },
          Limits(), std::move( guard ) );
    }
@@ -49,6 +49,7 @@ class TcpServerTest : public ::testing::Test {
    const TestSupport::PrivateFolder folder_;
    boost::asio::io_context loop_{ 1 };
    Request asked_;
+   Response answer_{ .body = "hello", .contentType = "text/plain" };
    std::optional<Server> server_;
 };
 
@@ -95,6 +96,29 @@ TEST_F( TcpServerTest, LetsWhoHasTheTokenAct ) {
    EXPECT_EQ( asked_.method, "POST" );
 }
 
+TEST_F( TcpServerTest, AnAnswersOwnHeadersAreAddedOrReplaceTheUsualOnes ) {
+   answer_.headers = { { "ETag", "\"1\"" }, { "Cache-Control", "no-cache" } };
+   serve();
+   const std::string answer = say( "GET / HTTP/1.1\r\nHost: localhost\r\nIf-None-Match: \"2\"" );
+   EXPECT_THAT( answer, HasSubstr( "\r\nETag: \"1\"\r\n" ) );
+   EXPECT_THAT( answer, HasSubstr( "\r\nCache-Control: no-cache\r\n" ) );
+   EXPECT_THAT( answer, Not( HasSubstr( "no-store" ) ) );
+   EXPECT_THAT( answer, HasSubstr( "\r\nX-Content-Type-Options: nosniff\r\n" ) );
+   EXPECT_EQ( asked_.ifNoneMatch, "\"2\"" );
+}
+
+TEST_F( TcpServerTest, WhatIsNotModifiedHasNoContent ) {
+   answer_ = { .status = Status::notModified, .headers = { { "ETag", "\"1\"" } } };
+   serve();
+   for ( const std::string method : { "GET", "HEAD" } ) {
+      const std::string answer = say( method + " / HTTP/1.1\r\nHost: localhost" );
+      EXPECT_THAT( answer, StartsWith( "HTTP/1.1 304 Not Modified\r\n" ) );
+      EXPECT_THAT( answer, HasSubstr( "\r\nETag: \"1\"\r\n" ) );
+      EXPECT_THAT( answer, Not( HasSubstr( "Content-Length" ) ) );
+      EXPECT_THAT( answer, ::testing::EndsWith( "\r\n\r\n" ) );
+   }
+}
+
 // Has nothing to tell.
 class Silence : public Stream {
  public:
@@ -104,7 +128,7 @@ class Silence : public Stream {
 
 class StreamServerTest : public TcpServerTest {
  protected:
-   StreamServerTest() {
+   void serveStreams( const Limits &limits ) {
       server_.emplace(
          loop_, Listener::atAddress( "127.0.0.1:0", false ),
          []( const Request &request, const Reply &reply ) {
@@ -113,36 +137,54 @@ class StreamServerTest : public TcpServerTest {
             else
                reply( { .body = "hello" } );
          },
-         Limits{ .streams = 2 } );
+         limits );
    }
-   static constexpr auto stream = "GET /stream HTTP/1.1\r\nHost: localhost\r\n\r\n";
-};
-
-TEST_F( StreamServerTest, LeavesRoomForOthers ) {
-   const std::string &name = server_->name();
-   const tcp::endpoint endpoint(
-      boost::asio::ip::make_address( "127.0.0.1" ),
-      static_cast<uint16_t>( std::stoi( name.substr( name.find( ':' ) + 1 ) ) ) );
-   std::vector<tcp::socket> open;
-   for ( int i = 0; i < 2; ++i ) {
-      open.emplace_back( loop_ ).connect( endpoint );
-      boost::asio::write( open.back(), boost::asio::buffer( std::string( stream ) ) );
+   // Opens a stream, and waits until it has begun.
+   void open() {
+      const std::string &name = server_->name();
+      open_.emplace_back( loop_ ).connect(
+         { boost::asio::ip::make_address( "127.0.0.1" ),
+           static_cast<uint16_t>( std::stoi( name.substr( name.find( ':' ) + 1 ) ) ) } );
+      boost::asio::write( open_.back(), boost::asio::buffer( std::string( stream ) ) );
       std::array<char, 12> status{};
       bool hasCome = false;
-      boost::asio::async_read( open.back(), boost::asio::buffer( status ),
+      boost::asio::async_read( open_.back(), boost::asio::buffer( status ),
                                [&]( const auto &, size_t ) { hasCome = true; } );
       for ( int tries = 0; !hasCome && tries < 20; ++tries )
          loop_.run_one_for( std::chrono::seconds( 1 ) );
       EXPECT_EQ( std::string( status.data(), status.size() ), "HTTP/1.1 200" );
    }
+   static constexpr auto stream = "GET /stream HTTP/1.1\r\nHost: localhost\r\n\r\n";
+   std::vector<tcp::socket> open_;
+};
+
+TEST_F( StreamServerTest, LeavesRoomForOthers ) {
+   serveStreams( { .streams = 2 } );
+   for ( int i = 0; i < 2; ++i )
+      open();
    EXPECT_THAT( say( "GET /stream HTTP/1.1\r\nHost: localhost" ),
                 HasSubstr( "too many streams of events" ) );
    EXPECT_THAT( say( "GET / HTTP/1.1\r\nHost: localhost" ), HasSubstr( "200 OK" ) );
-   open.clear(); // the server hears of it
+   open_.clear(); // the server hears of it
    std::string last;
    for ( int tries = 0; tries < 100 && last.find( "200 OK" ) == std::string::npos; ++tries )
       last = say( "HEAD /stream HTTP/1.1\r\nHost: localhost" );
    EXPECT_THAT( last, HasSubstr( "Content-Type: text/event-stream" ) );
+}
+
+// Each page has one, and a browser opens five connections more.
+TEST_F( StreamServerTest, TwentyPagesOfFourBrowsersHaveRoom ) {
+   serveStreams( {} );
+   for ( int i = 0; i < 64; ++i )
+      open();
+   EXPECT_THAT( say( "GET /stream HTTP/1.1\r\nHost: localhost" ), HasSubstr( "503" ) );
+   std::vector<tcp::socket> others;
+   const auto endpoint = open_.front().remote_endpoint();
+   for ( int i = 0; i < 63; ++i )
+      others.emplace_back( loop_ ).connect( endpoint );
+   EXPECT_THAT( say( "GET / HTTP/1.1\r\nHost: localhost" ), HasSubstr( "200 OK" ) );
+   others.emplace_back( loop_ ).connect( endpoint );
+   EXPECT_THAT( say( "GET / HTTP/1.1\r\nHost: localhost" ), HasSubstr( "too many connections" ) );
 }
 
 } // namespace
