@@ -1,7 +1,9 @@
 #include "host/JsonWriter.h"
 
 #include "host/Times.h"
+#include "http/Utf8.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace Host {
@@ -47,6 +49,16 @@ void write( JsonWriter &json, const Health::ValueHealth &health ) {
 
 } // namespace
 
+JsonWriter &JsonWriter::value( std::string_view text ) {
+   // Nearly all texts are plain.
+   const bool isPlain = std::none_of( text.begin(), text.end(), []( char c ) { return c < 0; } );
+   const std::string valid = isPlain ? std::string() : Http::withoutOtherBytes( text );
+   if ( !isPlain )
+      text = valid;
+   writer_.String( text.data(), static_cast<rapidjson::SizeType>( text.size() ) );
+   return *this;
+}
+
 JsonWriter &JsonWriter::fault( const Fault &fault ) {
    if ( fault.status )
       member( "status", int64_t{ *fault.status } );
@@ -63,6 +75,11 @@ JsonWriter &JsonWriter::reading( const Reading &reading ) {
    if ( !std::holds_alternative<std::monostate>( reading.value ) )
       std::visit( [&]( const auto &what ) { member( "value", what ); }, reading.value );
    return *this;
+}
+
+JsonWriter &JsonWriter::place( const BoardFiles::ChipPlace &chip ) {
+   member( "bus", chip.bus ).member( "path", chip.path );
+   return member( "address", int64_t{ chip.address } );
 }
 
 JsonWriter &JsonWriter::objectState( const ObjectReport &object ) {

@@ -21,10 +21,8 @@ class JsonWriter {
       return *this;
    }
 
-   JsonWriter &value( std::string_view text ) {
-      writer_.String( text.data(), static_cast<rapidjson::SizeType>( text.size() ) );
-      return *this;
-   }
+   // Bytes that are no UTF-8 are replaced.
+   JsonWriter &value( std::string_view text );
    JsonWriter &value( const char *text ) { return value( std::string_view( text ) ); }
    JsonWriter &value( double number ) { return writer_.Double( number ), *this; }
    JsonWriter &value( int64_t number ) { return writer_.Int64( number ), *this; }
@@ -39,6 +37,9 @@ class JsonWriter {
    JsonWriter &fault( const Fault &fault );
    // The members "name", "unit", "state" and "value" of a reading.
    JsonWriter &reading( const Reading &reading );
+
+   // The members "bus", "path" and "address" of a chip.
+   JsonWriter &place( const BoardFiles::ChipPlace &chip );
 
    // The members "name", "type", "state" and what is wrong with an object.
    JsonWriter &objectState( const ObjectReport &object );

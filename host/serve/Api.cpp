@@ -6,7 +6,9 @@
 #include "host/serve/HistoryApi.h"
 #include "host/serve/ModuleJson.h"
 #include "host/serve/OpenApi.h"
+#include "host/serve/PageApi.h"
 #include "host/serve/WhyJson.h"
+#include "host/serve/Wiring.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -19,6 +21,7 @@ namespace Status = Http::Status;
 
 constexpr std::string_view objectsPath = "/v1/objects/";
 constexpr std::string_view modulesPath = "/v1/modules/";
+constexpr std::string_view pagePath = "/panel/";
 constexpr std::string_view actionEnd = "/action";
 constexpr std::string_view whyEnd = "/why";
 
@@ -66,21 +69,32 @@ Api::Api( const BoardFiles::Board &board, std::string name, Source source )
 
 // The longer of two that begin alike comes first.
 const Api::Route Api::routes[] = {
-   { "/healthz", "GET", &Api::giveHealthz },       { "/metrics", "GET", &Api::giveMetrics },
-   { "/openapi.json", "GET", &Api::giveDocument }, { "/v1/acknowledge", "POST", &Api::acknowledge },
-   { "/v1/board", "GET", &Api::giveBoard },        { "/v1/busses", "GET", &Api::giveBusses },
-   { "/v1/events", "GET", &Api::giveEvents },      { "/v1/health", "GET", &Api::giveHealth },
-   { "/v1/history", "GET", &Api::giveHistory },    { "/v1/modules", "GET", &Api::giveModules },
-   { modulesPath, "GET", &Api::giveModule },       { "/v1/objects", "GET", &Api::giveObjects },
-   { objectsPath, "", &Api::handleObject },        { "/v1/panel", "GET", &Api::givePanel },
+   { "/", "GET", &Api::givePage },
+   { pagePath, "GET", &Api::givePage },
+   { "/healthz", "GET", &Api::giveHealthz },
+   { "/metrics", "GET", &Api::giveMetrics },
+   { "/openapi.json", "GET", &Api::giveDocument },
+   { "/v1/acknowledge", "POST", &Api::acknowledge },
+   { "/v1/board", "GET", &Api::giveBoard },
+   { "/v1/busses", "GET", &Api::giveBusses },
+   { "/v1/events", "GET", &Api::giveEvents },
+   { "/v1/health", "GET", &Api::giveHealth },
+   { "/v1/history", "GET", &Api::giveHistory },
+   { "/v1/modules", "GET", &Api::giveModules },
+   { modulesPath, "GET", &Api::giveModule },
+   { "/v1/objects", "GET", &Api::giveObjects },
+   { objectsPath, "", &Api::handleObject },
+   { "/v1/panel", "GET", &Api::givePanel },
    { "/v1/topology", "GET", &Api::giveTopology },
+   { "/v1/wiring", "GET", &Api::giveWiring },
 };
 
 void Api::handle( const Http::Request &request, const Http::Reply &reply ) const {
    const auto *const route =
       std::find_if( std::begin( routes ), std::end( routes ), [&request]( const Route &one ) {
-         return one.path.ends_with( '/' ) ? request.path.starts_with( one.path )
-                                          : request.path == one.path;
+         return one.path.size() > 1 && one.path.ends_with( '/' )
+                   ? request.path.starts_with( one.path )
+                   : request.path == one.path;
       } );
    if ( route == std::end( routes ) )
       reply( errorResponse( Status::notFound, "no such path: " + request.path ) );
@@ -88,6 +102,12 @@ void Api::handle( const Http::Request &request, const Http::Reply &reply ) const
       reply( wrongMethod( route->method ) );
    else
       ( this->*route->answer )( request, reply );
+}
+
+void Api::givePage( const Http::Request &request, const Http::Reply &reply ) const {
+   reply( answerPage( request, request.path == "/"
+                                  ? "index.html"
+                                  : std::string_view( request.path ).substr( pagePath.size() ) ) );
 }
 
 // Tells of this program, not of the board: a balancer or a supervisor wants that.
@@ -151,6 +171,10 @@ void Api::giveTopology( const Http::Request &, const Http::Reply &reply ) const 
    reply( { .body = board_.topology } );
 }
 
+void Api::giveWiring( const Http::Request &, const Http::Reply &reply ) const {
+   reply( { .body = wiringJson( name_, board_ ) } );
+}
+
 void Api::giveBusses( const Http::Request &, const Http::Reply &reply ) const {
    source_.busses( [reply]( std::string json, const std::string &error ) {
       reply( error.empty() ? Http::Response{ .body = std::move( json ) }
@@ -179,7 +203,7 @@ void Api::acknowledge( const Http::Request &request, const Http::Reply &reply ) 
 }
 
 void Api::giveDocument( const Http::Request &, const Http::Reply &reply ) const {
-   reply( { .body = std::string( openApiDocument ) } );
+   reply( { .body = std::string( openApiDocument() ) } );
 }
 
 void Api::handleObject( const Http::Request &request, const Http::Reply &reply ) const {

@@ -51,12 +51,13 @@ class Api {
  private:
    // Who answers a path. Its method is GET, or POST.
    struct Route {
-      std::string_view path; // its beginning, where it ends with a slash
+      std::string_view path; // its beginning, where it ends with a slash and has more than that
       std::string_view method;
       void ( Api::*answer )( const Http::Request &, const Http::Reply & ) const;
    };
    static const Route routes[];
 
+   void givePage( const Http::Request &request, const Http::Reply &reply ) const;
    void giveHealthz( const Http::Request &, const Http::Reply &reply ) const;
    void giveBoard( const Http::Request &, const Http::Reply &reply ) const;
    void giveObjects( const Http::Request &, const Http::Reply &reply ) const;
@@ -65,6 +66,7 @@ class Api {
    void giveModule( const Http::Request &request, const Http::Reply &reply ) const;
    void givePanel( const Http::Request &, const Http::Reply &reply ) const;
    void giveTopology( const Http::Request &, const Http::Reply &reply ) const;
+   void giveWiring( const Http::Request &, const Http::Reply &reply ) const;
    void giveBusses( const Http::Request &, const Http::Reply &reply ) const;
    void giveMetrics( const Http::Request &request, const Http::Reply &reply ) const;
    void giveHistory( const Http::Request &request, const Http::Reply &reply ) const;

@@ -1,5 +1,7 @@
 #include "host/serve/Why.h"
 
+#include "host/serve/Wiring.h"
+
 #include <algorithm>
 #include <fmt/format.h>
 #include <map>
@@ -13,20 +15,6 @@ using BoardFiles::ObjectDescription;
 
 bool isOf( const ObjectDescription &object, const ChipPlace &chip ) {
    return std::find( object.chips.begin(), object.chips.end(), chip ) != object.chips.end();
-}
-
-std::vector<size_t> onOf( const Board &board, size_t object ) {
-   std::vector<size_t> on;
-   for ( auto in = board.objects[object].health.in; in; ) {
-      const auto found =
-         std::find_if( board.objects.begin(), board.objects.end(),
-                       [&in]( const ObjectDescription &one ) { return one.name == *in; } );
-      if ( found == board.objects.end() )
-         break;
-      on.push_back( static_cast<size_t>( found - board.objects.begin() ) );
-      in = found->health.in;
-   }
-   return on;
 }
 
 // What is wrong with an object itself, in words.

@@ -22,19 +22,13 @@ void list( JsonWriter &json, const char *name, const List &all, Write write ) {
    json.endList();
 }
 
-void writePlace( JsonWriter &json, const ChipPlace &place ) {
-   json.member( "bus", place.bus ).member( "path", place.path );
-   json.member( "address", int64_t{ place.address } );
-}
-
 ChipPlace placeIn( const Json &json ) {
    return { json.textOf( "bus" ).value_or( "" ), json.textOf( "path" ).value_or( "" ),
             json.unsignedOf( "address" ).value_or( 0 ) };
 }
 
 void write( JsonWriter &json, const ChipReadings &chip ) {
-   json.beginObject();
-   writePlace( json, chip.place );
+   json.beginObject().place( chip.place );
    if ( !chip.through.empty() )
       json.member( "through", chip.through );
    if ( !chip.whyNone.empty() )
@@ -52,8 +46,7 @@ void write( JsonWriter &json, const ChipReadings &chip ) {
 }
 
 void write( JsonWriter &json, const PassedTransfer &transfer ) {
-   json.beginObject();
-   writePlace( json, transfer.place );
+   json.beginObject().place( transfer.place );
    json.member( "age", transfer.age ).member( "operation", transfer.operation );
    if ( !transfer.data.empty() )
       json.member( "data", transfer.data );
@@ -83,8 +76,7 @@ std::string toJson( const Why &why ) {
    json.beginObject().member( "board", why.board ).key( "object" );
    json.beginObject().members( why.object ).endObject();
    list( json, "chips", why.chips, [&]( const ChipPlace &place ) {
-      json.beginObject();
-      writePlace( json, place );
+      json.beginObject().place( place );
       json.endObject();
    } );
    if ( !why.driver.empty() )
@@ -98,8 +90,7 @@ std::string toJson( const Why &why ) {
    } );
    list( json, "causes", why.causes, [&]( const Health::Cause &cause ) { json.cause( cause ); } );
    list( json, "neighbours", why.neighbours, [&]( const ChipNeighbour &chip ) {
-      json.beginObject();
-      writePlace( json, chip.place );
+      json.beginObject().place( chip.place );
       list( json, "objects", chip.objects, [&]( const auto &name ) { json.value( name ); } );
       if ( chip.answers )
          json.member( "answers", *chip.answers );

@@ -294,6 +294,22 @@ TEST_F( ApiTest, TellsWhereTheObjectsAreOnTheBox ) {
               R"({"object":"led","x":8.0,"y":10.0,"width":5.5,"height":5.0}]}]})" );
 }
 
+TEST_F( ApiTest, TellsOnceWhatStaysAsItIs ) {
+   const auto answer = documented( "GET", "/v1/wiring", "", "/v1/wiring" );
+   EXPECT_EQ( answer.status, 200u );
+   EXPECT_EQ( ::schemaFault( answer.body, "wiring" ), "" );
+}
+
+TEST_F( ApiTest, GivesThePageAndItsFiles ) {
+   EXPECT_EQ( documented( "GET", "/", "", "/" ).contentType, "text/html; charset=utf-8" );
+   EXPECT_EQ( documented( "GET", "/panel/panel.css", "", "/panel/{file}" ).contentType,
+              "text/css; charset=utf-8" );
+   EXPECT_EQ( documented( "GET", "/panel/..", "", "/panel/{file}" ).body,
+              R"({"error":"the page has no file \"..\""})" );
+   EXPECT_EQ( ask( "POST", "/" ).allow, "GET" );
+   EXPECT_EQ( ask( "POST", "/panel/panel.css" ).allow, "GET" );
+}
+
 TEST_F( ApiTest, GivesItsOwnDocument ) {
    const auto answer = documented( "GET", "/openapi.json", "", "/openapi.json" );
    rapidjson::Document given;
@@ -440,8 +456,8 @@ TEST_F( ApiTest, RefusesBodiesThatMakeNoSense ) {
 }
 
 TEST_F( ApiTest, NamesWhatIsMissingAndTheMethodOfAPath ) {
-   for ( const char *path : { "/", "/v1", "/v1/objects/", "/v1/objects/x", "/v1/objects/led/x",
-                              "/v1/boards", "/v1/objects/x/action" } )
+   for ( const char *path : { "", "/v1", "/panel", "/panel/x.js", "/v1/objects/", "/v1/objects/x",
+                              "/v1/objects/led/x", "/v1/boards", "/v1/objects/x/action" } )
       EXPECT_EQ( ask( "GET", path ).status, 404u ) << path;
    EXPECT_EQ( ask( "POST", "/v1/board" ).allow, "GET" );
    EXPECT_EQ( ask( "DELETE", "/v1/objects/led" ).status, 405u );
@@ -458,13 +474,15 @@ TEST_F( ApiTest, IsDocumentedPathByPath ) {
          real.replace( place, 6, "led" );
       if ( const auto place = real.find( "{cage}" ); place != std::string::npos )
          real.replace( place, 6, "qsfp2" );
+      if ( const auto place = real.find( "{file}" ); place != std::string::npos )
+         real.replace( place, 6, "main.js" );
       const bool isPost = item.HasMember( "post" );
       const std::string body =
          path == "/v1/acknowledge" ? R"({"cause":"x"})" : R"({"words":["off"]})";
       EXPECT_NE( ask( isPost ? "POST" : "GET", real, body ).status, 404u ) << real;
       EXPECT_EQ( ask( isPost ? "GET" : "POST", real ).status, 405u ) << real;
    }
-   EXPECT_EQ( paths->MemberCount(), 17u );
+   EXPECT_EQ( paths->MemberCount(), 20u );
 }
 
 } // namespace

@@ -15,6 +15,7 @@ const std::vector<Allowance> houseRooms{
    { "history", { "health/" } },
    { "sqlite", {} },
    { "http", { "platform/sockets/" } },
+   { "panel", {} },
    { "metrics", {} },
    { "screen", {} },
    { "simulator", { "boardfiles/", "smbus/" } },
@@ -22,8 +23,8 @@ const std::vector<Allowance> houseRooms{
    { "orbis-smbus", { "smbus/", "commandline/", "boardfiles/", "platform/" } },
    // A program that loads the plug-in must not link the SMBus messages a second time.
    { "host",
-     { "health/", "optics/", "metrics/", "screen/", "history/", "sqlite/", "http/", "commandline/",
-       "boardfiles/", "platform/pl.h", "platform/sockets/", "smbus/BusLoads.h",
+     { "health/", "optics/", "metrics/", "screen/", "history/", "sqlite/", "http/", "panel/",
+       "commandline/", "boardfiles/", "platform/pl.h", "platform/sockets/", "smbus/BusLoads.h",
        "smbus/Control.proto" } },
    { "OrbisGeneric", { "platform/pl.h", "platform/OrbisUtil/", "platform/PlatformLibrary/" } },
 };
@@ -38,6 +39,7 @@ const std::vector<Order> folderOrders{
    { "history", { "." } },
    { "sqlite", { "." } },
    { "http", { "." } },
+   { "panel", { "." } },
    { "metrics", { "." } },
    { "screen", { "." } },
    { "simulator", { "chips", "chips/modules", "bus", "board" } },
