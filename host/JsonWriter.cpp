@@ -24,11 +24,15 @@ void write( JsonWriter &json, const BoardFiles::ValueLimits &limits ) {
    json.endObject();
 }
 
-void write( JsonWriter &json, const Health::ValueHealth &health ) {
-   json.member( "level", nameOf( health.level ) ).member( "since", timeText( health.since ) );
-   json.member( "changes", static_cast<int64_t>( health.changes ) );
+void write( JsonWriter &json, const Health::ValueHealth &health, JsonWriter::Detail detail ) {
+   json.member( "level", nameOf( health.level ) );
+   if ( detail == JsonWriter::Detail::All )
+      json.member( "since", timeText( health.since ) )
+         .member( "changes", static_cast<int64_t>( health.changes ) );
    if ( !health.crossed.empty() )
       json.member( "crossed", health.crossed );
+   if ( detail == JsonWriter::Detail::Lasting )
+      return;
    if ( health.limits )
       write( json, *health.limits );
    const auto extreme = [&json]( const Health::Extreme &what ) {
@@ -82,9 +86,11 @@ JsonWriter &JsonWriter::place( const BoardFiles::ChipPlace &chip ) {
    return member( "address", int64_t{ chip.address } );
 }
 
-JsonWriter &JsonWriter::objectState( const ObjectReport &object ) {
+JsonWriter &JsonWriter::objectState( const ObjectReport &object, Detail detail ) {
    member( "name", object.name ).member( "type", object.type );
-   member( "state", nameOf( object.state ) ).member( "age", toMilliseconds( object.age ) );
+   member( "state", nameOf( object.state ) );
+   if ( detail == Detail::All )
+      member( "age", toMilliseconds( object.age ) );
    fault( object.fault );
    if ( object.health ) {
       member( "level", nameOf( object.health->level ) );
@@ -96,15 +102,17 @@ JsonWriter &JsonWriter::objectState( const ObjectReport &object ) {
    return *this;
 }
 
-JsonWriter &JsonWriter::members( const ObjectReport &object ) {
-   objectState( object );
+JsonWriter &JsonWriter::members( const ObjectReport &object, Detail detail ) {
+   objectState( object, detail );
    key( "values" ).beginList();
    for ( size_t i = 0; i < object.values.size(); ++i ) {
       const ValueReport &value = object.values[i];
-      beginObject().reading( value.reading ).member( "age", toMilliseconds( value.age ) );
+      beginObject().reading( value.reading );
+      if ( detail == Detail::All )
+         member( "age", toMilliseconds( value.age ) );
       fault( value.reading.fault );
       if ( object.health && i < object.health->values.size() )
-         write( *this, object.health->values[i] );
+         write( *this, object.health->values[i], detail );
       endObject();
    }
    return endList();

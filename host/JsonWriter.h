@@ -41,15 +41,18 @@ class JsonWriter {
    // The members "bus", "path" and "address" of a chip.
    JsonWriter &place( const BoardFiles::ChipPlace &chip );
 
+   // What is told of an object and its values: all; or without what changes by itself with each
+   // reading (ages, extremes and the like), and without limits.
+   enum class Detail { All, Lasting };
    // The members "name", "type", "state" and what is wrong with an object.
-   JsonWriter &objectState( const ObjectReport &object );
+   JsonWriter &objectState( const ObjectReport &object, Detail detail = Detail::All );
    // The members of an object of a board.
-   JsonWriter &members( const ObjectReport &object );
+   JsonWriter &members( const ObjectReport &object, Detail detail = Detail::All );
    // The member "time": now, from which all ages count.
    JsonWriter &time();
    // What is wrong with it.
    JsonWriter &cause( const Health::Cause &cause );
-   // A JSON object that is already a text.
+   // A JSON object or list that is already a text.
    JsonWriter &raw( std::string_view json ) {
       writer_.RawValue( json.data(), json.size(), rapidjson::kObjectType );
       return *this;

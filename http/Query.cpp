@@ -49,6 +49,15 @@ std::optional<std::map<std::string, std::string>> parseQuery( std::string_view q
    return values;
 }
 
+std::optional<uint64_t> wholeNumber( std::string_view text ) {
+   uint64_t number = 0;
+   const char *end = text.data() + text.size();
+   const auto result = std::from_chars( text.data(), end, number );
+   if ( text.empty() || result.ec != std::errc() || result.ptr != end )
+      return {};
+   return number;
+}
+
 std::string urlEncoded( std::string_view text ) {
    std::string encoded;
    for ( const char c : text )

@@ -38,6 +38,8 @@ class Server {
    Server &operator=( const Server & ) = delete;
 
    const std::string &name() const { return listener_.name(); }
+   // Whether it is at a Unix socket.
+   bool isLocal() const { return listener_.isLocal(); }
 
  private:
    using Protocol = boost::asio::generic::stream_protocol;

@@ -6,6 +6,8 @@
 #include "host/serve/Events.h"
 #include "host/serve/HealthWatch.h"
 #include "host/serve/LastLoads.h"
+#include "host/serve/LiveBoard.h"
+#include "host/serve/LiveClock.h"
 #include "host/serve/ServerAccounts.h"
 #include "host/serve/StateLog.h"
 #include "host/serve/SystemLog.h"
@@ -78,6 +80,17 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
    };
    // A scrape has to end within 10 ms, also when the server is busy; the text takes 3 ms.
    LastLoads loads( session.loop(), accounts, std::chrono::milliseconds( 5 ) );
+   LiveBoard live(
+      serveName( board.folder ),
+      { .report = report,
+        .level = [&] { return watch.monitor().level(); },
+        .causes = [&] { return watch.monitor().causes(); },
+        .fault = [&] { return session.plugInFault(); },
+        .events = [&]( const Journal::Query &query ) { return events.events( query ); },
+        .lastEvent = [&] { return events.lastId(); },
+        .askLoads = [&]( auto answer ) { accounts.askLoads( std::move( answer ) ); },
+        .canAct = !options.httpControl.empty() } );
+   LiveClock liveClock( session.loop(), std::chrono::seconds( 1 ), [&] { return live.tick(); } );
    std::map<unsigned, uint64_t> answers; // to HTTP requests, by their status code
    const Api api(
       board, serveName( board.folder ),
@@ -124,6 +137,11 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
                                       format ) );
               } );
            },
+        .live =
+           [&] {
+              liveClock.start();
+              return liveStreamOf( live );
+           },
         .fault = [&] { return session.plugInFault(); },
         .events = &events,
         .history = &history } );
@@ -141,6 +159,9 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
       names.push_back( server->name() );
    spdlog::info( "serving {} with {} objects at {}", board.folder, board.objects.size(),
                  fmt::join( names, " and " ) );
+   for ( const auto &server : servers )
+      if ( !server->isLocal() )
+         spdlog::info( "the front panel is at http://{}/", server->name() );
    session.onUpdate(
       [&] {
          const BoardReport now = session.report();

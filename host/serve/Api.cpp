@@ -80,6 +80,8 @@ const Api::Route Api::routes[] = {
    { "/v1/events", "GET", &Api::giveEvents },
    { "/v1/health", "GET", &Api::giveHealth },
    { "/v1/history", "GET", &Api::giveHistory },
+   { "/v1/live", "GET", &Api::giveLive },
+
    { "/v1/modules", "GET", &Api::giveModules },
    { modulesPath, "GET", &Api::giveModule },
    { "/v1/objects", "GET", &Api::giveObjects },
@@ -180,6 +182,10 @@ void Api::giveBusses( const Http::Request &, const Http::Reply &reply ) const {
       reply( error.empty() ? Http::Response{ .body = std::move( json ) }
                            : errorResponse( Status::unavailable, error ) );
    } );
+}
+
+void Api::giveLive( const Http::Request &, const Http::Reply &reply ) const {
+   reply( { .stream = source_.live() } );
 }
 
 void Api::giveMetrics( const Http::Request &request, const Http::Reply &reply ) const {

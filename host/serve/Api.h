@@ -37,6 +37,7 @@ class Api {
       std::function<void( std::function<void( std::string json, std::string error )> )> busses{};
       // Calls back with the metrics in this format, soon.
       std::function<void( Metrics::Format, std::function<void( std::string text )> )> metrics{};
+      std::function<std::shared_ptr<Http::Stream>()> live{}; // for one page
       std::function<std::string()> fault{}; // why the board isn't read; empty: it is
       Events *events = nullptr;             // outlives the Api, as the next
       const History::Store *history = nullptr;
@@ -68,6 +69,7 @@ class Api {
    void giveTopology( const Http::Request &, const Http::Reply &reply ) const;
    void giveWiring( const Http::Request &, const Http::Reply &reply ) const;
    void giveBusses( const Http::Request &, const Http::Reply &reply ) const;
+   void giveLive( const Http::Request &, const Http::Reply &reply ) const;
    void giveMetrics( const Http::Request &request, const Http::Reply &reply ) const;
    void giveHistory( const Http::Request &request, const Http::Reply &reply ) const;
    void giveEvents( const Http::Request &request, const Http::Reply &reply ) const;

@@ -9,7 +9,6 @@
 #include "http/Query.h"
 
 #include <algorithm>
-#include <charconv>
 #include <fmt/format.h>
 
 namespace Host {
@@ -19,15 +18,6 @@ using Http::errorResponse;
 namespace Status = Http::Status;
 
 constexpr size_t usualLimit = 1000;
-
-std::optional<uint64_t> wholeNumber( const std::string &text ) {
-   uint64_t number = 0;
-   const char *end = text.data() + text.size();
-   const auto result = std::from_chars( text.data(), end, number );
-   if ( text.empty() || result.ec != std::errc() || result.ptr != end )
-      return {};
-   return number;
-}
 
 // What a query asks the journal for; or an error text.
 class EventsQuery {
@@ -78,7 +68,7 @@ class EventsQuery {
          error = fmt::format( "the board has no object \"{}\"", value );
    }
    void takeLimit( const std::string &value ) {
-      const auto limit = wholeNumber( value );
+      const auto limit = Http::wholeNumber( value );
       if ( !limit || *limit < 1 || *limit > Journal::usualCapacity )
          error = fmt::format( "limit is \"{}\"; it must be from 1 to {}", value,
                               Journal::usualCapacity );
@@ -88,7 +78,7 @@ class EventsQuery {
 
 Http::Response startOfStream( const Http::Request &request, EventsQuery query, Events &events ) {
    if ( !request.lastEventId.empty() ) {
-      const auto last = wholeNumber( request.lastEventId );
+      const auto last = Http::wholeNumber( request.lastEventId );
       if ( !last )
          return errorResponse(
             Status::badRequest,

@@ -66,6 +66,11 @@ class ApiTest : public ::testing::Test {
       return document.Accept( validator ) ? "" : validator.GetInvalidSchemaKeyword();
    }
 
+   struct NoStream : Http::Stream {
+      void start( std::function<void()> ) override {}
+      std::string next() override { return ""; }
+   };
+
    const TestSupport::PrivateFolder folder_;
    const BoardFiles::Board board_{ .topology = "[ 5 ]",
                                    .objects = { { .kind = BoardFiles::Kind::Led, .name = "led" },
@@ -105,6 +110,7 @@ class ApiTest : public ::testing::Test {
                         []( Metrics::Format format, const auto &answer ) {
                            answer( format == Metrics::Format::Text ? "text\n" : "# EOF\n" );
                         },
+                     .live = [] { return std::make_shared<NoStream>(); },
                      .fault = [this] { return fault_; },
                      .events = &events_,
                      .history = &history_ } };
@@ -300,6 +306,11 @@ TEST_F( ApiTest, TellsOnceWhatStaysAsItIs ) {
    EXPECT_EQ( ::schemaFault( answer.body, "wiring" ), "" );
 }
 
+TEST_F( ApiTest, AStreamTellsAPageWhatIsNew ) {
+   EXPECT_NE( ask( "GET", "/v1/live" ).stream, nullptr );
+   EXPECT_EQ( ask( "POST", "/v1/live" ).allow, "GET" );
+}
+
 TEST_F( ApiTest, GivesThePageAndItsFiles ) {
    EXPECT_EQ( documented( "GET", "/", "", "/" ).contentType, "text/html; charset=utf-8" );
    EXPECT_EQ( documented( "GET", "/panel/panel.css", "", "/panel/{file}" ).contentType,
@@ -482,7 +493,7 @@ TEST_F( ApiTest, IsDocumentedPathByPath ) {
       EXPECT_NE( ask( isPost ? "POST" : "GET", real, body ).status, 404u ) << real;
       EXPECT_EQ( ask( isPost ? "GET" : "POST", real ).status, 405u ) << real;
    }
-   EXPECT_EQ( paths->MemberCount(), 20u );
+   EXPECT_EQ( paths->MemberCount(), 21u );
 }
 
 } // namespace

@@ -12,6 +12,10 @@ bool isSource( const std::string &path ) {
    return path.ends_with( ".h" ) || path.ends_with( ".cpp" ) || path.ends_with( ".proto" );
 }
 
+bool isOfAPage( const std::string &path ) {
+   return path.ends_with( ".js" ) || path.ends_with( ".css" ) || path.ends_with( ".html" );
+}
+
 std::string textOf( const std::filesystem::path &path ) {
    std::ostringstream text;
    text << std::ifstream( path ).rdbuf();
@@ -86,7 +90,7 @@ SourceTree SourceTree::read( const std::filesystem::path &root ) {
       if ( each->is_directory() ) {
          if ( isSkipped( path ) )
             each.disable_recursion_pending();
-      } else if ( isSource( path ) || path.filename() == "CMakeLists.txt" ) {
+      } else if ( isSource( path ) || isOfAPage( path ) || path.filename() == "CMakeLists.txt" ) {
          texts[path.lexically_relative( root )] = textOf( path );
       }
    }

@@ -32,5 +32,12 @@ TEST( QueryTest, WhatIsEncodedIsDecoded ) {
    EXPECT_EQ( Http::parseQuery( "a=" + Http::urlEncoded( all ) ).value().at( "a" ), all );
 }
 
+TEST( QueryTest, OnlyDigitsAreAWholeNumber ) {
+   EXPECT_EQ( wholeNumber( "0" ), 0u );
+   EXPECT_EQ( wholeNumber( "18446744073709551615" ), UINT64_MAX );
+   for ( const char *wrong : { "", "-1", "+1", " 1", "1 ", "1x", "18446744073709551616" } )
+      EXPECT_EQ( wholeNumber( wrong ), std::nullopt ) << wrong;
+}
+
 } // namespace
 } // namespace Http

@@ -1,13 +1,12 @@
-#include "host/Times.h"
+#include "health/Times.h"
 
 #include <cstdlib>
 #include <ctime>
 #include <gmock/gmock.h>
 
-namespace Host {
+namespace Health {
 namespace {
 
-using Health::WallTime;
 using namespace std::chrono_literals;
 
 // In a place with winter and summer time.
@@ -72,4 +71,4 @@ TEST_F( TimesTest, AnythingElseIsRefused ) {
 }
 
 } // namespace
-} // namespace Host
+} // namespace Health

@@ -1,14 +1,13 @@
-#include "host/Times.h"
+#include "health/Times.h"
 
 #include <array>
 #include <charconv>
 #include <ctime>
 #include <fmt/format.h>
 
-namespace Host {
+namespace Health {
 namespace {
 
-using Health::WallTime;
 using namespace std::chrono;
 
 // Parses the whole text as strptime does. The fields that the format does not have stay.
@@ -122,4 +121,4 @@ std::optional<Since> sinceOf( std::string_view text, WallTime now ) {
    return {};
 }
 
-} // namespace Host
+} // namespace Health
