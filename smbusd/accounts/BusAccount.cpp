@@ -11,9 +11,13 @@ namespace Smbusd {
 
 namespace {
 
+// A process may give itself any name, and the system cuts a long one, also in the middle of a
+// character. A message with such a byte can't be read at all, so that nobody could ask any more.
 std::string programOf( pid_t process ) {
    std::string name;
    std::getline( std::ifstream( fmt::format( "/proc/{}/comm", process ) ), name );
+   std::replace_if(
+      name.begin(), name.end(), []( char c ) { return c < ' ' || c > '~'; }, '?' );
    return name;
 }
 

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <functional>
@@ -244,6 +245,18 @@ TEST_F( BusAccountTest, CountsForEachClient ) {
    EXPECT_EQ( clients[1].process, getpid() );
    EXPECT_EQ( clients[1].totals.busy, 1ms );
    EXPECT_NE( clients[1].program, "" );
+}
+
+// A program may give itself any name; who asks for the loads must be able to read the answer.
+TEST_F( BusAccountTest, AProgramsNameIsPlainText ) {
+   ::prctl( PR_SET_NAME, "a\xFF\x1B[31mb" );
+   run( { -1, 1000, ::getpid() }, read( 0x48, 0, 2 ) );
+   ::prctl( PR_SET_NAME, "smbusd_tests" );
+   EXPECT_EQ( account.figures().clients.at( 0 ).program, "a??[31mb" );
+   SmbusControl::Request request;
+   request.set_load( true );
+   SmbusControl::Response heard;
+   EXPECT_TRUE( heard.ParseFromString( report( request, { &account }, 1s ).SerializeAsString() ) );
 }
 
 TEST_F( BusAccountTest, ClientsThatEndedLongAgoAreCountedTogether ) {
