@@ -148,8 +148,8 @@ void addModule( CLI::App &app, Options &options ) {
 // Where serve listens besides its Unix socket.
 void addHttp( CLI::App &serve, Options &options ) {
    serve.add_option( "--http", options.http,
-                     "ADDRESS:PORT: answer there, too, as 127.0.0.1:8080; only for this machine, "
-                     "and only reading" );
+                     "ADDRESS:PORT: answer there, too, as 127.0.0.1:8080, where a browser finds a "
+                     "page; only for this machine, and only reading" );
    serve.add_flag( "--http-any-address", options.httpAnyAddress,
                    "That address may be reached from other machines; nothing is encrypted" );
    serve.add_option( "--http-control", options.httpControl,
