@@ -111,7 +111,7 @@ TEST_F( StubTest, TheServerWaitsOnceForAReading ) {
    for ( int i = 0; i < 1000; ++i )
       ASSERT_EQ( ours->ops->get_temperature( ours, &degrees ), PL_STATUS_OK );
    EXPECT_EQ( degrees, 24.5f );
-   EXPECT_LT( waitsOf( server->pid() ) - before, 1100u ); // some are of its timers
+   EXPECT_LT( waitsOf( server->pid() ) - before, 1500u ); // two each would be 2000
 }
 
 // The kernel rounds down to its unit: a thousandth or a millionth.
