@@ -8,20 +8,20 @@ namespace {
 
 TEST( LiveClockTest, GoesUntilItIsNotWantedAnyMoreAndAgainWhenItIs ) {
    boost::asio::io_context loop{ 1 };
-   int left = 3, calls = 0;
+   int left = 3, ticks = 0;
    LiveClock clock( loop, std::chrono::milliseconds( 1 ), [&] {
-      ++calls;
+      ++ticks;
       return --left > 0;
    } );
    clock.start();
    clock.start(); // it goes already
    loop.run();    // ends, since nothing waits any more
-   EXPECT_EQ( calls, 3 );
+   EXPECT_EQ( ticks, 3 );
    left = 2;
    loop.restart();
    clock.start();
    loop.run();
-   EXPECT_EQ( calls, 5 );
+   EXPECT_EQ( ticks, 5 );
 }
 
 } // namespace
