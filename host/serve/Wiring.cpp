@@ -1,8 +1,10 @@
 #include "host/serve/Wiring.h"
 
 #include "host/JsonWriter.h"
+#include "host/plugin/Action.h"
 
 #include <algorithm>
+#include <set>
 
 namespace Host {
 
@@ -41,7 +43,16 @@ std::string wiringJson( std::string_view name, const Board &board ) {
          json.beginObject().place( chip ).endObject();
       json.endList().endObject();
    }
-   return json.endList().endObject().text();
+   json.endList().key( "actions" ).beginObject();
+   std::set<BoardFiles::Kind> kinds;
+   for ( const ObjectDescription &object : board.objects )
+      if ( kinds.insert( object.kind ).second ) {
+         json.key( nameOf( object.kind ) ).beginList();
+         for ( const std::string &usage : usageOf( object.kind ) )
+            json.value( usage );
+         json.endList();
+      }
+   return json.endObject().endObject().text();
 }
 
 } // namespace Host

@@ -23,7 +23,8 @@ TEST( WiringTest, TellsWhatEachObjectIsAndWhere ) {
               R"({"name":"fan","type":"fan","driver":"Pmbus","on":["psu","slot"],)"
               R"("chips":[{"bus":"scd(4):1:2","path":"0x70=1","address":88}]},)"
               R"({"name":"psu","type":"psu","driver":"Pmbus","did":21,"on":["slot"],"chips":[]},)"
-              R"({"name":"slot","type":"slot","on":[],"chips":[]}]})" );
+              R"({"name":"slot","type":"slot","on":[],"chips":[]}],)"
+              R"("actions":{"fan":["RPM"],"psu":[],"slot":[]}})" );
    EXPECT_EQ( schemaFault( json, "wiring" ), "" );
 }
 
