@@ -18,7 +18,7 @@ export class Box {
    side( side ) {
       const badges = svg( 'g', { class: 'badges', 'aria-hidden': 'true' } );
       const drawing = svg( 'svg', { 'data-side': side.name, viewBox: `-1 -1 ${ side.width + 2 } ${ side.height + 2 }`,
-         role: 'group', 'aria-label': `${ titles[ side.name ] ?? side.name }: arrow keys go from place to place` },
+         preserveAspectRatio: 'xMidYMin meet', role: 'group', 'aria-label': `${ titles[ side.name ] ?? side.name }: arrow keys go from place to place` },
          svg( 'rect', { class: 'outline', x: 0, y: 0, width: side.width, height: side.height, rx: 2 } ) );
       // What is within another place is drawn after it.
       const places = [ ...side.places ].sort( ( one, other ) => other.width * other.height - one.width * one.height );

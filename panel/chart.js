@@ -75,8 +75,8 @@ export function historyOf( value, recorded, events, from, to ) {
    const width = 360, height = 90, left = 44, bottom = 14;
    const limits = limitsOf( value );
    const seen = known.flatMap( ( [ , low, high ] ) => [ low, high ] );
-   const { low, high } = rangeOf( [ ...seen, ...limits.map( limit => limit.at )
-      .filter( at => isNear( at, Math.min( ...seen ), Math.max( ...seen ) ) ) ] );
+   const { low, high } = rangeOf( [ ...seen, ...limits.filter( limit => isNear( limit.at, Math.min( ...seen ), Math.max( ...seen ) )
+      || isCrossed( value, limit ) ).map( limit => limit.at ) ] );
    const x = time => left + ( time - from ) / ( to - from ) * ( width - left );
    const y = number => ( high - number ) / ( high - low ) * ( height - bottom );
    const point = ( time, number ) => `${ x( time ).toFixed( 1 ) } ${ y( number ).toFixed( 1 ) }`;
@@ -106,3 +106,4 @@ const isNear = ( limit, low, high ) => {
    const room = Math.max( high - low, Math.abs( high ) * 0.5 );
    return limit >= low - room && limit <= high + room;
 };
+const isCrossed = ( value, limit ) => limit.kind.startsWith( 'low' ) ? value.value < limit.at : value.value > limit.at;
