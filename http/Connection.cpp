@@ -1,5 +1,6 @@
 #include "http/Connection.h"
 
+#include "http/Query.h"
 #include "http/StreamSender.h"
 
 #include <boost/asio/steady_timer.hpp>
@@ -27,6 +28,15 @@ std::optional<Response> errorOf( const error_code &failure ) {
         failure != http::error::end_of_stream && failure != http::error::partial_message )
       return errorResponse( Status::badRequest, failure.message() );
    return {};
+}
+
+// "http://host/path" is "/path", as a server must take it, too (RFC 9112, 3.2.2).
+std::string originForm( std::string target ) {
+   constexpr std::string_view scheme = "http://";
+   if ( !target.starts_with( scheme ) )
+      return target;
+   const size_t slash = target.find( '/', scheme.size() );
+   return slash == target.npos ? "/" : target.substr( slash );
 }
 
 class Connection : public std::enable_shared_from_this<Connection> {
@@ -84,10 +94,16 @@ class Connection : public std::enable_shared_from_this<Connection> {
             self->reply( number,
                          errorResponse( Status::timedOut, "the object did not answer in time" ) );
       } );
-      const std::string target( request.target() );
+      const std::string target = originForm( std::string( request.target() ) );
       const size_t question = std::min( target.find( '?' ), target.size() );
+      const auto path = parsePath( target.substr( 0, question ) );
+      if ( !path )
+         return reply( number,
+                       errorResponse( Status::badRequest,
+                                      "the path is not valid: behind each % two hexadecimal digits "
+                                      "are needed" ) );
       ( *service_.handler )( { .method = method,
-                               .path = target.substr( 0, question ),
+                               .path = *path,
                                .body = request.body(),
                                .query = target.substr( std::min( question + 1, target.size() ) ),
                                .accept = header( "Accept" ),

@@ -11,11 +11,13 @@ bool isPlain( char c ) {
           c == '-' || c == '.' || c == '_' || c == '~';
 }
 
-std::optional<std::string> decoded( std::string_view text ) {
+enum class Plus { IsItself, IsSpace }; // the latter only in a query
+
+std::optional<std::string> decoded( std::string_view text, Plus plus ) {
    std::string plain;
    for ( size_t i = 0; i < text.size(); ++i ) {
       if ( text[i] != '%' ) {
-         plain += text[i] == '+' ? ' ' : text[i];
+         plain += text[i] == '+' && plus == Plus::IsSpace ? ' ' : text[i];
          continue;
       }
       const std::string_view digits = text.substr( i + 1, 2 );
@@ -40,8 +42,9 @@ std::optional<std::map<std::string, std::string>> parseQuery( std::string_view q
       if ( part.empty() )
          continue;
       const size_t equals = std::min( part.find( '=' ), part.size() );
-      const auto name = decoded( part.substr( 0, equals ) );
-      const auto value = decoded( part.substr( std::min( equals + 1, part.size() ) ) );
+      const auto name = decoded( part.substr( 0, equals ), Plus::IsSpace );
+      const auto value =
+         decoded( part.substr( std::min( equals + 1, part.size() ) ), Plus::IsSpace );
       if ( !name || !value )
          return {};
       values.insert_or_assign( *name, *value );
@@ -56,6 +59,10 @@ std::optional<uint64_t> wholeNumber( std::string_view text ) {
    if ( text.empty() || result.ec != std::errc() || result.ptr != end )
       return {};
    return number;
+}
+
+std::optional<std::string> parsePath( std::string_view path ) {
+   return decoded( path, Plus::IsItself );
 }
 
 std::string urlEncoded( std::string_view text ) {

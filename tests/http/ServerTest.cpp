@@ -12,6 +12,7 @@ namespace Http {
 namespace {
 
 using boost::asio::ip::tcp;
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
@@ -64,6 +65,17 @@ TEST_F( TcpServerTest, AnswersWithTheHeadersThatKeepAnswersApart ) {
    EXPECT_EQ( asked_.path, "/a/b" );
    EXPECT_EQ( asked_.query, "c=d" );
    EXPECT_EQ( asked_.accept, "text/csv" );
+}
+
+TEST_F( TcpServerTest, APathIsDecodedAndMayHaveTheHostBeforeIt ) {
+   serve();
+   say( "GET /v1/objects/fan%201+%C3%A9?a=%20 HTTP/1.1\r\nHost: localhost" );
+   EXPECT_EQ( asked_.path, "/v1/objects/fan 1+\xc3\xa9" );
+   EXPECT_EQ( asked_.query, "a=%20" );
+   say( "GET http://localhost:80/a?b HTTP/1.1\r\nHost: localhost" );
+   EXPECT_EQ( asked_.path, "/a" );
+   EXPECT_THAT( say( "GET /a%2 HTTP/1.1\r\nHost: localhost" ),
+                AllOf( StartsWith( "HTTP/1.1 400 " ), HasSubstr( "the path is not valid" ) ) );
 }
 
 TEST_F( TcpServerTest, AHeadIsAGetWithoutABody ) {
