@@ -3,6 +3,7 @@
 #include "host/commands/Commands.h"
 
 #include <algorithm>
+#include <boost/asio/post.hpp>
 #include <csignal>
 #include <spdlog/spdlog.h>
 
@@ -47,6 +48,17 @@ void CommandSession::leaveServe() {
    spdlog::warn( "the serve at {} has ended", serve_->socket().string() );
    serve_.reset();
    bringUp();
+}
+
+bool CommandSession::returnToServe() {
+   serve_ = Client::ofBoard( board_.folder );
+   if ( !serve_ )
+      return false;
+   spdlog::info( "asks the serve at {} again", serve_->socket().string() );
+   hadRound_ = false;
+   // The session may be what calls this.
+   boost::asio::post( loop_, [this] { session_.reset(); } );
+   return true;
 }
 
 BoardReport CommandSession::report() {

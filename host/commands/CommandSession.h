@@ -53,6 +53,8 @@ class CommandSession {
    const Client *serve() const { return serve_ ? &*serve_ : nullptr; }
    // The serve is gone: brings the board up itself.
    void leaveServe();
+   // A serve runs again: asks that from now on. Whether there is one.
+   bool returnToServe();
    // Has an object do something. Only with Source::Own.
    void ask( size_t object, const Action &action, Supervisor::Answer answer ) {
       session_->ask( object, action, std::move( answer ) );

@@ -14,7 +14,7 @@ namespace Host {
 namespace {
 
 // A service that is started anew is back sooner.
-constexpr std::chrono::seconds patience( 10 );
+constexpr unsigned periodsOfPatience = 10;
 // Modules are read less often than the rest.
 constexpr unsigned roundsOfModules = 5;
 
@@ -42,6 +42,7 @@ NumbersByValue readHistory( const std::string &text ) {
 WatchSource::WatchSource( const BoardFiles::Board &board, const Options &options,
                           CommandSession &session, std::function<void()> news )
    : board_( board ), session_( session ), news_( std::move( news ) ),
+     patience_( fromSeconds( periodsOfPatience * options.period ) ),
      accounts_( session.loop(), serverSocket( board.server ) ),
      health_( board, accounts_, std::max( 3.0, 3 * options.period ), []( const auto & ) {} ),
      at_( Clock::now() ) {
@@ -51,7 +52,7 @@ WatchSource::WatchSource( const BoardFiles::Board &board, const Options &options
 }
 
 void WatchSource::refresh( const std::string &object ) {
-   if ( session_.serve() )
+   if ( session_.serve() || ( !serve_.empty() && session_.returnToServe() ) )
       askServe( object );
    else
       look( object );
@@ -60,7 +61,7 @@ void WatchSource::refresh( const std::string &object ) {
 void WatchSource::askServe( const std::string &object ) {
    if ( open_ > 0 )
       return;
-   if ( !isWhole_ && Clock::now() - at_ > patience && Sockets::tryToConnect( serve_ ) != 0 ) {
+   if ( !isWhole_ && Clock::now() - at_ > patience_ && Sockets::tryToConnect( serve_ ) != 0 ) {
       session_.leaveServe();
       return;
    }

@@ -36,6 +36,7 @@ class WatchSource {
    const BoardFiles::Board &board_;
    CommandSession &session_;
    const std::function<void()> news_;
+   const Clock::duration patience_; // with a serve that doesn't answer
    const ServerAccounts accounts_;
    HealthWatch health_;
    Snapshot known_{};

@@ -175,6 +175,20 @@ TEST_F( WatchScreenTest, SaysThatServeIsGoneAndHowOldAllIsAndGoesOnWhenItIsBack 
    watch.waitFor( "OK: all 174" );
 }
 
+TEST_F( WatchScreenTest, BringsTheBoardUpItselfAndLeavesItToTheNextServe ) {
+   DrawnProgram watch( command(), {} );
+   watch.waitFor( "OK: all 174" );
+   serve->signal( SIGTERM );
+   serve->wait();
+   watch.waitFor( "has ended: this command reads" );
+   watch.waitFor( "OK: all 116" ); // without the modules
+   const auto again = board.serve( { "--period", "0.2" } );
+   watch.waitUntilGone( "has ended" );
+   watch.waitFor( "OK: all 174" );
+   watch.type( "q" );
+   EXPECT_EQ( watch.wait(), 0 );
+}
+
 TEST_F( WatchScreenTest, ShowsAt80ColumnsWithNothingCut ) {
    board.smbus( { "sim", "nack", "temp-rear" } );
    for ( int i = 0; i < 200 && board.host( { "show" } ).exitCode == 0; ++i ) {
