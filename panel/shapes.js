@@ -142,7 +142,8 @@ const thermometer = {
    update( group, place, board ) {
       const value = board.value( place.object, 'temperature' );
       const words = value ? valueInWords( value ) : '';
-      setText( group.querySelector( '.degrees' ), typeof value?.value === 'number' ? words : words === 'absent' || !words ? '–' : '?' );
+      setText( group.querySelector( '.degrees' ), typeof value?.value === 'number' ? words
+         : standingOf( board.objects.get( place.object ) ?? {} ) === 'absent' ? '–' : '?' );
       setText( group.querySelector( '.label' ), place.object );
       return words;
    },
