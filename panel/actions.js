@@ -20,7 +20,8 @@ export function actionsOf( object, usages, control, acting, done ) {
    const input = element( 'input', { id: 'act-rest', autocomplete: 'off', spellcheck: 'false', required: true } );
    const rest = element( 'label', { for: 'act-rest' } );
    const result = element( 'p', { role: 'status', class: 'result' } );
-   const form = element( 'form', { class: 'act' }, element( 'label', { for: 'act-words' }, 'Action' ), ' ', select, ' ', rest, ' ', input, ' ',
+   const isOnlyOne = lines.length === 1 && lines[ 0 ].every( isWanted );
+   const form = element( 'form', { class: 'act' }, ...isOnlyOne ? [] : [ element( 'label', { for: 'act-words' }, 'Action' ), ' ', select ], ' ', rest, ' ', input, ' ',
       element( 'button', {}, 'Do it' ), result );
    const choose = () => {
       const wanted = lines[ select.value ].filter( isWanted ).join( ' ' );

@@ -76,6 +76,7 @@ export class Box {
 
    update( selected ) {
       const { board } = this;
+      const current = board.placeOf( selected );
       const badges = new Map();
       for ( const [ name, place ] of this.places ) {
          const object = board.objects.get( name );
@@ -83,7 +84,7 @@ export class Box {
          const marks = board.marksAt( name ), level = board.levelAt( name );
          const standing = object ? standingOf( object ) : 'not known yet';
          set( place.group, { 'data-level': level, 'data-state': object?.state, 'data-standing': standing,
-            'data-marks': marks.join( ' ' ) || null, 'aria-current': name === selected ? 'true' : null,
+            'data-marks': marks.join( ' ' ) || null, 'aria-current': name === current ? 'true' : null,
             'aria-label': `${ name }: ${ [ standing === 'ok' && level !== 'ok' ? level : standing, words,
                marks.length ? `cause ${ marks.join( ' and ' ) }` : '' ].filter( word => word ).join( ', ' ) }` } );
          if ( marks.length )
