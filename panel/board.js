@@ -24,6 +24,11 @@ export class Board {
       this.events = [];
    }
 
+   // Whether a message that tells all is of another board, or of this one with other files.
+   isOther( message ) {
+      return message.board !== this.name || message.objects.map( object => object.name ).join() !== this.names.join();
+   }
+
    // Takes a message of the stream. Returns the names of the objects that changed.
    take( kind, message ) {
       this.received = performance.now();

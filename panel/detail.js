@@ -20,6 +20,15 @@ async function get( path ) {
    return json;
 }
 
+// What a person has typed need not be right.
+function decoded( text ) {
+   try {
+      return decodeURIComponent( text );
+   } catch {
+      return text;
+   }
+}
+
 export class Detail {
    constructor( section, board, acting ) {
       Object.assign( this, { section, board, acting } );
@@ -35,7 +44,7 @@ export class Detail {
       clearTimeout( this.soon );
       clearTimeout( this.later );
       this.kind = kind;
-      this.name = name && decodeURIComponent( name );
+      this.name = name && decoded( name );
       this.value = null;
       this.section.hidden = !this.name;
       this.section.replaceChildren();

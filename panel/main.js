@@ -52,6 +52,8 @@ class Page {
    }
 
    told( kind, message ) {
+      if ( kind === 'all' && this.board.isOther( message ) )
+         return location.reload();
       const isFirst = !this.board.time;
       this.board.take( kind, message );
       this.update();
