@@ -14,7 +14,7 @@ using namespace std::chrono;
 bool parse( std::string_view text, const char *format, tm &fields ) {
    const std::string copy( text );
    const char *end = ::strptime( copy.c_str(), format, &fields );
-   return end && *end == '\0';
+   return end && end == copy.c_str() + copy.size();
 }
 
 WallTime fromLocal( tm fields ) {

@@ -27,8 +27,8 @@ class HistoryQuery {
 
    HistoryQuery( const Http::Request &request, const BoardFiles::Board &board,
                  Health::WallTime now )
-      : since( now - hours( 1 ) ), isCsv( request.accept == "text/csv" ), board_( board ),
-        now_( now ) {
+      : since( now - hours( 1 ) ), isCsv( request.accept.starts_with( "text/csv" ) ),
+        board_( board ), now_( now ) {
       const auto values = Http::parseQuery( request.query );
       if ( !values ) {
          error = "the query is not valid: behind each % two hexadecimal digits are needed";

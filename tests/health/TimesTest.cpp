@@ -68,6 +68,7 @@ TEST_F( TimesTest, AnythingElseIsRefused ) {
    for ( const char *wrong : { "", "s", "-5m", "5 m", "5w", "99999999999999999999s", "yesterday",
                                "13:00x", "2026-13-01 00:00", "25:00" } )
       EXPECT_FALSE( since( wrong ) ) << wrong;
+   EXPECT_FALSE( since( std::string_view( "13:00\0x", 7 ) ) ); // as a query can have it
 }
 
 } // namespace

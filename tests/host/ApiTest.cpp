@@ -3,6 +3,7 @@
 
 #include "PrivateFolder.h"
 #include "host/serve/Events.h"
+#include "host/serve/HistoryApi.h"
 #include "host/serve/WhyJson.h"
 #include "support/StateSchema.h"
 
@@ -382,6 +383,10 @@ TEST_F( HistoryApiTest, GivesTheSameForATable ) {
               "time,value,unit,number\nT,output_voltage,V,12.02\nT,output_voltage,V,\n" );
    EXPECT_EQ( withoutTimes( of( "object=psu&format=csv&step=minute" ) ),
               "time,value,unit,lowest,highest\nT,output_voltage,V,12.02,12.02\n" );
+   for ( const char *accept : { "text/csv", "text/csv, */*;q=0.1" } )
+      EXPECT_EQ(
+         answerHistory( { .query = "object=psu", .accept = accept }, board_, history_ ).contentType,
+         "text/csv; charset=utf-8" );
 }
 
 TEST_F( HistoryApiTest, SaysWhatIsWrongInItsQuery ) {
