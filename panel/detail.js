@@ -91,7 +91,8 @@ export class Detail {
       if ( !object )
          return;
       const standing = standingOf( object ), age = this.board.ageOf( this.name );
-      setText( this.parts.state, `${ object.type }, ${ standing }, read ${ inWords( age ) }${ Number.isFinite( age ) ? ' ago' : '' }${ object.fault ? `: ${ object.fault }` : '' }` );
+      const read = Number.isFinite( age ) ? `, read ${ inWords( age ) } ago` : object.state === 'ok' ? '' : ', never read';
+      setText( this.parts.state, `${ object.type }, ${ standing }${ read }${ object.fault ? `: ${ object.fault }` : '' }` );
       this.parts.state.dataset.level = object.level;
       const causes = this.board.causes.filter( cause => cause.cause === object.cause || cause.object === this.name || cause.explains.includes( this.name ) );
       keep( this.parts.causes, causes, cause => cause.cause, cause => element( 'p', { class: 'fault', 'data-level': cause.level }, `${ markOf( cause.level ) } ${ cause.cause }: ${ cause.words }` ) );
@@ -99,7 +100,8 @@ export class Detail {
          const value = object.values.find( one => one.name === row.dataset.value );
          if ( value ) {
             setText( row.querySelector( '.value' ), valueInWords( value ) );
-            setText( row.querySelector( '.age' ), inWords( age ) );
+            if ( Number.isFinite( age ) )
+               setText( row.querySelector( '.age' ), inWords( age ) );
          }
       }
    }
