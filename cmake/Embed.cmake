@@ -1,5 +1,7 @@
-# orbis_embed( TARGET NAMESPACE VARIABLE FILE... ): files become a part of the target, as a header declares:
-# extern const std::span<const std::pair<std::string_view, std::string_view>> VARIABLE, of their names and texts.
+# orbis_embed( TARGET NAMESPACE VARIABLE FILE ): a text becomes a part of the target, as a header declares:
+# extern const std::string_view VARIABLE.
+# orbis_embed( TARGET NAMESPACE VARIABLE FILE... ): the same of several, with their names:
+# extern const std::span<const std::pair<std::string_view, std::string_view>> VARIABLE.
 function( orbis_embed target namespace variable )
    set( source ${CMAKE_CURRENT_BINARY_DIR}/${variable}.cpp )
    set( script ${PROJECT_SOURCE_DIR}/cmake/WriteEmbedded.cmake )

@@ -3,10 +3,10 @@
 set( source ${CMAKE_ARGV3} )
 set( namespace ${CMAKE_ARGV4} )
 set( variable ${CMAKE_ARGV5} )
-set( text "#include <span>\n#include <string_view>\n#include <utility>\n\n" )
-string( APPEND text "namespace ${namespace} {\n"
-   "using namespace std::literals;\n"
-   "static constexpr std::pair<std::string_view, std::string_view> files[] = {\n" )
+set( type "const std::string_view" )
+if( CMAKE_ARGC GREATER 7 )
+   set( type "const std::span<const std::pair<std::string_view, std::string_view>>" )
+endif()
 math( EXPR last "${CMAKE_ARGC} - 1" )
 foreach( i RANGE 6 ${last} )
    set( file ${CMAKE_ARGV${i}} )
@@ -16,10 +16,15 @@ foreach( i RANGE 6 ${last} )
       message( FATAL_ERROR "${file} has the characters )embedded\", which end a text that is embedded" )
    endif()
    get_filename_component( name ${file} NAME )
-   string( APPEND text "{ \"${name}\"sv, R\"embedded(${content})embedded\"sv },\n" )
+   set( one "R\"embedded(${content})embedded\"sv" )
+   string( APPEND all "{ \"${name}\"sv, ${one} },\n" )
 endforeach()
-string( APPEND text "};\n"
-   "extern const std::span<const std::pair<std::string_view, std::string_view>> ${variable};\n"
-   "const std::span<const std::pair<std::string_view, std::string_view>> ${variable}( files );\n"
+set( text "#include <span>\n#include <string_view>\n#include <utility>\n\nusing namespace std::literals;\n" )
+if( CMAKE_ARGC GREATER 7 )
+   string( APPEND text "static constexpr std::pair<std::string_view, std::string_view> files[] = {\n${all}};\n" )
+   set( one files )
+endif()
+string( APPEND text "namespace ${namespace} {\n"
+   "extern ${type} ${variable};\n${type} ${variable}( ${one} );\n"
    "} // namespace ${namespace}\n" )
 file( WRITE ${source} "${text}" )

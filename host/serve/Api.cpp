@@ -209,7 +209,7 @@ void Api::acknowledge( const Http::Request &request, const Http::Reply &reply ) 
 }
 
 void Api::giveDocument( const Http::Request &, const Http::Reply &reply ) const {
-   reply( { .body = std::string( openApiDocument() ) } );
+   reply( { .body = std::string( openApiDocument ) } );
 }
 
 void Api::handleObject( const Http::Request &request, const Http::Reply &reply ) const {
