@@ -1,5 +1,5 @@
-# cmake -P WriteEmbedded.cmake SOURCE NAMESPACE VARIABLE FILE...: writes the source of orbis_embed(). Raw text
-# compiles at once; a list of a hundred thousand numbers takes seconds.
+# cmake -P WriteEmbedded.cmake SOURCE NAMESPACE VARIABLE FILE...: writes the source of orbis_embed(). 500 kB of raw
+# text compile in 0.1 s, a list of its bytes in 0.6 s.
 set( source ${CMAKE_ARGV3} )
 set( namespace ${CMAKE_ARGV4} )
 set( variable ${CMAKE_ARGV5} )
