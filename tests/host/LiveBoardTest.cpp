@@ -189,6 +189,8 @@ TEST_F( LiveBoardTest, APageThatIsBehindIsToldAllAnew ) {
 TEST_F( LiveBoardTest, WhatHappensBetweenTwoSecondsIsToldOnceToEachPage ) {
    Page first( board_ );
    first.all();
+   board_.tick();
+   first.news();
    happens( "rear hot" );
    Page second( board_ ); // between two seconds: as of the last one
    EXPECT_EQ( member( second.all(), "events" ), "[]" );
