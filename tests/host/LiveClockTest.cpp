@@ -26,18 +26,18 @@ TEST( LiveClockTest, GoesUntilItIsNotWantedAnyMoreAndAgainWhenItIs ) {
 
 TEST( LiveClockTest, PagesThatComeAllTheTimeDoNotPutItOff ) {
    boost::asio::io_context loop{ 1 };
-   int calls = 0;
+   int ticks = 0;
    LiveClock clock( loop, std::chrono::milliseconds( 20 ), [&] {
-      ++calls;
+      ++ticks;
       return false;
    } );
    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 5 );
-   while ( calls == 0 && std::chrono::steady_clock::now() < end ) {
+   while ( ticks == 0 && std::chrono::steady_clock::now() < end ) {
       clock.start();
       loop.run_one_for( std::chrono::milliseconds( 2 ) );
       loop.restart();
    }
-   EXPECT_EQ( calls, 1 );
+   EXPECT_EQ( ticks, 1 );
 }
 
 } // namespace
