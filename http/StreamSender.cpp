@@ -28,12 +28,20 @@ class Sender : public std::enable_shared_from_this<Sender> {
          if ( const auto self = weak.lock(); self && !self->isWriting_ )
             self->sendNext();
       } );
+      keepLittle();
       connection_.expires_never();
       waitForItsEnd();
       sendHeader();
    }
 
  private:
+   // The system keeps megabytes for a client that is slow: minutes of what was new.
+   void keepLittle() {
+      error_code ignored;
+      connection_.socket().set_option( boost::asio::socket_base::send_buffer_size( 64 * 1024 ),
+                                       ignored );
+   }
+
    void sendHeader() {
       header_.set( http::field::content_type, "text/event-stream" );
       header_.set( http::field::cache_control, "no-cache" );

@@ -199,5 +199,41 @@ TEST_F( StreamServerTest, TwentyPagesOfFourBrowsersHaveRoom ) {
    EXPECT_THAT( say( "GET / HTTP/1.1\r\nHost: localhost" ), HasSubstr( "too many connections" ) );
 }
 
+// Has always more to tell.
+class Plenty : public Stream {
+ public:
+   explicit Plenty( size_t &told ) : told_( told ) {}
+   void start( std::function<void()> ) override {}
+   std::string next() override {
+      told_ += 50'000;
+      return std::string( 50'000, 'x' );
+   }
+
+ private:
+   size_t &told_;
+};
+
+// What waits in the system's buffers is old when it comes, and takes memory.
+TEST_F( TcpServerTest, LittleWaitsForAClientThatTakesNothing ) {
+   size_t told = 0;
+   server_.emplace( loop_, Listener::atAddress( "127.0.0.1:0", false ),
+                    [&told]( const Request &, const Reply &reply ) {
+                       reply( { .stream = std::make_shared<Plenty>( told ) } );
+                    } );
+   const std::string &name = server_->name();
+   tcp::socket client( loop_, tcp::v4() );
+   client.set_option( boost::asio::socket_base::receive_buffer_size( 4096 ) );
+   client.connect( { boost::asio::ip::make_address( "127.0.0.1" ),
+                     static_cast<uint16_t>( std::stoi( name.substr( name.find( ':' ) + 1 ) ) ) } );
+   boost::asio::write(
+      client, boost::asio::buffer( std::string( "GET / HTTP/1.1\r\nHost: localhost\r\n\r\n" ) ) );
+   size_t before = 0;
+   do {
+      before = told;
+      loop_.run_for( std::chrono::milliseconds( 100 ) );
+   } while ( told == 0 || told != before );
+   EXPECT_LT( told, 500'000u );
+}
+
 } // namespace
 } // namespace Http
