@@ -88,7 +88,7 @@ export class Box {
             'aria-label': `${ name }: ${ [ standing === 'ok' && level !== 'ok' ? level : standing, words,
                marks.length ? `cause ${ marks.join( ' and ' ) }` : '' ].filter( word => word ).join( ', ' ) }` } );
          if ( marks.length )
-            badges.set( place.badges, [ ...badges.get( place.badges ) ?? [], badge( place, marks, board.causes[ marks[ 0 ] - 1 ].level ) ] );
+            badges.set( place.badges, [ ...badges.get( place.badges ) ?? [], this.badge( place, marks, board.causes[ marks[ 0 ] - 1 ].level ) ] );
       }
       for ( const layer of new Set( [ ...this.places.values() ].map( place => place.badges ) ) ) {
          const shown = badges.get( layer ) ?? [];
@@ -98,22 +98,24 @@ export class Box {
       }
    }
 
+   // The numbers of the causes at the corner of a place.
+   badge( place, marks, level ) {
+      const isInside = place.side === 'inside', size = isInside ? 12 : 5.5;
+      // Inside, the words are over and under a place; near the right edge, they are left of it.
+      const aside = place.x + place.width > place.within - 60 ? -place.width - 50 : size + 24;
+      const x = place.x + place.width + ( isInside ? aside : 0 ), y = isInside ? place.y + place.height / 2 : place.y + 0.5;
+      const group = svg( 'g', { class: 'badge', 'data-level': level, transform: `translate(${ Math.max( x, size ) } ${ Math.max( y, size ) })` },
+         svg( 'circle', { r: size } ),
+         svg( 'text', { 'text-anchor': 'middle', y: size * 0.42, 'font-size': size * ( marks.length > 1 ? 0.85 : 1.3 ) }, marks.join( ' ' ) ) );
+      group.addEventListener( 'click', () => this.open( place.object ) );
+      return group;
+   }
+
    show( name ) {
       const place = this.places.get( this.board.placeOf( name ) ?? name );
       place?.group.scrollIntoView( { block: 'nearest' } );
       return place;
    }
-}
-
-// The numbers of the causes at the corner of a place.
-function badge( place, marks, level ) {
-   const isInside = place.side === 'inside', size = isInside ? 12 : 5.5;
-   // Inside, the words are over and under a place; near the right edge, they are left of it.
-   const aside = place.x + place.width > place.within - 60 ? -place.width - 50 : size + 24;
-   const x = place.x + place.width + ( isInside ? aside : 0 ), y = isInside ? place.y + place.height / 2 : place.y + 0.5;
-   return svg( 'g', { class: 'badge', 'data-level': level, transform: `translate(${ Math.max( x, size ) } ${ Math.max( y, size ) })` },
-      svg( 'circle', { r: size } ),
-      svg( 'text', { 'text-anchor': 'middle', y: size * 0.42, 'font-size': size * ( marks.length > 1 ? 0.85 : 1.3 ) }, marks.join( ' ' ) ) );
 }
 
 // Above the first of each group, what its members are called: "qsfp" over qsfp1 to qsfp32.
