@@ -96,7 +96,9 @@ export function historyOf( value, recorded, events, from, to ) {
       svg( 'path', { class: 'axis', d: `M${ left } 0V${ height - bottom }H${ width }` } ),
       ...( y( Math.min( ...seen ) ) - y( Math.max( ...seen ) ) > 10 ? [ Math.max( ...seen ), Math.min( ...seen ) ] : [ seen.at( -1 ) ] ).map( number =>
          svg( 'text', { x: left - 3, y: Math.min( Math.max( y( number ) + 3, 8 ), height - bottom ), 'text-anchor': 'end', 'font-size': 9 }, numberInWords( number ) ) ),
-      ...shownLimits.map( ( { at, level } ) => svg( 'text', { class: level, x: width, y: Math.max( y( at ) - 2, 7 ), 'text-anchor': 'end', 'font-size': 8 }, `${ level } ${ numberInWords( at ) }` ) ),
+      ...shownLimits.map( ( { at, level } ) => svg( 'text', { class: level, y: Math.max( y( at ) - 2, 7 ), 'font-size': 8,
+         // A warning is often close to its critical limit: each has a side of its own.
+         ...( level === 'warning' ? { x: left + 3 } : { x: width, 'text-anchor': 'end' } ) }, `${ level } ${ numberInWords( at ) }` ) ),
       svg( 'text', { x: left, y: height - 3, 'font-size': 9 }, timeOfDay( from ) ),
       svg( 'text', { x: width, y: height - 3, 'text-anchor': 'end', 'font-size': 9 }, timeOfDay( to ) ) );
 }
