@@ -64,6 +64,17 @@ return items.flatMap( ( [ name, one ], i ) => items.slice( i + 1 )
    .map( ( [ second ] ) => `${ name } and ${ second }` ) );
 """
 
+# The words of two limits in one drawing, for example.
+DRAWN_OVER = """
+return [ ...document.querySelectorAll( '#object svg' ) ].flatMap( drawing => {
+   const texts = [ ...drawing.querySelectorAll( 'text' ) ].map( text => [ text.textContent, text.getBoundingClientRect() ] );
+   return texts.flatMap( ( [ words, one ], i ) => texts.slice( i + 1 )
+      .filter( ( [ , other ] ) => one.left < other.right && other.left < one.right
+         && Math.min( one.bottom, other.bottom ) - Math.max( one.top, other.top ) > 0.4 * Math.min( one.height, other.height ) )
+      .map( ( [ second ] ) => `${ drawing.getAttribute( 'class' ) }: ${ words } and ${ second }` ) );
+} );
+"""
+
 
 class LooksTest(Case):
     @classmethod
@@ -114,6 +125,12 @@ class LooksTest(Case):
     def test_no_two_causes_overlap(self):
         for look in self.each_look():
             self.assertEqual(self.browser.execute_script(OVERLAPPING), [], look)
+
+    def test_no_two_texts_of_a_drawing_overlap(self):
+        within(10, lambda: self.browser.execute_script("return document.querySelector( '#object svg.history' )"),
+               "the history is drawn")
+        for look in self.each_look():
+            self.assertEqual(self.browser.execute_script(DRAWN_OVER), [], look)
 
 
 if __name__ == "__main__":
