@@ -4,7 +4,14 @@ import { element, set, svg } from './elements.js';
 import { shapeOf } from './shapes.js';
 import { standingOf } from './words.js';
 
-const titles = { front: 'Front', rear: 'Rear', inside: 'Inside, from above' };
+const titles = { front: 'Front', rear: 'Rear', inside: 'Inside, from above, the front below' };
+// What isn't plain by itself, of the kinds that a side has.
+const legends = {
+   xcvr: 'dot: light arrives, dashed ring: none; dashed cage: empty; R reset, L low power, D disabled, ! alarm',
+   slot: 'dashed ring: an LED that nobody has set yet',
+   fan: 'numbers in rpm',
+};
+const legendOf = types => Object.keys( legends ).filter( type => types.has( type ) ).map( type => legends[ type ] ).join( '; ' );
 
 export class Box {
    // `open( name )` shows an object.
@@ -35,8 +42,9 @@ export class Box {
       }
       drawing.append( groupNames( side.places ), badges );
       drawing.querySelector( '.place' )?.setAttribute( 'tabindex', 0 );
-      return element( 'figure', { class: `side ${ side.name }` },
-         element( 'figcaption', {}, titles[ side.name ] ?? side.name ), drawing );
+      const types = new Set( side.places.map( place => this.board.wiring.get( place.object )?.type ) );
+      return element( 'figure', { class: `side ${ side.name }` }, element( 'figcaption', {},
+         element( 'strong', {}, titles[ side.name ] ?? side.name ), ' ', legendOf( types ) ), drawing );
    }
 
    // Only one place of a side is reached by the tabulator: the last one.
@@ -88,7 +96,7 @@ export class Box {
             'aria-label': `${ name }: ${ [ standing === 'ok' && level !== 'ok' ? level : standing, words,
                marks.length ? `cause ${ marks.join( ' and ' ) }` : '' ].filter( word => word ).join( ', ' ) }` } );
          if ( marks.length )
-            badges.set( place.badges, [ ...badges.get( place.badges ) ?? [], this.badge( place, marks, board.causes[ marks[ 0 ] - 1 ].level ) ] );
+            badges.set( place.badges, [ ...badges.get( place.badges ) ?? [], this.badge( place, marks, board.causes[ marks[ 0 ] - 1 ] ) ] );
       }
       for ( const layer of new Set( [ ...this.places.values() ].map( place => place.badges ) ) ) {
          const shown = badges.get( layer ) ?? [];
@@ -98,13 +106,13 @@ export class Box {
       }
    }
 
-   // The numbers of the causes at the corner of a place.
-   badge( place, marks, level ) {
+   // The numbers of the causes at the corner of a place: hollow where it only suffers from the first.
+   badge( place, marks, cause ) {
       const isInside = place.side === 'inside', size = isInside ? 12 : 5.5;
       // Inside, the words are over and under a place; near the right edge, they are left of it.
       const aside = place.x + place.width > place.within - 60 ? -place.width - 50 : size + 24;
       const x = place.x + place.width + ( isInside ? aside : 0 ), y = isInside ? place.y + place.height / 2 : place.y + 0.5;
-      const group = svg( 'g', { class: 'badge', 'data-level': level, transform: `translate(${ Math.max( x, size ) } ${ Math.max( y, size ) })` },
+      const group = svg( 'g', { class: cause.object ? 'badge' : 'badge explained', 'data-level': cause.level, transform: `translate(${ Math.max( x, size ) } ${ Math.max( y, size ) })` },
          svg( 'circle', { r: size } ),
          svg( 'text', { 'text-anchor': 'middle', y: size * 0.42, 'font-size': size * ( marks.length > 1 ? 0.85 : 1.3 ) }, marks.join( ' ' ) ) );
       group.addEventListener( 'click', () => this.open( place.object ) );

@@ -28,9 +28,10 @@ export class Events {
    }
 
    item( event ) {
-      const known = event.object && this.board.wiring.has( event.object );
-      const name = known ? linkTo( event.object ) : null;
-      if ( known )
+      const bus = this.board.busOf( event );
+      const name = event.object && this.board.wiring.has( event.object ) ? linkTo( event.object )
+         : bus ? element( 'a', { href: `#bus/${ encodeURIComponent( bus ) }` } ) : null;
+      if ( name )
          name.textContent = event.cause;
       return element( 'li', { 'data-event': event.id, 'data-level': event.level, 'data-what': event.what },
          element( 'time', { datetime: event.time }, timeInWords( event.time ) ), ' ',
