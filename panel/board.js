@@ -6,7 +6,6 @@ const worst = ( one, other ) => levels.indexOf( other ) > levels.indexOf( one ) 
 export class Board {
    constructor( wiring, panel ) {
       this.name = wiring.board;
-      this.blink = wiring.blink;
       this.actions = wiring.actions ?? {};
       this.wiring = new Map( wiring.objects.map( object => [ object.name, object ] ) );
       this.names = wiring.objects.map( object => object.name );

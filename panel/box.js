@@ -119,10 +119,11 @@ export class Box {
       return group;
    }
 
-   show( name ) {
-      const place = this.places.get( this.board.placeOf( name ) ?? name );
-      place?.group.scrollIntoView( { block: 'nearest' } );
-      return place;
+   // To the place of an object, where it has one.
+   goTo( name ) {
+      const group = this.places.get( this.board.placeOf( name ) )?.group;
+      group?.scrollIntoView( { block: 'center', inline: 'center' } );
+      group?.focus( { preventScroll: true } );
    }
 }
 

@@ -68,6 +68,12 @@ export class Busses {
       keep( this.list, items, bus => bus.name, bus => this.item( bus ) );
    }
 
+   goTo( name ) {
+      const link = [ ...this.list.children ].find( item => item.dataset.bus === name )?.querySelector( 'a' );
+      link?.scrollIntoView( { block: 'center' } );
+      link?.focus( { preventScroll: true } );
+   }
+
    item( bus ) {
       const [ medium ] = bus.name.split( /[(:]/ );
       const bar = element( 'span', { class: 'bar' }, element( 'span' ) );

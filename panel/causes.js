@@ -6,11 +6,10 @@ import { markOf, timeInWords } from './words.js';
 const mostNames = 6;
 
 export class Causes {
-   // `open( name )` shows an object or, as "bus NAME", a bus; `acknowledge( cause )` tells serve.
-   constructor( list, board, acknowledge ) {
-      this.list = list;
-      this.board = board;
-      this.acknowledge = acknowledge;
+   // `goTo( address, place, bus )` opens what the address names, and goes to the place on the box, or to the bus;
+   // `acknowledge( cause )` tells serve.
+   constructor( list, board, goTo, acknowledge ) {
+      Object.assign( this, { list, board, goTo, acknowledge } );
       this.whole = new Set(); // those of which all names are wanted
    }
 
@@ -29,6 +28,11 @@ export class Causes {
       if ( place )
          place.textContent = cause.cause;
       const title = place ?? bus ?? element( 'span', {}, cause.cause );
+      if ( title.href )
+         title.addEventListener( 'click', event => {
+            event.preventDefault();
+            this.goTo( title.getAttribute( 'href' ), cause.bus ? null : cause.place, cause.bus );
+         } );
       if ( place && cause.bus )
          set( place, { href: bus.href, 'data-object': null } );
       else if ( !place && bus )

@@ -26,12 +26,13 @@ class Page {
       this.board = new Board( wiring, panel );
       const acting = new Acting( at( 'token' ) );
       this.box = new Box( at( 'box' ), this.board, name => this.open( name ) );
-      this.causes = new Causes( at( 'causes' ), this.board, cause => this.acknowledge( acting, cause ) );
+      this.causes = new Causes( at( 'causes' ), this.board, ( address, place, bus ) => this.goTo( address, place, bus ),
+         cause => this.acknowledge( acting, cause ) );
       this.events = new Events( at( 'happened' ), this.board );
       this.busses = new Busses( at( 'wires' ), this.board );
       this.detail = new Detail( at( 'object' ), this.board, acting );
       this.detail.changed = name => this.board.time && this.box.update( name );
-      this.detail.closed = name => this.box.show( name )?.group.focus();
+      this.detail.closed = name => this.box.goTo( name );
       const short = this.board.name.split( '/' ).filter( part => part ).at( -1 ) ?? this.board.name;
       at( 'board' ).textContent = short;
       at( 'board' ).title = this.board.name;
@@ -49,6 +50,16 @@ class Page {
 
    open( name ) {
       location.hash = `#object/${ encodeURIComponent( name ) }`;
+   }
+
+   // From a cause: opens what it is about, and goes to where that is. Escape there comes back to all.
+   goTo( address, place, bus ) {
+      history.pushState( null, '', address );
+      this.detail.fromAddress();
+      if ( place )
+         this.box.goTo( place );
+      else
+         this.busses.goTo( bus );
    }
 
    told( kind, message ) {

@@ -62,8 +62,6 @@ const lamp = {
    update( group, place, board ) {
       const setting = board.value( place.object, 'setting' )?.value;
       set( group, { 'data-setting': setting ?? 'never set' } );
-      if ( board.blink )
-         group.style.setProperty( '--blink', `${ 2 * board.blink }s` );
       return setting ?? 'never set';
    },
 };
