@@ -50,6 +50,19 @@ def told_by_serve():
                 for line in file if not line.startswith(("#", ">"))}
 
 
+def is_shown(value, words):
+    """Whether these are the words of what HTTP tells of a value, to the last digit that they have."""
+    told = value.get("value")
+    if told is None:
+        return words in ("—", value["state"])
+    if isinstance(told, bool):
+        return words == ("yes" if told else "no")
+    if isinstance(told, str):
+        return words == told
+    number = re.match(r"-?\d+(?:\.(\d+))?", words)
+    return bool(number) and abs(float(number[0]) - told) <= 0.501 * 10 ** -len(number[1] or "")
+
+
 class BadDayTest(Case):
     seconds = 400
 
@@ -74,7 +87,7 @@ class BadDayTest(Case):
             "numbers": [str(i + 1) for i in range(len(causes))],
             "places": self.places(),
             "held": {one["bus"]: one["held"] for one in self.board.get("/v1/busses")["busses"] if "held" in one},
-            "events": sorted((one["id"] for one in self.board.get("/v1/events")["events"]), reverse=True)[:200],
+            "events": sorted(([one["id"], one["words"]] for one in self.board.get("/v1/events")["events"]), reverse=True)[:200],
         }
         seen = {
             "causes": [[one["cause"], one["level"], one["words"],
@@ -83,7 +96,7 @@ class BadDayTest(Case):
             "numbers": [one["number"] for one in shown["causes"]],
             "places": {name: one["level"] for name, one in shown["places"].items()},
             "held": shown["heldBusses"],
-            "events": [one["id"] for one in shown["events"]],
+            "events": [[one["id"], one["words"]] for one in shown["events"]],
         }
         return {what: [told[what], seen[what]] for what in told if told[what] != seen[what]}
 
@@ -93,10 +106,7 @@ class BadDayTest(Case):
         found = {}
         for value in told["values"]:
             seen = shown["values"].get(value["name"])
-            number = re.match(r"-?[0-9.]+", seen["value"]) if seen else None
-            is_near = not isinstance(value.get("value"), (int, float)) or isinstance(value["value"], bool) or (
-                number and abs(float(number[0]) - value["value"]) <= 0.01 + 0.02 * abs(value["value"]))
-            if not seen or seen["level"] != value.get("level") or not is_near:
+            if not seen or seen["level"] != value.get("level") or not is_shown(value, seen["value"]):
                 found[value["name"]] = [value, seen]
         return found
 
