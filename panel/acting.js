@@ -11,16 +11,16 @@ export class Acting {
 
    // Posts to serve. Returns what it answers; throws an Error with the reason.
    async post( path, body ) {
-      const token = this.token || await this.ask( '' );
+      let token = this.token || await this.ask( '' );
       let answer = await this.send( path, body, token );
-      if ( answer.status === 401 ) // the token is a wrong one
-         answer = await this.send( path, body, await this.ask( 'This is not the token of serve.' ) );
+      while ( answer.status === 401 ) { // the token is a wrong one
+         token = await this.ask( 'This is not the token of serve.' );
+         answer = await this.send( path, body, token );
+      }
+      this.token = token;
       const json = await answer.json().catch( () => ( {} ) );
-      if ( answer.status === 401 )
-         throw new Error( 'this is not the token of serve either' );
       if ( !answer.ok )
          throw new Error( json.fault || json.error || `${ json.state ?? '' } (HTTP ${ answer.status })` );
-      this.token = this.asked ?? token;
       return json;
    }
 
@@ -44,10 +44,9 @@ export class Acting {
       this.dialog.replaceChildren( form );
       this.dialog.showModal();
       return new Promise( ( resolve, reject ) => this.dialog.addEventListener( 'close', () => {
-         this.asked = input.value.trim();
-         input.value = '';
+         const token = input.value.trim();
          this.dialog.replaceChildren();
-         this.dialog.returnValue === 'ok' && this.asked ? resolve( this.asked ) : reject( new Error( 'without the token nothing is done' ) );
+         this.dialog.returnValue === 'ok' && token ? resolve( token ) : reject( new Error( 'without the token nothing is done' ) );
       }, { once: true } ) );
    }
 }

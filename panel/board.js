@@ -28,7 +28,7 @@ export class Board {
       return message.board !== this.name || message.objects.map( object => object.name ).join() !== this.names.join();
    }
 
-   // Takes a message of the stream. Returns the names of the objects that changed.
+   // Takes a message of the stream.
    take( kind, message ) {
       this.received = performance.now();
       this.time = message.time;
@@ -48,12 +48,16 @@ export class Board {
       this.bussesFault = message.bussesFault ?? this.bussesFault;
       this.events = [ ...this.events, ...message.events ?? [] ].slice( -mostEvents );
       this.causes = message.causes ?? this.causes;
-      return ( message.objects ?? [] ).map( object => object.name );
    }
 
    // Where an object is on the box: its own place, or that of what it is in.
    placeOf( name ) {
       return [ name, ...this.wiring.get( name )?.on ?? [] ].find( one => this.drawn.has( one ) );
+   }
+
+   // The name of the module's object of a cage; undefined for anything else.
+   moduleIn( cage ) {
+      return this.members.get( cage )?.find( name => this.wiring.get( name ).type === 'module' );
    }
 
    // The places of a cause: of its object, else of those that it explains.

@@ -47,7 +47,7 @@ export class Box {
          element( 'strong', {}, titles[ side.name ] ?? side.name ), ' ', legendOf( types ) ), drawing );
    }
 
-   // Only one place of a side is reached by the tabulator: the last one.
+   // The Tab key reaches one place of each side: the last one where the keyboard was.
    reached( entry ) {
       for ( const other of this.places.values() )
          if ( other.side === entry.side )

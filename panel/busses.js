@@ -1,6 +1,6 @@
 // The buses as they branch: each with its segments behind the channels of multiplexers, and their chips.
 
-import { element, keep, linkTo } from './elements.js';
+import { addressOf, element, keep, linkTo } from './elements.js';
 import { counted, shareInWords } from './words.js';
 
 const media = { i2c: 'I2C adapter of the processor', scd: 'SMBus accelerators of the SCD' };
@@ -79,7 +79,7 @@ export class Busses {
       const bar = element( 'span', { class: 'bar' }, element( 'span' ) );
       bar.firstChild.style.width = `${ Math.min( ( bus.load ?? 0 ) * 100, 100 ) }%`;
       return element( 'li', { 'data-bus': bus.name, 'data-held': bus.held, class: bus.held === undefined ? '' : 'held' },
-         element( 'p', {}, element( 'a', { class: 'bus', href: `#bus/${ encodeURIComponent( bus.name ) }`, title: media[ medium ] }, bus.name ), ' ',
+         element( 'p', {}, element( 'a', { class: 'bus', href: addressOf( 'bus', bus.name ), title: media[ medium ] }, bus.name ), ' ',
             bar, element( 'span', { class: 'load' }, bus.load === null ? '–' : shareInWords( bus.load ) ),
             element( 'span', { class: 'errors' }, bus.failures ? counted( bus.failures, 'error' ) : '' ),
             element( 'strong', { class: 'state' }, stateOf( bus ) ),

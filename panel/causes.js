@@ -1,6 +1,6 @@
 // What is wrong, the worst first. Each has the number that it has on the box.
 
-import { element, keep, linkTo, set } from './elements.js';
+import { addressOf, element, keep, linkTo } from './elements.js';
 import { markOf, timeInWords } from './words.js';
 
 const mostNames = 6;
@@ -21,32 +21,30 @@ export class Causes {
    }
 
    item( cause ) {
-      const place = cause.place ? linkTo( cause.object ?? cause.place, { class: 'place' } )
-         : cause.object ? linkTo( cause.object, { class: 'place' } ) : null;
-      const bus = cause.bus && element( 'a', { class: place ? '' : 'place', href: `#bus/${ encodeURIComponent( cause.bus ) }` }, cause.bus );
-      // The name is the text of the link: that of the cause itself, and where to find it.
-      if ( place )
-         place.textContent = cause.cause;
-      const title = place ?? bus ?? element( 'span', {}, cause.cause );
-      if ( title.href )
-         title.addEventListener( 'click', event => {
-            event.preventDefault();
-            this.goTo( title.getAttribute( 'href' ), cause.bus ? null : cause.place, cause.bus );
-         } );
-      if ( place && cause.bus )
-         set( place, { href: bus.href, 'data-object': null } );
-      else if ( !place && bus )
-         bus.textContent = cause.cause;
       return element( 'li', { 'data-cause': cause.cause, 'data-level': cause.level, 'data-number': cause.number,
             class: cause.acknowledged ? 'seen' : '' },
          element( 'span', { class: 'number', 'aria-hidden': 'true' }, String( cause.number ) ),
          element( 'div', {},
-            element( 'p', { class: 'title' }, element( 'span', { class: 'level' }, `${ markOf( cause.level ) } ${ cause.level }` ), ' ', title ),
+            element( 'p', { class: 'title' }, element( 'span', { class: 'level' }, `${ markOf( cause.level ) } ${ cause.level }` ), ' ', this.title( cause ) ),
             element( 'p', { class: 'words' }, cause.words ),
             this.explained( cause ),
             element( 'p', { class: 'since' }, `since ${ timeInWords( cause.since ) }`,
                cause.acknowledged ? ', acknowledged ' : cause.control ? ' ' : '',
                !cause.acknowledged && cause.control ? this.button( cause ) : null ) ) );
+   }
+
+   // The name of the cause, which leads to its bus or its object.
+   title( cause ) {
+      const object = cause.object ?? cause.place;
+      const address = cause.bus ? addressOf( 'bus', cause.bus ) : object ? addressOf( 'object', object ) : null;
+      const title = element( address ? 'a' : 'span', { class: 'place', href: address }, cause.cause );
+      title.addEventListener( 'click', event => {
+         if ( !address || event.ctrlKey || event.metaKey || event.shiftKey ) // wanted in another tab or window
+            return;
+         event.preventDefault();
+         this.goTo( address, cause.bus ? null : cause.place, cause.bus );
+      } );
+      return title;
    }
 
    explained( cause ) {

@@ -5,20 +5,13 @@ import { actionsOf } from './actions.js';
 import { busDetail } from './busses.js';
 import { historyOf, scale } from './chart.js';
 import { element, keep, linkTo, replaceKeepingFocus, setText } from './elements.js';
+import { get } from './get.js';
 import { moduleDetail } from './module.js';
 import { whyDetail } from './why.js';
 import { inWords, markOf, spaced, standingOf, timeInWords, valueInWords } from './words.js';
 
 const objectEvery = 2000, restEvery = 5000;
 const ranges = [ [ '10m', '10 minutes', 600 ], [ '1h', '1 hour', 3600 ], [ '1d', '1 day', 86400 ] ];
-
-async function get( path ) {
-   const answer = await fetch( path );
-   const json = await answer.json();
-   if ( !answer.ok )
-      throw new Error( json.error );
-   return json;
-}
 
 // What a person has typed need not be right.
 function decoded( text ) {
@@ -116,7 +109,7 @@ export class Detail {
          this.showValues();
          if ( !this.parts.actions.hasChildNodes() )
             this.parts.actions.append( ...actionsOf( object, this.board.actions[ object.type ], this.board.control, this.acting, () => this.readObject() ) );
-         if ( !this.chart )
+         if ( !this.value ) // the first time: readRest() goes on with it
             this.showHistory();
       } catch { /* the status line tells that serve doesn't answer */ }
       clearTimeout( this.soon );
@@ -142,12 +135,12 @@ export class Detail {
    async readRest() {
       const name = this.name, of = encodeURIComponent( name );
       const wiring = this.board.wiring.get( name );
-      const cage = wiring.type === 'xcvr' && this.board.members.get( name )?.some( one => this.board.wiring.get( one ).type === 'module' ) ? name
-         : wiring.type === 'module' ? wiring.on[ 0 ] : null;
+      const module = this.board.moduleIn( name );
+      const cage = module ? name : wiring.type === 'module' ? wiring.on[ 0 ] : null;
       const parts = [
          get( `/v1/objects/${ of }/why` ).then( why => [ this.parts.why, whyDetail( why ) ] ),
          cage ? get( `/v1/modules/${ encodeURIComponent( cage ) }` ).then( told => [ this.parts.module,
-            [ ...moduleDetail( told ), cage === name ? element( 'p', {}, 'Its limits and history: ', linkTo( `${ this.board.members.get( name ).find( one => this.board.wiring.get( one ).type === 'module' ) }` ) ) : null ] ] ) : null,
+            [ ...moduleDetail( told ), module ? element( 'p', {}, 'Its limits and history: ', linkTo( module ) ) : null ] ] ) : null,
       ].filter( part => part );
       for ( const part of parts )
          part.then( ( [ node, children ] ) => name === this.name && node.isConnected && fill( node, children.filter( child => child ) ) ).catch( () => {} );
@@ -171,11 +164,11 @@ export class Detail {
             this.choice( 'History for the last', ranges, this.range, chosen => this.range = chosen ) ), element( 'div', { class: 'chart' } ) );
       }
       const name = this.name, value = numbers.find( one => one.name === this.value ) ?? numbers[ 0 ];
-      const seconds = ranges.find( ( [ range ] ) => range === this.range )[ 2 ];
+      const range = this.range, seconds = ranges.find( ( [ one ] ) => one === range )[ 2 ];
       const of = encodeURIComponent( name );
-      const told = await get( `/v1/history?object=${ of }&value=${ encodeURIComponent( value.name ) }&since=${ this.range }` ).catch( () => null );
+      const told = await get( `/v1/history?object=${ of }&value=${ encodeURIComponent( value.name ) }&since=${ range }` ).catch( () => null );
       const { events } = await get( `/v1/events?object=${ of }&limit=100` ).catch( () => ( { events: [] } ) );
-      if ( !told || name !== this.name )
+      if ( !told || name !== this.name || value.name !== this.value || range !== this.range )
          return;
       const now = Date.parse( this.board.time );
       const chart = told.values.length ? historyOf( value, told.values[ 0 ], events, now - seconds * 1000, now ) : null;

@@ -32,8 +32,8 @@ export function setText( node, text ) {
    return node;
 }
 
-// Keeps the children of a list: one for each item, in their order. A child is made anew only when what
-// it shows has changed, and not when the keyboard is on it and only its surroundings changed.
+// Keeps the children of a list: one for each item, in their order. A child is made anew only when its
+// item has changed.
 export function keep( parent, items, keyOf, make ) {
    const before = new Map( [ ...parent.children ].map( child => [ child.itsKey, child ] ) );
    let next = parent.firstElementChild;
@@ -71,5 +71,6 @@ export function replaceKeepingFocus( old, made ) {
       [ ...made.querySelectorAll( controls ) ][ where ]?.focus( { preventScroll: true } );
 }
 
-export const linkTo = ( name, attributes = {} ) =>
-   element( 'a', { href: `#object/${ encodeURIComponent( name ) }`, 'data-object': name, ...attributes }, name );
+// The part of the page's address that opens an object or a bus.
+export const addressOf = ( kind, name ) => `#${ kind }/${ encodeURIComponent( name ) }`;
+export const linkTo = ( name, text = name ) => element( 'a', { href: addressOf( 'object', name ), 'data-object': name }, text );

@@ -1,6 +1,6 @@
 // What has happened, the newest first, as it comes.
 
-import { element, keep, linkTo } from './elements.js';
+import { addressOf, element, keep, linkTo } from './elements.js';
 import { counted, timeInWords } from './words.js';
 
 const mostShown = 200;
@@ -29,14 +29,12 @@ export class Events {
 
    item( event ) {
       const bus = this.board.busOf( event );
-      const name = event.object && this.board.wiring.has( event.object ) ? linkTo( event.object )
-         : bus ? element( 'a', { href: `#bus/${ encodeURIComponent( bus ) }` } ) : null;
-      if ( name )
-         name.textContent = event.cause;
+      const name = event.object && this.board.wiring.has( event.object ) ? linkTo( event.object, event.cause )
+         : bus ? element( 'a', { href: addressOf( 'bus', bus ) }, event.cause ) : event.cause;
       return element( 'li', { 'data-event': event.id, 'data-level': event.level, 'data-what': event.what },
          element( 'time', { datetime: event.time }, timeInWords( event.time ) ), ' ',
          element( 'span', { class: 'level' }, event.level ), ' ',
-         element( 'span', {}, verbs[ event.what ] ?? `${ event.what }: `, name ?? event.cause ), ' ',
+         element( 'span', {}, verbs[ event.what ] ?? `${ event.what }: `, name ), ' ',
          element( 'span', { class: 'words' }, event.words ) );
    }
 }

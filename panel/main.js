@@ -6,20 +6,15 @@ import { Box } from './box.js';
 import { Busses } from './busses.js';
 import { Causes } from './causes.js';
 import { Detail } from './detail.js';
-import { element, set, setText } from './elements.js';
+import { addressOf, element, set, setText } from './elements.js';
 import { Events } from './events.js';
+import { get } from './get.js';
 import { Live } from './live.js';
 import { counted, inWords, timeInWords } from './words.js';
 
 const at = id => document.getElementById( id );
 const again = 2000;
-
-async function get( path ) {
-   const answer = await fetch( path );
-   if ( !answer.ok )
-      throw new Error( `${ path }: HTTP ${ answer.status }` );
-   return answer.json();
-}
+const noticed = 8000; // so long a word about what was done stays
 
 class Page {
    constructor( wiring, panel ) {
@@ -49,7 +44,7 @@ class Page {
    }
 
    open( name ) {
-      location.hash = `#object/${ encodeURIComponent( name ) }`;
+      location.hash = addressOf( 'object', name );
    }
 
    // From a cause: opens what it is about, and goes to where that is. Escape there comes back to all.
@@ -97,7 +92,7 @@ class Page {
       if ( !board.time )
          return setText( at( 'status' ), this.link === 'lost' ? `No connection: ${ this.why }` : 'Connecting …' );
       const isLost = this.link === 'lost';
-      const status = isLost ? `Connection lost: ${ this.why }. What is shown is old.`
+      const status = performance.now() < this.noticeUntil ? this.notice : isLost ? `Connection lost: ${ this.why }. What is shown is old.`
          : board.fault ? `The board isn't read: ${ board.fault }`
             : board.causes.length ? counted( board.causes.length, 'cause' ) : board.level === 'ok' ? 'Nothing is wrong' : 'Not all is known yet';
       setText( at( 'status' ), status );
@@ -111,7 +106,9 @@ class Page {
       try {
          await acting.post( '/v1/acknowledge', { cause } );
       } catch ( failure ) {
-         setText( at( 'status' ), `Not acknowledged: ${ failure.message }` );
+         this.notice = `Not acknowledged: ${ failure.message }`;
+         this.noticeUntil = performance.now() + noticed;
+         this.tick();
       }
    }
 }

@@ -19,8 +19,7 @@ const lines = [
 function lightIn( board, cage ) {
    if ( on( board.value( cage, 'rx_los' ) ) )
       return -Infinity;
-   const module = board.members.get( cage ).map( name => board.objects.get( name ) )
-      .find( object => object?.type === 'module' && object.state !== 'absent' );
+   const module = board.objects.get( board.moduleIn( cage ) );
    const powers = ( module?.values ?? [] )
       .filter( value => value.name.startsWith( 'rx_power' ) && typeof value.value === 'number' );
    return powers.length ? Math.min( ...powers.map( value => dbmOf( value.value ) ) ) : undefined;

@@ -2,6 +2,7 @@
 
 import http.server
 import threading
+import time
 import unittest
 
 from selenium.webdriver.common.by import By
@@ -89,6 +90,16 @@ class ActingTest(Case):
         within(10, lambda: "acknowledged" in self.one("#causes li .since").text, "the page says so")
         self.assertIsNone(self.one("#causes button.acknowledge"))
 
+    def test_what_was_not_acknowledged_is_told_for_a_while(self):
+        self.board.sim("set temp-cpu temperature 99")
+        self.addCleanup(self.board.sim, "set temp-cpu temperature 47")
+        within(20, lambda: self.one("#causes button.acknowledge"), "the cause is shown").click()
+        self.one("#token button[value=no]").click()
+        told = time.monotonic()
+        within(5, lambda: self.read()["status"] == "Not acknowledged: without the token nothing is done", "the page says so")
+        within(20, lambda: self.read()["status"] == "1 cause", lambda: self.read()["status"])
+        self.assertGreater(time.monotonic() - told, 5)
+
     def test_what_is_refused_is_told(self):
         self.browser.execute_script("location.hash = '#object/fan1'")
         within(10, lambda: self.one("#act-rest"), "the fan is shown")
@@ -96,6 +107,10 @@ class ActingTest(Case):
         self.one("form.act button").click()
         self.give_token(TOKEN)
         self.result_becomes('"fast" is not a valid RPM')
+        self.one("#act-rest").clear()
+        self.one("#act-rest").send_keys("12000")
+        self.one("form.act button").click()  # the token was right, and is not asked for again
+        self.result_becomes("done: 12000")
 
     def test_a_page_of_another_server_is_refused(self):
         class Other(http.server.BaseHTTPRequestHandler):
