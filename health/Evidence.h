@@ -18,6 +18,13 @@ struct ChipEvidence {
    BusFault last = BusFault::NoAcknowledge; // of these failures
 };
 
+// A segment that the server leaves alone for a while: a line is held there, or nothing that goes
+// through it ends in time.
+struct QuarantinedSegment {
+   std::string path{};
+   bool isWholeBus = false; // its multiplexer can't be released, or it is the bus itself
+};
+
 // What the server knows of one root bus.
 struct BusEvidence {
    std::string bus{}; // "scd(4):1:2"
@@ -26,6 +33,7 @@ struct BusEvidence {
    // path is that of the first one that failed so.
    bool isHeld = false;
    std::string heldPath{};
+   std::vector<QuarantinedSegment> quarantined{};
 };
 
 using Evidence = std::vector<BusEvidence>;

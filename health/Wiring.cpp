@@ -102,16 +102,22 @@ std::optional<Finding> Wiring::busOf( const Place &chip ) const {
    Finding finding{ .kind = Finding::Kind::Bus, .level = Level::Critical, .needsTime = true };
    const ChipEvidence *own = evidenceOf( chip );
    const bool isAll = areSilent( chip.bus, "", 2 );
-   if ( bus->isHeld && ( isAll || ( own && own->last == BusFault::HeldLow ) ) ) {
-      finding.key = fmt::format( "bus {} held{}", chip.bus, selectionsIn( bus->heldPath ) );
+   const auto whole = std::find_if( bus->quarantined.begin(), bus->quarantined.end(),
+                                    []( const auto &one ) { return one.isWholeBus; } );
+   const bool isLeftAlone = whole != bus->quarantined.end();
+   if ( isLeftAlone || ( bus->isHeld && ( isAll || ( own && own->last == BusFault::HeldLow ) ) ) ) {
+      const std::string &path = isLeftAlone ? whole->path : bus->heldPath;
+      finding.key = fmt::format( "bus {} held{}", chip.bus, selectionsIn( path ) );
       finding.words =
-         bus->heldPath.empty()
+         path.empty()
             ? fmt::format( "{} is held: nothing on it can be read", chip.bus )
             : fmt::format( "the segment {} of {} is held, and its multiplexer can't be released: "
                            "nothing on the whole bus can be read",
-                           bus->heldPath, chip.bus );
+                           path, chip.bus );
       return finding;
    }
+   if ( auto segment = segmentOf( chip ) )
+      return segment;
    // A multiplexer that is the only chip of the root bus explains the same better.
    if ( !isAll || muxBefore( chip ) )
       return {};
@@ -120,6 +126,23 @@ std::optional<Finding> Wiring::busOf( const Place &chip ) const {
                                 own && own->last == BusFault::NoAcknowledge ? "acknowledges"
                                                                             : "can be reached" );
    return finding;
+}
+
+// The segment that the server leaves alone, while the rest of the bus is used.
+std::optional<Finding> Wiring::segmentOf( const Place &chip ) const {
+   const auto leadsTo = [&chip]( const std::string &path ) {
+      return chip.path == path || chip.path.starts_with( path + " " );
+   };
+   for ( const QuarantinedSegment &segment : evidenceOf( chip.bus )->quarantined )
+      if ( !segment.isWholeBus && leadsTo( segment.path ) )
+         return Finding{ .kind = Finding::Kind::Bus,
+                         .key = fmt::format( "bus {} segment {}", chip.bus, segment.path ),
+                         .level = Level::Critical,
+                         .words = fmt::format( "the segment {} of {} is held or doesn't answer in "
+                                               "time: nothing on it can be read",
+                                               segment.path, chip.bus ),
+                         .needsTime = true };
+   return {};
 }
 
 std::optional<Finding> Wiring::muxBefore( const Place &chip ) const {

@@ -39,6 +39,7 @@ class Wiring {
    const ChipEvidence *evidenceOf( const Place &place ) const;
    bool areSilent( const std::string &bus, const std::string &path, size_t atLeast ) const;
    std::optional<Finding> busOf( const Place &chip ) const;
+   std::optional<Finding> segmentOf( const Place &chip ) const;
    std::optional<Finding> muxBefore( const Place &chip ) const;
    Finding silent( const Place &chip, const std::string &how ) const;
    Finding guess( const Place &chip ) const;

@@ -82,6 +82,8 @@ class Table {
               fmt::format( "{:>8.3f} ms{:>8.3f} ms{:>8.3f} ms  {}", 1e3 * times.median,
                            1e3 * times.ninetyNinth, 1e3 * times.worst, errors ),
               bus.wires() );
+      for ( const SmbusControl::Quarantined &segment : bus.quarantined() )
+         text_ += fmt::format( "  !! {}\n", Bus::describe( segment ) );
       for ( const Segment &segment : bus.segment() ) {
          const Segment &was = Bus::earlier( before, segment );
          // Of a bus without multiplexers there is nothing more to tell.

@@ -160,12 +160,35 @@ void describeModuleFaults( CLI::App &sim, Request &request ) {
       ->required();
 }
 
+void describeStuck( CLI::App &sim, Request &request ) {
+   static const std::map<std::string, SmbusControl::Stuck> untils{
+      { "ever", SmbusControl::FOR_EVER },
+      { "clocks", SmbusControl::UNTIL_CLOCKS },
+      { "reset", SmbusControl::UNTIL_RESET }
+   };
+   CLI::App &stuck =
+      addFault( sim, request, "stuck", "The chip holds the data line low", "psu2-fru clocks" );
+   stuck
+      .add_option_function<std::string>(
+         "UNTIL",
+         [&request]( const std::string &text ) {
+            request.mutable_fault()->set_stuck( untils.at( text ) );
+         },
+         "clocks: until it gets nine clocks; reset: until a multiplexer before it is reset; ever: "
+         "until clear, as without it" )
+      ->check( CLI::IsMember( untils ) )
+      ->option_text( "clocks, reset or ever" );
+   stuck.callback( [&request] {
+      if ( !request.fault().has_stuck() )
+         request.mutable_fault()->set_stuck( SmbusControl::FOR_EVER );
+   } );
+}
+
 void describeFaults( CLI::App &sim, Request &request ) {
    describeNack( sim, request );
    addFault( sim, request, "bad-pec", "Packet error codes are wrong, both ways", "psu1" )
       .callback( [&request] { request.mutable_fault()->set_bad_pec( true ); } );
-   addFault( sim, request, "stuck", "The chip holds the data line low", "psu2-fru" )
-      .callback( [&request] { request.mutable_fault()->set_stuck( true ); } );
+   describeStuck( sim, request );
    addNumber( addFault( sim, request, "slow", "The chip stretches the clock", "psu1 400" ), "MS",
               "Milliseconds in each transfer", 0, 60000,
               [&request]( uint32_t ms ) { request.mutable_fault()->set_slow_ms( ms ); } )

@@ -32,13 +32,15 @@ export function busMap( board ) {
       const told = board.busses.get( name ) ?? { load: null, failures: 0, segments: [], clients: [] };
       return { name, ...told, segments: [ ...segments ].map( ( [ path, chips ] ) => {
          const of = told.segments.find( one => one.path === path ) ?? { load: 0, failures: 0, failing: [] };
-         return { ...of, path, isHeld: told.held !== undefined && ( told.held === path || told.held === '' ),
+         return { ...of, path, isHeld: ( told.held !== undefined && ( told.held === path || told.held === '' ) ) || isQuarantined( told, path ),
             chips: [ ...chips ].map( ( [ address, objects ] ) => ( { address, objects } ) ) };
       } ) };
    } );
 }
 
-const stateOf = bus => bus.held === undefined ? '' : bus.held === '' ? 'held' : `held behind ${ bus.held }`;
+const isQuarantined = ( bus, path ) => ( bus.quarantined ?? [] ).some( one => path === one || path.startsWith( `${ one } ` ) );
+const heldOf = bus => bus.held ?? bus.quarantined?.[ 0 ];
+const stateOf = bus => heldOf( bus ) === undefined ? '' : heldOf( bus ) === '' ? 'held' : `held behind ${ heldOf( bus ) }`;
 
 // Whether a chip answers, as its objects show it.
 function standingOf( board, segment, chip ) {
@@ -64,7 +66,7 @@ export class Busses {
          marks: this.board.causes.flatMap( ( cause, i ) => this.board.busOf( cause ) === bus.name ? [ [ i + 1, cause.level ] ] : [] ),
          segments: bus.segments.map( segment => ( { ...segment, load: undefined,
             chips: segment.chips.map( chip => [ chip.address, standingOf( this.board, segment, chip ) ] ) } ) ) } ) )
-         .sort( ( one, other ) => ( other.held !== undefined ) - ( one.held !== undefined ) );
+         .sort( ( one, other ) => ( heldOf( other ) !== undefined ) - ( heldOf( one ) !== undefined ) );
       keep( this.list, items, bus => bus.name, bus => this.item( bus ) );
    }
 
@@ -78,7 +80,7 @@ export class Busses {
       const [ medium ] = bus.name.split( /[(:]/ );
       const bar = element( 'span', { class: 'bar' }, element( 'span' ) );
       bar.firstChild.style.width = `${ Math.min( ( bus.load ?? 0 ) * 100, 100 ) }%`;
-      return element( 'li', { 'data-bus': bus.name, 'data-held': bus.held, class: bus.held === undefined ? '' : 'held' },
+      return element( 'li', { 'data-bus': bus.name, 'data-held': heldOf( bus ), class: heldOf( bus ) === undefined ? '' : 'held' },
          element( 'p', {}, element( 'a', { class: 'bus', href: addressOf( 'bus', bus.name ), title: media[ medium ] }, bus.name ), ' ',
             bar, element( 'span', { class: 'load' }, bus.load === null ? '–' : shareInWords( bus.load ) ),
             element( 'span', { class: 'errors' }, bus.failures ? counted( bus.failures, 'error' ) : '' ),
@@ -109,7 +111,7 @@ export function busDetail( board, name ) {
       element( 'p', {}, [ media[ medium ] ?? medium, bus.clock ? `${ bus.clock / 1000 } kHz` : '',
          bus.load === null ? '' : `${ shareInWords( bus.load ) } of its time is used`, bus.failures ? counted( bus.failures, 'error' ) : 'no errors' ]
          .filter( words => words ).join( ', ' ) ),
-      bus.held === undefined ? null : element( 'p', { class: 'fault' }, `A line is ${ stateOf( bus ) }.` ),
+      heldOf( bus ) === undefined ? null : element( 'p', { class: 'fault' }, `A line is ${ stateOf( bus ) }.` ),
       element( 'table', { class: 'chips' }, element( 'thead', {}, element( 'tr', {}, ...[ 'Segment', 'Load', 'Chip', 'Objects' ].map( title => element( 'th', { scope: 'col' }, title ) ) ) ),
          element( 'tbody', {}, ...bus.segments.flatMap( segment => [ ...chipsOf( segment, true ), ...chipsOf( segment, false ) ].map( ( chip, i ) => {
             const fails = segment.failing.find( one => one.address === chip.address );

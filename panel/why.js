@@ -24,6 +24,7 @@ export function whyDetail( why ) {
       element( 'p', {}, [ why.driver ? `driver ${ why.driver }` : '', why.chips.map( placeOf ).join( ', ' ) ].filter( words => words ).join( ', ' ) ),
       ...part( 'On the same bus', neighbours ),
       ...part( 'Read last', transfers, 'table' ),
+      ...( why.left_alone ?? [] ).map( words => element( 'p', { class: 'fault' }, words ) ),
       why.why_no_transfers ? element( 'p', {}, `What was read last isn't known: ${ why.why_no_transfers }` ) : null,
    ].filter( one => one );
 }

@@ -1,9 +1,13 @@
 #include "smbus/BusLoads.h"
 
+#include "smbus/RootBus.h"
+
+#include <fmt/format.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 
 namespace Bus {
@@ -82,6 +86,20 @@ const Client &earlier( const BusLoad &bus, const Client &client ) {
    return find( bus.client(), [&]( const Client &each ) {
       return each.process() == client.process() && each.user() == client.user();
    } );
+}
+
+std::string describe( const Quarantined &segment ) {
+   const std::string held =
+      segment.path().empty() ? "" : fmt::format( "the segment {}", segment.path() );
+   const std::string what = held.empty() ? "the bus"
+                            : segment.whole_bus()
+                               ? fmt::format( "the bus, which can't be released from {},", held )
+                               : held;
+   return fmt::format( "{} {} for {:.0f} s ({}), next try {}", what, isQuarantined,
+                       segment.seconds(), segment.reason(),
+                       segment.next() > 0
+                          ? fmt::format( "in {:.0f} s", std::ceil( segment.next() ) )
+                          : "with the next request" );
 }
 
 const char *nameOf( ChipLoad::Failure failure ) {
@@ -177,6 +195,15 @@ class LoadWriter {
       to.EndObject();
       if ( bus.has_held() )
          add( to, "held", bus.held() );
+      if ( bus.quarantined_size() > 0 )
+         addAll( to, "quarantined", bus.quarantined(), [&]( const Quarantined &segment ) {
+            add( to, "path", segment.path() );
+            to.Key( "wholeBus" );
+            to.Bool( segment.whole_bus() );
+            add( to, "reason", segment.reason() );
+            add( to, "seconds", segment.seconds() );
+            add( to, "next", segment.next() );
+         } );
       const WaitingTimes times = waitingTimesBetween( before, bus );
       to.Key( "latency" );
       to.StartObject();

@@ -36,6 +36,9 @@ std::vector<std::pair<const char *, uint64_t>> errorsBetween( const SmbusControl
 
 const char *nameOf( SmbusControl::ChipLoad::Failure failure );
 
+// What is quarantined, for how long now, why, and until when, for people.
+std::string describe( const SmbusControl::Quarantined &segment );
+
 // The same entry before; an empty one when there was none.
 const SmbusControl::BusLoad &earlier( const SmbusControl::Response &before,
                                       const SmbusControl::BusLoad &bus );

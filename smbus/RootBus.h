@@ -15,6 +15,8 @@ namespace Bus {
 // orbis-smbus recognises these texts, too.
 inline constexpr std::string_view noAddressAcknowledge = "no acknowledge of the address";
 inline constexpr std::string_view noSuchBus = "no such bus";
+// In the error of a request that was refused without a transfer, since its segment is left alone.
+inline constexpr std::string_view isQuarantined = "is quarantined";
 
 struct Outcome {
    std::string data = {};  // that was read; empty for writes; without the count for block reads
@@ -33,6 +35,12 @@ class RootBus {
    // Tries one transfer once, from start to stop. Only the thread of this bus calls it. It may take
    // as long as the bus does.
    virtual Outcome transfer( const Transfer & ) = 0;
+   // Two ways to free a line that a chip holds low. False: this bus has none of that kind.
+   // Nine clocks and a stop: a chip that is in the middle of a byte ends it (NXP UM10204, "Bus
+   // clear").
+   virtual bool clearLines() { return false; }
+   // A pulse on the reset pin of the multiplexer at this address, which then joins no channel.
+   virtual bool resetMux( uint8_t ) { return false; }
 };
 
 using Busses = std::map<RootBusId, std::unique_ptr<RootBus>>;

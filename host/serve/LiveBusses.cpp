@@ -26,6 +26,12 @@ class BusWriter {
       addFailures( now_.totals() );
       if ( now_.has_held() )
          json_.member( "held", now_.held() );
+      if ( now_.quarantined_size() > 0 ) {
+         json_.key( "quarantined" ).beginList();
+         for ( const SmbusControl::Quarantined &segment : now_.quarantined() )
+            json_.value( segment.path() );
+         json_.endList();
+      }
       json_.key( "segments" ).beginList();
       for ( const Segment &segment : now_.segment() )
          add( segment );

@@ -47,6 +47,14 @@ PassedTransfer passedOf( const SmbusControl::Transfer &passed, double now ) {
             .error = passed.error() };
 }
 
+bool concerns( const SmbusControl::Quarantined &segment,
+               const std::vector<BoardFiles::ChipPlace> &chips ) {
+   return std::any_of( chips.begin(), chips.end(), [&]( const BoardFiles::ChipPlace &chip ) {
+      return chip.bus == segment.bus() && ( segment.whole_bus() || chip.path == segment.path() ||
+                                            chip.path.starts_with( segment.path() + " " ) );
+   } );
+}
+
 } // namespace
 
 Health::Evidence evidenceOf( const SmbusControl::Response &response ) {
@@ -56,6 +64,8 @@ Health::Evidence evidenceOf( const SmbusControl::Response &response ) {
       bus.bus = load.bus();
       bus.isHeld = load.has_held();
       bus.heldPath = load.held();
+      for ( const SmbusControl::Quarantined &segment : load.quarantined() )
+         bus.quarantined.push_back( { segment.path(), segment.whole_bus() } );
       for ( const SmbusControl::Segment &segment : load.segment() )
          for ( const SmbusControl::ChipLoad &chip : segment.chip() )
             bus.chips.push_back( { .path = segment.path(),
@@ -157,18 +167,6 @@ void ServerAccounts::askEvidence( EvidenceAnswer answer ) const {
       } );
 }
 
-void ServerAccounts::askLast( const std::string &bus, LastAnswer answer ) const {
-   SmbusControl::Request request;
-   request.mutable_last()->set_bus( bus );
-   askFor( request, [answer = std::move( answer )]( const SmbusControl::Response &response,
-                                                    std::string error ) {
-      std::vector<PassedTransfer> transfers;
-      for ( const SmbusControl::Transfer &passed : response.passed() )
-         transfers.push_back( passedOf( passed, response.seconds() ) );
-      answer( std::move( transfers ), std::move( error ) );
-   } );
-}
-
 void ServerAccounts::addTransfers( Why why, std::function<void( const Why & )> ready ) const {
    struct Waiting {
       Why why;
@@ -179,10 +177,16 @@ void ServerAccounts::addTransfers( Why why, std::function<void( const Why & )> r
    if ( busses.empty() )
       return ready( why );
    const auto waiting = std::make_shared<Waiting>( Waiting{ std::move( why ), {}, busses.size() } );
-   for ( const std::string &bus : busses )
-      askLast( bus, [waiting, ready]( const std::vector<PassedTransfer> &transfers,
-                                      const std::string &error ) {
-         waiting->all.insert( waiting->all.end(), transfers.begin(), transfers.end() );
+   for ( const std::string &bus : busses ) {
+      SmbusControl::Request request;
+      request.mutable_last()->set_bus( bus );
+      askFor( request, [waiting, ready]( const SmbusControl::Response &response,
+                                         const std::string &error ) {
+         for ( const SmbusControl::Transfer &passed : response.passed() )
+            waiting->all.push_back( passedOf( passed, response.seconds() ) );
+         for ( const SmbusControl::Quarantined &segment : response.quarantined() )
+            if ( concerns( segment, waiting->why.chips ) )
+               waiting->why.leftAlone.push_back( segment.bus() + ": " + Bus::describe( segment ) );
          if ( !error.empty() )
             waiting->why.whyNoTransfers = error;
          if ( --waiting->open > 0 )
@@ -190,6 +194,7 @@ void ServerAccounts::addTransfers( Why why, std::function<void( const Why & )> r
          waiting->why.transfers = lastOf( waiting->why.chips, waiting->all );
          ready( waiting->why );
       } );
+   }
 }
 
 void ServerAccounts::askFor( const SmbusControl::Request &request, LoadsAnswer ended ) const {

@@ -33,10 +33,6 @@ class ServerAccounts {
    // What it knows of failures; or why that is not known. Without an error it is all of it.
    using EvidenceAnswer = std::function<void( Health::Evidence evidence, std::string error )>;
 
-   // The transfers that it remembers of one bus, in the order of time; or why they are not known.
-   using LastAnswer =
-      std::function<void( std::vector<PassedTransfer> transfers, std::string error )>;
-
    // As the server tells them; or why it doesn't.
    using LoadsAnswer =
       std::function<void( const SmbusControl::Response &loads, std::string error )>;
@@ -45,8 +41,8 @@ class ServerAccounts {
    void ask( Answer answer ) const;
    void askLoads( LoadsAnswer answer ) const;
    void askEvidence( EvidenceAnswer answer ) const;
-   void askLast( const std::string &bus, LastAnswer answer ) const;
-   // Adds the last transfers of its chips. `ready` is called once, with all that is known of it.
+   // Adds the last transfers of its chips, and what of their busses the server leaves alone.
+   // `ready` is called once, with all that is known of it.
    void addTransfers( Why why, std::function<void( const Why & )> ready ) const;
 
  private:

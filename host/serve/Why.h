@@ -62,6 +62,7 @@ struct Why {
    std::vector<ChipNeighbour> neighbours{};
    std::vector<PassedTransfer> transfers{}; // the last of its chips, oldest first
    std::string whyNoTransfers{};            // empty: they are known
+   std::vector<std::string> leftAlone{};    // segments that the server leaves alone, and its words
    std::vector<Health::Event> events{};     // the last about it, oldest first
    std::vector<ChipReadings> registers{};   // of each chip; none where nobody has read them
 };

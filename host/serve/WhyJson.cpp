@@ -99,6 +99,9 @@ std::string toJson( const Why &why ) {
    list( json, "transfers", why.transfers, [&]( const auto &one ) { write( json, one ); } );
    if ( !why.whyNoTransfers.empty() )
       json.member( "why_no_transfers", why.whyNoTransfers );
+   if ( !why.leftAlone.empty() )
+      list( json, "left_alone", why.leftAlone,
+            [&]( const std::string &one ) { json.value( one ); } );
    list( json, "events", why.events, [&]( const auto &event ) { json.raw( toJson( event ) ); } );
    if ( !why.registers.empty() )
       list( json, "registers", why.registers, [&]( const auto &chip ) { write( json, chip ); } );
@@ -116,7 +119,8 @@ std::optional<Why> readWhy( const std::string &text ) {
             .driver = json->textOf( "driver" ).value_or( "" ),
             .did = json->unsignedOf( "did" ),
             .on = textsIn( *json, "on" ),
-            .whyNoTransfers = json->textOf( "why_no_transfers" ).value_or( "" ) };
+            .whyNoTransfers = json->textOf( "why_no_transfers" ).value_or( "" ),
+            .leftAlone = textsIn( *json, "left_alone" ) };
    for ( const Json &chip : json->elementsOf( "chips" ) )
       why.chips.push_back( placeIn( chip ) );
    for ( const Json &step : json->elementsOf( "chain" ) )

@@ -66,6 +66,8 @@ void addNeighbours( TextSections &screen, const Why &why ) {
 
 void addTransfers( TextSections &screen, const Why &why ) {
    screen.section( "transfers" );
+   for ( const std::string &segment : why.leftAlone )
+      screen.line( segment );
    for ( const PassedTransfer &transfer : why.transfers ) {
       const std::string &result = transfer.error.empty() ? transfer.data : transfer.error;
       screen.line( fmt::format( "{:.1f} s ago: {}{}{}", transfer.age, transfer.operation,

@@ -23,6 +23,19 @@ double within( double value, double least, double most, const char *unit ) {
    return value;
 }
 
+Stuck stuckOf( SmbusControl::Stuck asked ) {
+   switch ( asked ) {
+   case SmbusControl::NOT_STUCK:
+      return Stuck::No;
+   case SmbusControl::UNTIL_CLOCKS:
+      return Stuck::UntilClocks;
+   case SmbusControl::UNTIL_RESET:
+      return Stuck::UntilReset;
+   default:
+      return Stuck::ForEver;
+   }
+}
+
 } // namespace
 
 SmbusControl::Response Controls::answer( const SmbusControl::Request &request ) {
@@ -120,7 +133,7 @@ void Controls::addFault( const SmbusControl::Fault &asked ) {
    if ( asked.has_bad_pec() )
       faults.badPec = asked.bad_pec();
    if ( asked.has_stuck() )
-      faults.stuck = asked.stuck();
+      faults.stuck = stuckOf( asked.stuck() );
    if ( asked.has_slow_ms() )
       faults.slow = std::chrono::milliseconds( long( within( asked.slow_ms(), 0, 60000, " ms" ) ) );
    if ( asked.has_block_count() )

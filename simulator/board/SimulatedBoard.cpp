@@ -123,7 +123,7 @@ void SimulatedBoard::seatChips( const BoardFiles::SimulationFile &simulation ) {
             const Place &second = seats_.at( *entry.secondDid ).place;
             second.segment->attach( second.address, chip );
          }
-         if ( const auto *mux = dynamic_cast<const PCA9548 *>( &chip ) )
+         if ( auto *mux = dynamic_cast<PCA9548 *>( &chip ) )
             muxes_.emplace( place, mux );
       } catch ( const BenchError &error ) {
          throw BoardFiles::BoardError(

@@ -70,7 +70,7 @@ class SimulatedBoard {
    std::map<Bus::RootBusId, uint32_t> wireClocks_;
    std::map<uint32_t, Seat> seats_; // by did
    std::vector<Channel> channels_;
-   std::map<Place, const PCA9548 *> muxes_;
+   std::map<Place, PCA9548 *> muxes_;
    Bench bench_;
    const Bus::Clock &clock_;
    Bus::Tracer *tracer_ = nullptr;

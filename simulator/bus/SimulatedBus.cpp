@@ -209,6 +209,17 @@ SimulatedBus::Result SimulatedBus::executeOnce( const Bus::Transfer &transfer ) 
    return result;
 }
 
+bool SimulatedBus::clearLines() {
+   const std::lock_guard lock( mutex_ );
+   segment_.clock();
+   return true;
+}
+
+bool SimulatedBus::resetMux( uint8_t address ) {
+   const std::lock_guard lock( mutex_ );
+   return segment_.resetMuxes( address );
+}
+
 Bus::Outcome SimulatedBus::transfer( const Bus::Transfer &transfer ) {
    std::chrono::milliseconds slow{ 0 };
    Result result;

@@ -33,6 +33,8 @@ class SimulatedBus final : public Bus::RootBus {
       : segment_( segment ), mutex_( mutex ), observer_( std::move( observer ) ) {}
    // If two chips answer, that is an error, although both got what was written.
    Bus::Outcome transfer( const Bus::Transfer & ) override;
+   bool clearLines() override;
+   bool resetMux( uint8_t address ) override;
    // Executes messages with repeated starts between them, and stores what is read. Returns false
    // when an acknowledge is missing or two chips answer.
    bool exchange( std::vector<BusMessage> & );

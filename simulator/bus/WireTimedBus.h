@@ -14,6 +14,8 @@ class WireTimedBus final : public Bus::RootBus {
       : bus_( std::move( bus ) ), clock_( clock ) {}
 
    Bus::Outcome transfer( const Bus::Transfer & ) override;
+   bool clearLines() override { return bus_->clearLines(); }
+   bool resetMux( uint8_t address ) override { return bus_->resetMux( address ); }
 
  private:
    const std::unique_ptr<Bus::RootBus> bus_;

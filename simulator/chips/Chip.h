@@ -43,6 +43,8 @@ class Chip {
       faults_ = faults;
       transfers_ = 0;
    }
+   // Lets go of the data line.
+   void letsGo() { faults_.stuck = Stuck::No; }
    // Whether a fault makes the chip nack its address in the transfer that begins now; counts it.
    bool nacks() { return faults_.nacks > 0 && transfers_++ % faults_.outOf < faults_.nacks; }
    virtual void reset() = 0;   // power on

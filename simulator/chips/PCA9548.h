@@ -12,7 +12,11 @@ namespace Simulator {
 // register"). There is no packet error code: if one is sent, it becomes the control byte.
 class PCA9548 final : public Chip {
  public:
-   explicit PCA9548( std::string name ) : Chip( std::move( name ) ) {}
+   // With a reset pin that somebody drives, or without.
+   explicit PCA9548( std::string name, bool hasResetPin = false )
+      : Chip( std::move( name ) ), hasResetPin_( hasResetPin ) {}
+
+   bool hasResetPin() const { return hasResetPin_; }
 
    bool selects( unsigned channel ) const { return control_ >> channel & 1; }
 
@@ -32,6 +36,7 @@ class PCA9548 final : public Chip {
    }
 
  private:
+   const bool hasResetPin_;
    uint8_t control_ = 0;
    std::optional<uint8_t> written_; // since the start
 };

@@ -57,6 +57,7 @@ void BusAccount::begin( const Peer &peer ) {
    const std::lock_guard lock( mutex_ );
    peer_ = peer;
    segment_ = 0;
+   hasPassed_ = false;
    client_ = &clientOf( peer );
    ++client_->transactions;
 }
@@ -79,6 +80,7 @@ void BusAccount::add( const Bus::Transfer &transfer, const Bus::Outcome &outcome
    const Bus::WireCount count =
       hasWires() ? Bus::onTheWires( transfer, outcome ) : Bus::WireCount();
    const std::lock_guard lock( mutex_ );
+   hasPassed_ = true;
    totals_.add( count, took, !outcome.ok() );
    segments_[segment_].totals.add( count, took, !outcome.ok() );
    Chip &chip = segments_[segment_].chips[transfer.address];
@@ -114,7 +116,7 @@ void BusAccount::end( bool failed, Time latency ) {
    client_->failedTransactions += failed;
    latencies_.add( latency );
    latency_ += latency;
-   if ( failed )
+   if ( failed && hasPassed_ )
       passed_.keepFailure();
 }
 

@@ -125,6 +125,7 @@ class BusAccount {
    Peer peer_;
    Client *client_ = &others_;
    size_t segment_ = 0;
+   bool hasPassed_ = false; // a transfer has
 };
 
 } // namespace Smbusd

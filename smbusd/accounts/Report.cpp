@@ -125,39 +125,53 @@ void addLast( const BusAccount &account, bool failures, SmbusControl::Response &
    }
 }
 
-std::string namesOf( const Accounts &accounts ) {
+void addQuarantine( const KnownBus &bus, Bus::Clock::Time now,
+                    google::protobuf::RepeatedPtrField<SmbusControl::Quarantined> &list ) {
+   if ( !bus.quarantine )
+      return;
+   for ( const Quarantine::Segment &segment : bus.quarantine->all() ) {
+      SmbusControl::Quarantined &to = *list.Add();
+      to = segment.told( now );
+      to.set_bus( toString( bus.account->bus() ) );
+   }
+}
+
+std::string namesOf( const std::vector<KnownBus> &busses ) {
    std::string names;
-   for ( const BusAccount *account : accounts )
-      names += ( names.empty() ? "" : ", " ) + toString( account->bus() );
+   for ( const KnownBus &bus : busses )
+      names += ( names.empty() ? "" : ", " ) + toString( bus.account->bus() );
    return names.empty() ? "no bus" : names;
 }
 
 } // namespace
 
-SmbusControl::Response report( const SmbusControl::Request &request, const Accounts &accounts,
-                               Bus::Clock::Time sinceStart ) {
+SmbusControl::Response report( const SmbusControl::Request &request,
+                               const std::vector<KnownBus> &busses, Bus::Clock::Time now ) {
    SmbusControl::Response response;
-   response.set_seconds( secondsOf( sinceStart ) );
+   response.set_seconds( secondsOf( now ) );
    const std::string &wanted = request.last().bus();
    bool found = wanted.empty();
-   for ( const BusAccount *account : accounts ) {
-      const std::string name = toString( account->bus() );
+   for ( const KnownBus &bus : busses ) {
+      const BusAccount &account = *bus.account;
+      const std::string name = toString( account.bus() );
       if ( request.has_last() ) {
          if ( !wanted.empty() && wanted != name )
             continue;
          found = true;
-         addLast( *account, request.last().failures(), response );
+         addLast( account, request.last().failures(), response );
+         addQuarantine( bus, now, *response.mutable_quarantined() );
          continue;
       }
       SmbusControl::BusLoad &load = *response.add_bus();
       load.set_bus( name );
-      load.set_clock( account->clock() );
-      load.set_wires( account->hasWires() );
-      describe( account->figures(), account->clock(), load );
+      load.set_clock( account.clock() );
+      load.set_wires( account.hasWires() );
+      describe( account.figures(), account.clock(), load );
+      addQuarantine( bus, now, *load.mutable_quarantined() );
    }
    if ( !found )
       response.set_error(
-         fmt::format( "{} is not served; these are: {}", wanted, namesOf( accounts ) ) );
+         fmt::format( "{} is not served; these are: {}", wanted, namesOf( busses ) ) );
    return response;
 }
 

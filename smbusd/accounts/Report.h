@@ -3,15 +3,23 @@
 
 #include "smbus/Control.pb.h"
 #include "smbusd/accounts/BusAccount.h"
+#include "smbusd/accounts/Quarantine.h"
 
 #include <vector>
 
 namespace Smbusd {
 
-using Accounts = std::vector<const BusAccount *>; // they outlive their use
+// What is known of one bus. It outlives its use.
+struct KnownBus {
+   KnownBus( const BusAccount *passed, const Quarantine *leftAlone = nullptr )
+      : account( passed ), quarantine( leftAlone ) {}
+
+   const BusAccount *account;
+   const Quarantine *quarantine; // null: nobody leaves a segment alone
+};
 
 // Answers a request for load or last. An unknown bus is an error that names those that there are.
-SmbusControl::Response report( const SmbusControl::Request &, const Accounts &,
-                               Bus::Clock::Time sinceStart );
+SmbusControl::Response report( const SmbusControl::Request &, const std::vector<KnownBus> &,
+                               Bus::Clock::Time now );
 
 } // namespace Smbusd

@@ -1,5 +1,7 @@
 #include "smbusd/record/FailureFiles.h"
 
+#include "smbus/RootBus.h"
+
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
@@ -24,7 +26,8 @@ constexpr size_t maxKnown = 256; // errors
 } // namespace
 
 void FailureFiles::add( const std::string &frame, const std::string &error, Bus::Clock::Time now ) {
-   if ( !error.empty() && isNew( error, now ) ) {
+   // What was refused without a transfer tells nothing new.
+   if ( !error.empty() && error.find( Bus::isQuarantined ) == error.npos && isNew( error, now ) ) {
       if ( missing_ == 0 )
          begin();
       missing_ = entriesAfter + 1;

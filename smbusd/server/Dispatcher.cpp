@@ -40,11 +40,11 @@ Dispatcher::Root &Dispatcher::rootOf( const Bus::Transaction &transaction ) {
    return root;
 }
 
-std::vector<const BusAccount *> Dispatcher::accounts() const {
-   std::vector<const BusAccount *> accounts;
+std::vector<KnownBus> Dispatcher::accounts() const {
+   std::vector<KnownBus> accounts;
    for ( const auto &[id, root] : busses_ )
       if ( const BusAccount *account = root.executor->account() )
-         accounts.push_back( account );
+         accounts.push_back( { account, root.executor->quarantine() } );
    return accounts;
 }
 

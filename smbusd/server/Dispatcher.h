@@ -1,6 +1,7 @@
 #pragma once
 
 #include "smbus/Clock.h"
+#include "smbusd/accounts/Report.h"
 #include "smbusd/server/Executor.h"
 #include "smbusd/server/Turns.h"
 
@@ -46,7 +47,7 @@ class Dispatcher {
    bool stop( std::chrono::milliseconds patience );
 
    // Of the busses that have one.
-   std::vector<const BusAccount *> accounts() const;
+   std::vector<KnownBus> accounts() const;
 
    // Transactions that wait for their turn on the bus.
    size_t waiting( const Bus::RootBusId &bus ) const { return busses_.at( bus ).turns.waiting(); }

@@ -20,6 +20,7 @@ class Executor {
    virtual void run( const Bus::Transaction &, Smbus::TransactionResponse & ) = 0;
    // What passed on the bus; null where there is none, as in a recording.
    virtual BusAccount *account() { return nullptr; }
+   virtual const Quarantine *quarantine() const { return nullptr; }
 };
 
 using Executors = std::map<Bus::RootBusId, std::unique_ptr<Executor>>;
@@ -35,6 +36,7 @@ class BusExecutor final : public Executor {
       runner_.run( transaction, response );
    }
    BusAccount *account() override { return &account_; }
+   const Quarantine *quarantine() const override { return &runner_.quarantine(); }
 
  private:
    const std::unique_ptr<Bus::RootBus> bus_;

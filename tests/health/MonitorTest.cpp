@@ -19,6 +19,7 @@ using BoardFiles::ObjectDescription;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
 
 const ChipPlace front{ "i2c:1", "0x70=1", 0x48 }, rear{ "i2c:1", "0x70=2", 0x48 },
    cpu{ "i2c:1", "", 0x4a }, supply{ "i2c:2", "", 0x58 }, alone{ "i2c:3", "", 0x4b };
@@ -238,6 +239,23 @@ TEST_F( MonitorTest, AHeldSegmentExplainsTheWholeBus ) {
    EXPECT_THAT( seconds( 5 ),
                 ElementsAre( "critical bus i2c:1 held behind 0x70=1: front, rear, cpu" ) );
    EXPECT_THAT( words_, HasSubstr( "its multiplexer can't be released" ) );
+}
+
+// Its chips were not asked then: the server leaves the whole bus alone.
+TEST_F( MonitorTest, AQuarantinedBusIsTheOneCauseWhateverItsChipsDidBefore ) {
+   fail( "front" );
+   fail( "cpu" );
+   evidence( "i2c:1" ).quarantined = { { "0x70=1", true } };
+   EXPECT_THAT( seconds( 5 ), ElementsAre( "critical bus i2c:1 held behind 0x70=1: front, cpu" ) );
+}
+
+TEST_F( MonitorTest, AQuarantinedSegmentExplainsOnlyWhatIsBehindIt ) {
+   fail( "front" );
+   fail( "cpu" );
+   fails( cpu, BusFault::NoAcknowledge );
+   evidence( "i2c:1" ).quarantined = { { "0x70=1", false } };
+   EXPECT_THAT( seconds( 5 ), UnorderedElementsAre( "critical bus i2c:1 segment 0x70=1: front",
+                                                    "warning cpu silent" ) );
 }
 
 TEST_F( MonitorTest, ABusWithoutAnAnswerIsOneCause ) {

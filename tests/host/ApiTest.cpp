@@ -206,6 +206,7 @@ TEST_F( ApiTest, TellsAllOfOneObjectByItsSchema ) {
             .transfers = { { place, 1.5, "read of 1 byte", "00", "" },
                            { place, 0.5, "read of 1 byte", "", "no acknowledge" } },
             .whyNoTransfers = "no answer in time",
+            .leftAlone = { "i2c:1: the bus is quarantined" },
             .events = { { .id = 7, .time = time, .cause = "psu input lost", .words = "lost" } } };
    const auto answer = documented( "GET", "/v1/objects/psu/why", "", "/v1/objects/{name}/why" );
    EXPECT_EQ( answer.status, 200u );

@@ -25,6 +25,7 @@ TEST( LiveBussesTest, TellsOfEachBusItsSegmentsItsFailingChipsAndItsClients ) {
    SmbusControl::BusLoad *bus = response.mutable_bus( 0 );
    bus->mutable_totals()->set_failures( 35 );
    bus->set_held( "0x70=1" );
+   bus->add_quarantined()->set_path( "0x70=2" );
    SmbusControl::Segment *segment = bus->add_segment();
    segment->set_path( "0x70=1" );
    segment->mutable_totals()->set_wire_ns( 100'400'000 );
@@ -42,10 +43,11 @@ TEST( LiveBussesTest, TellsOfEachBusItsSegmentsItsFailingChipsAndItsClients ) {
    busses.told( response );
    EXPECT_THAT(
       busses.json(),
-      ElementsAre( R"({"bus":"scd(4):1:2","clock":400000,"load":0.031,"failures":35,)"
-                   R"("held":"0x70=1","segments":[{"path":"0x70=1","load":0.01,"failures":2,)"
-                   R"("failing":[{"address":72,"inARow":3,"last":"held-low"}]}],)"
-                   R"("clients":[{"program":"orbis-host","process":7,"load":0.02}]})" ) );
+      ElementsAre(
+         R"({"bus":"scd(4):1:2","clock":400000,"load":0.031,"failures":35,)"
+         R"("held":"0x70=1","quarantined":["0x70=2"],"segments":[{"path":"0x70=1","load":0.01,"failures":2,)"
+         R"("failing":[{"address":72,"inARow":3,"last":"held-low"}]}],)"
+         R"("clients":[{"program":"orbis-host","process":7,"load":0.02}]})" ) );
 }
 
 TEST( LiveBussesTest, ALoadIsThatSinceTheLastAnswerButOne ) {

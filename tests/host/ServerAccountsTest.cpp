@@ -11,6 +11,7 @@ namespace Host {
 namespace {
 
 using boost::asio::local::stream_protocol;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 // The control socket of a server is the test's.
@@ -78,6 +79,14 @@ TEST_F( ServerAccountsTest, AddsTheLastTransfersOfAnObjectsChips ) {
       passed.set_operation( "read" );
       passed.set_read( "\x1A" + std::string( 1, '\0' ) );
    }
+   for ( const char *path : { "0x70=1", "0x70=2" } ) {
+      SmbusControl::Quarantined &alone = *response.add_quarantined();
+      alone.set_bus( "scd(4):1:2" );
+      alone.set_path( path );
+      alone.set_reason( "timed out" );
+      alone.set_seconds( 12 );
+      alone.set_next( 3.5 );
+   }
    answerWith( Sockets::framed( response ) );
    std::optional<Why> why;
    ServerAccounts( loop_, path_ )
@@ -90,6 +99,9 @@ TEST_F( ServerAccountsTest, AddsTheLastTransfersOfAnObjectsChips ) {
    EXPECT_EQ( why->transfers.front().age, 19 );
    EXPECT_EQ( why->transfers.back().age, 12 );
    EXPECT_EQ( why->transfers.back().data, "1a 00" );
+   EXPECT_THAT( why->leftAlone,
+                ElementsAre( "scd(4):1:2: the segment 0x70=1 is quarantined for 12 s (timed out), "
+                             "next try in 4 s" ) );
 }
 
 TEST_F( ServerAccountsTest, SaysWhyThereAreNoTransfers ) {
@@ -108,6 +120,9 @@ TEST_F( ServerAccountsTest, GivesWhatTheServerKnowsOfFailures ) {
    SmbusControl::BusLoad &bus = *response.add_bus();
    bus.set_bus( "scd(4):1:2" );
    bus.set_held( "0x70=1" );
+   SmbusControl::Quarantined &alone = *bus.add_quarantined();
+   alone.set_path( "0x70=2" );
+   alone.set_whole_bus( true );
    bus.add_segment()->add_chip()->set_address( 0x70 );
    SmbusControl::Segment &behind = *bus.add_segment();
    behind.set_path( "0x70=1" );
@@ -131,6 +146,9 @@ TEST_F( ServerAccountsTest, GivesWhatTheServerKnowsOfFailures ) {
    EXPECT_EQ( evidence[0].bus, "scd(4):1:2" );
    EXPECT_TRUE( evidence[0].isHeld );
    EXPECT_EQ( evidence[0].heldPath, "0x70=1" );
+   ASSERT_EQ( evidence[0].quarantined.size(), 1u );
+   EXPECT_EQ( evidence[0].quarantined[0].path, "0x70=2" );
+   EXPECT_TRUE( evidence[0].quarantined[0].isWholeBus );
    ASSERT_EQ( evidence[0].chips.size(), 2u );
    EXPECT_EQ( evidence[0].chips[0].path, "" );
    EXPECT_EQ( evidence[0].chips[0].failuresInARow, 0u );

@@ -116,11 +116,15 @@ TEST_F( WhyTextTest, SaysInALineWhatIsNotKnown ) {
    Why why{ .object = { .name = "system", .type = "system" } };
    why.whyNoTransfers = "/run/orbis/smbus.sock.control: there is no such file";
    why.registers = { { {}, "", "no SMBus object of the board reaches this chip", {} } };
+   why.leftAlone = { "scd(4):1:2: the bus is quarantined for 3 s (timed out), next try in 1 s" };
    const std::string text = fmt::format( "{}", fmt::join( linesOf( why, 0 ), "\n" ) );
+   EXPECT_THAT( text,
+                HasSubstr( "\ntransfers   scd(4):1:2: the bus is quarantined for 3 s (timed out), "
+                           "next try in 1 s\n" ) );
    EXPECT_THAT( text, HasSubstr( "\nwhere       no chip of its own\n" ) );
    EXPECT_THAT( text, HasSubstr( "\nvalues      none are read\nwhy         no cause is known\n"
                                  "neighbours  none\n" ) );
-   EXPECT_THAT( text, HasSubstr( "\ntransfers   not known: /run/orbis/smbus.sock.control: there is "
+   EXPECT_THAT( text, HasSubstr( "\n            not known: /run/orbis/smbus.sock.control: there is "
                                  "no such file\n" ) );
    EXPECT_THAT( text, HasSubstr( ": no SMBus object of the board reaches this chip\n"
                                  "events      none" ) );

@@ -68,8 +68,14 @@ TEST_F( AccountsTest, TopTellsBehindWhatALineIsHeld ) {
    run( { "sim", "stuck", "temp-front" } );
    readBehindAMux();
    EXPECT_THAT( run( { "top", "--count", "1" } ),
-                ContainsRegex( "\nscd\\(4\\):1:2 .* 2 held-low, held since one behind 0x70=1\n" ) );
-   EXPECT_THAT( run( { "--json", "top", "--count", "1" } ), HasSubstr( "\"held\":\"0x70=1\"," ) );
+                ContainsRegex( "\nscd\\(4\\):1:2 .* 3 held-low, held since one behind 0x70=1\n"
+                               "  !! the bus, which can't be released from the segment 0x70=1, is "
+                               "quarantined for . s \\(the data line is held low by "
+                               "temp-front\\), next try in 1 s\n" ) );
+   EXPECT_THAT(
+      run( { "--json", "top", "--count", "1" } ),
+      HasSubstr( "\"held\":\"0x70=1\",\"quarantined\":[{\"path\":\"0x70=1\",\"wholeBus\":true,"
+                 "\"reason\":\"the data line is held low by temp-front\"," ) );
 }
 
 TEST_F( AccountsTest, TopIsAnObjectForScripts ) {

@@ -82,6 +82,8 @@ TEST_F( SimulationTest, SwitchesFaultsOnAndOff ) {
    EXPECT_EQ( run( { "--retries", "1", "read", "i2c:0:0x48", "0" } ), "0\n0x20\n" );
    for ( const Words &words : { Words{ "bad-pec", "psu1" },
                                 { "stuck", "temp-front" },
+                                { "stuck", "temp-front", "clocks" },
+                                { "stuck", "temp-front", "reset" },
                                 { "slow", "psu1", "5" },
                                 { "block-count", "psu1", "3" },
                                 { "answer-size", "temp-cpu", "2" },

@@ -77,18 +77,28 @@ TEST_F( FaultsTest, BreaksPacketErrorCodesInBothDirections ) {
 }
 
 TEST_F( FaultsTest, BlocksEveryConnectedSegment ) {
-   supply.faultsAre( { .stuck = true } );
+   supply.faultsAre( { .stuck = Stuck::ForEver } );
    EXPECT_EQ( temperature().error, "the data line is held low by psu" );
    EXPECT_EQ( selectMux( 0 ).error, "the data line is held low by psu" );
    supply.faultsAre( {} );
    selectMux( 0 );
-   supply.faultsAre( { .stuck = true } );
+   supply.faultsAre( { .stuck = Stuck::ForEver } );
    EXPECT_TRUE( temperature().ok() ); // it is behind a closed channel
    selectMux( 1 );
    EXPECT_FALSE( temperature().ok() );
    supply.presentIs( false );
    EXPECT_TRUE( temperature().ok() );
 }
+
+TEST_F( FaultsTest, AChipLetsGoAfterNineClocksWhereTheyReachIt ) {
+   supply.faultsAre( { .stuck = Stuck::UntilClocks } );
+   thermometer.faultsAre( { .stuck = Stuck::ForEver } );
+   EXPECT_TRUE( bus.clearLines() );
+   EXPECT_EQ( supply.faults().stuck, Stuck::No );
+   EXPECT_EQ( thermometer.faults().stuck, Stuck::ForEver );
+}
+
+TEST_F( FaultsTest, AMuxWithoutAResetPinCannotBeReset ) { EXPECT_FALSE( bus.resetMux( 0x70 ) ); }
 
 TEST_F( FaultsTest, StretchesTheClock ) {
    thermometer.faultsAre( { .slow = 30ms } );

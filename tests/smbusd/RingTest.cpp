@@ -157,6 +157,13 @@ TEST_F( RingTest, TheSameErrorHasOneFileAnHour ) {
    EXPECT_EQ( failureFiles().size(), 3u );
 }
 
+TEST_F( RingTest, WhatIsRefusedSinceItsSegmentIsQuarantinedMakesNoFile ) {
+   start( 10'000 );
+   for ( int i = 1; i <= 20; ++i )
+      write( i, "the segment 0x70=1 is quarantined for " + std::to_string( i ) + " s" );
+   EXPECT_EQ( failureFiles().size(), 0u );
+}
+
 TEST_F( RingTest, AFailureNearAnotherGoesIntoItsFile ) {
    start( 10'000 );
    write( 1, "one" );

@@ -203,12 +203,12 @@ bool BoardInOneProcess::act( const std::string &name, const Host::Action &action
 Health::Evidence BoardInOneProcess::evidence() const { return Host::evidenceOf( loads() ); }
 
 SmbusControl::Response BoardInOneProcess::loads() const {
-   Smbusd::Accounts accounts;
+   std::vector<Smbusd::KnownBus> busses;
    for ( const auto &[bus, executor] : executors_ )
-      accounts.push_back( executor->account() );
+      busses.push_back( { executor->account(), executor->quarantine() } );
    SmbusControl::Request request;
    request.set_load( true );
-   return Smbusd::report( request, accounts, clock_.now() );
+   return Smbusd::report( request, busses, clock_.now() );
 }
 
 Host::Reading BoardInOneProcess::presence( const std::string &slot ) const {

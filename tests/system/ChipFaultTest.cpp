@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <functional>
 #include <ostream>
 
 namespace {
@@ -15,6 +17,14 @@ class ChipFaultTest : public ::testing::Test {
  protected:
    static constexpr const char *limit = "300"; // ms of a transaction
    RunningBoard board{ "kelt", { "--transaction-limit", limit } };
+   // A bus that was held is tried again a second later.
+   static bool isDoneSoon( const std::function<int()> &exitCodeOf ) {
+      const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 20 );
+      while ( exitCodeOf() != 0 )
+         if ( std::chrono::steady_clock::now() > end )
+            return false;
+      return true;
+   }
 };
 
 // A reading with a fault: the state of its object, and parts of the reason.
@@ -43,7 +53,7 @@ TEST_P( FaultyReading, IsReportedWithItsReasonAndOnlyThere ) {
    EXPECT_FALSE( shown.faults.contains( "temp-cpu" ) ) << shown.faults.at( "temp-cpu" );
 
    ASSERT_THAT( board.smbus( { "sim", "clear", row.fault[1] } ), testing::StartsWith( "done: " ) );
-   EXPECT_EQ( board.show().exitCode, 0 );
+   EXPECT_TRUE( isDoneSoon( [this] { return board.show().exitCode; } ) );
 }
 
 constexpr const char *noAcknowledge = "no acknowledge of the address";
@@ -167,7 +177,7 @@ TEST_P( FaultyAction, IsReportedWithItsReasonAndWorksOnceCleared ) {
    for ( const std::string &why : row.why )
       EXPECT_THAT( ran.errors, HasSubstr( why ) );
    ASSERT_THAT( board.smbus( { "sim", "clear", row.fault[1] } ), testing::StartsWith( "done: " ) );
-   EXPECT_EQ( board.host( row.action ).exitCode, 0 );
+   EXPECT_TRUE( isDoneSoon( [&] { return board.host( row.action ).exitCode; } ) );
 }
 
 INSTANTIATE_TEST_SUITE_P(
