@@ -94,6 +94,15 @@ ObjectDescription moduleOf( const BoardObject &cage, const TopologyFile &topolog
    return module;
 }
 
+// By did, as the documents of the objects name them.
+std::map<uint32_t, std::string> driversOf( const ObjectsFile &objects ) {
+   std::map<uint32_t, std::string> drivers;
+   for ( const BoardObject &object : objects.objects )
+      if ( object.device && object.device->did && !object.device->isMultiDevice )
+         drivers.emplace( object.device->did->number, object.device->driver );
+   return drivers;
+}
+
 std::vector<std::string> namesOf( const ObjectsFile &objects ) {
    std::vector<std::string> names;
    for ( const BoardObject &object : objects.objects )
@@ -138,6 +147,12 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
    Panel panel;
    if ( const auto path = folder / "panel.json"; objects && std::filesystem::exists( path ) )
       panel = readPanel( path, namesOf( *objects ), found );
+   std::optional<SafeState> safeState;
+   if ( const auto path = folder / "safe-state.json";
+        hasWiring && objects && table && std::filesystem::exists( path ) ) {
+      const ChipPlaces places( *topology );
+      safeState = readSafeState( path, { places, registers, driversOf( *objects ) }, found );
+   }
    const bool usable = !hasErrors( found );
    findings.insert( findings.end(), std::make_move_iterator( found.begin() ),
                     std::make_move_iterator( found.end() ) );
@@ -151,7 +166,8 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
                    busLoads( *topology, objects->objects, *table,
                              simulation ? simulation->wires : decltype( simulation->wires )() ),
                 .registers = std::move( registers ),
-                .panel = std::move( panel ) };
+                .panel = std::move( panel ),
+                .safeState = std::move( safeState ) };
    const ChipPlaces places( *topology );
    for ( const BoardObject &object : objects->objects )
       board.objects.push_back( describe( object, *table, places ) );

@@ -7,6 +7,7 @@
 #include "boardfiles/Kind.h"
 #include "boardfiles/PanelFile.h"
 #include "boardfiles/RegistersFile.h"
+#include "boardfiles/SafeStateFile.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -46,16 +47,17 @@ struct Board {
    PluginTraces traces{};
    PluginServer server{};
    std::vector<BusLoad> busses{};
-   ChipRegisters registers{}; // of registers.json, where there is one
-   Panel panel{};             // of panel.json, where there is one
+   ChipRegisters registers{};            // of registers.json, where there is one
+   Panel panel{};                        // of panel.json, where there is one
+   std::optional<SafeState> safeState{}; // of safe-state.json, where there is one
 };
 
 // The board without the modules in its cages, but for the one that is named so.
 Board withoutModules( Board board, const std::string &but = "" );
 
-// Reads topology.json and objects.json in `folder`, simulation.json, registers.json and panel.json
-// where there are such, and the plug-in's table of drivers, and reports all that is wrong with
-// them. Nothing when there is an error; warnings leave the board as it is.
+// Reads topology.json and objects.json in `folder`, simulation.json, registers.json, panel.json and
+// safe-state.json where there are such, and the plug-in's table of drivers, and reports all that is
+// wrong with them. Nothing when there is an error; warnings leave the board as it is.
 std::optional<Board> loadBoard( const std::filesystem::path &folder,
                                 const std::filesystem::path &drivers, Findings &findings );
 

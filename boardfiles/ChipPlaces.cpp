@@ -61,12 +61,15 @@ std::vector<ChipPlace> ChipPlaces::of( const DeviceDocument &document ) const {
    return chips;
 }
 
+std::optional<ChipPlace> ChipPlaces::of( uint32_t did ) const {
+   const auto place = places_.find( did );
+   return place == places_.end() ? std::nullopt : std::optional( place->second );
+}
+
 std::vector<ChipPlace> ChipPlaces::of( std::string_view label ) const {
    const TopologyDevice *device = topology_.byLabel( label );
-   const auto place = device ? places_.find( device->did ) : places_.end();
-   if ( place == places_.end() )
-      return {};
-   return { place->second };
+   const auto place = device ? of( device->did ) : std::nullopt;
+   return place ? std::vector{ *place } : std::vector<ChipPlace>();
 }
 
 } // namespace BoardFiles

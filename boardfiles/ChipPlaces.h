@@ -5,6 +5,7 @@
 #include "boardfiles/TopologyFile.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ class ChipPlaces {
 
    // The chips of a document: its own, or those of its parts.
    std::vector<ChipPlace> of( const DeviceDocument &document ) const;
+   // The chip of the topology's device with this number; nothing where there is none.
+   std::optional<ChipPlace> of( uint32_t did ) const;
    // The chip of the topology's device with this label; none where there is none.
    std::vector<ChipPlace> of( std::string_view label ) const;
 

@@ -23,7 +23,8 @@ std::vector<ChipRegister> registersIn( const Json &list, Findings &findings ) {
                               .bytes = json.unsignedOf( "bytes" ).value_or( 1 ),
                               .name = json.textOf( "name" ).value_or( "" ),
                               .highByteFirst = isTrue( json, "highByteFirst" ),
-                              .isFree = isTrue( json, "free" ) };
+                              .isFree = isTrue( json, "free" ),
+                              .isWhole = isTrue( json, "whole" ) };
       const auto same =
          std::find_if( registers.begin(), registers.end(), [&one]( const ChipRegister &earlier ) {
             return earlier.number == one.number;

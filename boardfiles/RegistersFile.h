@@ -17,6 +17,7 @@ struct ChipRegister {
    std::string name{};
    bool highByteFirst = false; // of two bytes
    bool isFree = false;        // reading it changes nothing
+   bool isWhole = false;       // all its bits are one setting
    bool operator==( const ChipRegister & ) const = default;
 };
 

@@ -10,6 +10,7 @@ extern const std::string_view simulationSchema;
 extern const std::string_view routesSchema;
 extern const std::string_view registersSchema;
 extern const std::string_view panelSchema;
+extern const std::string_view safeStateSchema;
 extern const std::string_view objectsSchema;
 extern const std::string_view driversSchema;
 

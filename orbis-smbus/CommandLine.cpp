@@ -204,8 +204,9 @@ void describe( CLI::App &app, Options &options ) {
          "--via",
          [&options]( const std::vector<std::string> &texts ) {
             for ( const std::string &text : texts )
-               options.target.vias.push_back( orComplain(
-                  parseVia( text ), "not a multiplexer: " + text + "; write it as 0x70=1" ) );
+               options.target.vias.push_back(
+                  orComplain( Bus::parseSelection( text ),
+                              "not a multiplexer: " + text + "; write it as 0x70=1" ) );
          },
          "A multiplexer before the chip, as 0x70=1: the byte 1 opens it, 0 closes it afterwards. "
          "Repeat it for several, the outermost first" )

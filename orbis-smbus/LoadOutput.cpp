@@ -52,6 +52,8 @@ class Table {
                             "BUSY", "TRANSFERS", "FAILED", "MEDIAN", "99 %", "WORST", "ERRORS" );
       for ( const BusLoad &bus : now_.bus() )
          addBus( bus );
+      if ( now_.lease().held() )
+         text_ += fmt::format( "\n{}\n", Bus::describe( now_.lease() ) );
       text_ += fmt::format( "\n{:32}{:>8}{:>8}{:>12}{:>9}\n", "CLIENT", "WIRES", "BUSY",
                             "TRANSFERS", "FAILED" );
       for ( const auto &[name, load] : clientsBetween( before_, now_, seconds_ ) )

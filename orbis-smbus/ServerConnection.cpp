@@ -1,5 +1,6 @@
 #include "orbis-smbus/ServerConnection.h"
 
+#include "smbus/Requests.h"
 #include "sockets/Unreachable.h"
 
 #include <unistd.h>
@@ -24,11 +25,13 @@ std::string ServerConnection::ask( const Target &target, Smbus::RequestType type
                                    uint32_t length, const std::string &data ) {
    Smbus::TransactionRequest transaction;
    transaction.set_retries( retries_ );
-   target.open( transaction );
-   Smbus::Request &request = target.addTo( transaction, type, offset, length );
+   Bus::open( transaction, target.bus, target.vias );
+   Smbus::Request &request =
+      Bus::addRequest( transaction, target.bus, target.address, type, offset, length );
+   request.set_pec( target.pec );
    if ( !data.empty() )
       request.set_data( data );
-   target.close( transaction );
+   Bus::close( transaction, target.bus, target.vias );
 
    Smbus::TransactionResponse *received = nullptr;
    if ( socket_.sendRequestWait( &transaction, &received ) < 0 )

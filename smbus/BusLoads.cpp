@@ -102,6 +102,16 @@ std::string describe( const Quarantined &segment ) {
                           : "with the next request" );
 }
 
+std::string describe( const LeaseState &lease ) {
+   if ( lease.seconds() > 0 )
+      return fmt::format( "process {} has the lease of the board for {:.0f} s", lease.process(),
+                          std::ceil( lease.seconds() ) );
+   return fmt::format( "the lease of the board was over {:.0f} s ago: {} of {} writes of its safe "
+                       "state are done{}{}",
+                       -lease.seconds(), lease.done(), lease.writes(),
+                       lease.error().empty() ? "" : "; the last one that failed: ", lease.error() );
+}
+
 const char *nameOf( ChipLoad::Failure failure ) {
    switch ( failure ) {
    case ChipLoad::NO_ACKNOWLEDGE:

@@ -38,6 +38,8 @@ const char *nameOf( SmbusControl::ChipLoad::Failure failure );
 
 // What is quarantined, for how long now, why, and until when, for people.
 std::string describe( const SmbusControl::Quarantined &segment );
+// Who holds the lease of the board, or what was done since it was over, for people.
+std::string describe( const SmbusControl::LeaseState &lease );
 
 // The same entry before; an empty one when there was none.
 const SmbusControl::BusLoad &earlier( const SmbusControl::Response &before,

@@ -21,4 +21,8 @@ class RealClock final : public Clock {
    const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
+inline double secondsIn( Clock::Time time ) {
+   return std::chrono::duration<double>( time ).count();
+}
+
 } // namespace Bus

@@ -13,6 +13,7 @@ enum class Master : uint8_t { Simulated = 0, I2c = 1, Scd = 2, IoPort = 3, Celes
 
 // A request has seven bits for each of address, bus and accelerator.
 constexpr uint32_t maxId = 0x7F;
+constexpr uint32_t maxAddress = 0x7F;
 
 // One bus of a master. A transaction occupies it. Make it with rootBusId().
 struct RootBusId {

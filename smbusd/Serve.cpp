@@ -7,6 +7,8 @@
 #include "smbusd/accounts/Report.h"
 #include "smbusd/control/ControlConversation.h"
 #include "smbusd/export/ExportedAdapter.h"
+#include "smbusd/lease/CarryOut.h"
+#include "smbusd/lease/Lease.h"
 #include "smbusd/record/Recorder.h"
 #include "smbusd/record/Replay.h"
 #include "smbusd/routes/RoutedBusses.h"
@@ -18,6 +20,8 @@
 #include <boost/asio/signal_set.hpp>
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
+
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
@@ -108,6 +112,37 @@ std::vector<std::unique_ptr<Export::ExportedAdapter>> exportAdapters( const Opti
    return exported;
 }
 
+// Works for a lease as long as it exists.
+class LeaseThread {
+ public:
+   explicit LeaseThread( Lease &lease ) : lease_( lease ), thread_( [&lease] { lease.run(); } ) {}
+   ~LeaseThread() {
+      lease_.stop();
+      thread_.join();
+   }
+   LeaseThread( const LeaseThread & ) = delete;
+   LeaseThread &operator=( const LeaseThread & ) = delete;
+
+ private:
+   Lease &lease_;
+   std::thread thread_;
+};
+
+// The writes of a lease are the server's own, so not everybody may leave some.
+SmbusControl::Response leaseFor( Lease &lease, const SmbusControl::Lease &asked,
+                                 const Peer &peer ) {
+   SmbusControl::Response response;
+   try {
+      if ( peer.user != 0 && peer.user != geteuid() )
+         throw LeaseError( fmt::format(
+            "a lease is for the server's own user, and user {} is another", peer.user ) );
+      *response.mutable_lease() = lease.take( asked, peer );
+   } catch ( const LeaseError &error ) {
+      response.set_error( error.what() );
+   }
+   return response;
+}
+
 // The file that names the busses.
 const std::string &sourceOf( const Options &options ) {
    if ( !options.replayFrom.empty() )
@@ -154,13 +189,19 @@ void serve( const Options &options ) {
    Server server( context, listenAt( options.socket ), conversationsWith( dispatcher ), limits,
                   buffers );
    const auto exported = exportAdapters( options, simulation ? &*simulation : nullptr );
-   AnswerControl askBoard = answerWithoutBoard;
-   if ( simulation )
-      askBoard = std::bind_front( &Simulator::Controls::answer, &simulation->controls );
-   const auto answer = [&clock, askBoard,
-                        accounts = dispatcher.accounts()]( const SmbusControl::Request &request ) {
-      const bool ofAccounts = request.has_load() || request.has_last();
-      return ofAccounts ? report( request, accounts, clock.now() ) : askBoard( request );
+   Lease lease( clock, std::bind_front( carryOut, std::ref( dispatcher ) ) );
+   const LeaseThread leaseThread( lease );
+   const auto answer = [&clock, &lease, &simulation, busses = dispatcher.accounts()](
+                          const SmbusControl::Request &request, const Peer &peer ) {
+      if ( request.has_lease() )
+         return leaseFor( lease, request.lease(), peer );
+      if ( request.has_load() || request.has_last() ) {
+         SmbusControl::Response told = report( request, busses, clock.now() );
+         *told.mutable_lease() = lease.state();
+         return told;
+      }
+      return simulation ? simulation->controls.answer( request )
+                        : answerWithoutBoard( request, peer );
    };
    Server control(
       context, listenAt( options.control.empty() ? options.socket + ".control" : options.control ),

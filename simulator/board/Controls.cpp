@@ -81,6 +81,7 @@ void Controls::carryOut( const SmbusControl::Request &request, SmbusControl::Res
       return;
    case Request::kLoad: // the server answers these, not the board
    case Request::kLast:
+   case Request::kLease:
    case Request::WHAT_NOT_SET:
       throw BenchError( "a request for nothing that is known" );
    }

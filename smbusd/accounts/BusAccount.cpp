@@ -1,6 +1,7 @@
 #include "smbusd/accounts/BusAccount.h"
 
 #include "smbus/RootBus.h"
+#include "smbus/SegmentPath.h"
 
 #include <fmt/format.h>
 
@@ -167,11 +168,10 @@ std::vector<BusAccount::Segment> BusAccount::segments() const {
 }
 
 std::string BusAccount::pathTo( const std::vector<Segment> &segments, size_t segment ) {
-   std::string path;
+   Bus::SegmentPath path;
    for ( ; segment != 0; segment = segments[segment].before )
-      path = fmt::format( "{:#04x}={}{}{}", segments[segment].mux, segments[segment].select,
-                          path.empty() ? "" : " ", path );
-   return path;
+      path.insert( path.begin(), { segments[segment].mux, segments[segment].select } );
+   return toText( path );
 }
 
 } // namespace Smbusd

@@ -13,16 +13,7 @@ namespace {
 
 constexpr size_t mostLateSegments = 256;
 
-double secondsIn( Quarantine::Time time ) { return std::chrono::duration<double>( time ).count(); }
-
 } // namespace
-
-std::string toText( const SegmentPath &path ) {
-   std::string text;
-   for ( const Selection &one : path )
-      text += fmt::format( "{}{:#04x}={}", text.empty() ? "" : " ", one.mux, one.select );
-   return text;
-}
 
 void Quarantine::Entry::fails( const Failure &failure ) {
    if ( pause == Time( 0 ) )
@@ -38,16 +29,17 @@ SmbusControl::Quarantined Quarantine::Segment::told( Time now ) const {
    to.set_path( toText( path ) );
    to.set_whole_bus( isWholeBus );
    to.set_reason( reason );
-   to.set_seconds( secondsIn( now - since ) );
-   to.set_next( std::max( 0.0, secondsIn( next - now ) ) );
+   to.set_seconds( Bus::secondsIn( now - since ) );
+   to.set_next( std::max( 0.0, Bus::secondsIn( next - now ) ) );
    return to;
 }
 
-Quarantine::Segment Quarantine::Entry::segment( const SegmentPath &path, bool isWholeBus ) const {
+Quarantine::Segment Quarantine::Entry::segment( const Bus::SegmentPath &path,
+                                                bool isWholeBus ) const {
    return { path, isWholeBus, reason, since, next };
 }
 
-std::optional<std::string> Quarantine::refusal( const SegmentPath &path, Time now ) const {
+std::optional<std::string> Quarantine::refusal( const Bus::SegmentPath &path, Time now ) const {
    const auto found = segments_.find( path );
    if ( found == segments_.end() || now >= found->second.next )
       return {};
@@ -57,11 +49,11 @@ std::optional<std::string> Quarantine::refusal( const SegmentPath &path, Time no
 std::optional<std::string> Quarantine::refusalOfAll( Time now ) const {
    if ( joined_ && now < joined_->entry.next )
       return Bus::describe( joined_->entry.segment( joined_->path, true ).told( now ) );
-   static const SegmentPath root;
+   static const Bus::SegmentPath root;
    return segments_.empty() ? std::nullopt : refusal( root, now );
 }
 
-void Quarantine::put( const SegmentPath &path, const Failure &failure ) {
+void Quarantine::put( const Bus::SegmentPath &path, const Failure &failure ) {
    if ( !isHere( path ) )
       spdlog::warn( "{} is left alone for a while{}{}: {}", bus_, path.empty() ? "" : " behind ",
                     toText( path ), failure.reason );
@@ -69,14 +61,14 @@ void Quarantine::put( const SegmentPath &path, const Failure &failure ) {
    segments_[path].fails( failure );
 }
 
-void Quarantine::isLate( const SegmentPath &path, const Failure &failure ) {
+void Quarantine::isLate( const Bus::SegmentPath &path, const Failure &failure ) {
    if ( late_.size() == mostLateSegments )
       late_.clear();
    if ( ++late_[path] >= tooLate || isHere( path ) )
       put( path, failure );
 }
 
-void Quarantine::answers( const SegmentPath &path ) {
+void Quarantine::answers( const Bus::SegmentPath &path ) {
    if ( !late_.empty() )
       late_.erase( path );
    if ( segments_.empty() || !isHere( path ) )
@@ -86,7 +78,7 @@ void Quarantine::answers( const SegmentPath &path ) {
    segments_.erase( path );
 }
 
-void Quarantine::isJoined( const SegmentPath &path, const Failure &failure ) {
+void Quarantine::isJoined( const Bus::SegmentPath &path, const Failure &failure ) {
    if ( !joined_ )
       spdlog::warn( "{} can't be used: its multiplexer {:#04x} doesn't release {}: {}", bus_,
                     path.front().mux, toText( path ), failure.reason );

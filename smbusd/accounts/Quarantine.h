@@ -4,6 +4,7 @@
 
 #include "smbus/Clock.h"
 #include "smbus/Control.pb.h"
+#include "smbus/SegmentPath.h"
 
 #include <compare>
 #include <cstdint>
@@ -15,16 +16,6 @@
 #include <vector>
 
 namespace Smbusd {
-
-// What a multiplexer was set to.
-struct Selection {
-   uint8_t mux = 0;    // its address
-   uint8_t select = 0; // the byte
-   auto operator<=>( const Selection & ) const = default;
-};
-// The selections that lead to a segment, the outermost first; empty: the root bus itself.
-using SegmentPath = std::vector<Selection>;
-std::string toText( const SegmentPath &path ); // "0x70=1 0x71=4"
 
 // A segment is tried again by the first request that comes when its time is over: after a second,
 // then after twice as long as before, up to a limit. A try that takes long comes less often, so
@@ -43,7 +34,7 @@ class Quarantine {
    static constexpr unsigned tooLate = 3;
 
    struct Segment {
-      SegmentPath path{};
+      Bus::SegmentPath path{};
       bool isWholeBus = false; // the root bus is held, or the way to it by a joined segment
       std::string reason{};    // how the last transfer failed
       Time since{ 0 };
@@ -56,10 +47,10 @@ class Quarantine {
    explicit Quarantine( std::string bus ) : bus_( std::move( bus ) ) {}
 
    // Why nothing may go through the segment now; nothing where it may, also as a try.
-   std::optional<std::string> refusal( const SegmentPath &path, Time now ) const;
+   std::optional<std::string> refusal( const Bus::SegmentPath &path, Time now ) const;
    // The same of the whole bus.
    std::optional<std::string> refusalOfAll( Time now ) const;
-   bool isHere( const SegmentPath &path ) const { return segments_.contains( path ); }
+   bool isHere( const Bus::SegmentPath &path ) const { return segments_.contains( path ); }
    // Whether it matters that a segment answers.
    bool isWatching() const { return !segments_.empty() || !late_.empty(); }
 
@@ -70,13 +61,13 @@ class Quarantine {
       Time ended{ 0 };
    };
    // A line is held there.
-   void isHeld( const SegmentPath &path, const Failure &failure ) { put( path, failure ); }
+   void isHeld( const Bus::SegmentPath &path, const Failure &failure ) { put( path, failure ); }
    // A transaction ran out of time there.
-   void isLate( const SegmentPath &path, const Failure &failure );
+   void isLate( const Bus::SegmentPath &path, const Failure &failure );
    // Something there answered, be it with an error.
-   void answers( const SegmentPath &path );
+   void answers( const Bus::SegmentPath &path );
    // The multiplexer that joins the segment to the root bus doesn't let go of it.
-   void isJoined( const SegmentPath &path, const Failure &failure );
+   void isJoined( const Bus::SegmentPath &path, const Failure &failure );
    void isReleased();
    bool waitsForRelease() const { return joined_.has_value(); }
 
@@ -90,19 +81,19 @@ class Quarantine {
       Time next{ 0 };
       Time pause{ 0 };
       void fails( const Failure &failure );
-      Segment segment( const SegmentPath &path, bool isWholeBus ) const;
+      Segment segment( const Bus::SegmentPath &path, bool isWholeBus ) const;
    };
    struct Joined {
-      SegmentPath path{};
+      Bus::SegmentPath path{};
       Entry entry{};
    };
-   void put( const SegmentPath &path, const Failure &failure );
+   void put( const Bus::SegmentPath &path, const Failure &failure );
 
    const std::string bus_;
    mutable std::mutex mutex_; // of changes, and of all()
-   std::map<SegmentPath, Entry> segments_{};
+   std::map<Bus::SegmentPath, Entry> segments_{};
    std::optional<Joined> joined_{};
-   std::map<SegmentPath, unsigned> late_{}; // how many transactions in a row
+   std::map<Bus::SegmentPath, unsigned> late_{}; // how many transactions in a row
 };
 
 } // namespace Smbusd

@@ -8,8 +8,6 @@ namespace Smbusd {
 
 namespace {
 
-double secondsOf( Bus::Clock::Time time ) { return std::chrono::duration<double>( time ).count(); }
-
 // The texts of segments are made once, not for each transfer.
 class SegmentNames {
  public:
@@ -94,7 +92,7 @@ void describe( const BusAccount::Figures &figures, uint32_t clock, SmbusControl:
 }
 
 void describe( const PassedTransfer &passed, uint32_t clock, SmbusControl::Transfer &to ) {
-   to.set_seconds( secondsOf( passed.begun ) );
+   to.set_seconds( Bus::secondsIn( passed.begun ) );
    to.set_address( passed.transfer.address );
    to.set_operation( Bus::describe( passed.transfer ) );
    to.set_written( passed.transfer.data );
@@ -148,7 +146,7 @@ std::string namesOf( const std::vector<KnownBus> &busses ) {
 SmbusControl::Response report( const SmbusControl::Request &request,
                                const std::vector<KnownBus> &busses, Bus::Clock::Time now ) {
    SmbusControl::Response response;
-   response.set_seconds( secondsOf( now ) );
+   response.set_seconds( Bus::secondsIn( now ) );
    const std::string &wanted = request.last().bus();
    bool found = wanted.empty();
    for ( const KnownBus &bus : busses ) {

@@ -21,11 +21,11 @@ class Desk {
  public:
    explicit Desk( AnswerControl answer ) : answer_( std::move( answer ) ) {}
 
-   SmbusControl::Response answer( const SmbusControl::Request &request ) {
+   SmbusControl::Response answer( const SmbusControl::Request &request, const Peer &peer ) {
       const std::lock_guard lock( mutex_ );
       std::this_thread::sleep_until( free_ );
       const auto begun = Clock::now();
-      SmbusControl::Response response = answer_( request );
+      SmbusControl::Response response = answer_( request, peer );
       const auto ended = Clock::now();
       free_ = ended + std::min<Clock::duration>( ended - begun, longestPause );
       return response;
@@ -42,8 +42,8 @@ class Desk {
 
 class ControlConversation final : public Conversation {
  public:
-   ControlConversation( std::shared_ptr<Desk> desk, Bus::Tracer &tracer )
-      : desk_( std::move( desk ) ), tracer_( tracer ) {}
+   ControlConversation( std::shared_ptr<Desk> desk, Bus::Tracer &tracer, const Peer &peer )
+      : desk_( std::move( desk ) ), tracer_( tracer ), peer_( peer ) {}
    ~ControlConversation() override { tracer_.remove( this ); }
    ControlConversation( const ControlConversation & ) = delete;
    ControlConversation &operator=( const ControlConversation & ) = delete;
@@ -56,7 +56,7 @@ class ControlConversation final : public Conversation {
    std::optional<std::string> answer( Buffers::Part &memory ) override {
       if ( !isRequest_ )
          return refusal( "the frame is not a request" );
-      const SmbusControl::Response response = desk_->answer( request_ );
+      const SmbusControl::Response response = desk_->answer( request_, peer_ );
       try {
          if ( request_.has_trace() && response.error().empty() && !outbox_ )
             trace();
@@ -90,6 +90,7 @@ class ControlConversation final : public Conversation {
 
    const std::shared_ptr<Desk> desk_;
    Bus::Tracer &tracer_;
+   const Peer peer_;
    SmbusControl::Request request_;
    bool isRequest_ = false;
    std::unique_ptr<Outbox> outbox_;
@@ -98,12 +99,12 @@ class ControlConversation final : public Conversation {
 } // namespace
 
 MakeConversation controlConversations( AnswerControl answer, Bus::Tracer &tracer ) {
-   return [desk = std::make_shared<Desk>( std::move( answer ) ), &tracer]( const Peer & ) {
-      return std::make_unique<ControlConversation>( desk, tracer );
+   return [desk = std::make_shared<Desk>( std::move( answer ) ), &tracer]( const Peer &peer ) {
+      return std::make_unique<ControlConversation>( desk, tracer, peer );
    };
 }
 
-SmbusControl::Response answerWithoutBoard( const SmbusControl::Request & ) {
+SmbusControl::Response answerWithoutBoard( const SmbusControl::Request &, const Peer & ) {
    SmbusControl::Response response;
    response.set_error( "no board is simulated" );
    return response;

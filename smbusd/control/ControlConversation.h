@@ -8,7 +8,8 @@
 namespace Smbusd {
 
 // Answers what the clients of the control socket ask. Called in their threads, once at a time.
-using AnswerControl = std::function<SmbusControl::Response( const SmbusControl::Request & )>;
+using AnswerControl =
+   std::function<SmbusControl::Response( const SmbusControl::Request &, const Peer & )>;
 
 // What is asked at the control socket. A client whose trace is answered without an error gets the
 // tracer's transfers from then on. Those that come while it is too slow are dropped; the next one
@@ -16,6 +17,6 @@ using AnswerControl = std::function<SmbusControl::Response( const SmbusControl::
 MakeConversation controlConversations( AnswerControl, Bus::Tracer & );
 
 // For a server without a simulated board.
-SmbusControl::Response answerWithoutBoard( const SmbusControl::Request & );
+SmbusControl::Response answerWithoutBoard( const SmbusControl::Request &, const Peer & );
 
 } // namespace Smbusd

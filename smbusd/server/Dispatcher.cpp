@@ -61,7 +61,7 @@ void Dispatcher::run( Root &root, Exchange &exchange, const Peer &peer, Bus::Clo
       observer_( exchange.request, exchange.response, begun, ended - begun );
 }
 
-bool Dispatcher::carryOut( Exchange &exchange, const Peer &peer ) {
+bool Dispatcher::carryOut( Exchange &exchange, const Peer &peer, const Next &next ) {
    exchange.response.Clear();
    try {
       Bus::decode( exchange.request, bound_, exchange.transaction );
@@ -74,6 +74,11 @@ bool Dispatcher::carryOut( Exchange &exchange, const Peer &peer ) {
       const auto end = [&root]( const void * ) { root.turns.end(); };
       const std::unique_ptr<const void, decltype( end )> turn( &root, end );
       run( root, exchange, peer, arrived );
+      while ( next && next( exchange ) ) {
+         exchange.response.Clear();
+         Bus::decode( exchange.request, bound_, exchange.transaction );
+         run( root, exchange, peer, arrived );
+      }
       if ( exchange.response.failed() )
          spdlog::debug( "failed: {}", exchange.response.error() );
    } catch ( const Bus::Refused &reason ) {

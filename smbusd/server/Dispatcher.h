@@ -38,9 +38,14 @@ class Dispatcher {
       Smbus::TransactionResponse response{};
    };
 
-   // Carries out the request and fills the response. False when the peer disconnects before its
-   // turn, or after stop().
-   bool carryOut( Exchange &, const Peer & );
+   // Puts the next request into the exchange, and returns whether there is one. Its bus is the
+   // same.
+   using Next = std::function<bool( Exchange & )>;
+
+   // Carries out the request and fills the response. Where there is a next request, it follows in
+   // the same turn, so that nothing else passes between them. False when the peer disconnects
+   // before its turn, or after stop().
+   bool carryOut( Exchange &, const Peer &, const Next &next = {} );
 
    // Starts no more transactions and waits for the running ones. Returns false if that takes longer
    // than patience; then only the end of the process can end them.

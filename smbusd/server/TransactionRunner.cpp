@@ -68,7 +68,7 @@ void TransactionRunner::run( const Bus::Transaction &transaction,
 std::optional<std::string> TransactionRunner::whyNothingPasses() {
    if ( auto refusal = quarantine_.refusalOfAll( now_ ) )
       return refusal;
-   static const SegmentPath root;
+   static const Bus::SegmentPath root;
    if ( quarantine_.isHere( root ) )
       bus_.clearLines();
    if ( pendingDeselects_.empty() )
@@ -149,7 +149,7 @@ void TransactionRunner::wasDeselected( const Bus::Transfer &transfer,
       return;
    }
    held_.reset();
-   const auto left = std::find_if( path_.begin(), path_.end(), [&]( const Selection &one ) {
+   const auto left = std::find_if( path_.begin(), path_.end(), [&]( const Bus::Selection &one ) {
       return one.mux == transfer.address;
    } );
    path_.erase( left, path_.end() );

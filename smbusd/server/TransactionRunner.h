@@ -33,7 +33,7 @@ class TransactionRunner {
  private:
    struct Deselect {
       Bus::Transfer transfer{};
-      SegmentPath joined{}; // the segment that it is to leave
+      Bus::SegmentPath joined{}; // the segment that it is to leave
    };
 
    std::optional<std::string> whyNothingPasses();
@@ -59,13 +59,13 @@ class TransactionRunner {
    Quarantine quarantine_;
    // of the present transaction:
    Bus::Clock::Time begun_{ 0 };
-   SegmentPath path_{};                 // where its transfers go now
-   std::optional<SegmentPath> asked_{}; // where one was answered
-   std::optional<SegmentPath> late_{};  // where it ran out of time
+   Bus::SegmentPath path_{};                 // where its transfers go now
+   std::optional<Bus::SegmentPath> asked_{}; // where one was answered
+   std::optional<Bus::SegmentPath> late_{};  // where it ran out of time
    std::string whyLate_{};
-   std::optional<SegmentPath> stuck_{}; // where a line was held
+   std::optional<Bus::SegmentPath> stuck_{}; // where a line was held
    std::string whyStuck_{};
-   std::optional<SegmentPath> held_{}; // a segment that it can't leave, since a line is held
+   std::optional<Bus::SegmentPath> held_{}; // a segment that it can't leave, since a line is held
    std::string whyHeld_{};
 };
 

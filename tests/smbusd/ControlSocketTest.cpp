@@ -55,7 +55,7 @@ TEST_F( ControlSocketTest, SaysThatNoBoardIsSimulated ) {
 
 TEST_F( ControlSocketTest, ATransactionIsCarriedOutWhileAnAnswerTakesLong ) {
    std::binary_semaphore asked( 0 ), goOn( 0 );
-   RunningServer server( { .answerControl = [&]( const SmbusControl::Request & ) {
+   RunningServer server( { .answerControl = [&]( const SmbusControl::Request &, const auto & ) {
       asked.release();
       goOn.acquire();
       return SmbusControl::Response();
@@ -118,7 +118,7 @@ TEST_F( ControlSocketTest, ItsFramesShareTheBuffersOfTheOtherSocket ) {
 
 TEST_F( ControlSocketTest, EndsTheConnectionOfAClientThatAsksAndDoesNotRead ) {
    RunningServer server( { .controlLimits = { .sendTime = 500ms },
-                           .answerControl = []( const SmbusControl::Request & ) {
+                           .answerControl = []( const SmbusControl::Request &, const auto & ) {
                               SmbusControl::Response response;
                               response.set_error(
                                  std::string( 1u << 20, 'x' ) ); // more than a socket holds
@@ -135,7 +135,7 @@ TEST_F( ControlSocketTest, EndsTheConnectionOfAClientThatAsksAndDoesNotRead ) {
 
 TEST_F( ControlSocketTest, ATraceThatIsNotReadStaysAndCountsWhatIsLost ) {
    RunningServer server( { .controlLimits = { .sendTime = 20ms },
-                           .answerControl = []( const SmbusControl::Request & ) {
+                           .answerControl = []( const SmbusControl::Request &, const auto & ) {
                               return SmbusControl::Response();
                            } } );
    RawClient client( server.controlPath() );
@@ -165,7 +165,7 @@ TEST_F( ControlSocketTest, ATraceThatIsNotReadStaysAndCountsWhatIsLost ) {
 
 TEST_F( ControlSocketTest, ATraceGetsWhatPassedBeforeTheServerStopped ) {
    auto server = std::make_unique<RunningServer>( ServerSettings{
-      .answerControl = []( const SmbusControl::Request & ) { return SmbusControl::Response(); } } );
+      .answerControl = []( const SmbusControl::Request &, const auto & ) { return SmbusControl::Response(); } } );
    RawClient client( server->controlPath() );
    SmbusControl::Request trace;
    trace.set_trace( true );
