@@ -1,7 +1,5 @@
 #include "smbus/BusLoads.h"
 
-#include "smbus/RootBus.h"
-
 #include <fmt/format.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>

@@ -5,6 +5,7 @@
 #include "smbus/Control.pb.h"
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -36,6 +37,8 @@ std::vector<std::pair<const char *, uint64_t>> errorsBetween( const SmbusControl
 
 const char *nameOf( SmbusControl::ChipLoad::Failure failure );
 
+// In these words, which are also the error of a request that was refused without a transfer.
+inline constexpr std::string_view isQuarantined = "is quarantined";
 // What is quarantined, for how long now, why, and until when, for people.
 std::string describe( const SmbusControl::Quarantined &segment );
 // Who holds the lease of the board, or what was done since it was over, for people.

@@ -15,8 +15,6 @@ namespace Bus {
 // orbis-smbus recognises these texts, too.
 inline constexpr std::string_view noAddressAcknowledge = "no acknowledge of the address";
 inline constexpr std::string_view noSuchBus = "no such bus";
-// In the error of a request that was refused without a transfer, since its segment is left alone.
-inline constexpr std::string_view isQuarantined = "is quarantined";
 
 struct Outcome {
    std::string data = {};  // that was read; empty for writes; without the count for block reads

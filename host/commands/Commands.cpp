@@ -1,9 +1,15 @@
 #include "host/commands/Commands.h"
 
+#include "host/serve/Client.h"
+
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
 
 namespace Host {
+
+std::filesystem::path eventsOf( const Options &options ) {
+   return options.events.empty() ? serveEvents() : options.events;
+}
 
 void setUpLog( const Options &options ) {
    const auto logger = spdlog::stderr_color_st( "orbis-host" );

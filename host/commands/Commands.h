@@ -28,6 +28,9 @@ int events( const Options &options );
 int acknowledge( const Options &options );
 int act( const BoardFiles::Board &board, const Options &options );
 
+// The file of the board's journal.
+std::filesystem::path eventsOf( const Options &options );
+
 // Sets up spdlog. All its output goes to standard error.
 void setUpLog( const Options &options );
 

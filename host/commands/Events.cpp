@@ -60,7 +60,7 @@ void print( const Options &options, const Health::Event &event ) {
 
 // Without a serve, from the file that the last one has left.
 int printFromFile( const Options &options ) {
-   const auto file = options.events.empty() ? serveEvents() : options.events;
+   const auto file = eventsOf( options );
    if ( options.follow ) {
       spdlog::error( "events --follow needs a running serve, and none runs for {} at {}",
                      options.board.string(), serveSocket().string() );

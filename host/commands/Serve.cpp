@@ -6,6 +6,8 @@
 #include "host/serve/Events.h"
 #include "host/serve/HealthWatch.h"
 #include "host/serve/LastLoads.h"
+#include "host/serve/LastSettings.h"
+#include "host/serve/LeaseHolder.h"
 #include "host/serve/LiveBoard.h"
 #include "host/serve/LiveClock.h"
 #include "host/serve/ServerAccounts.h"
@@ -43,14 +45,47 @@ serversOf( boost::asio::io_context &loop, const Http::Handler &handler, const Op
    return servers;
 }
 
+// A board that the server watches over: what it takes for that, and what comes after it.
+struct Guarded {
+   Guarded( const BoardFiles::Board &of, CommandSession &session, const ServerAccounts &accounts,
+            Events &events, const Options &options )
+      : board( of ), settings( of, eventsOf( options ).replace_extension( ".set" ) ),
+        lease( *of.safeState, fromSeconds( options.limit ) ),
+        holder(
+           session.loop(), accounts, lease,
+           { .inControl = [&session] { return session.supervisor().inControl( Clock::now() ); },
+             .ran = [this, &session, &events] { setAgain( session, events ); } } ) {}
+
+   void setAgain( CommandSession &session, Events &events ) const {
+      events.add( { { .time = instantNow().wall,
+                      .what = Health::Event::What::Note,
+                      .cause = "safe state",
+                      .level = Health::Level::Warning,
+                      .words = fmt::format( "the server had set it, since it did not hear of this "
+                                            "host for {} s; set again: {}",
+                                            lease.time() / std::chrono::seconds( 1 ),
+                                            settings.words() ) } } );
+      for ( const auto &[object, action] : settings.actions() )
+         session.ask( object, action, [name = board.objects[object].name]( const Reading &result ) {
+            if ( result.state != State::Ok )
+               spdlog::error( "{} can't be set again: {}", name, toText( result.fault ) );
+         } );
+   }
+
+   const BoardFiles::Board &board;
+   LastSettings settings;
+   const Lease lease;
+   const LeaseHolder holder;
+};
+
 } // namespace
 
 int serve( const BoardFiles::Board &board, const Options &options ) {
    CommandSession session( board, options, CommandSession::Source::Own );
    const ServerAccounts accounts( session.loop(), serverSocket( board.server ) );
-   Events events( options.events.empty() ? serveEvents() : options.events,
-                  isSystemLog( STDERR_FILENO ) ? Events::SystemLog( toSystemLog )
-                                               : Events::SystemLog() );
+   Events events( eventsOf( options ), isSystemLog( STDERR_FILENO )
+                                          ? Events::SystemLog( toSystemLog )
+                                          : Events::SystemLog() );
    // So long everything that a fault takes with it was read, and an empty slot was recognised:
    // drivers keep what they have read of a module's presence for a second or two.
    const double settle = std::max( 3.0, 3 * options.period );
@@ -153,6 +188,9 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
    };
    const std::vector<std::unique_ptr<Http::Server>> servers =
       serversOf( session.loop(), handler, options );
+   std::optional<Guarded> guarded;
+   if ( board.safeState )
+      guarded.emplace( board, session, accounts, events, options );
    StateLog log;
    std::vector<std::string> names;
    for ( const auto &server : servers )
@@ -166,6 +204,8 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
       [&] {
          const BoardReport now = session.report();
          history.add( now, instantNow() );
+         if ( guarded )
+            guarded->settings.look( now );
          for ( const StateLog::Line &line : log.changes( now, session.hadRound() ) )
             spdlog::log( line.isFault ? spdlog::level::warn : spdlog::level::info, "{}",
                          line.text );

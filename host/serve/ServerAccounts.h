@@ -38,6 +38,7 @@ class ServerAccounts {
       std::function<void( const SmbusControl::Response &loads, std::string error )>;
 
    // All call back once, on the loop. Questions don't wait for each other.
+   void askFor( const SmbusControl::Request &request, LoadsAnswer ended ) const;
    void ask( Answer answer ) const;
    void askLoads( LoadsAnswer answer ) const;
    void askEvidence( EvidenceAnswer answer ) const;
@@ -46,8 +47,6 @@ class ServerAccounts {
    void addTransfers( Why why, std::function<void( const Why & )> ready ) const;
 
  private:
-   void askFor( const SmbusControl::Request &request, LoadsAnswer ended ) const;
-
    class Question;
    boost::asio::io_context &loop_;
    const std::string serverSocket_;

@@ -1,5 +1,7 @@
 #include "host/serve/StateLog.h"
 
+#include "smbus/BusLoads.h"
+
 #include "host/session/ObjectRecord.h"
 
 #include <algorithm>
@@ -18,8 +20,13 @@ bool isFault( const std::string &entry ) {
 }
 
 std::string entryOf( State state, const Fault &fault ) {
-   const std::string name( nameOf( state ) );
-   return state == State::Unreadable ? fmt::format( "{}: {}", name, toText( fault ) ) : name;
+   if ( state != State::Unreadable )
+      return std::string( nameOf( state ) );
+   // For how long something is quarantined is new each time, and not a change.
+   std::string words = toText( fault );
+   if ( const size_t at = words.find( Bus::isQuarantined ); at != words.npos )
+      words.resize( at + Bus::isQuarantined.size() );
+   return fmt::format( "{}: {}", nameOf( state ), words );
 }
 
 // The entry that all values of an object share; empty where they differ. What the driver doesn't

@@ -22,6 +22,7 @@ void Supervisor::childStarted() {
 
 // Nothing is up.
 void Supervisor::beginAnew() {
+   isInOrder_ = false;
    startFault_.reset();
    schedule_.childStarted();
    classifier_.childStarted();
@@ -44,6 +45,8 @@ std::optional<Command> Supervisor::next( Time now ) {
    if ( schedule_.rounds() != before && !roundBegan_ )
       roundBegan_ = now;
    if ( command ) {
+      if ( isInOrder_ )
+         lastSign_ = now;
       classifier_.operationBegins();
       current_.start( *command, now );
    }
@@ -69,6 +72,8 @@ void Supervisor::heard( const Event &event, Time now ) {
    if ( !current_.isRunning() )
       return;
    if ( const auto *reading = std::get_if<Reading>( &event ) ) {
+      if ( isInOrder_ )
+         lastSign_ = now;
       heardReading( *reading, now );
       classifier_.operationBegins(); // traces from here on belong to the next one
    } else if ( const auto *limits = std::get_if<SupplyLimits>( &event ) ) {
@@ -78,6 +83,9 @@ void Supervisor::heard( const Event &event, Time now ) {
       if ( current_.as<ReadCommand>() )
          modules_.heard( current_.object().value(), *memory );
    } else if ( const auto *done = std::get_if<Done>( &event ) ) {
+      isInOrder_ = isInOrder_ || current_.object().has_value();
+      if ( isInOrder_ )
+         lastSign_ = now;
       const auto command = current_.end( now );
       deaths_.commandEnded();
       std::visit( [&]( const auto &what ) { ended( what, *done, now ); }, *command );

@@ -68,6 +68,11 @@ class Supervisor {
    }
    // What was last read of the module that is this object. Null when nothing was.
    const ModuleRecord *module( size_t object ) const { return modules_.find( object ); }
+   // When the board was under control last: now, while the plug-in's process has nothing to do,
+   // else when it last said something of an object. Nothing: it never did.
+   std::optional<Time> inControl( Time now ) const {
+      return isInOrder_ && !current_.isRunning() ? now : lastSign_;
+   }
    // How many objects were brought up, or failed, at least once.
    size_t settled() const { return schedule_.settled(); }
    // Whether the child has a command that it did not answer yet.
@@ -127,6 +132,8 @@ class Supervisor {
    std::optional<Time> roundBegan_{};  // only while something of it was not read yet
    WholeRounds wholeRounds_{};
    uint64_t childStarts_ = 0;
+   bool isInOrder_ = false; // the child has carried out something with an object
+   std::optional<Time> lastSign_{};
 };
 
 } // namespace Host

@@ -1,6 +1,6 @@
 #include "smbusd/record/FailureFiles.h"
 
-#include "smbus/RootBus.h"
+#include "smbus/BusLoads.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>

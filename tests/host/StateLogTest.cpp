@@ -1,5 +1,6 @@
 #include "host/serve/StateLog.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 namespace Host {
@@ -41,6 +42,18 @@ TEST_F( StateLogTest, SaysTheSameOfManyObjectsInOneLine ) {
    };
    EXPECT_THAT( changes( board ), ElementsAre( "t1, led, t2 and 2 more: ok", "bay: absent" ) );
    EXPECT_THAT( changes( board ), IsEmpty() );
+}
+
+TEST_F( StateLogTest, SaysOnceThatASegmentIsQuarantinedHoweverLongThatTakes ) {
+   const auto after = [this]( int seconds ) {
+      return changes( { object( "a", {}, State::Unreadable,
+                                fmt::format( "the bus is quarantined for {} s (timed out), next "
+                                             "try in 1 s",
+                                             seconds ) ) } );
+   };
+   EXPECT_THAT( after( 0 ), ElementsAre( "! a: unreadable: the bus is quarantined" ) );
+   EXPECT_THAT( after( 1 ), IsEmpty() );
+   EXPECT_THAT( after( 100 ), IsEmpty() );
 }
 
 TEST_F( StateLogTest, NamesEveryOneOfAFew ) {

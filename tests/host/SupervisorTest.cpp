@@ -61,6 +61,30 @@ TEST_F( SupervisorTest, CountsTheStartsOfItsChildren ) {
    EXPECT_EQ( supervisor->childStarts(), before + 1 );
 }
 
+// A plug-in's process that was only started controls nothing.
+TEST_F( SupervisorTest, IsInControlOnceSomethingWasDoneWithAnObject ) {
+   EXPECT_FALSE( supervisor->inControl( now ) );
+   EXPECT_EQ( next(), "load" );
+   good();
+   EXPECT_FALSE( supervisor->inControl( now ) );
+   runTo( "read 0" );
+   EXPECT_TRUE( supervisor->inControl( now ) );
+   const Time asked = now;
+   now += std::chrono::seconds( 5 );
+   EXPECT_EQ( supervisor->inControl( now ), asked ); // it does not answer
+   die();
+   now += std::chrono::seconds( 5 );
+   EXPECT_EQ( supervisor->inControl( now ), asked );
+   EXPECT_EQ( next(), "load" );
+   EXPECT_EQ( supervisor->inControl( now ), asked );
+}
+
+TEST_F( SupervisorTest, WithNothingToDoItIsInControl ) {
+   runAll();
+   now += std::chrono::milliseconds( 200 );
+   EXPECT_EQ( supervisor->inControl( now ), now );
+}
+
 TEST_F( SupervisorTest, RunsOneCommandAtATime ) {
    EXPECT_EQ( next(), "load" );
    EXPECT_EQ( next(), "-" );

@@ -44,7 +44,7 @@ const std::vector<Order> folderOrders{
    { "screen", { "." } },
    { "simulator", { "chips", "chips/modules", "bus", "board" } },
    { "smbusd",
-     { ".", "accounts", "server", "busses/linux", "busses", "record", "routes", "export",
+     { ".", "accounts", "server", "busses/linux", "busses", "record", "routes", "export", "lease",
        "control" } },
    { "orbis-smbus", { "." } },
    { "host", { ".", "plugin", "session", "journal", "serve", "terminal", "commands" } },

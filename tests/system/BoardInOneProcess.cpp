@@ -119,9 +119,17 @@ void BoardInOneProcess::start() {
    runAll();
 }
 
+void BoardInOneProcess::pass( Host::Clock::duration time ) {
+   now_ += time;
+   clock_.advance( time );
+}
+
 void BoardInOneProcess::round() {
-   now_ += period;
-   clock_.advance( period );
+   pass( period );
+   work();
+}
+
+void BoardInOneProcess::work() {
    services().expireTimers(); // of drivers that poll in each second
    runAll();
 }
@@ -145,7 +153,9 @@ void BoardInOneProcess::carryOut( const Host::Command &command ) {
    if ( const auto *init = std::get_if<Host::InitCommand>( &command ) )
       done = objects_.init( init->kind, board_.topology.c_str() );
    else if ( const auto *added = std::get_if<Host::AddCommand>( &command ) )
-      done = objects_.add( added->object, board_.objects[added->object] );
+      done = added_.insert( added->object ).second
+                ? objects_.add( added->object, board_.objects[added->object] )
+                : Host::Done();
    else if ( const auto *asked = std::get_if<Host::ActCommand>( &command ) )
       done = objects_.act( *asked, sinks() );
    else if ( const auto *read = std::get_if<Host::ReadCommand>( &command ) ) {

@@ -16,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -50,12 +51,19 @@ class BoardInOneProcess {
    // time.
    void start();
    void round();
+   // Only time passes.
+   void pass( Host::Clock::duration time );
+   // What is due now is done.
+   void work();
+   // The child ends, and nothing is brought up until start().
+   void kill() { supervisor_->childDied( "killed", now_ ); }
 
    // All objects, as a user is told; and what the server knows of failures.
    Host::BoardReport report() const { return supervisor_->report( now_ ); }
    Health::Evidence evidence() const;
    SmbusControl::Response loads() const; // of all busses
    Bus::Clock::Time time() const { return clock_.now(); }
+   const Bus::Clock &clock() const { return clock_; }
 
    // A slot, as a user is told.
    Host::Reading presence( const std::string &slot ) const;
@@ -108,6 +116,7 @@ class BoardInOneProcess {
    Host::Time now_{ std::chrono::hours( 1 ) };
    std::optional<Host::Supervisor> supervisor_;
    Host::Objects &objects_;
+   std::set<size_t> added_; // they stay: a child that comes after another one has them, too
    std::map<Bus::RootBusId, BoardFiles::WireCost> wires_;
    bool isReading_ = false; // what is on the busses counts
    std::map<std::string, unsigned> reads_;
