@@ -86,6 +86,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
                                                     .origin = header( "Origin" ),
                                                     .authorization = header( "Authorization" ) } ) )
             return write( *refusal );
+      if ( method != "GET" && !service_.onlyReads.empty() )
+         return write( errorResponse( Status::forbidden, service_.onlyReads ) );
       stream_.expires_never(); // an action may take long; timeout_ limits it
       const unsigned number = ++requests_;
       timeout_.expires_after( service_.limits.action );

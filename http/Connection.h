@@ -7,6 +7,7 @@
 #include <boost/asio/generic/stream_protocol.hpp>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace Http {
 
@@ -15,6 +16,7 @@ struct Service {
    std::shared_ptr<const Handler> handler{};
    Limits limits{};
    std::optional<Guard> guard{};
+   std::string onlyReads{};           // why the client may only read; empty: it may act
    std::shared_ptr<void> open{};      // counts the connections
    std::shared_ptr<size_t> streams{}; // how many of them are streams
 };

@@ -15,7 +15,8 @@ struct Credentials {
    std::string authorization{}; // the header Authorization
 };
 
-// Who may ask at a TCP socket. The rights to a Unix socket are those of its file.
+// Who may ask at a TCP socket. At a Unix socket whoever can connect may read, and the members of a
+// Sockets::ControlGroup may act.
 class Guard {
  public:
    // Without a token, requests may only read. The token is the first line of a file; throws

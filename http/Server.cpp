@@ -9,10 +9,10 @@
 namespace Http {
 
 Server::Server( boost::asio::io_context &loop, Listener listener, Handler handler, Limits limits,
-                Guard guard )
+                Guard guard, Sockets::ControlGroup group )
    : listener_( std::move( listener ) ),
      handler_( std::make_shared<const Handler>( std::move( handler ) ) ), limits_( limits ),
-     guard_( std::move( guard ) ),
+     guard_( std::move( guard ) ), group_( std::move( group ) ),
      acceptor_( loop, Protocol( listener_.family(), 0 ), listener_.release() ), pause_( loop ) {
    accept();
 }
@@ -26,10 +26,16 @@ void Server::accept() {
             return acceptLater( failure.message() );
          isPausing_ = false;
          const bool isFull = open_.use_count() > static_cast<long>( limits_.connections );
+         std::string onlyReads;
+         if ( listener_.isLocal() ) {
+            const Sockets::Credentials client = Sockets::credentialsOf( socket.native_handle() );
+            onlyReads = group_.has( client ) ? "" : group_.whyNot( client );
+         }
          serve( std::move( socket ),
                 { .handler = handler_,
                   .limits = limits_,
                   .guard = listener_.isLocal() ? std::optional<Guard>() : guard_,
+                  .onlyReads = std::move( onlyReads ),
                   .open = open_,
                   .streams = streams_ },
                 isFull );

@@ -3,6 +3,7 @@
 #include "http/Exchange.h"
 #include "http/Guard.h"
 #include "http/Listener.h"
+#include "sockets/ControlGroup.h"
 
 #include <boost/asio/basic_socket_acceptor.hpp>
 #include <boost/asio/generic/stream_protocol.hpp>
@@ -31,9 +32,10 @@ struct Limits {
 // Answers HTTP on a listening socket, on an event loop.
 class Server {
  public:
-   // What comes over TCP has to pass the guard. `handler` is called as long as the loop runs.
+   // What comes over TCP has to pass the guard; what comes to a Unix socket and isn't GET or HEAD
+   // has to come from the group. `handler` is called as long as the loop runs.
    Server( boost::asio::io_context &loop, Listener listener, Handler handler, Limits limits = {},
-           Guard guard = {} );
+           Guard guard = {}, Sockets::ControlGroup group = Sockets::ControlGroup() );
    Server( const Server & ) = delete;
    Server &operator=( const Server & ) = delete;
 
@@ -51,6 +53,7 @@ class Server {
    const std::shared_ptr<const Handler> handler_;
    const Limits limits_;
    const Guard guard_;
+   const Sockets::ControlGroup group_;
    boost::asio::basic_socket_acceptor<Protocol> acceptor_;
    boost::asio::steady_timer pause_;
    bool isPausing_ = false; // the last try to accept a client failed

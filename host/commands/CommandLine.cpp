@@ -154,6 +154,9 @@ void addHttp( CLI::App &serve, Options &options ) {
                    "That address may be reached from other machines; nothing is encrypted" );
    serve.add_option( "--http-control", options.httpControl,
                      "FILE: who has the token that is its first line may act there, too" );
+   serve.add_option( "--control-group", options.controlGroup,
+                     "GROUP: its members may act at the Unix socket, beside root and the user of "
+                     "serve; others may read" );
 }
 
 // The command, and the journal's file for it and serve.

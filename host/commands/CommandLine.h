@@ -66,6 +66,7 @@ struct Options {
    std::string http{};                           // address for HTTP besides the Unix socket
    bool httpAnyAddress = false;                  // it may be reached from other machines
    std::filesystem::path httpControl{};          // the file with the token of who may act there
+   std::string controlGroup{};                   // who may act at the Unix socket; empty: no group
    bool all = false;                             // acknowledge every cause
    bool yes = false;                             // cut power without a question
 };

@@ -32,6 +32,7 @@ std::vector<std::unique_ptr<Http::Server>>
 serversOf( boost::asio::io_context &loop, const Http::Handler &handler, const Options &options ) {
    const Http::Guard guard =
       options.httpControl.empty() ? Http::Guard() : Http::Guard( options.httpControl );
+   const Sockets::ControlGroup group( options.controlGroup );
    std::vector<Http::Listener> listeners;
    listeners.push_back( Http::Listener::atFile( serveSocket() ) );
    for ( Http::Listener &given : Http::Listener::given() )
@@ -41,7 +42,7 @@ serversOf( boost::asio::io_context &loop, const Http::Handler &handler, const Op
    std::vector<std::unique_ptr<Http::Server>> servers;
    for ( Http::Listener &listener : listeners )
       servers.push_back( std::make_unique<Http::Server>( loop, std::move( listener ), handler,
-                                                         Http::Limits(), guard ) );
+                                                         Http::Limits(), guard, group ) );
    return servers;
 }
 

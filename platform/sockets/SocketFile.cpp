@@ -1,9 +1,10 @@
 #include "sockets/SocketFile.h"
 
+#include "sockets/Credentials.h"
+
 #include <fmt/format.h>
 
 #include <fcntl.h>
-#include <grp.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -87,13 +88,6 @@ class StartLock {
    }
    const int fd_;
 };
-
-gid_t groupNamed( const std::string &name ) {
-   const group *found = getgrnam( name.c_str() );
-   if ( !found )
-      throw std::runtime_error( fmt::format( "there is no group {}", name ) );
-   return found->gr_gid;
-}
 
 } // namespace
 

@@ -7,6 +7,7 @@
 #include <boost/asio.hpp>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 namespace Http {
 namespace {
@@ -129,6 +130,67 @@ TEST_F( TcpServerTest, WhatIsNotModifiedHasNoContent ) {
       EXPECT_THAT( answer, Not( HasSubstr( "Content-Length" ) ) );
       EXPECT_THAT( answer, ::testing::EndsWith( "\r\n\r\n" ) );
    }
+}
+
+// The server at a Unix socket, which this process asks as another user than the server's.
+class LocalServerTest : public TcpServerTest {
+ protected:
+   LocalServerTest() {
+      std::filesystem::permissions( folder_.path(), std::filesystem::perms::all );
+   }
+   std::string ask( const std::string &method, const Sockets::ControlGroup &group ) {
+      const std::string path = folder_.file( "socket" );
+      asked_ = {};
+      Server server(
+         loop_, Listener::atFile( path ),
+         [this]( const Request &request, const Reply &reply ) {
+            asked_ = request;
+            reply( answer_ );
+         },
+         Limits(), Guard(), group );
+      std::filesystem::permissions( path, std::filesystem::perms::all );
+      boost::asio::local::stream_protocol::socket socket( loop_ );
+      const bool isRoot = geteuid() == 0;
+      EXPECT_TRUE( !isRoot || seteuid( nobody ) == 0 );
+      socket.connect( path );
+      EXPECT_TRUE( !isRoot || seteuid( 0 ) == 0 );
+      boost::asio::write( socket,
+                          boost::asio::buffer( method + " / HTTP/1.1\r\nHost: x\r\nContent-Length: "
+                                                        "0\r\nConnection: close\r\n\r\n" ) );
+      std::string heard;
+      bool hasEnded = false;
+      boost::asio::async_read( socket, boost::asio::dynamic_buffer( heard ),
+                               [&]( const auto &, size_t ) { hasEnded = true; } );
+      while ( !hasEnded )
+         loop_.run_one_for( std::chrono::seconds( 1 ) );
+      return heard;
+   }
+   static constexpr uid_t nobody = 65534;
+   const uid_t user_ = geteuid() == 0 ? nobody : geteuid(); // who asks
+};
+
+TEST_F( LocalServerTest, WhoeverCanConnectMayRead ) {
+   for ( const std::string method : { "GET", "HEAD" } ) {
+      EXPECT_THAT( ask( method, Sockets::ControlGroup( "", user_ + 1 ) ),
+                   StartsWith( "HTTP/1.1 200 OK" ) );
+      EXPECT_EQ( asked_.method, "GET" );
+   }
+}
+
+TEST_F( LocalServerTest, WhoIsNotOfTheControlGroupMayNotAct ) {
+   for ( const std::string method : { "POST", "PUT", "DELETE" } ) {
+      const std::string answer = ask( method, Sockets::ControlGroup( "", user_ + 1 ) );
+      EXPECT_THAT( answer, StartsWith( "HTTP/1.1 403 Forbidden" ) );
+      EXPECT_THAT( answer, HasSubstr( R"({"error":"user )" + Sockets::nameOf( user_ ) +
+                                      " may only read here" ) );
+      EXPECT_EQ( asked_.method, "" ); // nobody was asked
+   }
+}
+
+TEST_F( LocalServerTest, TheUserOfTheServerMayAct ) {
+   EXPECT_THAT( ask( "POST", Sockets::ControlGroup( "", user_ ) ),
+                StartsWith( "HTTP/1.1 200 OK" ) );
+   EXPECT_EQ( asked_.method, "POST" );
 }
 
 // Has nothing to tell.
