@@ -36,7 +36,10 @@ class RoutesReader {
                    {},
                    optional && optional->isTrue(),
                    entry.unsignedOf( "clock" ),
+                   {},
                    entry.place() };
+      for ( const Json &mux : entry.elementsOf( "muxes" ) )
+         route.muxes.push_back( static_cast<uint8_t>( *mux.toUnsigned() ) );
       if ( const Json *adapter = entry.find( "adapter" ) )
          route.to = AdapterRoute{ adapterIn( *adapter ), chipsIn( entry ) };
       else if ( const Json *chips = entry.find( "chips" ) )

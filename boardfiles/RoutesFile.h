@@ -49,6 +49,7 @@ struct Route {
    std::variant<SimulatedRoute, AdapterRoute, PortsRoute> to;
    bool optional;                 // the server starts without it
    std::optional<uint32_t> clock; // of its wires, in Hz
+   std::vector<uint8_t> muxes;    // addresses of multiplexers, on the bus or behind others
    Place place;
 };
 

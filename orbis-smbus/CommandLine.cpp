@@ -88,6 +88,12 @@ void describeWrite( CLI::App &app, Options &options ) {
    command->add_option( "VALUE", options.values, "Bytes, or a word with --size word" );
    addSize( *command, options, "byte, word (low byte first), block, or a number of bytes" );
    addPec( *command, options );
+   command
+      ->add_option( "--board", options.board,
+                    "The folder of the board's files: asks first when an object is on the chip" )
+      ->envname( "ORBIS_BOARD" )
+      ->option_text( "FOLDER" );
+   command->add_flag( "-y,--yes", options.yes, "Don't ask" );
    command->callback( [&options] { options.data = bytesToWrite( options.values, options.size ); } );
 }
 

@@ -23,6 +23,8 @@ struct Options {
    std::optional<Size> size;
    std::vector<uint32_t> values; // to write, and their bytes in the form that --size gives
    std::string data;
+   std::string board;  // the folder of the board's files; empty: unknown
+   bool yes = false;   // write without asking
    uint32_t first = 0; // to dump
    uint32_t last = 0xFF;
    std::string control;       // empty: the server's socket with .control after its name

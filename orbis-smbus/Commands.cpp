@@ -6,6 +6,7 @@
 #include "orbis-smbus/Scenario.h"
 #include "orbis-smbus/ServerConnection.h"
 #include "orbis-smbus/Vcd.h"
+#include "orbis-smbus/WriteQuestion.h"
 #include "smbus/RecordingFile.h"
 #include "smbus/RootBus.h"
 
@@ -53,7 +54,7 @@ void traceLast( const Options &options ) {
 } // namespace
 
 void read( const Options &options ) {
-   ServerConnection server( options.retries );
+   ServerConnection server( options.retries, ServerConnection::Use::Reads );
    const Size size = options.size.value_or( Size{} );
    const bool block = size.form == Size::Form::Block;
    std::string data;
@@ -67,6 +68,7 @@ void read( const Options &options ) {
 
 void write( const Options &options ) {
    const bool block = options.size && options.size->form == Size::Form::Block;
+   askBeforeWrite( options );
    ServerConnection server( options.retries );
    server.ask( options.target, block ? Smbus::REQUEST_BLOCK_WRITE : Smbus::REQUEST_WRITE,
                *options.offset, static_cast<uint32_t>( options.data.size() ), options.data );
@@ -74,7 +76,7 @@ void write( const Options &options ) {
 }
 
 void dump( const Options &options ) {
-   ServerConnection server( options.retries );
+   ServerConnection server( options.retries, ServerConnection::Use::Reads );
    const Size size = options.size.value_or( Size{} );
    std::map<uint32_t, Reading> readings;
    bool any = false;
@@ -89,7 +91,7 @@ void dump( const Options &options ) {
 }
 
 void scan( const Options &options ) {
-   ServerConnection server( options.retries );
+   ServerConnection server( options.retries, ServerConnection::Use::Reads );
    std::map<uint8_t, Reading> readings;
    constexpr uint8_t first = 0x08; // the others are reserved
    constexpr uint8_t last = 0x77;

@@ -1,6 +1,7 @@
 #include "orbis-smbus/ServerConnection.h"
 
 #include "smbus/Requests.h"
+#include "sockets/SocketFile.h"
 #include "sockets/Unreachable.h"
 
 #include <unistd.h>
@@ -14,6 +15,13 @@ namespace SmbusClient {
 std::string serverPath() {
    const char *socket = std::getenv( "ORBIS_SMBUS_SOCKET" ); // main() sets it from --socket
    return socket && *socket ? socket : "/run/orbis/smbus.sock";
+}
+
+ServerConnection::ServerConnection( unsigned retries, Use use ) : retries_( retries ) {
+   const std::string full = serverPath(), onlyReads = full + ".read";
+   if ( use == Use::Reads && Sockets::tryToConnect( full ) == EACCES &&
+        Sockets::tryToConnect( onlyReads ) == 0 )
+      setenv( "ORBIS_SMBUS_SOCKET", onlyReads.c_str(), 1 ); // where the client library connects to
 }
 
 ServerConnection::~ServerConnection() {

@@ -16,7 +16,10 @@ std::string serverPath();
 // the end.
 class ServerConnection {
  public:
-   explicit ServerConnection( unsigned retries ) : retries_( retries ) {}
+   enum class Use { Reads, Writes };
+
+   // What only reads takes the server's read-only socket when the other is not for this user.
+   explicit ServerConnection( unsigned retries, Use use = Use::Writes );
    ~ServerConnection();
    ServerConnection( const ServerConnection & ) = delete;
    ServerConnection &operator=( const ServerConnection & ) = delete;

@@ -36,4 +36,10 @@ std::string describe( const Transfer &transfer ) {
    return {};
 }
 
+std::string describe( const Transaction &transaction, size_t index, std::string_view reason ) {
+   return fmt::format( "request {} of {}: {} on {}: {}", index + 1, transaction.transfers.size(),
+                       describe( transaction.transfers[index] ), toString( transaction.bus ),
+                       reason );
+}
+
 } // namespace Bus

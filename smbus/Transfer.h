@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Bus {
@@ -27,6 +28,8 @@ struct Transfer {
 
    // The offset is the only byte that is sent. This is how multiplexers are set.
    bool isSendByte() const { return kind == Kind::Write && length == 0; }
+   // Gets data and gives none but the offset.
+   bool isRead() const { return kind == Kind::Read || kind == Kind::BlockRead; }
    // Reads one byte without sending an offset.
    bool isReceiveByte() const { return kind == Kind::Read && length == 0; }
 };
@@ -41,5 +44,8 @@ struct Transaction {
    unsigned retries = 0;              // further tries of each transfer
    std::chrono::milliseconds limit{}; // for all of it
 };
+
+// "request 2 of 3: read of ... on i2c:0: REASON", as in error texts.
+std::string describe( const Transaction &, size_t index, std::string_view reason );
 
 } // namespace Bus

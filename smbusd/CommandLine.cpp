@@ -68,7 +68,17 @@ void describeSockets( CLI::App &app, Options &options ) {
    app.add_option( "--control", options.control,
                    "The Unix socket that controls the simulation; default: "
                    "SOCKET.control" );
-   app.add_option( "--group", options.group, "The group that may use the sockets" );
+   app.add_option( "--read-socket", options.readSocket,
+                   "The Unix socket where one can only read; default: SOCKET.read" );
+   app.add_option( "--group", options.group,
+                   "The group that may use the sockets; with --read-group, that may write, and "
+                   "drive the simulation" );
+   app.add_option( "--read-group", options.readGroup,
+                   "The group that may only read: at SOCKET.read, and at the control socket" )
+      ->option_text( "NAME" );
+   app.add_option( "--write-policy", options.writePolicy,
+                   "Other users than this server's may only write what a row of this file allows" )
+      ->option_text( "FILE" );
    app.add_option( "--clients-per-process", options.clientsPerProcess,
                    "How many of the 64 connections one process may have" )
       ->check( CLI::Range( 1, 64 ) )
@@ -98,6 +108,12 @@ void describeChecks( CLI::App &app, Options &options ) {
    check->add_option( "FILE", options.routesToCheck, "The routes file" )->required();
    check->add_flag( "--elsewhere", options.elsewhere,
                     "Check only the file: its adapters and ports are on another machine" );
+   auto *policy = app.add_subcommand(
+      "check-policy", "Check a policy of raw writes and print who may write what, and why" );
+   policy->add_option( "FILE", options.policyToCheck, "The policy file" )->required();
+   policy->add_flag( "--elsewhere", options.elsewhere,
+                     "Check only the file: its users and groups are on another machine" );
+   policy->footer( "Exit codes: 0 no error, 1 errors, 2 wrong usage." );
    check->footer( "Exit codes: 0 no error, 1 errors, 2 wrong usage." );
 }
 

@@ -14,8 +14,11 @@ enum ExitCode { Done = 0, Failed = 1, WrongUsage = 2 };
 // What the user asks for.
 struct Options {
    std::string socket = "/run/orbis/smbus.sock";
-   std::string control; // empty: the socket's path with .control after its name
+   std::string control;    // empty: the socket's path with .control after its name
+   std::string readSocket; // empty: with .read after its name
    std::string group;
+   std::string readGroup; // empty: the same
+   std::string writePolicy;
    std::string topology; // of the simulated board, as its simulation
    std::string simulation;
    std::string routes;
@@ -31,7 +34,8 @@ struct Options {
    bool wireTime = false; // its transfers take as long as on real wires
 
    std::string routesToCheck; // empty: serve
-   bool elsewhere = false;    // the routes are another machine's
+   std::string policyToCheck; // the same
+   bool elsewhere = false;    // they are another machine's
 };
 
 // Fills the options. When there is nothing more to do, prints the help, the version or what is

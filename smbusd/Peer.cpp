@@ -1,14 +1,12 @@
 #include "smbusd/Peer.h"
 
-#include <sys/socket.h>
+#include "sockets/Credentials.h"
 
 namespace Smbusd {
 
 Peer peerOf( int socket ) {
-   ucred credentials{};
-   socklen_t size = sizeof credentials;
-   getsockopt( socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size );
-   return { socket, credentials.uid, credentials.pid };
+   const Sockets::Credentials known = Sockets::credentialsOf( socket );
+   return { socket, known.user, known.process };
 }
 
 } // namespace Smbusd

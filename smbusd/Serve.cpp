@@ -11,14 +11,19 @@
 #include "smbusd/lease/Lease.h"
 #include "smbusd/record/Recorder.h"
 #include "smbusd/record/Replay.h"
+#include "smbusd/rights/ReadOnly.h"
+#include "smbusd/rights/WriteGuard.h"
 #include "smbusd/routes/RoutedBusses.h"
+#include "smbusd/server/LogLimit.h"
 #include "smbusd/server/Outbox.h"
 #include "smbusd/server/Server.h"
 #include "smbusd/server/SmbusConversation.h"
+#include "sockets/ControlGroup.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <fmt/format.h>
+#include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
 
 #include <unistd.h>
@@ -37,8 +42,9 @@ namespace Smbusd {
 
 namespace {
 
-// For all that clients send and get, of both sockets.
+// For all that clients send and get, of all sockets.
 constexpr size_t allBuffers = 64u << 20;
+constexpr Limits readLimits{ .clients = 32, .clientsPerProcess = 8 };
 constexpr Limits controlLimits{ .clients = 16, .clientsPerProcess = 4 };
 
 // A simulated board with its clock and its controls.
@@ -67,7 +73,8 @@ Bus::Busses routed( const BoardFiles::RoutesFile &routes, Bus::Busses simulated,
    return busses.take();
 }
 
-Executors executorsFor( const Options &options, Simulation *simulation, const Bus::Clock &clock ) {
+Executors executorsFor( const Options &options, const BoardFiles::RoutesFile *routes,
+                        Simulation *simulation, const Bus::Clock &clock ) {
    if ( !options.replayFrom.empty() )
       return replay( options.replayFrom, [asSlow = options.asSlow]( Bus::Clock::Time took ) {
          if ( asSlow )
@@ -81,8 +88,8 @@ Executors executorsFor( const Options &options, Simulation *simulation, const Bu
       if ( options.wireTime )
          busses = Simulator::wireTimed( std::move( busses ), wireClocks );
    }
-   if ( !options.routes.empty() )
-      busses = routed( BoardFiles::loadRoutes( options.routes ), std::move( busses ), wireClocks );
+   if ( routes )
+      busses = routed( *routes, std::move( busses ), wireClocks );
    return executorsOn( std::move( busses ), clock, wireClocks );
 }
 
@@ -150,6 +157,46 @@ const std::string &sourceOf( const Options &options ) {
    return options.routes.empty() ? options.topology : options.routes;
 }
 
+NamedMuxes muxesOf( const Options &options, const std::optional<BoardFiles::RoutesFile> &routes ) {
+   NamedMuxes muxes;
+   if ( !options.topology.empty() )
+      addMuxes( *BoardFiles::loadTopology( options.topology ), muxes );
+   if ( routes )
+      addMuxes( *routes, muxes );
+   return muxes;
+}
+
+// Tells raw writes with a limit of their own: a loop of them must not leave out other warnings.
+WriteGuard::Tell rawWriteLog() {
+   constexpr unsigned linesPerSecond = 20;
+   const auto logger = std::make_shared<spdlog::logger>(
+      "orbis-smbusd",
+      std::make_shared<LogLimit>( std::make_shared<spdlog::sinks::stderr_color_sink_mt>(),
+                                  linesPerSecond ) );
+   logger->set_level( spdlog::get_level() );
+   return [logger]( const std::string &words ) { logger->warn( "{}", words ); };
+}
+
+WriteGuard writeGuardFor( const Options &options, const NamedMuxes &muxes ) {
+   std::optional<BoardFiles::WritePolicy> policy;
+   if ( !options.writePolicy.empty() ) {
+      policy = BoardFiles::loadWritePolicy( options.writePolicy );
+      spdlog::info( "raw writes are only for {} row{} of {}", policy->rows.size(),
+                    policy->rows.size() == 1 ? "" : "s", options.writePolicy );
+   }
+   return { muxes, std::move( policy ), geteuid(), People::ofThisMachine(), rawWriteLog() };
+}
+
+// Where there is a group for reading, driving the simulation is for the group that may write.
+WhyOnlyLooks whyOnlyLooks( const Options &options ) {
+   if ( options.readGroup.empty() )
+      return {};
+   return [group = Sockets::ControlGroup( options.group )]( const Peer &peer ) {
+      const Sockets::Credentials client = Sockets::credentialsOf( peer.socket );
+      return group.has( client ) ? std::string() : group.whyNot( client );
+   };
+}
+
 // The kernel may never end a transfer. Then its thread can't be joined, and the process must end
 // without it.
 void abandonStuckBus( Dispatcher &dispatcher, std::chrono::milliseconds limit ) {
@@ -168,7 +215,12 @@ void serve( const Options &options ) {
    std::optional<Simulation> simulation;
    if ( !options.topology.empty() )
       simulation.emplace( options, clock, tracer );
-   Executors executors = executorsFor( options, simulation ? &*simulation : nullptr, clock );
+   std::optional<BoardFiles::RoutesFile> routes;
+   if ( !options.routes.empty() )
+      routes = BoardFiles::loadRoutes( options.routes );
+   const NamedMuxes muxes = muxesOf( options, routes );
+   Executors executors = executorsFor( options, routes ? &*routes : nullptr,
+                                       simulation ? &*simulation : nullptr, clock );
    for ( const auto &[id, executor] : executors )
       spdlog::debug( "bus {}", toString( id ) );
    std::optional<Recorder> recorder;
@@ -181,13 +233,22 @@ void serve( const Options &options ) {
    const std::chrono::milliseconds limit( options.transactionLimit );
    Dispatcher dispatcher( std::move( executors ), clock, limit, std::move( observer ) );
    const Limits limits{ .clientsPerProcess = options.clientsPerProcess };
-   Buffers buffers( allBuffers - ( limits.clients + controlLimits.clients ) * Buffers::ownBytes -
+   const size_t clients = limits.clients + readLimits.clients + controlLimits.clients;
+   Buffers buffers( allBuffers - clients * Buffers::ownBytes -
                     controlLimits.clients * 2 * Outbox::maxBytes );
-   const auto listenAt = [&options]( const std::string &path ) {
-      return std::make_unique<Sockets::SocketFile>( path, options.group );
+   const auto listenAt = []( const std::string &path, const std::string &group ) {
+      return std::make_unique<Sockets::SocketFile>( path, group );
    };
-   Server server( context, listenAt( options.socket ), conversationsWith( dispatcher ), limits,
-                  buffers );
+   const std::string &readGroup = options.readGroup.empty() ? options.group : options.readGroup;
+   const WriteGuard writeGuard = writeGuardFor( options, muxes );
+   const ReadOnly readOnly( muxes, options.socket );
+   Server server( context, listenAt( options.socket, options.group ),
+                  conversationsWith( dispatcher, &writeGuard ), limits, buffers );
+   Server readServer(
+      context,
+      listenAt( options.readSocket.empty() ? options.socket + ".read" : options.readSocket,
+                readGroup ),
+      conversationsWith( dispatcher, &readOnly ), readLimits, buffers );
    const auto exported = exportAdapters( options, simulation ? &*simulation : nullptr );
    Lease lease( clock, std::bind_front( carryOut, std::ref( dispatcher ) ) );
    const LeaseThread leaseThread( lease );
@@ -204,12 +265,15 @@ void serve( const Options &options ) {
                         : answerWithoutBoard( request, peer );
    };
    Server control(
-      context, listenAt( options.control.empty() ? options.socket + ".control" : options.control ),
-      controlConversations( answer, tracer ), controlLimits, buffers );
+      context,
+      listenAt( options.control.empty() ? options.socket + ".control" : options.control,
+                readGroup ),
+      controlConversations( answer, tracer, whyOnlyLooks( options ) ), controlLimits, buffers );
    boost::asio::signal_set signals( context, SIGTERM, SIGINT );
    signals.async_wait( [&]( const auto &, int number ) {
       spdlog::info( "stopping on {}", number == SIGTERM ? "SIGTERM" : "SIGINT" );
       server.stop();
+      readServer.stop();
       control.stop();
    } );
    spdlog::info( "serving {} at {}", sourceOf( options ), options.socket );

@@ -11,4 +11,8 @@ void serve( const Options & );
 // Throws BoardError when it is not a routes file.
 bool checkRoutes( const Options & );
 
+// Prints what each row of the policy allows, and the users and groups that aren't there. Returns
+// whether all are. Throws BoardError when it is not a policy file.
+bool checkPolicy( const Options & );
+
 } // namespace Smbusd

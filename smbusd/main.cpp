@@ -23,6 +23,8 @@ int main( int argc, char **argv ) {
    try {
       if ( !options.routesToCheck.empty() )
          return checkRoutes( options ) ? Done : Failed;
+      if ( !options.policyToCheck.empty() )
+         return checkPolicy( options ) ? Done : Failed;
       serve( options );
    } catch ( const std::exception &error ) {
       spdlog::critical( "{}", error.what() );

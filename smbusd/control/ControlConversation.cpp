@@ -40,10 +40,18 @@ class Desk {
    Clock::time_point free_{};
 };
 
+// Whether it leaves the simulated board as it is.
+bool onlyLooks( const SmbusControl::Request &request ) {
+   return request.has_list() || request.has_get() || request.has_trace() || request.has_time() ||
+          request.has_load() || request.has_last();
+}
+
 class ControlConversation final : public Conversation {
  public:
-   ControlConversation( std::shared_ptr<Desk> desk, Bus::Tracer &tracer, const Peer &peer )
-      : desk_( std::move( desk ) ), tracer_( tracer ), peer_( peer ) {}
+   ControlConversation( std::shared_ptr<Desk> desk, Bus::Tracer &tracer, const Peer &peer,
+                        std::string whyOnlyLooks )
+      : desk_( std::move( desk ) ), tracer_( tracer ), peer_( peer ),
+        whyOnlyLooks_( std::move( whyOnlyLooks ) ) {}
    ~ControlConversation() override { tracer_.remove( this ); }
    ControlConversation( const ControlConversation & ) = delete;
    ControlConversation &operator=( const ControlConversation & ) = delete;
@@ -56,6 +64,8 @@ class ControlConversation final : public Conversation {
    std::optional<std::string> answer( Buffers::Part &memory ) override {
       if ( !isRequest_ )
          return refusal( "the frame is not a request" );
+      if ( !whyOnlyLooks_.empty() && !onlyLooks( request_ ) )
+         return refusal( whyOnlyLooks_ );
       const SmbusControl::Response response = desk_->answer( request_, peer_ );
       try {
          if ( request_.has_trace() && response.error().empty() && !outbox_ )
@@ -91,6 +101,7 @@ class ControlConversation final : public Conversation {
    const std::shared_ptr<Desk> desk_;
    Bus::Tracer &tracer_;
    const Peer peer_;
+   const std::string whyOnlyLooks_;
    SmbusControl::Request request_;
    bool isRequest_ = false;
    std::unique_ptr<Outbox> outbox_;
@@ -98,9 +109,12 @@ class ControlConversation final : public Conversation {
 
 } // namespace
 
-MakeConversation controlConversations( AnswerControl answer, Bus::Tracer &tracer ) {
-   return [desk = std::make_shared<Desk>( std::move( answer ) ), &tracer]( const Peer &peer ) {
-      return std::make_unique<ControlConversation>( desk, tracer, peer );
+MakeConversation controlConversations( AnswerControl answer, Bus::Tracer &tracer,
+                                       WhyOnlyLooks whyOnlyLooks ) {
+   return [desk = std::make_shared<Desk>( std::move( answer ) ), &tracer,
+           whyOnlyLooks]( const Peer &peer ) {
+      return std::make_unique<ControlConversation>( desk, tracer, peer,
+                                                    whyOnlyLooks ? whyOnlyLooks( peer ) : "" );
    };
 }
 

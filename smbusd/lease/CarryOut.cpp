@@ -18,7 +18,7 @@ std::string carryOut( Dispatcher &dispatcher, const SafeWrite &write ) {
       read.request = write.writing( write.merged( static_cast<uint8_t>( data.at( 0 ) ) ) );
       return true;
    };
-   if ( !dispatcher.carryOut( exchange, self, next ) )
+   if ( !dispatcher.carryOut( exchange, self, nullptr, next ) )
       return "the server is stopping";
    return exchange.response.failed() ? exchange.response.error() : std::string();
 }

@@ -26,9 +26,7 @@ bool Dispatcher::stop( std::chrono::milliseconds patience ) {
 
 Dispatcher::Root &Dispatcher::rootOf( const Bus::Transaction &transaction ) {
    const auto refuse = [&]( std::string_view reason ) {
-      throw Bus::Refused( fmt::format(
-         "request 1 of {}: {} on {}: {}", transaction.transfers.size(),
-         describe( transaction.transfers.front() ), toString( transaction.bus ), reason ) );
+      throw Bus::Refused( describe( transaction, 0, reason ) );
    };
    const auto found = busses_.find( transaction.bus );
    if ( found == busses_.end() )
@@ -61,24 +59,36 @@ void Dispatcher::run( Root &root, Exchange &exchange, const Peer &peer, Bus::Clo
       observer_( exchange.request, exchange.response, begun, ended - begun );
 }
 
-bool Dispatcher::carryOut( Exchange &exchange, const Peer &peer, const Next &next ) {
+// False when there is no turn for the peer.
+bool Dispatcher::runInTurn( Exchange &exchange, const Peer &peer, const Next &next ) {
+   Root &root = rootOf( exchange.transaction );
+   const Bus::Clock::Time arrived = clock_.now();
+   if ( !root.turns.begin( peer, arrived ) )
+      return false;
+   const auto end = [&root]( const void * ) { root.turns.end(); };
+   const std::unique_ptr<const void, decltype( end )> turn( &root, end );
+   run( root, exchange, peer, arrived );
+   while ( next && next( exchange ) ) {
+      exchange.response.Clear();
+      Bus::decode( exchange.request, bound_, exchange.transaction );
+      run( root, exchange, peer, arrived );
+   }
+   return true;
+}
+
+bool Dispatcher::carryOut( Exchange &exchange, const Peer &peer, const Gate *gate,
+                           const Next &next ) {
    exchange.response.Clear();
    try {
       Bus::decode( exchange.request, bound_, exchange.transaction );
       if ( exchange.transaction.transfers.empty() )
          return true;
-      Root &root = rootOf( exchange.transaction );
-      const Bus::Clock::Time arrived = clock_.now();
-      if ( !root.turns.begin( peer, arrived ) )
+      if ( gate )
+         gate->check( exchange.transaction, peer );
+      if ( !runInTurn( exchange, peer, next ) )
          return false;
-      const auto end = [&root]( const void * ) { root.turns.end(); };
-      const std::unique_ptr<const void, decltype( end )> turn( &root, end );
-      run( root, exchange, peer, arrived );
-      while ( next && next( exchange ) ) {
-         exchange.response.Clear();
-         Bus::decode( exchange.request, bound_, exchange.transaction );
-         run( root, exchange, peer, arrived );
-      }
+      if ( gate )
+         gate->passed( exchange.transaction, exchange.response, peer );
       if ( exchange.response.failed() )
          spdlog::debug( "failed: {}", exchange.response.error() );
    } catch ( const Bus::Refused &reason ) {

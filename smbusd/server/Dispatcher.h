@@ -3,6 +3,7 @@
 #include "smbus/Clock.h"
 #include "smbusd/accounts/Report.h"
 #include "smbusd/server/Executor.h"
+#include "smbusd/server/Gate.h"
 #include "smbusd/server/Turns.h"
 
 #include <chrono>
@@ -42,10 +43,11 @@ class Dispatcher {
    // same.
    using Next = std::function<bool( Exchange & )>;
 
-   // Carries out the request and fills the response. Where there is a next request, it follows in
-   // the same turn, so that nothing else passes between them. False when the peer disconnects
-   // before its turn, or after stop().
-   bool carryOut( Exchange &, const Peer &, const Next &next = {} );
+   // Carries out the request and fills the response. What the gate refuses is not carried out;
+   // without one all is. Where there is a next request, it follows in the same turn, so that
+   // nothing else passes between them. False when the peer disconnects before its turn, or after
+   // stop().
+   bool carryOut( Exchange &, const Peer &, const Gate *gate = nullptr, const Next &next = {} );
 
    // Starts no more transactions and waits for the running ones. Returns false if that takes longer
    // than patience; then only the end of the process can end them.
@@ -65,6 +67,7 @@ class Dispatcher {
       Turns turns;
    };
    Root &rootOf( const Bus::Transaction & );
+   bool runInTurn( Exchange &, const Peer &, const Next &next );
    void run( Root &, Exchange &, const Peer &, Bus::Clock::Time arrived );
 
    const Bus::Clock &clock_;

@@ -57,7 +57,7 @@ std::optional<std::string> SmbusConversation::answer( Buffers::Part &memory ) {
    // The request as a message and as transfers, the answer as a message and as a frame.
    const size_t bytes = 2 * requestBytes_ + 2 * bytesOfAnswer( exchange_.request );
    memory.holds( bytes );
-   if ( !dispatcher_.carryOut( exchange_, peer_ ) )
+   if ( !dispatcher_.carryOut( exchange_, peer_, gate_ ) )
       return {};
    std::string frame = Sockets::framed( exchange_.response );
    if ( bytes > Buffers::keptBytes )

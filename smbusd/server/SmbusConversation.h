@@ -8,8 +8,9 @@ namespace Smbusd {
 // Has a client's transactions carried out.
 class SmbusConversation final : public Conversation {
  public:
-   SmbusConversation( Dispatcher &dispatcher, const Peer &peer )
-      : dispatcher_( dispatcher ), peer_( peer ) {}
+   // The gate may be null.
+   SmbusConversation( Dispatcher &dispatcher, const Peer &peer, const Gate *gate )
+      : dispatcher_( dispatcher ), peer_( peer ), gate_( gate ) {}
 
    void take( std::string_view message, Buffers::Part & ) override;
    std::optional<std::string> answer( Buffers::Part & ) override;
@@ -18,15 +19,16 @@ class SmbusConversation final : public Conversation {
  private:
    Dispatcher &dispatcher_;
    const Peer peer_;
+   const Gate *const gate_;
    Dispatcher::Exchange exchange_; // used again, so that its memory is, too
    size_t requestBytes_ = 0;
    std::string wrong_; // why the message is not a transaction
 };
 
-// The dispatcher outlives the conversations.
-inline MakeConversation conversationsWith( Dispatcher &dispatcher ) {
-   return [&dispatcher]( const Peer &peer ) {
-      return std::make_unique<SmbusConversation>( dispatcher, peer );
+// The dispatcher and the gate outlive the conversations.
+inline MakeConversation conversationsWith( Dispatcher &dispatcher, const Gate *gate = nullptr ) {
+   return [&dispatcher, gate]( const Peer &peer ) {
+      return std::make_unique<SmbusConversation>( dispatcher, peer, gate );
    };
 }
 

@@ -45,7 +45,7 @@ const std::vector<Order> folderOrders{
    { "simulator", { "chips", "chips/modules", "bus", "board" } },
    { "smbusd",
      { ".", "accounts", "server", "busses/linux", "busses", "record", "routes", "export", "lease",
-       "control" } },
+       "control", "rights" } },
    { "orbis-smbus", { "." } },
    { "host", { ".", "plugin", "session", "journal", "serve", "terminal", "commands" } },
    { "OrbisGeneric", { ".", "Ham", "Components", "Drivers", "Drivers/Kelt" } },
