@@ -151,10 +151,11 @@ unsigned countRequests( std::string_view bytes ) {
    using google::protobuf::internal::WireFormatLite;
    google::protobuf::io::CodedInputStream stream( reinterpret_cast<const uint8_t *>( bytes.data() ),
                                                   static_cast<int>( bytes.size() ) );
+   constexpr uint32_t ofRequest = WireFormatLite::MakeTag(
+      Smbus::TransactionRequest::kRequestFieldNumber, WireFormatLite::WIRETYPE_LENGTH_DELIMITED );
    unsigned count = 0;
    while ( const uint32_t tag = stream.ReadTag() ) {
-      count +=
-         WireFormatLite::GetTagFieldNumber( tag ) == Smbus::TransactionRequest::kRequestFieldNumber;
+      count += tag == ofRequest;
       if ( !WireFormatLite::SkipField( &stream, tag ) )
          break;
    }

@@ -191,6 +191,16 @@ TEST( DecodeTest, RefusesMillionsOfEmptyRequestsBeforeItAllocatesMemory ) {
    EXPECT_THROW( parse( bytes, parsed ), Refused );
 }
 
+TEST( DecodeTest, CountsNoFieldOfAnotherTypeThatHasTheNumberOfRequests ) {
+   std::string bytes;
+   for ( int i = 0; i < 5000; ++i )
+      bytes += std::string_view( "\x20\x00", 2 );
+   EXPECT_EQ( countRequests( bytes ), 0u );
+   Smbus::TransactionRequest parsed;
+   parse( bytes, parsed );
+   EXPECT_EQ( parsed.request_size(), 0 );
+}
+
 TEST( DecodeTest, RefusesToReadMoreThanAnAnswerCanHold ) {
    Smbus::TransactionRequest message;
    for ( int i = 0; i < 1025; ++i )
