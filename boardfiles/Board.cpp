@@ -12,19 +12,6 @@ namespace BoardFiles {
 
 namespace {
 
-void checkObject( const BoardObject &object, DeviceCheck &devices ) {
-   if ( !object.kind )
-      return;
-   if ( object.device )
-      devices.check( *object.device, nameOf( *object.kind ) );
-   else if ( object.kind == Kind::System )
-      devices.checkSystem( object.place );
-   else if ( object.kind == Kind::Smbus && object.label )
-      devices.checkLabel( *object.label, nameOf( *object.kind ), object.labelPlace );
-   for ( size_t i = 0; i < object.module.size(); ++i )
-      devices.checkLabel( object.module[i], nameOf( Kind::Smbus ), object.modulePlaces[i] );
-}
-
 // A finding inside an object names it.
 void nameFindings( const std::vector<BoardObject> &objects, Findings &findings, size_t from ) {
    for ( size_t i = from; i < findings.size(); ++i ) {
@@ -123,14 +110,14 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
                                 const std::filesystem::path &drivers, Findings &findings ) {
    Findings found;
    const auto topology = readTopology( folder / "topology.json", found );
+   const bool isWiringKnown = topology && !( topology->roots.empty() && hasErrors( found ) );
    const size_t beforeObjects = found.size();
    const auto objects = readObjects( folder / "objects.json", found );
    const auto table = readDriverTable( drivers, found );
-   const bool hasWiring = topology && !topology->roots.empty();
-   if ( hasWiring && objects && table ) {
+   if ( isWiringKnown && objects && table ) {
       DeviceCheck devices( *table, *topology, found );
       for ( const BoardObject &object : objects->objects )
-         checkObject( object, devices );
+         devices.check( object );
    }
    if ( objects )
       nameFindings( objects->objects, found, beforeObjects );
@@ -149,7 +136,7 @@ std::optional<Board> loadBoard( const std::filesystem::path &folder,
       panel = readPanel( path, namesOf( *objects ), found );
    std::optional<SafeState> safeState;
    if ( const auto path = folder / "safe-state.json";
-        hasWiring && objects && table && std::filesystem::exists( path ) ) {
+        isWiringKnown && objects && table && std::filesystem::exists( path ) ) {
       const ChipPlaces places( *topology );
       safeState = readSafeState( path, { places, registers, driversOf( *objects ) }, found );
    }

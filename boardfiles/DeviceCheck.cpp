@@ -75,6 +75,19 @@ void DeviceCheck::checkInTopology( const TopologyDevice &device ) {
       findings_[i].object = device.label;
 }
 
+void DeviceCheck::check( const BoardObject &object ) {
+   if ( !object.kind )
+      return;
+   if ( object.device )
+      check( *object.device, nameOf( *object.kind ) );
+   else if ( object.kind == Kind::System )
+      checkSystem( object.place );
+   else if ( object.kind == Kind::Smbus && object.label )
+      checkLabel( *object.label, nameOf( *object.kind ), object.labelPlace );
+   for ( size_t i = 0; i < object.module.size(); ++i )
+      checkLabel( object.module[i], nameOf( Kind::Smbus ), object.modulePlaces[i] );
+}
+
 void DeviceCheck::check( const DeviceDocument &document, std::string_view kind ) {
    const DriverRule *driver = checkDriver( document );
    checkAddress( document, driver && driver->isMultiDevice );

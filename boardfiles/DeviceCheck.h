@@ -1,6 +1,7 @@
 #pragma once
 
 #include "boardfiles/DriverTable.h"
+#include "boardfiles/ObjectsFile.h"
 #include "boardfiles/TopologyFile.h"
 
 #include <map>
@@ -16,14 +17,8 @@ class DeviceCheck {
    // Checks the topology's own documents, its muxes' drivers and its access methods at once.
    DeviceCheck( const DriverTable &drivers, const TopologyFile &topology, Findings &findings );
 
-   // The document of an object of a kind.
-   void check( const DeviceDocument &document, std::string_view kind );
-
-   // An SMBus object that names a topology device by its label, whose driver will serve it.
-   void checkLabel( std::string_view label, std::string_view kind, const Place &place );
-
-   // The system object, which asks for topology devices by their labels.
-   void checkSystem( const Place &place );
+   // An object of the board, in the order of their file.
+   void check( const BoardObject &object );
 
  private:
    struct Owner {
@@ -36,6 +31,12 @@ class DeviceCheck {
       Place place;
    };
 
+   // The document of an object of a kind.
+   void check( const DeviceDocument &document, std::string_view kind );
+   // An SMBus object that names a topology device by its label, whose driver will serve it.
+   void checkLabel( std::string_view label, std::string_view kind, const Place &place );
+   // The system object, which asks for topology devices by their labels.
+   void checkSystem( const Place &place );
    void checkInTopology( const TopologyDevice &device );
    void checkMuxes( const TopologyBus &bus );
    void checkMux( const TopologyMux &mux, const TopologyBus &bus );

@@ -123,6 +123,11 @@ TEST_F( BoardCheckTest, RefusesAMuxWhoseChipIsBehindTheMuxItself ) {
                                               "reached through the mux itself" ) ) );
 }
 
+TEST_F( BoardCheckTest, RefusesTheObjectsOfATopologyWithoutABus ) {
+   folder_.write( "topology.json", "[]" );
+   EXPECT_THAT( check(), Contains( HasSubstr( "objects.json:/0/device/did" ) ) );
+}
+
 TEST_F( BoardCheckTest, WarnsOfAKeyThatNobodyReads ) {
    change( "topology.json", "/1/bus/devices/0/lable", "\"x\"" );
    Findings findings;
