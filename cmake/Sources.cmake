@@ -10,9 +10,10 @@ function( orbis_sources variable )
 endfunction()
 
 # orbis_quick( SOURCE... ): sources that run seldom and include a large library, CLI11 or Beast. Under
-# sanitizers, optimising takes most of the time to compile them, so they are not optimised there.
+# sanitizers, optimising takes most of the time to compile them, so they are not optimised there, unless they are to
+# run often.
 function( orbis_quick )
-   if( ORBIS_SANITIZE )
+   if( ORBIS_SANITIZE AND NOT ORBIS_FUZZ )
       set_source_files_properties( ${ARGN} PROPERTIES
          SKIP_UNITY_BUILD_INCLUSION ON SKIP_PRECOMPILE_HEADERS ON COMPILE_OPTIONS -O0 )
    endif()
