@@ -96,6 +96,8 @@ int main( int count, char **words ) {
    Fuzz::Mutator mutator( seeds );
    for ( unsigned long number = 1; number <= std::strtoul( words[1], nullptr, 10 ); ++number )
       run( mutator.next(), "change " + std::to_string( number ) );
+   if ( __sanitizer_set_death_callback ) // from here on no input is to blame
+      __sanitizer_set_death_callback( nullptr );
    std::printf( "%zu seeds and %s changed ones\n", seeds.size(), words[1] );
    return 0;
 }

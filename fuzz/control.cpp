@@ -2,6 +2,7 @@
 // board is the same for all inputs and has to stand what earlier ones left behind.
 #include "fuzz/Expect.h"
 #include "fuzz/MemoryFile.h"
+#include "fuzz/Quiet.h"
 #include "fuzz/SmallBoard.h"
 #include "simulator/board/Controls.h"
 #include "simulator/board/SimulatedBoard.h"
@@ -22,6 +23,7 @@ bool isListing( const SmbusControl::Request &request ) { return request.has_list
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size ) {
+   Fuzz::quiet();
    static Board board;
    std::string_view rest = Fuzz::textOf( data, size );
    for ( int listings = 0; listings < 2; ) {

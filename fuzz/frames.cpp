@@ -5,6 +5,7 @@
 #include "PlatformLibrary/FrameStream.h"
 #include "fuzz/Expect.h"
 #include "fuzz/MemoryFile.h"
+#include "fuzz/Quiet.h"
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -42,6 +43,7 @@ void receive( std::string_view bytes, const Sockets::Frame &frame ) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size ) {
+   Fuzz::quiet();
    if ( size == 0 )
       return 0;
    const std::string_view stream = Fuzz::textOf( data + 1, std::min<size_t>( size - 1, 32768 ) );

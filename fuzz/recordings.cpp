@@ -1,6 +1,7 @@
 // A recording, from its bytes to the answers that a server gives by it.
 #include "fuzz/Expect.h"
 #include "fuzz/MemoryFile.h"
+#include "fuzz/Quiet.h"
 #include "smbus/Decode.h"
 #include "smbus/RecordingFile.h"
 #include "smbusd/record/Replay.h"
@@ -28,6 +29,7 @@ void askAgain( const std::string &path, const Smbusd::Executors &executors ) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size ) {
+   Fuzz::quiet();
    const std::string &path = Fuzz::fileOf( data, size );
    try {
       Fuzz::expect( Bus::endOfRecording( path ) <= size, "the end is in the file" );

@@ -13,7 +13,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-class ReplayTest : public ::testing::Test {
+class FuzzReplayTest : public ::testing::Test {
  protected:
    int replay( const std::string &count ) {
       TestSupport::StartedProgram program( { FRAGILE, count, folder_.path() } );
@@ -27,34 +27,34 @@ class ReplayTest : public ::testing::Test {
    std::string output_, errors_;
 };
 
-TEST_F( ReplayTest, RunsAllSeedsAndAsManyChangedOnes ) {
+TEST_F( FuzzReplayTest, RunsAllSeedsAndAsManyChangedOnes ) {
    folder_.write( "one", "abc" );
    folder_.write( "two", "" );
    EXPECT_EQ( replay( "50" ), 0 ) << errors_;
    EXPECT_EQ( output_, "2 seeds and 50 changed ones\n" );
 }
 
-TEST_F( ReplayTest, AnInputThatAbortsTheProcessFailsAndIsTold ) {
+TEST_F( FuzzReplayTest, AnInputThatAbortsTheProcessFailsAndIsTold ) {
    folder_.write( "seed", "break!" );
    EXPECT_NE( replay( "0" ), 0 );
    EXPECT_THAT( errors_, HasSubstr( "seed " + folder_.file( "seed" ) +
                                     ", in hexadecimal digits:\n627265616b21\n" ) );
 }
 
-TEST_F( ReplayTest, AnInputThatReadsWhereNothingIsFailsAndIsTold ) {
+TEST_F( FuzzReplayTest, AnInputThatReadsWhereNothingIsFailsAndIsTold ) {
    folder_.write( "seed", "read" );
    EXPECT_NE( replay( "0" ), 0 );
    EXPECT_THAT( errors_, HasSubstr( "in hexadecimal digits:\n72656164\n" ) );
 }
 
-TEST_F( ReplayTest, AChangedInputThatBreaksHasItsNumber ) {
+TEST_F( FuzzReplayTest, AChangedInputThatBreaksHasItsNumber ) {
    folder_.write( "seed", "xbreak" );
    EXPECT_NE( replay( "10000" ), 0 );
    EXPECT_THAT( errors_, HasSubstr( "the input that ended it: change " ) );
    EXPECT_THAT( errors_, HasSubstr( "digits:\n627265616b" ) );
 }
 
-TEST_F( ReplayTest, ASeedThatCannotBeReadIsAnError ) {
+TEST_F( FuzzReplayTest, ASeedThatCannotBeReadIsAnError ) {
    TestSupport::StartedProgram program( { FRAGILE, "1", folder_.file( "none" ) } );
    EXPECT_EQ( program.wait(), 2 );
    EXPECT_THAT( program.errors(), HasSubstr( "none: can't be read" ) );
