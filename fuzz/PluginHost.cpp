@@ -89,28 +89,24 @@ bool add( const BoardFiles::BoardObject &object ) {
 
 } // namespace
 
-std::optional<CheckedBoard> checkBoard( const std::string &topology, const std::string &objects ) {
-   BoardFiles::Findings findings;
-   static const auto table =
-      BoardFiles::readDriverTable( "boards/libOrbisDriversKelt.drivers.json", findings ).value();
-   auto wiring = BoardFiles::readTopology( topology, findings );
-   auto read = BoardFiles::readObjects( objects, findings );
-   if ( wiring && read ) {
-      BoardFiles::DeviceCheck check( table, *wiring, findings );
-      for ( const BoardFiles::BoardObject &object : read->objects )
-         check.check( object );
-   }
+bool accepts( const BoardFiles::TopologyFile &topology, const BoardFiles::ObjectsFile &objects,
+              BoardFiles::Findings findings ) {
+   static const auto table = [&findings] {
+      return BoardFiles::readDriverTable( "boards/libOrbisDriversKelt.drivers.json", findings )
+         .value();
+   }();
+   BoardFiles::DeviceCheck check( table, topology, findings );
+   for ( const BoardFiles::BoardObject &object : objects.objects )
+      check.check( object );
    checkFindings( findings );
-   if ( hasErrors( findings ) || !wiring || !read )
-      return {};
-   return CheckedBoard{ std::move( wiring ), std::move( *read ) };
+   return !hasErrors( findings );
 }
 
-void addAll( const CheckedBoard &board ) {
+void addAll( const BoardFiles::TopologyFile &topology, const BoardFiles::ObjectsFile &objects ) {
    forget();
-   expect( orbisLibraryInit( "fuzz", board.topology->text.c_str(), 1 ) == PL_STATUS_OK,
+   expect( orbisLibraryInit( "fuzz", topology.text.c_str(), 1 ) == PL_STATUS_OK,
            "the plug-in loads a topology that check accepts" );
-   for ( const BoardFiles::BoardObject &object : board.objects.objects )
+   for ( const BoardFiles::BoardObject &object : objects.objects )
       expect( add( object ), "the plug-in makes each object that check accepts" );
 }
 

@@ -6,16 +6,13 @@
 
 namespace Fuzz {
 
-// What the host's check says of these files by the table of the Kelt plug-in; the texts are read
-// from the paths. Nothing where there is an error.
-struct CheckedBoard {
-   std::unique_ptr<const BoardFiles::TopologyFile> topology{};
-   BoardFiles::ObjectsFile objects{};
-};
-std::optional<CheckedBoard> checkBoard( const std::string &topology, const std::string &objects );
+// Whether the host's check accepts these files by the table of the Kelt plug-in. The findings are
+// those of their readers.
+bool accepts( const BoardFiles::TopologyFile &topology, const BoardFiles::ObjectsFile &objects,
+              BoardFiles::Findings findings );
 
 // Loads the topology and adds every object, in the order of the file, to a plug-in that knows
 // nothing yet. An assertion of the plug-in ends this process.
-void addAll( const CheckedBoard &board );
+void addAll( const BoardFiles::TopologyFile &topology, const BoardFiles::ObjectsFile &objects );
 
 } // namespace Fuzz

@@ -4,8 +4,10 @@
 #include "fuzz/PluginHost.h"
 
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size ) {
-   static const std::string topology = "tests/boardfiles/kelt/topology.json";
-   if ( const auto board = Fuzz::checkBoard( topology, Fuzz::fileOf( data, size ) ) )
-      Fuzz::addAll( *board );
+   static const auto topology = BoardFiles::loadTopology( "tests/boardfiles/kelt/topology.json" );
+   BoardFiles::Findings findings;
+   const auto objects = BoardFiles::readObjects( Fuzz::fileOf( data, size ), findings );
+   if ( objects && Fuzz::accepts( *topology, *objects, findings ) )
+      Fuzz::addAll( *topology, *objects );
    return 0;
 }

@@ -5,7 +5,10 @@
 #include "fuzz/SmallBoard.h"
 
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size ) {
-   if ( const auto board = Fuzz::checkBoard( Fuzz::fileOf( data, size ), Fuzz::smallObjects ) )
-      Fuzz::addAll( *board );
+   BoardFiles::Findings findings;
+   static const auto objects = BoardFiles::readObjects( Fuzz::smallObjects, findings ).value();
+   const auto topology = BoardFiles::readTopology( Fuzz::fileOf( data, size ), findings );
+   if ( topology && Fuzz::accepts( *topology, objects, findings ) )
+      Fuzz::addAll( *topology, objects );
    return 0;
 }
