@@ -67,6 +67,7 @@ orbis_install_without_run_path( ${CMAKE_INSTALL_BINDIR}/orbis-host host )
 # Their services. All are confined in the same way.
 orbis_install_services( server orbis-smbusd orbis-smbusd-simulation )
 orbis_install_services( host orbis-host )
+install( FILES ${here}/systemd/writes.json DESTINATION ${CMAKE_INSTALL_DATADIR}/orbis COMPONENT server )
 install( FILES ${here}/systemd/orbis-host.socket DESTINATION lib/systemd/system COMPONENT host )
 foreach( component server host )
    install( FILES ${here}/systemd/orbis.tmpfiles

@@ -76,6 +76,10 @@ void describeSockets( CLI::App &app, Options &options ) {
    app.add_option( "--read-group", options.readGroup,
                    "The group that may only read: at SOCKET.read, and at the control socket" )
       ->option_text( "NAME" );
+   app.add_option( "--control-group", options.controlGroup,
+                   "The group that may drive the simulation at the control socket; without it and "
+                   "--read-group whoever can connect may" )
+      ->option_text( "NAME" );
    app.add_option( "--write-policy", options.writePolicy,
                    "Other users than this server's may only write what a row of this file allows" )
       ->option_text( "FILE" );

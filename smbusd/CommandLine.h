@@ -17,7 +17,8 @@ struct Options {
    std::string control;    // empty: the socket's path with .control after its name
    std::string readSocket; // empty: with .read after its name
    std::string group;
-   std::string readGroup; // empty: the same
+   std::string readGroup;    // empty: the same
+   std::string controlGroup; // empty: group, where there is a readGroup
    std::string writePolicy;
    std::string topology; // of the simulated board, as its simulation
    std::string simulation;

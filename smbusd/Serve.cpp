@@ -19,6 +19,7 @@
 #include "smbusd/server/Server.h"
 #include "smbusd/server/SmbusConversation.h"
 #include "sockets/ControlGroup.h"
+#include "sockets/Heartbeat.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
@@ -167,31 +168,34 @@ NamedMuxes muxesOf( const Options &options, const std::optional<BoardFiles::Rout
 }
 
 // Tells raw writes with a limit of their own: a loop of them must not leave out other warnings.
-WriteGuard::Tell rawWriteLog() {
+std::shared_ptr<spdlog::logger> rawWriteLog() {
    constexpr unsigned linesPerSecond = 20;
-   const auto logger = std::make_shared<spdlog::logger>(
+   auto logger = std::make_shared<spdlog::logger>(
       "orbis-smbusd",
       std::make_shared<LogLimit>( std::make_shared<spdlog::sinks::stderr_color_sink_mt>(),
                                   linesPerSecond ) );
    logger->set_level( spdlog::get_level() );
-   return [logger]( const std::string &words ) { logger->warn( "{}", words ); };
+   return logger;
 }
 
-WriteGuard writeGuardFor( const Options &options, const NamedMuxes &muxes ) {
+WriteGuard writeGuardFor( const Options &options, const NamedMuxes &muxes,
+                          const std::shared_ptr<spdlog::logger> &log ) {
    std::optional<BoardFiles::WritePolicy> policy;
    if ( !options.writePolicy.empty() ) {
       policy = BoardFiles::loadWritePolicy( options.writePolicy );
       spdlog::info( "raw writes are only for {} row{} of {}", policy->rows.size(),
                     policy->rows.size() == 1 ? "" : "s", options.writePolicy );
    }
-   return { muxes, std::move( policy ), geteuid(), People::ofThisMachine(), rawWriteLog() };
+   return { muxes, std::move( policy ), geteuid(), People::ofThisMachine(),
+            [log]( const std::string &words ) { log->warn( "{}", words ); } };
 }
 
 // Where there is a group for reading, driving the simulation is for the group that may write.
 WhyOnlyLooks whyOnlyLooks( const Options &options ) {
-   if ( options.readGroup.empty() )
+   if ( options.readGroup.empty() && options.controlGroup.empty() )
       return {};
-   return [group = Sockets::ControlGroup( options.group )]( const Peer &peer ) {
+   const std::string &name = options.controlGroup.empty() ? options.group : options.controlGroup;
+   return [group = Sockets::ControlGroup( name )]( const Peer &peer ) {
       const Sockets::Credentials client = Sockets::credentialsOf( peer.socket );
       return group.has( client ) ? std::string() : group.whyNot( client );
    };
@@ -240,7 +244,8 @@ void serve( const Options &options ) {
       return std::make_unique<Sockets::SocketFile>( path, group );
    };
    const std::string &readGroup = options.readGroup.empty() ? options.group : options.readGroup;
-   const WriteGuard writeGuard = writeGuardFor( options, muxes );
+   const std::shared_ptr<spdlog::logger> rawWrites = rawWriteLog();
+   const WriteGuard writeGuard = writeGuardFor( options, muxes, rawWrites );
    const ReadOnly readOnly( muxes, options.socket );
    Server server( context, listenAt( options.socket, options.group ),
                   conversationsWith( dispatcher, &writeGuard ), limits, buffers );
@@ -269,12 +274,15 @@ void serve( const Options &options ) {
       listenAt( options.control.empty() ? options.socket + ".control" : options.control,
                 readGroup ),
       controlConversations( answer, tracer, whyOnlyLooks( options ) ), controlLimits, buffers );
+   // The count of the raw writes that were left out is told then, too.
+   Sockets::Heartbeat heartbeat( context, [&rawWrites] { rawWrites->flush(); } );
    boost::asio::signal_set signals( context, SIGTERM, SIGINT );
    signals.async_wait( [&]( const auto &, int number ) {
       spdlog::info( "stopping on {}", number == SIGTERM ? "SIGTERM" : "SIGINT" );
       server.stop();
       readServer.stop();
       control.stop();
+      heartbeat.stop();
    } );
    spdlog::info( "serving {} at {}", sourceOf( options ), options.socket );
    context.run();

@@ -15,6 +15,7 @@
 #include "host/serve/SystemLog.h"
 #include "host/session/ServerProbe.h"
 #include "http/Server.h"
+#include "sockets/Heartbeat.h"
 
 #include <algorithm>
 #include <fmt/ranges.h>
@@ -220,6 +221,7 @@ int serve( const BoardFiles::Board &board, const Options &options ) {
             watch.look( now, session.plugInFault() );
       },
       true );
+   const Sockets::Heartbeat heartbeat( session.loop() );
    return session.run();
 }
 

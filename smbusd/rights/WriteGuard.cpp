@@ -9,6 +9,7 @@
 #include <pwd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 
 namespace Smbusd {
@@ -61,7 +62,9 @@ People People::ofThisMachine() {
             .nameOf = Sockets::nameOf,
             .programOf =
                []( pid_t process ) {
-                  std::ifstream file( fmt::format( "/proc/{}/comm", process ) );
+                  const char *folder = std::getenv( "ORBIS_PROC" );
+                  std::ifstream file(
+                     fmt::format( "{}/{}/comm", folder && *folder ? folder : "/proc", process ) );
                   std::string name;
                   std::getline( file, name );
                   return name;
