@@ -13,12 +13,6 @@ namespace {
 
 using Mux = BusAccount::Mux;
 
-std::string explain( const Bus::Transaction &transaction, size_t index, const std::string &error ) {
-   return fmt::format( "request {} of {}: {} on {}: {}", index + 1, transaction.transfers.size(),
-                       describe( transaction.transfers[index] ), toString( transaction.bus ),
-                       error );
-}
-
 std::string timeIsUp( const Bus::Transaction &transaction ) {
    return fmt::format( "the time limit of {} ms is over", transaction.limit.count() );
 }
@@ -57,7 +51,7 @@ void TransactionRunner::run( const Bus::Transaction &transaction,
    stuck_.reset();
    held_.reset();
    if ( const auto why = whyNothingPasses() ) {
-      addError( response, explain( transaction, 0, *why ) );
+      addError( response, describe( transaction, 0, *why ) );
       return;
    }
    carryOut( transaction, response );
@@ -94,7 +88,8 @@ void TransactionRunner::carryOut( const Bus::Transaction &transaction,
          continue;
       if ( !deselects && now_ >= end ) {
          isLate( timeIsUp( transaction ) );
-         addError( response, explain( transaction, i, "not started: " + timeIsUp( transaction ) ) );
+         addError( response,
+                   describe( transaction, i, "not started: " + timeIsUp( transaction ) ) );
          continue;
       }
       // A send byte that no second one follows is a command of some chip.
@@ -104,7 +99,7 @@ void TransactionRunner::carryOut( const Bus::Transaction &transaction,
          const auto refusal = quarantine_.refusal( path_, now_ );
          path_.pop_back();
          if ( refusal ) {
-            addError( response, explain( transaction, i, *refusal ) );
+            addError( response, describe( transaction, i, *refusal ) );
             continue;
          }
       }
@@ -124,7 +119,7 @@ void TransactionRunner::carryOut( const Bus::Transaction &transaction,
       else
          wasAnswered( outcome );
       if ( !outcome.ok() )
-         addError( response, explain( transaction, i, outcome.error ) );
+         addError( response, describe( transaction, i, outcome.error ) );
       else if ( !response.failed() )
          response.add_response()->set_data( std::move( outcome.data ) );
    }

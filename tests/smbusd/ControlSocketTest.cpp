@@ -164,8 +164,10 @@ TEST_F( ControlSocketTest, ATraceThatIsNotReadStaysAndCountsWhatIsLost ) {
 }
 
 TEST_F( ControlSocketTest, ATraceGetsWhatPassedBeforeTheServerStopped ) {
-   auto server = std::make_unique<RunningServer>( ServerSettings{
-      .answerControl = []( const SmbusControl::Request &, const auto & ) { return SmbusControl::Response(); } } );
+   auto server = std::make_unique<RunningServer>(
+      ServerSettings{ .answerControl = []( const SmbusControl::Request &, const auto & ) {
+         return SmbusControl::Response();
+      } } );
    RawClient client( server->controlPath() );
    SmbusControl::Request trace;
    trace.set_trace( true );
