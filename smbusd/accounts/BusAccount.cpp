@@ -3,26 +3,9 @@
 #include "smbus/RootBus.h"
 #include "smbus/SegmentPath.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
-#include <fstream>
 
 namespace Smbusd {
-
-namespace {
-
-// A process may give itself any name, and the system cuts a long one, also in the middle of a
-// character. A message with such a byte can't be read at all, so that nobody could ask any more.
-std::string programOf( pid_t process ) {
-   std::string name;
-   std::getline( std::ifstream( fmt::format( "/proc/{}/comm", process ) ), name );
-   std::replace_if(
-      name.begin(), name.end(), []( char c ) { return c < ' ' || c > '~'; }, '?' );
-   return name;
-}
-
-} // namespace
 
 ErrorKind errorKindOf( std::string_view error ) {
    const auto has = [error]( std::string_view part ) { return error.find( part ) != error.npos; };

@@ -9,8 +9,6 @@
 #include <pwd.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <fstream>
 
 namespace Smbusd {
 
@@ -60,15 +58,7 @@ People People::ofThisMachine() {
                   return known.groups;
                },
             .nameOf = Sockets::nameOf,
-            .programOf =
-               []( pid_t process ) {
-                  const char *folder = std::getenv( "ORBIS_PROC" );
-                  std::ifstream file(
-                     fmt::format( "{}/{}/comm", folder && *folder ? folder : "/proc", process ) );
-                  std::string name;
-                  std::getline( file, name );
-                  return name;
-               } };
+            .programOf = Smbusd::programOf };
 }
 
 WriteGuard::WriteGuard( NamedMuxes muxes, std::optional<BoardFiles::WritePolicy> policy,

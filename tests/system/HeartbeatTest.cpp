@@ -43,11 +43,11 @@ class HeartbeatTest : public ::testing::Test {
    const std::string path_ = folder_.file( "manager" );
    const int fd_ = socket( AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0 );
    const std::string smbus_ = folder_.file( "smbus.sock" ), host_ = folder_.file( "host.sock" );
-   const TestSupport::ProgramSettings settings_{ .errorFile = folder_.file( "log" ),
-                                                 .environment = { "NOTIFY_SOCKET=" + path_,
-                                                                  "WATCHDOG_USEC=60000",
-                                                                  "ORBIS_SMBUS_SOCKET=" + smbus_,
-                                                                  "ORBIS_HOST_SOCKET=" + host_ } };
+   const TestSupport::ProgramSettings settings_{
+      .errorFile = folder_.file( "log" ),
+      .environment = { "NOTIFY_SOCKET=" + path_, "WATCHDOG_USEC=60000",
+                       "ORBIS_SMBUS_SOCKET=" + smbus_, "ORBIS_HOST_SOCKET=" + host_ }
+   };
 };
 
 TEST_F( HeartbeatTest, TheServerTellsThatItIsReadyAndThatItsLoopTurns ) {
